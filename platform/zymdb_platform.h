@@ -1,0 +1,35 @@
+/**
+ * What this project's own database client offers beyond the controller's client interface.
+ *
+ * A program that must also run on another client declares these weak (or looks them up by name) and does
+ * without them when they are absent.
+ */
+#ifndef ZYMDB_PLATFORM_H
+#define ZYMDB_PLATFORM_H
+
+#include "zymdb_db.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/**
+ * Begins a transaction on the calling thread: what it reads and writes through `handle` until the commit is
+ * one unit that others see whole or not at all. Waits for other writers as a single write does.
+ *
+ * @return 0; ZYM_DB_STATUS_INVALID_PARAM for a null handle; ZYM_DB_STATUS_ERROR when one is open on this
+ *         thread already; a status of the client's own when the database stays locked or fails.
+ */
+int zym_db_begin(_zym_db_handle_t* handle);
+
+/** Ends the calling thread's transaction and makes it durable. On failure nothing of it was written. */
+int zym_db_commit(_zym_db_handle_t* handle);
+
+/** Ends the calling thread's transaction and forgets what it wrote. */
+int zym_db_rollback(_zym_db_handle_t* handle);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,2 @@
+#include "db/database_client.h"
+#include "platform/ruvo_log.h"
