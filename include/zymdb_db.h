@@ -72,7 +72,7 @@ struct _zym_db_param_t {
 typedef struct _zym_db_param_t _zym_db_param_t;
 
 #ifdef __cplusplus
-}  /* extern "C" */
+} /* extern "C" */
 
 /**
  * Finds the first row of a table that matches a filter.
