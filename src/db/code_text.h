@@ -1,0 +1,34 @@
+// Code tables: the display texts of numeric codes.
+#ifndef ZYMDB_SRC_DB_CODE_TEXT_H
+#define ZYMDB_SRC_DB_CODE_TEXT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace zymdb {
+
+// Holds its text inline: a table of them then needs no relocation.
+struct CodeText {
+  uint16_t code;
+  char text[56];
+};
+
+// The text of a code, or `other` when the table has none for it.
+inline const char* text_of(std::span<const CodeText> table, uint32_t code, const char* other = "Unknown") {
+  for (const CodeText& entry : table)
+    if (entry.code == code) return entry.text;
+  return other;
+}
+
+// Copies a text into a field, cut to fit; the rest of the field becomes NUL.
+template <size_t N>
+void copy_text(char (&field)[N], const char* text) {
+  std::strncpy(field, text, N - 1);
+  field[N - 1] = '\0';
+}
+
+}  // namespace zymdb
+
+#endif

@@ -1,0 +1,60 @@
+// Which column of a table fills which field of a record. Such a table gives a query its column list and a
+// record its values.
+#ifndef ZYMDB_SRC_DB_COLUMN_H
+#define ZYMDB_SRC_DB_COLUMN_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <type_traits>
+
+namespace zymdb {
+
+enum class Reading : uint8_t {
+  kNumber,  // an unsigned number, cut to the field's width
+  kText,    // a text, cut to `size` bytes with its NUL
+  kOwn,     // the operation reads this column itself
+};
+
+// Holds its name inline: a table of columns then needs no relocation.
+struct Column {
+  char name[32];
+  Reading reading;
+  uint8_t unreadable;  // what a number is when the column cannot be read
+  uint16_t offset;     // of the field in its record
+  uint16_t size;       // of the field, or the bound of a text
+};
+
+template <class Field>
+constexpr Reading reading_of() {
+  return std::is_array_v<Field> ? Reading::kText : Reading::kNumber;
+}
+
+// The same table with another bound for one text.
+template <size_t N>
+constexpr std::array<Column, N> with_text_size(const Column (&columns)[N], std::string_view name,
+                                               uint16_t size) {
+  std::array<Column, N> changed = std::to_array(columns);
+  for (Column& column : changed)
+    if (column.name == name) column.size = size;
+  return changed;
+}
+
+}  // namespace zymdb
+
+// The column COLUMN fills FIELD of RECORD; a number that cannot be read is UNREADABLE.
+#define ZYMDB_COLUMN(COLUMN, RECORD, FIELD, UNREADABLE)                                        \
+  {                                                                                            \
+    COLUMN, zymdb::reading_of<decltype(RECORD::FIELD)>(), UNREADABLE, offsetof(RECORD, FIELD), \
+        sizeof(RECORD::FIELD)                                                                  \
+  }
+
+// A field that bears its column's name; a number that cannot be read is 0.
+#define ZYMDB_FIELD(RECORD, FIELD) ZYMDB_COLUMN(#FIELD, RECORD, FIELD, 0)
+
+// A column that has its place in the column list and is read by the operation itself.
+#define ZYMDB_OWN_COLUMN(COLUMN) \
+  { COLUMN, zymdb::Reading::kOwn, 0, 0, 0 }
+
+#endif

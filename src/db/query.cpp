@@ -1,0 +1,120 @@
+#include "db/query.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace zymdb {
+namespace {
+
+constexpr size_t kMaxColumns = 48;
+
+int run(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter,
+        const _zym_db_param_t* params, int nparams, zym_db_result_t** result) {
+  const char* names[kMaxColumns];
+  int count = 0;
+  for (const Column& column : columns.first(std::min(columns.size(), kMaxColumns)))
+    names[count++] = column.name;
+  return zym_db_query(handle, table, names, count, filter, params, nparams, 0, result);
+}
+
+// Numbers are read 32 bits wide and stored with the low bits that the field has room for.
+template <class Number>
+void store(const Column& column, Number value, void* field) {
+  switch (column.size) {
+    case 1:
+      *static_cast<uint8_t*>(field) = static_cast<uint8_t>(value);
+      break;
+    case 2:
+      *static_cast<uint16_t*>(field) = static_cast<uint16_t>(value);
+      break;
+    case 4:
+      *static_cast<uint32_t*>(field) = static_cast<uint32_t>(value);
+      break;
+    default:
+      *static_cast<uint64_t*>(field) = value;
+      break;
+  }
+}
+
+template <class Number, class Read>
+void read_number(const Column& column, void* field, Read read) {
+  Number value = 0;
+  if (read(&value) != ZYM_DB_STATUS_OK) value = column.unreadable;
+  store(column, value, field);
+}
+
+}  // namespace
+
+Query::Query(_zym_db_handle_t* handle, const char* table, Names columns, const char* filter)
+    : status_(zym_db_query(handle, table, columns.begin(), static_cast<int>(columns.size()), filter, nullptr,
+                           0, 0, &result_)) {}
+
+Query::Query(_zym_db_handle_t* handle, const char* table, Names columns, const char* filter,
+             const _zym_db_param_t& param)
+    : status_(zym_db_query(handle, table, columns.begin(), static_cast<int>(columns.size()), filter, &param,
+                           1, 0, &result_)) {}
+
+Query::Query(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter)
+    : status_(run(handle, table, columns, filter, nullptr, 0, &result_)) {}
+
+Query::Query(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter,
+             const _zym_db_param_t& param)
+    : status_(run(handle, table, columns, filter, &param, 1, &result_)) {}
+
+Query::Query(_zym_db_handle_t* handle, const char* table, AllColumns, const char* filter,
+             const _zym_db_param_t* param)
+    : status_(zym_db_query(handle, table, nullptr, 0, filter, param, 1, 0, &result_)) {}
+
+void Query::release() {
+  if (result_ != nullptr) zym_db_free_result(result_);
+  result_ = nullptr;
+}
+
+int Query::read_number_in_text(int column, unsigned long& number) {
+  char text[8] = {};
+  const int status = read_text(column, text, 6);
+  if (status != ZYM_DB_STATUS_OK) return status;
+  // Five characters hold every 16-bit number; with a prefix they must hold two more.
+  if (std::strlen(text) == 5 && std::strncmp(text, "0x", 2) == 0) {
+    char longer[8] = {};
+    if (read_text(column, longer, sizeof longer) == ZYM_DB_STATUS_OK) std::memcpy(text, longer, sizeof text);
+  }
+  number = std::strtoul(text, nullptr, 0);
+  return ZYM_DB_STATUS_OK;
+}
+
+void Query::read_columns(std::span<const Column> columns, void* record) {
+  int index = 0;
+  for (const Column& column : columns) {
+    char* const field = static_cast<char*>(record) + column.offset;
+    if (column.reading == Reading::kText) {
+      field[0] = '\0';
+      read_text(index, field, column.size);
+    } else if (column.reading == Reading::kNumber && column.size == sizeof(uint64_t)) {
+      read_number<uint64_t>(column, field, [&](uint64_t* value) { return read(index, *value); });
+    } else if (column.reading == Reading::kNumber) {
+      read_number<uint32_t>(column, field, [&](uint32_t* value) { return read(index, *value); });
+    }
+    ++index;
+  }
+}
+
+void Query::read_columns_by_name(std::span<const Column> columns, void* record) {
+  for (const Column& column : columns) {
+    char* const field = static_cast<char*>(record) + column.offset;
+    if (column.reading == Reading::kText) {
+      extract_str_column_from_result(result_, column.name, field, column.size);
+    } else if (column.size == sizeof(uint64_t)) {
+      read_number<uint64_t>(column, field, [&](uint64_t* value) {
+        return extract_uint64_column_from_result(result_, column.name, value);
+      });
+    } else {
+      read_number<uint32_t>(column, field, [&](uint32_t* value) {
+        return extract_uint_column_from_result(result_, column.name, value);
+      });
+    }
+  }
+}
+
+}  // namespace zymdb

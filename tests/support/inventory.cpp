@@ -1,0 +1,61 @@
+#include "support/inventory.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+InventoryTest::InventoryTest() {
+  std::string name = (std::filesystem::temp_directory_path() / "zymdb-test-XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
+  folder_ = name;
+  setenv("ZYMDB_INVENTORY", (folder_ / "inventory.db").c_str(), 1);
+  setenv("ZYMDB_LOG", "stderr", 1);
+  if (get_dmdb_handle() == nullptr) throw std::runtime_error("no inventory in " + name);
+}
+
+InventoryTest::~InventoryTest() {
+  if (_zym_db_handle_t* handle = get_dmdb_handle(); handle != nullptr) zym_db_close(handle);
+  std::filesystem::remove_all(folder_);
+}
+
+void InventoryTest::lose_database() {
+  zym_db_close(get_dmdb_handle());
+  setenv("ZYMDB_INVENTORY", (folder_ / "missing" / "inventory.db").c_str(), 1);
+  ASSERT_EQ(get_dmdb_handle(), nullptr);
+}
+
+int64_t InventoryTest::given(const char* table, std::initializer_list<Column> row) {
+  _zym_db_handle_t* const handle = get_dmdb_handle();
+  zym_db_content_values_t* const values = zym_db_get_content_values(handle);
+  for (const Column& column : row) {
+    if (const auto* number = std::get_if<int64_t>(&column.value))
+      zym_db_content_put_uint(values, column.name, static_cast<unsigned>(*number));
+    else if (const auto* text = std::get_if<std::string>(&column.value))
+      zym_db_content_put_text(values, column.name, text->c_str());
+    else
+      zym_db_content_put_null(values, column.name);
+  }
+  int64_t id = 0;
+  EXPECT_EQ(zym_db_insert(handle, table, values, 0, &id), ZYM_DB_STATUS_OK) << table;
+  zym_db_free_content_values(values);
+  return id;
+}
+
+std::string InventoryTest::rows(const char* table, std::initializer_list<const char*> columns,
+                                const char* filter) {
+  zym_db_result_t* result = nullptr;
+  const std::string ordered = std::string(filter != nullptr ? filter : "1") + " ORDER BY _id";
+  EXPECT_EQ(zym_db_query(get_dmdb_handle(), table, columns.begin(), static_cast<int>(columns.size()),
+                         ordered.c_str(), nullptr, 0, 0, &result),
+            ZYM_DB_STATUS_OK);
+  std::string text;
+  while (result != nullptr && zym_db_result_step(result) == ZYM_DB_STATUS_ROW) {
+    for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
+      char cell[2048];
+      if (i > 0) text += '|';
+      text += zym_db_result_column_text(result, i, cell, sizeof cell) == ZYM_DB_STATUS_OK ? cell : "NULL";
+    }
+    text += '\n';
+  }
+  if (result != nullptr) zym_db_free_result(result);
+  return text;
+}

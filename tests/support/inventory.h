@@ -1,0 +1,47 @@
+// A test on an embedded database of its own: a new, empty inventory in a folder that vanishes with the test.
+#ifndef ZYMDB_TESTS_SUPPORT_INVENTORY_H
+#define ZYMDB_TESTS_SUPPORT_INVENTORY_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "db/database_client.h"
+
+class InventoryTest : public testing::Test {
+ protected:
+  using Cell = std::variant<std::nullptr_t, int64_t, std::string>;
+  struct Column {
+    Column(const char* column, std::nullptr_t) : name(column), value(nullptr) {}
+    Column(const char* column, int64_t number) : name(column), value(number) {}
+    Column(const char* column, const char* text) : name(column), value(std::string(text)) {}
+    Column(const char* column, std::string text) : name(column), value(std::move(text)) {}
+    const char* name;
+    Cell value;
+  };
+
+  InventoryTest();
+  ~InventoryTest() override;
+
+  // given("PCIAdapter", {{"PCIKey", 7}, {"CardName", "a card"}, {"ConnectorType", nullptr}});
+  static int64_t given(const char* table, std::initializer_list<Column> row);
+
+  // The table's rows, in order of "_id", as one text: "7|a card|NULL\n".
+  static std::string rows(const char* table, std::initializer_list<const char*> columns,
+                          const char* filter = nullptr);
+
+  // From here on there is no database.
+  void lose_database();
+
+  const std::filesystem::path& folder() const { return folder_; }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+#endif

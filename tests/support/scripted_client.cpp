@@ -1,0 +1,345 @@
+#include "support/scripted_client.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "platform/platform_tables.h"
+#include "platform/ruvo_log.h"
+
+using scripted::Answer;
+using scripted::Cell;
+using scripted::client;
+
+struct _zym_db_handle_t {};
+
+struct zym_db_result_t {
+  Answer answer;
+  size_t next = 0;  // the row after the current one
+
+  const Cell* cell(int column) const {
+    if (next == 0 || next > answer.rows.size()) return nullptr;
+    const scripted::Row& row = answer.rows[next - 1];
+    return column >= 0 && static_cast<size_t>(column) < row.size() ? &row[static_cast<size_t>(column)]
+                                                                   : nullptr;
+  }
+  int index_of(const char* name) const {
+    for (size_t i = 0; i < answer.names.size(); ++i)
+      if (answer.names[i] == name) return static_cast<int>(i);
+    return -1;
+  }
+};
+
+struct zym_db_content_values_t {
+  std::vector<std::string> pairs;
+
+  std::string text() const {
+    std::string joined;
+    for (const std::string& pair : pairs) joined += (joined.empty() ? "" : ", ") + pair;
+    return joined;
+  }
+};
+
+namespace scripted {
+namespace {
+
+Client* current = nullptr;
+_zym_db_handle_t the_handle;
+
+std::string text_or_null(const char* text) {
+  return text != nullptr ? text : "NULL";
+}
+
+std::string parameters(const _zym_db_param_t* params, int count) {
+  if (count == 0) return "";
+  std::string text = " with";
+  for (int i = 0; i < count; ++i) {
+    if (params == nullptr) return text + " NULL";
+    text += " " + std::to_string(params[i].type) + "/" + std::to_string(params[i].reserved) + "/" +
+            std::to_string(params[i].flag) + ":" + std::to_string(params[i].value);
+  }
+  return text;
+}
+
+int answer_query(const std::string& operation, const std::string& text, zym_db_result_t** result) {
+  const int failure = client().called(operation, text);
+  client().statements.push_back(operation + " " + text);
+  if (failure != 0) return failure;
+  if (client().answers.empty()) {
+    ADD_FAILURE() << "no answer prepared for " << operation << " " << text;
+    return 99;
+  }
+  Answer answer = std::move(client().answers.front());
+  client().answers.pop_front();
+  const int status = answer.status;
+  if (answer.has_result) {
+    ++client().live_objects;
+    *result = new zym_db_result_t{std::move(answer)};
+  }
+  return status;
+}
+
+template <class Number>
+int read_number(const char* operation, zym_db_result_t* result, int column, Number* value) {
+  if (const int failure = client().called(operation, std::to_string(column)); failure != 0) return failure;
+  const Cell* cell = result->cell(column);
+  const int64_t* number = cell != nullptr ? std::get_if<int64_t>(cell) : nullptr;
+  if (number == nullptr) return ZYM_DB_STATUS_ERROR;
+  *value = static_cast<Number>(*number);
+  return ZYM_DB_STATUS_OK;
+}
+
+int read_text(const char* operation, zym_db_result_t* result, int column, char* text, int size) {
+  const std::string arguments = std::to_string(column) + " size " + std::to_string(size);
+  if (const int failure = client().called(operation, arguments); failure != 0) return failure;
+  const Cell* cell = result->cell(column);
+  const std::string* stored = cell != nullptr ? std::get_if<std::string>(cell) : nullptr;
+  if (stored == nullptr) return ZYM_DB_STATUS_ERROR;
+  std::snprintf(text, static_cast<size_t>(size), "%s", stored->c_str());
+  return ZYM_DB_STATUS_OK;
+}
+
+int put(zym_db_content_values_t* values, const char* kind, const char* column, const std::string& value) {
+  const std::string pair = std::string(column) + "=" + kind + ":" + value;
+  if (const int failure = client().called("put", pair); failure != 0) return failure;
+  values->pairs.push_back(pair);
+  return ZYM_DB_STATUS_OK;
+}
+
+int write(const char* operation, const std::string& text) {
+  const int failure = client().called(operation, text);
+  client().statements.push_back(std::string(operation) + " " + text);
+  return failure;
+}
+
+[[gnu::format(printf, 2, 0)]] void log(const char* level, const char* format, va_list arguments) {
+  char text[4096];
+  std::vsnprintf(text, sizeof text, format, arguments);
+  client().log.push_back(std::string(level) + ": " + text);
+}
+
+}  // namespace
+
+Client& client() {
+  return *current;
+}
+
+int Client::called(const std::string& operation, const std::string& arguments) {
+  calls.push_back(arguments.empty() ? operation : operation + " " + arguments);
+  const int number = counts_[operation]++;
+  const int overall = status_calls++;
+  if (failing_call == overall) return failing_status;
+  const auto failure = failures.find({operation, number});
+  return failure != failures.end() ? failure->second : 0;
+}
+
+ClientTest::ClientTest() {
+  current = new Client;
+}
+
+ClientTest::~ClientTest() {
+  EXPECT_EQ(client().live_objects, 0) << "results or value sets were not freed";
+  delete current;
+  current = nullptr;
+}
+
+}  // namespace scripted
+
+using namespace scripted;
+
+_zym_db_handle_t* get_dmdb_handle(void) {
+  return client().has_database ? &the_handle : nullptr;
+}
+
+int zym_db_query(_zym_db_handle_t*, const char* table, const char* const* columns, int ncolumns,
+                 const char* where, const _zym_db_param_t* params, int nparams, int reserved,
+                 zym_db_result_t** result) {
+  EXPECT_EQ(reserved, 0);
+  std::string list;
+  for (int i = 0; i < ncolumns; ++i) list += (i == 0 ? "" : ",") + std::string(columns[i]);
+  if (columns == nullptr) list = "*";
+  return answer_query(
+      "query",
+      std::string(table) + " [" + list + "] where " + text_or_null(where) + parameters(params, nparams),
+      result);
+}
+
+int zym_db_raw_query(_zym_db_handle_t*, const char* sql, int size, zym_db_result_t** result) {
+  return answer_query("raw_query", std::string(sql) + " size " + std::to_string(size), result);
+}
+
+int zym_db_result_step(zym_db_result_t* result) {
+  if (const int failure = client().called("step", ""); failure != 0) return failure;
+  if (result->next >= result->answer.rows.size()) return result->answer.end;
+  ++result->next;
+  return ZYM_DB_STATUS_ROW;
+}
+
+unsigned int zym_db_result_row_count(zym_db_result_t* result) {
+  client().calls.push_back("row_count");
+  return result->answer.row_count.value_or(static_cast<unsigned>(result->answer.rows.size()));
+}
+
+int zym_db_result_reset(zym_db_result_t* result) {
+  if (const int failure = client().called("reset", ""); failure != 0) return failure;
+  result->next = 0;
+  return ZYM_DB_STATUS_OK;
+}
+
+int zym_db_result_column_uint(zym_db_result_t* result, int column, unsigned int* value) {
+  return read_number("uint", result, column, value);
+}
+int zym_db_result_column_int(zym_db_result_t* result, int column, int* value) {
+  return read_number("int", result, column, value);
+}
+int zym_db_result_column_uint64(zym_db_result_t* result, int column, uint64_t* value) {
+  return read_number("uint64", result, column, value);
+}
+int zym_db_result_column_int64(zym_db_result_t* result, int column, int64_t* value) {
+  return read_number("int64", result, column, value);
+}
+int zym_db_result_column_uchar(zym_db_result_t* result, int column, unsigned char* value) {
+  return read_number("uchar", result, column, value);
+}
+int zym_db_result_column_short_uint(zym_db_result_t* result, int column, unsigned short* value) {
+  return read_number("short_uint", result, column, value);
+}
+
+int zym_db_result_column_text(zym_db_result_t* result, int column, char* text, int size) {
+  return read_text("text", result, column, text, size);
+}
+
+int zym_db_result_column_blob(zym_db_result_t* result, int column, void* data, int size) {
+  if (const int failure = client().called("blob", std::to_string(column)); failure != 0) return failure;
+  const Cell* cell = result->cell(column);
+  const std::string* stored = cell != nullptr ? std::get_if<std::string>(cell) : nullptr;
+  if (stored == nullptr) return ZYM_DB_STATUS_ERROR;
+  std::memcpy(data, stored->data(), std::min(stored->size(), static_cast<size_t>(size)));
+  return ZYM_DB_STATUS_OK;
+}
+
+int zym_db_result_column_bytes(zym_db_result_t* result, int column, int* length) {
+  if (const int failure = client().called("bytes", std::to_string(column)); failure != 0) return failure;
+  const Cell* cell = result->cell(column);
+  const std::string* stored = cell != nullptr ? std::get_if<std::string>(cell) : nullptr;
+  if (stored == nullptr) return ZYM_DB_STATUS_ERROR;
+  *length = static_cast<int>(stored->size());
+  return ZYM_DB_STATUS_OK;
+}
+
+int zym_db_result_column_is_null(zym_db_result_t* result, int column, int* is_null) {
+  if (const int failure = client().called("is_null", std::to_string(column)); failure != 0) return failure;
+  const Cell* cell = result->cell(column);
+  if (cell == nullptr) return ZYM_DB_STATUS_ERROR;
+  *is_null = std::holds_alternative<std::nullptr_t>(*cell) ? 1 : 0;
+  return ZYM_DB_STATUS_OK;
+}
+
+int extract_uint_column_from_result(zym_db_result_t* result, const char* column, unsigned int* value) {
+  return read_number("extract_uint", result, result->index_of(column), value);
+}
+int extract_uint64_column_from_result(zym_db_result_t* result, const char* column, uint64_t* value) {
+  return read_number("extract_uint64", result, result->index_of(column), value);
+}
+int extract_str_column_from_result(zym_db_result_t* result, const char* column, char* text, int size) {
+  return read_text("extract_str", result, result->index_of(column), text, size);
+}
+
+int zym_db_free_result(zym_db_result_t* result) {
+  client().calls.push_back("free_result");
+  --client().live_objects;
+  delete result;
+  return ZYM_DB_STATUS_OK;
+}
+
+zym_db_content_values_t* zym_db_get_content_values(_zym_db_handle_t*) {
+  if (client().called("get_content_values", "") != 0 || !client().has_values) return nullptr;
+  ++client().live_objects;
+  return new zym_db_content_values_t;
+}
+
+int zym_db_content_clear(zym_db_content_values_t* values) {
+  if (const int failure = client().called("clear", ""); failure != 0) return failure;
+  values->pairs.clear();
+  return ZYM_DB_STATUS_OK;
+}
+
+int zym_db_content_put_text(zym_db_content_values_t* values, const char* column, const char* value) {
+  return put(values, "text", column, value);
+}
+int zym_db_content_put_int(zym_db_content_values_t* values, const char* column, int value) {
+  return put(values, "int", column, std::to_string(value));
+}
+int zym_db_content_put_uint(zym_db_content_values_t* values, const char* column, unsigned int value) {
+  return put(values, "uint", column, std::to_string(value));
+}
+int zym_db_content_put_uchar(zym_db_content_values_t* values, const char* column, unsigned char value) {
+  return put(values, "uchar", column, std::to_string(value));
+}
+int zym_db_content_put_short_uint(zym_db_content_values_t* values, const char* column, unsigned short value) {
+  return put(values, "short_uint", column, std::to_string(value));
+}
+int zym_db_content_put_null(zym_db_content_values_t* values, const char* column) {
+  return put(values, "null", column, "");
+}
+
+int zym_db_free_content_values(zym_db_content_values_t* values) {
+  client().calls.push_back("free_content_values");
+  --client().live_objects;
+  delete values;
+  return ZYM_DB_STATUS_OK;
+}
+
+int zym_db_insert(_zym_db_handle_t*, const char* table, const zym_db_content_values_t* values, int reserved,
+                  int64_t* id) {
+  EXPECT_EQ(reserved, 0);
+  const int failure = write("insert", std::string(table) + " {" + values->text() + "}");
+  if (failure == 0) *id = client().inserted_id;
+  return failure;
+}
+
+int zym_db_update(_zym_db_handle_t*, const char* table, const zym_db_content_values_t* values,
+                  const char* where, const _zym_db_param_t* params, int nparams, int64_t*) {
+  return write("update", std::string(table) + " {" + values->text() + "} where " + text_or_null(where) +
+                             parameters(params, nparams));
+}
+
+int zym_db_delete(_zym_db_handle_t*, const char* table, const char* where, const _zym_db_param_t* params,
+                  int nparams, int64_t* count) {
+  const int failure =
+      write("delete", std::string(table) + " where " + text_or_null(where) + parameters(params, nparams));
+  if (failure == 0 && count != nullptr) *count = client().deleted_rows;
+  return failure;
+}
+
+const char* zym_db_get_error_str(int status) {
+  return status == 77 ? "the scripted failure" : "another failure";
+}
+
+int ptables_from_ram(ptables_t*) {
+  return client().called("ptables_from_ram", "");
+}
+int ptables_lookup_platform_direct(const ptables_t*, ptables_platform_t* platform) {
+  if (const int failure = client().called("ptables_lookup_platform_direct", ""); failure != 0) return failure;
+  platform->word[2] = client().platform_word;
+  return 0;
+}
+void ptables_free(ptables_t*) {
+  client().calls.push_back("ptables_free");
+}
+
+namespace ruvo_log {
+
+#define SCRIPTED_LOG(NAME, LEVEL)            \
+  void NAME(const char* format, ...) {       \
+    va_list arguments;                       \
+    va_start(arguments, format);             \
+    scripted::log(LEVEL, format, arguments); \
+    va_end(arguments);                       \
+  }
+SCRIPTED_LOG(logErr, "error")
+SCRIPTED_LOG(logInfo, "info")
+SCRIPTED_LOG(logWarn, "warning")
+#undef SCRIPTED_LOG
+
+}  // namespace ruvo_log

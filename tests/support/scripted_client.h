@@ -1,0 +1,101 @@
+// A database client that follows a script: it hands out prepared rows, records every call, and fails any of
+// them. A test program that links it is the client of the library under test.
+#ifndef ZYMDB_TESTS_SUPPORT_SCRIPTED_CLIENT_H
+#define ZYMDB_TESTS_SUPPORT_SCRIPTED_CLIENT_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "db/database_client.h"
+
+namespace scripted {
+
+using Cell = std::variant<std::nullptr_t, int64_t, std::string>;
+
+// One row. Integers, texts and nulls as they stand: Row{7, "name", nullptr}.
+struct Row : std::vector<Cell> {
+  template <class... Cells>
+  explicit Row(Cells... cells) : std::vector<Cell>{cell(cells)...} {}
+
+  template <class T>
+  static Cell cell(T value) {
+    if constexpr (std::is_integral_v<T>)
+      return static_cast<int64_t>(value);
+    else if constexpr (std::is_null_pointer_v<T>)
+      return nullptr;
+    else
+      return std::string(value);
+  }
+};
+
+// The answer to one query.
+struct Answer {
+  int status = 0;
+  bool has_result = true;
+  std::vector<std::string> names;  // of the columns, for reads by name
+  std::vector<Row> rows;
+  int end = ZYM_DB_STATUS_DONE;       // the step's code after the last row
+  std::optional<unsigned> row_count;  // what the client says it is, when not the truth
+
+  static Answer of(std::vector<Row> rows) { return {.rows = std::move(rows)}; }
+  static Answer failing(int status, bool has_result = false) {
+    return {.status = status, .has_result = has_result};
+  }
+  static Answer without_result() { return {.has_result = false}; }
+};
+
+class Client {
+ public:
+  bool has_database = true;
+  bool has_values = true;  // whether a value set can be had
+
+  // Queries are answered in this order; one more than there are answers is a failure of the test.
+  std::deque<Answer> answers;
+
+  // What the n-th call (from 0) of an operation answers instead of doing its work, e.g. {"update", 0}.
+  std::map<std::pair<std::string, int>, int> failures;
+
+  // Counted from 0 over all calls that answer a status: the call that fails, with `failing_status`.
+  std::optional<int> failing_call;
+  int failing_status = 77;
+
+  int64_t inserted_id = 1;
+  int64_t deleted_rows = 0;
+  uint32_t platform_word = 0;  // the third of the platform's entry
+
+  std::vector<std::string> calls;       // every call, with its arguments
+  std::vector<std::string> statements;  // the calls that read or write tables
+  std::vector<std::string> log;         // "error: …", "info: …", "warning: …"
+  int live_objects = 0;                 // results and value sets not yet freed
+  int status_calls = 0;
+
+  // Records a call; the status that the script makes it fail with, or 0.
+  int called(const std::string& operation, const std::string& arguments);
+
+ private:
+  std::map<std::string, int> counts_;
+};
+
+// The client of the running test.
+Client& client();
+
+// Gives each test a fresh client, and sees to it that every object was freed.
+class ClientTest : public testing::Test {
+ protected:
+  ClientTest();
+  ~ClientTest() override;
+
+  void answer(std::vector<Row> rows) { client().answers.push_back(Answer::of(std::move(rows))); }
+  void answer(Answer answer) { client().answers.push_back(std::move(answer)); }
+};
+
+}  // namespace scripted
+
+#endif
