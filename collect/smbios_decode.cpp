@@ -1,0 +1,147 @@
+#include "smbios_decode.h"
+
+#include <algorithm>
+
+namespace zymdb::collect {
+namespace {
+
+constexpr std::uint8_t kTypeProcessor = 4;
+constexpr std::uint8_t kTypeCache = 7;
+constexpr std::uint8_t kTypeSlot = 9;
+constexpr std::uint8_t kTypeOnboardDevice = 41;
+
+constexpr std::uint8_t kFamilyInSecondField = 0xFE;
+constexpr std::uint8_t kCountInSecondField = 0xFF;
+constexpr std::uint16_t kNoHandle = 0xFFFF;
+
+// Offsets of the handles of a processor's caches, by level.
+constexpr std::size_t kCacheHandles[] = {0x1A, 0x1C, 0x1E};
+
+template <typename Record>
+std::vector<Record> decode_all(const SmbiosTables& tables, std::uint8_t type,
+                               Record (*decode)(const SmbiosTables&, const SmbiosStructure&)) {
+  std::vector<Record> records;
+  for (const auto& structure : tables.structures()) {
+    if (structure.type() == type) records.push_back(decode(tables, structure));
+  }
+  return records;
+}
+
+// A field in which 0 means that nobody knows.
+template <typename T>
+std::optional<T> nonzero(const SmbiosStructure& structure, std::size_t offset) {
+  const auto value = structure.field<T>(offset);
+  return value == T{0} ? std::nullopt : value;
+}
+
+// A cache size: 64 KB steps when the top bit is set; too large for 15 bits, it is in a second field.
+std::optional<std::uint32_t> cache_size(const SmbiosStructure& cache, std::size_t offset,
+                                        std::size_t second) {
+  const auto size = cache.field<std::uint16_t>(offset);
+  const auto extended = cache.field<std::uint32_t>(second);
+  if (!size) return std::nullopt;
+  const bool in_second = *size == 0xFFFF && extended;
+  const std::uint32_t value = in_second ? *extended & 0x7FFFFFFFU : *size & 0x7FFFU;
+  const bool coarse = in_second ? *extended >> 31 != 0 : *size >> 15 != 0;
+  return coarse ? value * 64 : value;
+}
+
+SmbiosCache decode_cache(const SmbiosStructure& cache) {
+  return {.max_size = cache_size(cache, 0x07, 0x13),
+          .installed = cache_size(cache, 0x09, 0x17),
+          .type = cache.field<std::uint8_t>(0x11),
+          .configuration = cache.field<std::uint16_t>(0x05)};
+}
+
+SmbiosCache find_cache(const SmbiosTables& tables, std::uint16_t handle) {
+  const auto& all = tables.structures();
+  const auto found = std::ranges::find_if(all, [handle](const SmbiosStructure& structure) {
+    return structure.type() == kTypeCache && structure.handle() == handle;
+  });
+  return found == all.end() ? SmbiosCache{} : decode_cache(*found);
+}
+
+// A count of cores or threads; from 255 on it is in a second field.
+std::optional<std::uint16_t> count(const SmbiosStructure& processor, std::size_t offset, std::size_t second) {
+  const auto small = nonzero<std::uint8_t>(processor, offset);
+  const auto large = nonzero<std::uint16_t>(processor, second);
+  if (small == kCountInSecondField && large) return large;
+  return small ? std::optional<std::uint16_t>(*small) : std::nullopt;
+}
+
+std::optional<std::uint16_t> family(const SmbiosStructure& processor) {
+  const auto small = processor.field<std::uint8_t>(0x06);
+  if (small == kFamilyInSecondField) return processor.field<std::uint16_t>(0x28);
+  return small ? std::optional<std::uint16_t>(*small) : std::nullopt;
+}
+
+void decode_chip(const SmbiosTables& tables, const SmbiosStructure& structure, SmbiosProcessor& processor) {
+  processor.id = structure.field<std::uint64_t>(0x08);
+  processor.family = family(structure);
+  processor.manufacturer = structure.text(0x07);
+  processor.version = structure.text(0x10);
+  processor.voltage = nonzero<std::uint8_t>(structure, 0x11);
+  processor.external_clock = nonzero<std::uint16_t>(structure, 0x12);
+  processor.max_speed = nonzero<std::uint16_t>(structure, 0x14);
+  processor.current_speed = nonzero<std::uint16_t>(structure, 0x16);
+  processor.serial_number = structure.text(0x20);
+  processor.asset_tag = structure.text(0x21);
+  processor.part_number = structure.text(0x22);
+  processor.core_count = count(structure, 0x23, 0x2A);
+  processor.cores_enabled = count(structure, 0x24, 0x2C);
+  processor.thread_count = count(structure, 0x25, 0x2E);
+  processor.characteristics = structure.field<std::uint16_t>(0x26);
+  for (std::size_t level = 0; level < processor.caches.size(); ++level) {
+    const auto handle = structure.field<std::uint16_t>(kCacheHandles[level]).value_or(kNoHandle);
+    if (handle != kNoHandle) processor.caches[level] = find_cache(tables, handle);
+  }
+}
+
+SmbiosProcessor decode_processor(const SmbiosTables& tables, const SmbiosStructure& structure) {
+  SmbiosProcessor processor;
+  processor.socket = structure.text(0x04);
+  processor.type = structure.field<std::uint8_t>(0x05);
+  processor.status = structure.field<std::uint8_t>(0x18);
+  processor.upgrade = structure.field<std::uint8_t>(0x19);
+  if (processor.populated()) decode_chip(tables, structure, processor);
+  return processor;
+}
+
+// Segment, bus, device and function. Firmware that has no address to state writes ones or zeros.
+std::optional<PciAddress> pci_address(const SmbiosStructure& structure, std::size_t offset) {
+  const auto segment = structure.field<std::uint16_t>(offset);
+  const auto bus = structure.field<std::uint8_t>(offset + 2);
+  const auto position = structure.field<std::uint8_t>(offset + 3);
+  if (!segment || !bus || !position) return std::nullopt;
+  if (*bus == 0xFF || *position == 0xFF || (*bus == 0 && *position == 0)) return std::nullopt;
+  return PciAddress{*segment, *bus, static_cast<std::uint8_t>(*position >> 3),
+                    static_cast<std::uint8_t>(*position & 7)};
+}
+
+SmbiosSlot decode_slot(const SmbiosTables&, const SmbiosStructure& structure) {
+  return {.designation = structure.text(0x04),
+          .type = structure.field<std::uint8_t>(0x05),
+          .data_bus_width = structure.field<std::uint8_t>(0x06),
+          .id = structure.field<std::uint16_t>(0x09).value_or(0),
+          .address = pci_address(structure, 0x0D)};
+}
+
+SmbiosOnboardDevice decode_onboard_device(const SmbiosTables&, const SmbiosStructure& structure) {
+  return {.designation = structure.text(0x04), .address = pci_address(structure, 0x07)};
+}
+
+}  // namespace
+
+std::vector<SmbiosProcessor> decode_processors(const SmbiosTables& tables) {
+  return decode_all(tables, kTypeProcessor, decode_processor);
+}
+
+std::vector<SmbiosSlot> decode_slots(const SmbiosTables& tables) {
+  return decode_all(tables, kTypeSlot, decode_slot);
+}
+
+std::vector<SmbiosOnboardDevice> decode_onboard_devices(const SmbiosTables& tables) {
+  return decode_all(tables, kTypeOnboardDevice, decode_onboard_device);
+}
+
+}  // namespace zymdb::collect

@@ -1,0 +1,73 @@
+// The SMBIOS structures that the collector knows, read out of their tables.
+#ifndef ZYMDB_COLLECT_SMBIOS_DECODE_H
+#define ZYMDB_COLLECT_SMBIOS_DECODE_H
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "pci_function.h"
+#include "smbios.h"
+
+namespace zymdb::collect {
+
+// A processor's cache (type 7).
+struct SmbiosCache {
+  std::optional<std::uint32_t> max_size;   // KB
+  std::optional<std::uint32_t> installed;  // KB
+  std::optional<std::uint8_t> type;        // 3: instruction, 4: data, 5: unified
+  std::optional<std::uint16_t> configuration;
+};
+
+// A processor socket (type 4). Codes are those of SMBIOS.
+struct SmbiosProcessor {
+  std::optional<std::string> socket;
+  std::optional<std::uint8_t> type;
+  std::optional<std::uint8_t> status;  // bit 6: populated; bits 0 to 2: state
+  std::optional<std::uint8_t> upgrade;
+
+  // Unknown in an empty socket.
+  std::optional<std::uint64_t> id;
+  std::optional<std::uint16_t> family;
+  std::optional<std::string> manufacturer;
+  std::optional<std::string> version;
+  std::optional<std::uint8_t> voltage;          // as SMBIOS codes it
+  std::optional<std::uint16_t> external_clock;  // MHz
+  std::optional<std::uint16_t> max_speed;       // MHz
+  std::optional<std::uint16_t> current_speed;   // MHz
+  std::optional<std::string> serial_number;
+  std::optional<std::string> asset_tag;
+  std::optional<std::string> part_number;
+  std::optional<std::uint16_t> core_count;
+  std::optional<std::uint16_t> cores_enabled;
+  std::optional<std::uint16_t> thread_count;
+  std::optional<std::uint16_t> characteristics;
+  std::array<SmbiosCache, 3> caches;  // levels 1 to 3
+
+  bool populated() const { return (status.value_or(0) & 0x40U) != 0; }
+};
+
+// A slot that takes cards or drives (type 9).
+struct SmbiosSlot {
+  std::optional<std::string> designation;
+  std::optional<std::uint8_t> type;
+  std::optional<std::uint8_t> data_bus_width;  // the code
+  std::uint16_t id = 0;
+  std::optional<PciAddress> address;  // of the device in it or the port above it; nothing when not stated
+};
+
+// A device on the system board (type 41).
+struct SmbiosOnboardDevice {
+  std::optional<std::string> designation;
+  std::optional<PciAddress> address;
+};
+
+std::vector<SmbiosProcessor> decode_processors(const SmbiosTables& tables);
+std::vector<SmbiosSlot> decode_slots(const SmbiosTables& tables);
+std::vector<SmbiosOnboardDevice> decode_onboard_devices(const SmbiosTables& tables);
+
+}  // namespace zymdb::collect
+
+#endif
