@@ -21,6 +21,7 @@ class InventoryTest : public testing::Test {
     Column(const char* column, int64_t number) : name(column), value(number) {}
     Column(const char* column, const char* text) : name(column), value(std::string(text)) {}
     Column(const char* column, std::string text) : name(column), value(std::move(text)) {}
+    Column(const char* column, Cell cell) : name(column), value(std::move(cell)) {}
     const char* name;
     Cell value;
   };

@@ -80,8 +80,10 @@ int answer_query(const std::string& operation, const std::string& text, zym_db_r
 }
 
 template <class Number>
-int read_number(const char* operation, zym_db_result_t* result, int column, Number* value) {
-  if (const int failure = client().called(operation, std::to_string(column)); failure != 0) return failure;
+int read_number(const char* operation, zym_db_result_t* result, int column, Number* value,
+                const char* name = nullptr) {
+  const std::string arguments = name != nullptr ? name : std::to_string(column);
+  if (const int failure = client().called(operation, arguments); failure != 0) return failure;
   const Cell* cell = result->cell(column);
   const int64_t* number = cell != nullptr ? std::get_if<int64_t>(cell) : nullptr;
   if (number == nullptr) return ZYM_DB_STATUS_ERROR;
@@ -89,8 +91,10 @@ int read_number(const char* operation, zym_db_result_t* result, int column, Numb
   return ZYM_DB_STATUS_OK;
 }
 
-int read_text(const char* operation, zym_db_result_t* result, int column, char* text, int size) {
-  const std::string arguments = std::to_string(column) + " size " + std::to_string(size);
+int read_text(const char* operation, zym_db_result_t* result, int column, char* text, int size,
+              const char* name = nullptr) {
+  const std::string arguments =
+      (name != nullptr ? name : std::to_string(column)) + " size " + std::to_string(size);
   if (const int failure = client().called(operation, arguments); failure != 0) return failure;
   const Cell* cell = result->cell(column);
   const std::string* stored = cell != nullptr ? std::get_if<std::string>(cell) : nullptr;
@@ -236,13 +240,13 @@ int zym_db_result_column_is_null(zym_db_result_t* result, int column, int* is_nu
 }
 
 int extract_uint_column_from_result(zym_db_result_t* result, const char* column, unsigned int* value) {
-  return read_number("extract_uint", result, result->index_of(column), value);
+  return read_number("extract_uint", result, result->index_of(column), value, column);
 }
 int extract_uint64_column_from_result(zym_db_result_t* result, const char* column, uint64_t* value) {
-  return read_number("extract_uint64", result, result->index_of(column), value);
+  return read_number("extract_uint64", result, result->index_of(column), value, column);
 }
 int extract_str_column_from_result(zym_db_result_t* result, const char* column, char* text, int size) {
-  return read_text("extract_str", result, result->index_of(column), text, size);
+  return read_text("extract_str", result, result->index_of(column), text, size, column);
 }
 
 int zym_db_free_result(zym_db_result_t* result) {

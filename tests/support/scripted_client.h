@@ -39,10 +39,10 @@ struct Row : std::vector<Cell> {
 struct Answer {
   int status = 0;
   bool has_result = true;
-  std::vector<std::string> names;  // of the columns, for reads by name
-  std::vector<Row> rows;
-  int end = ZYM_DB_STATUS_DONE;       // the step's code after the last row
-  std::optional<unsigned> row_count;  // what the client says it is, when not the truth
+  std::vector<std::string> names{};  // of the columns, for reads by name
+  std::vector<Row> rows{};
+  int end = ZYM_DB_STATUS_DONE;         // the step's code after the last row
+  std::optional<unsigned> row_count{};  // what the client says it is, when not the truth
 
   static Answer of(std::vector<Row> rows) { return {.rows = std::move(rows)}; }
   static Answer failing(int status, bool has_result = false) {

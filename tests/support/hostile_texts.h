@@ -1,0 +1,75 @@
+// Texts that try to break out of the place where an operation puts them.
+#ifndef ZYMDB_TESTS_SUPPORT_HOSTILE_TEXTS_H
+#define ZYMDB_TESTS_SUPPORT_HOSTILE_TEXTS_H
+
+#include <string>
+#include <vector>
+
+inline const std::vector<std::string>& hostile_texts() {
+  static const std::vector<std::string> texts = {
+      "'",
+      "\"",
+      "''",
+      "\"\"",
+      "';",
+      "\";",
+      "--",
+      "/*",
+      "*/",
+      "\\",
+      "\\'",
+      "%",
+      "_",
+      "?",
+      "?1",
+      ":a",
+      "@a",
+      "$a",
+      "#",
+      "' OR '1'='1",
+      "\" OR \"1\"=\"1",
+      "1 OR 1=1",
+      "1; DELETE FROM PCIs",
+      "1; DROP TABLE PCIs; --",
+      "'; DELETE FROM PCIs; --",
+      "\"; DROP TABLE PCIs; --",
+      "1 UNION SELECT name FROM sqlite_master",
+      "1 UNION SELECT sql FROM sqlite_schema",
+      "1) OR (1=1",
+      "1) UNION SELECT 1 --",
+      "1=1 ORDER BY (SELECT 1)",
+      "1 AND load_extension('x')",
+      "1 AND writefile('/tmp/zymdb-hostile','x')",
+      "1 AND readfile('/etc/passwd')",
+      "ATTACH DATABASE '/tmp/zymdb-hostile' AS x",
+      "1; ATTACH DATABASE '/tmp/zymdb-hostile' AS x",
+      "PRAGMA journal_mode=DELETE",
+      "1; PRAGMA writable_schema=1",
+      "1; VACUUM INTO '/tmp/zymdb-hostile'",
+      "1 AND randomblob(1000000000)",
+      "1 AND zeroblob(2000000000)",
+      "1 AND printf('%2000000000d',1)",
+      "1 AND (WITH RECURSIVE r(n) AS (SELECT 1 UNION ALL SELECT n+1 FROM r) SELECT count(*) FROM r)",
+      "1 IN (WITH RECURSIVE r(n) AS (SELECT 1 UNION ALL SELECT n+1 FROM r) SELECT n FROM r)",
+      "_id IN (SELECT _id FROM PCISetting)",
+      "EXISTS (SELECT 1 FROM sqlite_master)",
+      "pragma_table_info('PCIs')",
+      "1 GROUP BY 1 HAVING 1",
+      "1 LIMIT 0",
+      "1 WINDOW w AS ()",
+      "1 RETURNING *",
+      "NULL",
+      "\xff\xfe\xfd",
+      "\xc3(",
+      "\xe2\x80\xa8",
+      std::string(200, '('),
+      std::string(100000, '('),
+      std::string(100000, '\''),
+      std::string(1 << 20, 'x'),
+      "1" + std::string(50000, '='),
+      "NOT " + std::string(20000, ' ') + "1",
+  };
+  return texts;
+}
+
+#endif
