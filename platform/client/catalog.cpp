@@ -1,0 +1,48 @@
+#include "client/catalog.h"
+
+#include <cstdint>
+
+namespace zymdb::client {
+namespace {
+
+constexpr char lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+}
+
+}  // namespace
+
+bool same_word(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (a[i] != b[i] && lower(a[i]) != lower(b[i])) return false;
+  }
+  return true;
+}
+
+// FNV-1a over the lower-case letters.
+size_t WordHash::operator()(std::string_view word) const {
+  uint64_t hash = 14695981039346656037U;
+  for (const char c : word) hash = (hash ^ static_cast<unsigned char>(lower(c))) * 1099511628211U;
+  return static_cast<size_t>(hash);
+}
+
+void Table::add_column(std::string name) {
+  places_.emplace(name, columns_.size());
+  columns_.push_back(std::move(name));
+}
+
+const std::string* Table::column(std::string_view word) const {
+  const auto place = places_.find(word);
+  return place == places_.end() ? nullptr : &columns_[place->second];
+}
+
+void Catalog::add_column(const std::string& table, std::string column) {
+  tables_.try_emplace(table, table).first->second.add_column(std::move(column));
+}
+
+const Table* Catalog::table(std::string_view word) const {
+  const auto found = tables_.find(word);
+  return found == tables_.end() ? nullptr : &found->second;
+}
+
+}  // namespace zymdb::client

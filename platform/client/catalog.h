@@ -1,0 +1,54 @@
+// The tables and columns of a database: the only names that ever become part of a statement.
+#ifndef ZYMDB_PLATFORM_CLIENT_CATALOG_H
+#define ZYMDB_PLATFORM_CLIENT_CATALOG_H
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace zymdb::client {
+
+// Compares ASCII letters without regard to case, as SQL compares names and keywords.
+bool same_word(std::string_view a, std::string_view b);
+
+struct WordHash {
+  using is_transparent = void;
+  size_t operator()(std::string_view word) const;
+};
+struct WordEqual {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const { return same_word(a, b); }
+};
+
+class Table {
+ public:
+  explicit Table(std::string name) : name_(std::move(name)) {}
+
+  void add_column(std::string name);
+
+  const std::string& name() const { return name_; }
+  const std::vector<std::string>& columns() const { return columns_; }
+
+  // The column as the schema spells it, or null.
+  const std::string* column(std::string_view word) const;
+
+ private:
+  std::string name_;
+  std::vector<std::string> columns_;
+  std::unordered_map<std::string, size_t, WordHash, WordEqual> places_;
+};
+
+class Catalog {
+ public:
+  void add_column(const std::string& table, std::string column);
+
+  const Table* table(std::string_view word) const;
+
+ private:
+  std::unordered_map<std::string, Table, WordHash, WordEqual> tables_;
+};
+
+}  // namespace zymdb::client
+
+#endif

@@ -1,0 +1,74 @@
+// What a handle stands for, and how the threads of the process share it.
+//
+// Every thread has a session of its own with each database, opened on its first use and closed when the
+// thread or the handle ends. A session is locked while an operation uses it, which costs its thread nothing
+// and lets another thread's zym_db_close, or a fork, wait for the operation's end.
+//
+// A child process never uses a session of its parent. The fork waits for running operations, so that the
+// child finds SQLite's own state whole; the child's first call then drops what it inherited, without touching
+// the files, and opens anew. Merely forgetting the inherited connections would not do: SQLite counts the
+// locks of a process per file, and the child would take its parent's locks for its own.
+//
+// Locks are taken in this order: the opening of the shared handle, the registry, a database, a session.
+#ifndef ZYMDB_PLATFORM_CLIENT_DATABASE_H
+#define ZYMDB_PLATFORM_CLIENT_DATABASE_H
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "client/data_source.h"
+#include "client/engine.h"
+#include "client/statement.h"
+
+namespace zymdb::client {
+
+class Database;
+
+// A thread's session with a database.
+struct ThreadSession {
+  explicit ThreadSession(std::shared_ptr<Database> owner) : database(std::move(owner)) {}
+
+  std::mutex mutex;
+  std::shared_ptr<Database> database;
+  std::unique_ptr<Session> session;  // null until used, and after a failure that it cannot outlive
+  Statement statement;
+  std::atomic<bool> closed{false};
+
+  // For the lock's owner: ends it for good.
+  void close();
+};
+
+class Database {
+ public:
+  explicit Database(DataSource source) : source_(std::move(source)) {}
+
+  const DataSource& source() const { return source_; }
+  WriterQueue& writers() { return writers_; }
+
+  // Null when the handle was closed meanwhile.
+  static std::shared_ptr<ThreadSession> join(const std::shared_ptr<Database>& database);
+
+  // Ends every thread's session once its operation is over.
+  void close();
+
+  std::mutex& mutex() { return mutex_; }
+  // For the owner of mutex().
+  std::vector<std::shared_ptr<ThreadSession>> sessions() const;
+
+ private:
+  DataSource source_;
+  WriterQueue writers_;
+  std::mutex mutex_;
+  std::vector<std::weak_ptr<ThreadSession>> sessions_;
+  bool closed_ = false;
+};
+
+}  // namespace zymdb::client
+
+struct _zym_db_handle_t final : zymdb::client::Database {
+  using Database::Database;
+};
+
+#endif

@@ -1,0 +1,59 @@
+// What the client needs of a database: a session of one thread that reads and changes. SQLite implements it.
+#ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_H
+#define ZYMDB_PLATFORM_CLIENT_ENGINE_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "client/catalog.h"
+#include "client/data_source.h"
+#include "client/limits.h"
+#include "client/result.h"
+#include "client/statement.h"
+#include "client/writer_queue.h"
+
+namespace zymdb::client {
+
+// What a change did: rows changed or deleted, or the id of the inserted row.
+struct Change {
+  int64_t rows = 0;
+  int64_t id = 0;
+};
+
+// A connection of one thread. Operations answer a status; error() then tells the engine's own words.
+class Session {
+ public:
+  virtual ~Session() = default;
+
+  virtual const Catalog& catalog() const = 0;
+
+  virtual int query(Statement& statement, Result& result) = 0;
+  virtual int change(Statement& statement, Change& change) = 0;
+
+  virtual int begin() = 0;
+  virtual int commit() = 0;
+  virtual int rollback() = 0;
+
+  // False when the data source names another database by now, or this one cannot be used any further.
+  virtual bool is_usable(bool for_change) = 0;
+
+  // Called in a child process on a session of its parent, before it is destroyed: nothing may reach the
+  // database any more.
+  virtual void disown() = 0;
+
+  virtual const std::string& error() const = 0;
+};
+
+struct Opened {
+  std::unique_ptr<Session> session;  // null on failure
+  int status = 0;
+  std::string error;
+};
+
+// Opens a session, creating or upgrading the database as its schema tells. `writers` outlives the session.
+Opened open_session(const DataSource& source, WriterQueue& writers, const Limits& limits = {});
+
+}  // namespace zymdb::client
+
+#endif

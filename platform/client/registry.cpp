@@ -1,0 +1,235 @@
+#include "client/registry.h"
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <atomic>
+#include <unordered_map>
+
+#include "client/status.h"
+#include "platform/ruvo_log.h"
+
+namespace zymdb::client {
+namespace {
+
+// Never destroyed: threads may outlive the statics of the process.
+class Registry {
+ public:
+  static Registry& instance() {
+    static Registry* const registry = new Registry;
+    return *registry;
+  }
+
+  void add(const std::shared_ptr<_zym_db_handle_t>& handle) {
+    const std::lock_guard lock(mutex_);
+    handles_.emplace(handle.get(), handle);
+  }
+
+  std::shared_ptr<_zym_db_handle_t> find(_zym_db_handle_t* handle) {
+    const std::lock_guard lock(mutex_);
+    const auto found = handles_.find(handle);
+    return found == handles_.end() ? nullptr : found->second;
+  }
+
+  std::shared_ptr<_zym_db_handle_t> remove(_zym_db_handle_t* handle) {
+    const std::lock_guard lock(mutex_);
+    auto node = handles_.extract(handle);
+    return node.empty() ? nullptr : std::move(node.mapped());
+  }
+
+  // Drops what this process inherited, if it was forked since the last call.
+  void drop_inherited();
+
+  std::mutex opening;  // of the shared handle
+  std::atomic<_zym_db_handle_t*> shared{nullptr};
+
+ private:
+  Registry() { pthread_atfork(&before_fork, &in_parent, &in_child); }
+
+  static void before_fork();
+  static void in_parent();
+  static void in_child();
+  void release_all();
+
+  std::mutex mutex_;
+  std::unordered_map<_zym_db_handle_t*, std::shared_ptr<_zym_db_handle_t>> handles_;
+  std::vector<std::shared_ptr<ThreadSession>> held_;  // by a fork
+  std::atomic<bool> inherited_{false};
+};
+
+void Registry::before_fork() {
+  Registry& self = instance();
+  self.opening.lock();
+  self.mutex_.lock();
+  for (const auto& [handle, database] : self.handles_) {
+    handle->mutex().lock();
+    for (auto& session : handle->sessions()) {
+      session->mutex.lock();
+      self.held_.push_back(std::move(session));
+    }
+  }
+}
+
+void Registry::release_all() {
+  for (const auto& session : held_) session->mutex.unlock();
+  held_.clear();
+  for (const auto& [handle, database] : handles_) handle->mutex().unlock();
+  mutex_.unlock();
+  opening.unlock();
+}
+
+void Registry::in_parent() {
+  instance().release_all();
+}
+
+void Registry::in_child() {
+  instance().inherited_.store(true, std::memory_order_relaxed);
+  instance().release_all();
+}
+
+// The child has one thread yet.
+void Registry::drop_inherited() {
+  if (!inherited_.load(std::memory_order_relaxed)) return;
+  const std::lock_guard lock(mutex_);
+  if (!inherited_.load(std::memory_order_relaxed)) return;
+  for (const auto& [handle, database] : handles_) {
+    const std::lock_guard database_lock(handle->mutex());
+    for (const auto& session : handle->sessions()) {
+      const std::lock_guard session_lock(session->mutex);
+      if (session->session != nullptr) session->session->disown();
+      session->session.reset();
+    }
+    handle->writers().reset_after_fork();
+  }
+  inherited_.store(false, std::memory_order_relaxed);
+}
+
+// The calling thread's sessions; usually one.
+class ThreadSessions {
+ public:
+  ThreadSessions() = default;
+  ThreadSessions(const ThreadSessions&) = delete;
+  ThreadSessions& operator=(const ThreadSessions&) = delete;
+  ~ThreadSessions();
+
+  // Null when the handle is not open.
+  std::shared_ptr<ThreadSession> get(_zym_db_handle_t* handle);
+
+ private:
+  std::vector<std::shared_ptr<ThreadSession>> sessions_;
+};
+
+// Destructors of other thread-local objects may still call the client: they find no database.
+thread_local bool thread_ends = false;
+thread_local ThreadSessions thread_sessions;
+
+ThreadSessions::~ThreadSessions() {
+  thread_ends = true;
+  for (const auto& session : sessions_) {
+    const std::lock_guard lock(session->mutex);
+    session->close();
+  }
+}
+
+std::shared_ptr<ThreadSession> ThreadSessions::get(_zym_db_handle_t* handle) {
+  const auto known = std::find_if(sessions_.begin(), sessions_.end(),
+                                  [&](const auto& each) { return each->database.get() == handle; });
+  if (known != sessions_.end()) return *known;
+  std::erase_if(sessions_, [](const auto& each) { return each->closed.load(); });
+  const auto database = Registry::instance().find(handle);
+  if (database == nullptr) return nullptr;
+  auto session = Database::join(database);
+  if (session != nullptr) sessions_.push_back(session);
+  return session;
+}
+
+}  // namespace
+
+_zym_db_handle_t* open_handle(const DataSource& source) {
+  const auto handle = std::make_shared<_zym_db_handle_t>(source);
+  Registry::instance().add(handle);
+  if (Lease().acquire(handle.get(), false) == 0) return handle.get();
+  close_handle(handle.get());
+  return nullptr;
+}
+
+_zym_db_handle_t* shared_handle() {
+  Registry& registry = Registry::instance();
+  if (_zym_db_handle_t* handle = registry.shared.load(std::memory_order_acquire)) return handle;
+  const std::lock_guard lock(registry.opening);
+  if (_zym_db_handle_t* handle = registry.shared.load(std::memory_order_acquire)) return handle;
+  DataSource source;
+  std::string error;
+  if (!locate_inventory(source, error)) {
+    ruvo_log::logErr("%s", error.c_str());
+    return nullptr;
+  }
+  _zym_db_handle_t* handle = open_handle(source);
+  registry.shared.store(handle, std::memory_order_release);
+  return handle;
+}
+
+bool close_handle(_zym_db_handle_t* handle) {
+  Registry& registry = Registry::instance();
+  registry.drop_inherited();
+  _zym_db_handle_t* shared = handle;
+  registry.shared.compare_exchange_strong(shared, nullptr);
+  const auto database = registry.remove(handle);
+  if (database == nullptr) return false;
+  database->close();
+  return true;
+}
+
+int Lease::acquire(_zym_db_handle_t* handle, bool for_change) {
+  if (thread_ends) return ZYM_DB_STATUS_NO_DB;
+  Registry::instance().drop_inherited();
+  auto session = thread_sessions.get(handle);
+  if (session == nullptr) return ZYM_DB_STATUS_NO_DB;
+  session->mutex.lock();
+  held_ = std::move(session);
+  if (held_->closed) return ZYM_DB_STATUS_NO_DB;
+  if (held_->session != nullptr && held_->session->is_usable(for_change)) return 0;
+  held_->session.reset();
+  Database& database = *held_->database;
+  Opened opened = open_session(database.source(), database.writers());
+  held_->session = std::move(opened.session);
+  if (opened.status != 0) ruvo_log::logErr("%s", opened.error.c_str());
+  return opened.status;
+}
+
+Lease::~Lease() {
+  if (held_ != nullptr) held_->mutex.unlock();
+}
+
+int Lease::compose(const Request& request) {
+  return held_->statement.compose(held_->session->catalog(), request);
+}
+
+int Lease::query(const Request& request, Result& result) {
+  if (const int status = compose(request)) return logged(status);
+  return logged(held_->session->query(held_->statement, result));
+}
+
+int Lease::change(const Request& request, Change& change) {
+  change = {};
+  if (const int status = compose(request)) return logged(status);
+  if (request.kind == Request::Kind::kUpdate && request.values->size() == 0) return 0;
+  return logged(held_->session->change(held_->statement, change));
+}
+
+int Lease::logged(int status, const char* operation) const {
+  if (status != 0) {
+    ruvo_log::logErr("%s failed: %s (status %d)", operation, held_->session->error().c_str(), status);
+  }
+  return status;
+}
+
+int Lease::logged(int status) const {
+  if (status == 0) return 0;
+  const Statement& statement = held_->statement;
+  const std::string reason(statement.reason().empty() ? held_->session->error() : statement.reason());
+  ruvo_log::logErr("%s failed: %s (status %d)", statement.describe().c_str(), reason.c_str(), status);
+  return status;
+}
+
+}  // namespace zymdb::client

@@ -1,0 +1,157 @@
+#include "client/result.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <iterator>
+#include <limits>
+
+#include "client/catalog.h"
+#include "zymdb_db.h"
+
+namespace zymdb::client {
+namespace {
+
+constexpr size_t kSmallResult = 256 * 1024;
+
+}  // namespace
+
+void Result::start(ColumnNames names, size_t limit) {
+  names_ = std::move(names);
+  columns_ = static_cast<uint32_t>(names_->size());
+  limit_ = std::min<size_t>(limit, std::numeric_limits<uint32_t>::max());
+  cells_.clear();
+  text_.clear();
+  rows_ = 0;
+  cursor_ = 0;
+  next_found_ = 0;
+}
+
+bool Result::add(Cell cell) {
+  if (cells_.size() * sizeof(Cell) + text_.size() > limit_) return false;
+  cells_.push_back(cell);
+  return true;
+}
+
+bool Result::add_integer(int64_t value) {
+  return add({Type::kInteger, 0, {value}});
+}
+
+bool Result::add_real(double value) {
+  Cell cell{Type::kReal, 0, {}};
+  cell.real = value;
+  return add(cell);
+}
+
+bool Result::add_text(std::string_view value) {
+  return add_bytes(Type::kText, value);
+}
+bool Result::add_blob(std::string_view value) {
+  return add_bytes(Type::kBlob, value);
+}
+bool Result::add_null() {
+  return add({Type::kNull, 0, {}});
+}
+bool Result::add_empty_aggregate() {
+  return add({Type::kEmptyAggregate, 0, {}});
+}
+
+bool Result::add_bytes(Type type, std::string_view value) {
+  if (value.size() > limit_) return false;
+  Cell cell{type, static_cast<uint32_t>(value.size()), {}};
+  cell.offset = text_.size();
+  text_.append(value);
+  return add(cell);
+}
+
+int Result::step() {
+  if (cursor_ <= rows_) ++cursor_;
+  return cursor_ <= rows_ ? ZYM_DB_STATUS_ROW : ZYM_DB_STATUS_DONE;
+}
+
+const Result::Cell* Result::cell(int column) const {
+  if (column < 0 || static_cast<uint32_t>(column) >= columns_) return nullptr;
+  if (cursor_ == 0 || cursor_ > rows_) return nullptr;
+  return &cells_[size_t{cursor_ - 1} * columns_ + static_cast<uint32_t>(column)];
+}
+
+int Result::read_integer(int column, int64_t& value) const {
+  const Cell* found = cell(column);
+  if (found == nullptr) return ZYM_DB_STATUS_ERROR;
+  if (found->type == Type::kInteger) {
+    value = found->integer;
+    return 0;
+  }
+  return found->type == Type::kEmptyAggregate ? 0 : ZYM_DB_STATUS_ERROR;
+}
+
+std::string_view Result::bytes(const Cell& cell, char (&buffer)[kNumberSize]) const {
+  switch (cell.type) {
+    case Type::kText:
+    case Type::kBlob:
+      return std::string_view(text_).substr(cell.offset, cell.length);
+    case Type::kInteger:
+      return {buffer, std::to_chars(buffer, std::end(buffer), cell.integer).ptr};
+    case Type::kReal:
+      return {buffer, std::to_chars(buffer, std::end(buffer), cell.real, std::chars_format::general, 15).ptr};
+    default:
+      return {};
+  }
+}
+
+int Result::read_text(int column, char* text, size_t size) const {
+  const Cell* found = cell(column);
+  text[0] = 0;
+  if (found == nullptr || found->type == Type::kBlob) return ZYM_DB_STATUS_ERROR;
+  char number[kNumberSize];
+  const std::string_view value = bytes(*found, number);
+  if (value.data() == nullptr) return ZYM_DB_STATUS_ERROR;
+  const size_t length = std::min(value.size(), size - 1);
+  std::memcpy(text, value.data(), length);
+  text[length] = 0;
+  return 0;
+}
+
+int Result::read_blob(int column, void* data, size_t size) const {
+  const Cell* found = cell(column);
+  if (found == nullptr || (found->type != Type::kBlob && found->type != Type::kText))
+    return ZYM_DB_STATUS_ERROR;
+  const size_t length = std::min<size_t>(found->length, size);
+  if (length != 0) std::memcpy(data, text_.data() + found->offset, length);
+  return 0;
+}
+
+int Result::read_bytes(int column, int* length) const {
+  const Cell* found = cell(column);
+  if (found == nullptr) return ZYM_DB_STATUS_ERROR;
+  char number[kNumberSize];
+  const std::string_view value = bytes(*found, number);
+  if (value.data() == nullptr) return ZYM_DB_STATUS_ERROR;
+  *length = static_cast<int>(value.size());
+  return 0;
+}
+
+int Result::read_is_null(int column, int* is_null) const {
+  const Cell* found = cell(column);
+  if (found == nullptr) return ZYM_DB_STATUS_ERROR;
+  *is_null = found->type == Type::kNull || found->type == Type::kEmptyAggregate;
+  return 0;
+}
+
+int Result::find(std::string_view name) const {
+  const std::vector<std::string>& names = *names_;
+  for (uint32_t tried = 0; tried < columns_; ++tried) {
+    const uint32_t place =
+        next_found_ + tried < columns_ ? next_found_ + tried : next_found_ + tried - columns_;
+    if (!same_word(names[place], name)) continue;
+    next_found_ = place + 1 == columns_ ? 0 : place + 1;
+    return static_cast<int>(place);
+  }
+  return -1;
+}
+
+bool Result::is_small() const {
+  return cells_.capacity() * sizeof(Cell) + text_.capacity() <= kSmallResult;
+}
+
+}  // namespace zymdb::client

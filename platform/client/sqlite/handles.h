@@ -1,0 +1,29 @@
+// Owners of SQLite's objects, and its result codes as statuses of the client.
+#ifndef ZYMDB_PLATFORM_CLIENT_SQLITE_HANDLES_H
+#define ZYMDB_PLATFORM_CLIENT_SQLITE_HANDLES_H
+
+#include <sqlite3.h>
+
+#include <memory>
+
+namespace zymdb::client::sqlite {
+
+struct CloseDatabase {
+  void operator()(sqlite3* database) const { sqlite3_close(database); }
+};
+using DatabasePtr = std::unique_ptr<sqlite3, CloseDatabase>;
+
+struct FinalizeStatement {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using StatementPtr = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
+
+// The client's status for a result code, extended or not.
+int status_of(int code);
+
+// After these the connection's view of the file cannot be trusted.
+bool is_lasting(int status);
+
+}  // namespace zymdb::client::sqlite
+
+#endif

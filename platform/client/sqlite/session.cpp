@@ -1,0 +1,279 @@
+#include "client/sqlite/session.h"
+
+#include <time.h>
+
+#include <new>
+
+#include "client/status.h"
+
+namespace zymdb::client::sqlite {
+namespace {
+
+constexpr size_t kPreparedStatements = 64;
+
+constexpr char kWriterLasts[] = "another thread's transaction lasts";
+
+// A reader looks this often whether the file was replaced or removed; a writer does before each write.
+constexpr int64_t kCheckInterval = 250'000'000;
+
+// The cheap clock of some milliseconds' resolution, in nanoseconds.
+int64_t coarse_now() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}
+
+// One run of a prepared statement. Its end, however it comes, ends the statement's own transaction.
+class Run {
+ public:
+  explicit Run(sqlite3_stmt* statement) : statement_(statement) {}
+  ~Run() { sqlite3_reset(statement_); }
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+
+  sqlite3_stmt* statement() const { return statement_; }
+  int step() const { return sqlite3_step(statement_); }
+
+ private:
+  sqlite3_stmt* statement_;
+};
+
+}  // namespace
+
+SqliteSession::SqliteSession(const DataSource& source, WriterQueue& writers, const Limits& limits)
+    : source_(source), writers_(writers), limits_(limits), guard_(limits), statements_(kPreparedStatements) {}
+
+SqliteSession::~SqliteSession() {
+  guard_.stand_aside();
+  statements_.clear();
+  database_.reset();
+  if (in_transaction_) writers_.leave();
+}
+
+int SqliteSession::open() {
+  Opening opening(source_, guard_);
+  if (const int status = opening.run()) return fail(status, opening.error());
+  database_ = std::move(opening.database);
+  catalog_ = std::move(opening.catalog);
+  file_ = opening.file;
+  checked_at_ = coarse_now();
+  return 0;
+}
+
+int SqliteSession::query(Statement& statement, Result& result) {
+  Prepared* prepared = nullptr;
+  if (const int status = prepare(statement, prepared)) return status;
+  const Run run(prepared->statement.get());
+  if (const int status = bind(run.statement(), statement.arguments())) return status;
+  result.start(prepared->names, limits_.result);
+  int code = SQLITE_OK;
+  while ((code = run.step()) == SQLITE_ROW) {
+    if (!read_row(*prepared, result)) return fail(kStatusTooLarge, "the result is too large");
+  }
+  return outcome(code);
+}
+
+bool SqliteSession::read_row(const Prepared& prepared, Result& result) {
+  const int columns = static_cast<int>(prepared.names->size());
+  for (int column = 0; column < columns; ++column) {
+    if (!read_cell(prepared, column, result)) return false;
+  }
+  result.end_row();
+  return true;
+}
+
+bool SqliteSession::read_cell(const Prepared& prepared, int column, Result& result) {
+  sqlite3_stmt* statement = prepared.statement.get();
+  switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_INTEGER:
+      return result.add_integer(sqlite3_column_int64(statement, column));
+    case SQLITE_TEXT: {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+      if (text == nullptr) throw std::bad_alloc();
+      return result.add_text({text, static_cast<size_t>(sqlite3_column_bytes(statement, column))});
+    }
+    case SQLITE_FLOAT:
+      return result.add_real(sqlite3_column_double(statement, column));
+    case SQLITE_BLOB: {
+      const auto* data = static_cast<const char*>(sqlite3_column_blob(statement, column));
+      return result.add_blob({data, static_cast<size_t>(sqlite3_column_bytes(statement, column))});
+    }
+    default:
+      return prepared.expressions[static_cast<size_t>(column)] ? result.add_empty_aggregate()
+                                                               : result.add_null();
+  }
+}
+
+int SqliteSession::change(Statement& statement, Change& change) {
+  change = {};
+  if (in_transaction_) return write(statement, change);
+  if (statement.has_probe()) {
+    bool found = false;
+    const int status = probe(statement, found);
+    if (status != 0 || !found) return status;
+  }
+  const WriterTurn turn(writers_, limits_.writer);
+  return turn ? write(statement, change) : fail(kStatusBusy, kWriterLasts);
+}
+
+// An unchanged report ends here: it takes no lock and writes nothing.
+int SqliteSession::probe(Statement& statement, bool& found) {
+  Prepared* prepared = nullptr;
+  if (const int status = prepare_probe(statement, prepared)) return status;
+  const Run run(prepared->statement.get());
+  if (const int status = bind(run.statement(), statement.probe_arguments())) return status;
+  const int code = run.step();
+  found = code == SQLITE_ROW;
+  return found ? 0 : outcome(code);
+}
+
+int SqliteSession::write(Statement& statement, Change& change) {
+  if (in_transaction_ && sqlite3_get_autocommit(database_.get()) != 0) {
+    return fail(ZYM_DB_STATUS_ERROR, "an earlier failure ended the transaction");
+  }
+  Prepared* prepared = nullptr;
+  if (const int status = prepare(statement, prepared)) return status;
+  const Run run(prepared->statement.get());
+  if (const int status = bind(run.statement(), statement.arguments())) return status;
+  const int code = run.step();
+  change.rows = sqlite3_changes64(database_.get());
+  change.id = sqlite3_last_insert_rowid(database_.get());
+  return outcome(code);
+}
+
+int SqliteSession::begin() {
+  if (in_transaction_) return fail(ZYM_DB_STATUS_ERROR, "a transaction is open on this thread already");
+  WriterTurn turn(writers_, limits_.writer);
+  if (!turn) return fail(kStatusBusy, kWriterLasts);
+  if (const int status = execute("BEGIN IMMEDIATE")) return status;
+  in_transaction_ = true;
+  turn.keep();
+  return 0;
+}
+
+int SqliteSession::commit() {
+  return end_transaction("COMMIT");
+}
+
+int SqliteSession::rollback() {
+  return end_transaction("ROLLBACK");
+}
+
+int SqliteSession::end_transaction(const char* sql) {
+  if (!in_transaction_) return fail(ZYM_DB_STATUS_ERROR, "no transaction is open on this thread");
+  const int status = execute(sql);
+  if (sqlite3_get_autocommit(database_.get()) == 0) {
+    sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+  in_transaction_ = false;
+  writers_.leave();
+  return status;
+}
+
+bool SqliteSession::is_usable(bool for_change) {
+  if (in_transaction_) return true;
+  if (unusable_) return false;
+  const int64_t now = coarse_now();
+  if (!for_change && now - checked_at_ < kCheckInterval) return true;
+  checked_at_ = now;
+  FileId current;
+  if (identify(source_.path, current) && current == file_) return true;
+  // What lies at the path now, its log included, is not this connection's to tidy up.
+  disown();
+  return false;
+}
+
+// Closing then neither checkpoints nor removes the log: it only lets go of memory and descriptors.
+void SqliteSession::disown() {
+  unusable_ = true;
+  sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
+int SqliteSession::prepare(Statement& statement, Prepared*& prepared) {
+  guard_.watch(statement.kind(),
+               statement.table() != nullptr ? statement.table()->name() : std::string_view());
+  prepared = statements_.find(statement.key());
+  if (prepared != nullptr) return 0;
+  if (!statement.sql(sql_)) return fail(ZYM_DB_STATUS_ERROR, std::string(statement.reason()));
+  return compile(statement.key(), sql_, statement.take_column_names(), prepared);
+}
+
+int SqliteSession::prepare_probe(Statement& statement, Prepared*& prepared) {
+  guard_.watch(Request::Kind::kQuery, {});
+  prepared = statements_.find(statement.probe_key());
+  if (prepared != nullptr) return 0;
+  return compile(statement.probe_key(), statement.probe_sql(), {}, prepared);
+}
+
+int SqliteSession::compile(std::string_view key, const std::string& sql, std::vector<std::string> names,
+                           Prepared*& prepared) {
+  sqlite3_stmt* raw = nullptr;
+  const char* rest = nullptr;
+  const int code = sqlite3_prepare_v3(database_.get(), sql.data(), static_cast<int>(sql.size()),
+                                      SQLITE_PREPARE_PERSISTENT, &raw, &rest);
+  Prepared fresh{StatementPtr(raw), nullptr, {}};
+  if (code != SQLITE_OK) return fail_as_engine(code);
+  const bool named = !names.empty();
+  for (int column = 0; column < sqlite3_column_count(raw); ++column) {
+    if (!named) names.emplace_back(sqlite3_column_name(raw, column));
+    fresh.expressions.push_back(sqlite3_column_decltype(raw, column) == nullptr);
+  }
+  fresh.names = std::make_shared<const std::vector<std::string>>(std::move(names));
+  prepared = &statements_.add(key, std::move(fresh));
+  return 0;
+}
+
+// Texts are bound in place: they outlive the statement's run.
+int SqliteSession::bind(sqlite3_stmt* statement, std::span<const Argument> arguments) {
+  int place = 0;
+  for (const Argument& argument : arguments) {
+    int code = SQLITE_OK;
+    ++place;
+    switch (argument.type) {
+      case Argument::Type::kInteger:
+        code = sqlite3_bind_int64(statement, place, argument.integer);
+        break;
+      case Argument::Type::kReal:
+        code = sqlite3_bind_double(statement, place, argument.real);
+        break;
+      case Argument::Type::kText:
+        code = sqlite3_bind_text64(statement, place, argument.text.data(), argument.text.size(),
+                                   SQLITE_STATIC, SQLITE_UTF8);
+        break;
+      default:
+        code = sqlite3_bind_null(statement, place);
+    }
+    if (code != SQLITE_OK) return fail_as_engine(code);
+  }
+  return 0;
+}
+
+int SqliteSession::execute(const char* sql) {
+  guard_.stand_aside();
+  const int code = sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr);
+  return code == SQLITE_OK ? 0 : fail_as_engine(code);
+}
+
+int SqliteSession::fail(int status, std::string why) {
+  error_ = std::move(why);
+  return status;
+}
+
+int SqliteSession::fail_as_engine(int code) {
+  const int status = status_of(code);
+  unusable_ |= is_lasting(status);
+  return fail(status, sqlite3_errmsg(database_.get()));
+}
+
+}  // namespace zymdb::client::sqlite
+
+namespace zymdb::client {
+
+Opened open_session(const DataSource& source, WriterQueue& writers, const Limits& limits) {
+  auto session = std::make_unique<sqlite::SqliteSession>(source, writers, limits);
+  const int status = session->open();
+  if (status != 0) return {nullptr, status, session->error()};
+  return {std::move(session), 0, {}};
+}
+
+}  // namespace zymdb::client

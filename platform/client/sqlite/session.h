@@ -1,0 +1,65 @@
+// A thread's connection to a SQLite database.
+#ifndef ZYMDB_PLATFORM_CLIENT_SQLITE_SESSION_H
+#define ZYMDB_PLATFORM_CLIENT_SQLITE_SESSION_H
+
+#include <span>
+#include <string>
+
+#include "client/engine.h"
+#include "client/sqlite/guard.h"
+#include "client/sqlite/opening.h"
+#include "client/sqlite/statement_cache.h"
+
+namespace zymdb::client::sqlite {
+
+class SqliteSession final : public Session {
+ public:
+  SqliteSession(const DataSource& source, WriterQueue& writers, const Limits& limits);
+  ~SqliteSession() override;
+
+  int open();
+
+  const Catalog& catalog() const override { return catalog_; }
+  int query(Statement& statement, Result& result) override;
+  int change(Statement& statement, Change& change) override;
+  int begin() override;
+  int commit() override;
+  int rollback() override;
+  bool is_usable(bool for_change) override;
+  void disown() override;
+  const std::string& error() const override { return error_; }
+
+ private:
+  int prepare(Statement& statement, Prepared*& prepared);
+  int prepare_probe(Statement& statement, Prepared*& prepared);
+  int compile(std::string_view key, const std::string& sql, std::vector<std::string> names,
+              Prepared*& prepared);
+  int bind(sqlite3_stmt* statement, std::span<const Argument> arguments);
+  bool read_row(const Prepared& prepared, Result& result);
+  bool read_cell(const Prepared& prepared, int column, Result& result);
+  int probe(Statement& statement, bool& found);
+  int write(Statement& statement, Change& change);
+  int end_transaction(const char* sql);
+  int execute(const char* sql);
+  int fail(int status, std::string why);
+  int fail_as_engine(int code);
+  int outcome(int code) { return code == SQLITE_DONE ? 0 : fail_as_engine(code); }
+
+  DataSource source_;
+  WriterQueue& writers_;
+  Limits limits_;
+  Guard guard_;
+  Catalog catalog_;
+  FileId file_;
+  DatabasePtr database_;
+  StatementCache statements_;  // after the database: statements go first
+  std::string sql_;
+  std::string error_;
+  int64_t checked_at_ = 0;
+  bool in_transaction_ = false;
+  bool unusable_ = false;
+};
+
+}  // namespace zymdb::client::sqlite
+
+#endif

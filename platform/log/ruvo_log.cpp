@@ -1,0 +1,64 @@
+#include "platform/ruvo_log.h"
+
+#include <syslog.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace ruvo_log {
+namespace {
+
+constexpr size_t kLineSize = 2048;
+
+bool to_standard_error() {
+  const char* target = std::getenv("ZYMDB_LOG");
+  return target != nullptr && std::strcmp(target, "stderr") == 0;
+}
+
+// One message is one line: values that were logged with it must not begin another.
+void keep_on_one_line(char* line) {
+  size_t length = std::strlen(line);
+  while (length > 0 && line[length - 1] == '\n') line[--length] = 0;
+  for (char* c = line; *c != 0; ++c) {
+    if (static_cast<unsigned char>(*c) < 0x20 || *c == 0x7F) *c = ' ';
+  }
+}
+
+__attribute__((format(printf, 3, 0))) void log(int priority, const char* level, const char* format,
+                                               va_list values) {
+  char line[kLineSize];
+  std::vsnprintf(line, sizeof line, format, values);
+  keep_on_one_line(line);
+  if (to_standard_error()) {
+    std::fprintf(stderr, "zymdb %s: %s\n", level, line);
+  } else {
+    syslog(LOG_USER | priority, "%s", line);
+  }
+}
+
+}  // namespace
+
+void logErr(const char* format, ...) {
+  va_list values;
+  va_start(values, format);
+  log(LOG_ERR, "error", format, values);
+  va_end(values);
+}
+
+void logInfo(const char* format, ...) {
+  va_list values;
+  va_start(values, format);
+  log(LOG_INFO, "info", format, values);
+  va_end(values);
+}
+
+void logWarn(const char* format, ...) {
+  va_list values;
+  va_start(values, format);
+  log(LOG_WARNING, "warning", format, values);
+  va_end(values);
+}
+
+}  // namespace ruvo_log
