@@ -1,0 +1,133 @@
+// `zymdb collect` as its user sees it: what it prints, and what it leaves alone.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "tool/listing_case.h"
+#include "tool/run_tool.h"
+
+namespace zymdb::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Gt;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::UnorderedElementsAre;
+
+const Words kCollect{"collect", "--lspci", example_lspci(), "--smbios", example_smbios()};
+
+struct SummaryLine {
+  std::string table;
+  int inserted = -1, updated = -1, removed = -1, unchanged = -1;
+};
+
+std::vector<SummaryLine> summary_of(const Outcome& outcome) {
+  auto lines = lines_of(outcome.out);
+  EXPECT_THAT(lines.at(0), testing::ContainsRegex("^TABLE +INSERTED +UPDATED +REMOVED +UNCHANGED$"));
+  std::vector<SummaryLine> summary;
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    auto& row = summary.emplace_back();
+    std::istringstream(lines[i]) >> row.table >> row.inserted >> row.updated >> row.removed >> row.unchanged;
+  }
+  return summary;
+}
+
+const SummaryLine& line_of(const std::vector<SummaryLine>& summary, const std::string& table) {
+  for (const auto& line : summary) {
+    if (line.table == table) return line;
+  }
+  throw std::out_of_range(table);
+}
+
+TEST(Collect, TheSummaryCountsTheRowsOfEveryTable) {
+  const Workplace workplace;
+  const auto outcome = workplace.tool(kCollect);
+  ASSERT_EQ(outcome.status, 0) << outcome;
+  const auto summary = summary_of(outcome);
+  const auto& functions = line_of(summary, "PCIs");
+  EXPECT_EQ(static_cast<std::size_t>(functions.inserted), records(workplace, kListings[2]).size());
+  EXPECT_EQ(static_cast<std::size_t>(line_of(summary, "Processor").inserted),
+            records(workplace, kListings[0]).size());
+  for (const auto& line : summary) EXPECT_EQ(line.updated + line.removed + line.unchanged, 0) << line.table;
+}
+
+TEST(Collect, ASecondRunChangesNoRow) {
+  const Workplace workplace;
+  const auto first = summary_of(workplace.tool(kCollect));
+  const auto bytes = read_file(workplace.inventory());
+  const auto second = summary_of(workplace.tool(kCollect));
+  ASSERT_EQ(second.size(), first.size());
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    EXPECT_EQ(second[i].unchanged, first[i].inserted) << first[i].table;
+    EXPECT_EQ(second[i].inserted + second[i].updated + second[i].removed, 0) << first[i].table;
+  }
+  EXPECT_EQ(read_file(workplace.inventory()), bytes);
+}
+
+TEST(Collect, HardwareThatIsGoneIsRemoved) {
+  const Workplace workplace;
+  workplace.collect_example();
+  const auto dump = read_file(example_lspci());
+  const auto last_device = dump.rfind("\n\n", dump.find_last_not_of('\n'));
+  ASSERT_NE(last_device, std::string::npos);
+  const auto smaller = workplace.path("smaller.lspci").string();
+  write_file(smaller, dump.substr(0, last_device + 2));
+  const auto before = records(workplace, kListings[2]).size();
+  const auto summary =
+      summary_of(workplace.tool({"collect", "--lspci", smaller, "--smbios", example_smbios()}));
+  EXPECT_EQ(line_of(summary, "PCIs").removed, 1);
+  EXPECT_EQ(records(workplace, kListings[2]).size(), before - 1);
+}
+
+TEST(Collect, QuietPrintsNothing) {
+  const Workplace workplace;
+  auto command = kCollect;
+  command.emplace_back("--quiet");
+  const auto outcome = workplace.tool(command);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, IsEmpty());
+  EXPECT_THAT(outcome.err, IsEmpty());
+  EXPECT_FALSE(records(workplace, kListings[2]).empty());
+}
+
+TEST(Collect, NamesComeFromTheListThatIsNamed) {
+  const Workplace workplace;
+  const auto list = workplace.path("own.ids");
+  write_file(list, "15b3  Maker\n\ta2d6  Data Processor\n");
+  auto command = kCollect;
+  command.insert(command.end(), {"--pci-ids", list.string()});
+  ASSERT_EQ(workplace.tool(command).status, 0);
+  EXPECT_THAT(column(workplace, kListings[1], "NAME"), Contains(HasSubstr("Data Processor")));
+}
+
+TEST(Collect, WithoutATerminalNothingIsDrawn) {
+  const Workplace workplace;
+  EXPECT_THAT(workplace.tool(kCollect).err, Not(HasSubstr("\033")));
+}
+
+TEST(Collect, OnATerminalNothingIsLeftOfTheProgress) {
+  const Workplace workplace;
+  Setting terminal;
+  terminal.err = Stream::terminal();
+  const auto outcome = workplace.tool(kCollect, terminal);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_TRUE(outcome.err.empty() || outcome.err.ends_with("\r\033[K")) << outcome;
+}
+
+// The machine that the tests run on, whatever it lets us see.
+TEST(Collect, TheRunningMachineCanBeCollectedTwice) {
+  const Workplace workplace;
+  const auto first = workplace.tool({"collect"});
+  ASSERT_EQ(first.status, 0) << first;
+  for (const auto& line : lines_of(first.err)) EXPECT_TRUE(line.starts_with("zymdb: ")) << line;
+  const auto second = workplace.tool({"collect"});
+  for (const auto& line : summary_of(second))
+    EXPECT_EQ(line.inserted + line.updated + line.removed, 0) << line.table;
+}
+
+}  // namespace
+}  // namespace zymdb::test

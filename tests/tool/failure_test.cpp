@@ -1,0 +1,162 @@
+// Inventories that cannot be used, and sources that are damaged: one clear line, exit status 1, nothing
+// harmed.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tool/rows.h"
+#include "tool/run_tool.h"
+
+namespace zymdb::test {
+namespace {
+
+using std::filesystem::perms;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+const Words kCommands[] = {{"init"},
+                           {"show", "processors"},
+                           {"show", "adapters", "--json"},
+                           {"show", "functions"},
+                           {"collect", "--lspci", example_lspci()}};
+
+void expect_one_line(const Outcome& outcome, const std::string& names) {
+  EXPECT_EQ(outcome.status, 1) << outcome;
+  EXPECT_THAT(outcome.out, IsEmpty());
+  EXPECT_THAT(outcome.err, StartsWith("zymdb: "));
+  EXPECT_THAT(outcome.err, HasSubstr(names));
+  EXPECT_THAT(lines_of(outcome.err), SizeIs(1)) << outcome;
+}
+
+void expect_every_command_fails(const Workplace& workplace, const std::string& path,
+                                const Setting& setting = {}) {
+  for (auto command : kCommands) {
+    SCOPED_TRACE(testing::PrintToString(command));
+    command.insert(command.end(), {"--inventory", path});
+    expect_one_line(workplace.tool(command, setting), path);
+  }
+}
+
+TEST(Inventory, AMissingFolderIsToldInOneLine) {
+  const Workplace workplace;
+  expect_every_command_fails(workplace, workplace.path("missing") / "inventory.db");
+}
+
+TEST(Inventory, AFolderInItsPlaceIsToldInOneLine) {
+  const Workplace workplace;
+  create_directory(workplace.path("folder"));
+  expect_every_command_fails(workplace, workplace.path("folder"));
+}
+
+TEST(Inventory, AForeignFileIsRefusedAndLeftAsItIs) {
+  const Workplace workplace;
+  const auto path = workplace.path("letter.txt");
+  const std::string letter = "Dear reader,\n" + std::string(5000, '.');
+  write_file(path, letter);
+  expect_every_command_fails(workplace, path);
+  EXPECT_EQ(read_file(path), letter);
+}
+
+TEST(Inventory, ADamagedInventoryIsRefused) {
+  const Workplace workplace;
+  workplace.collect_example();
+  auto content = read_file(workplace.inventory());
+  for (std::size_t i = 100; i < content.size(); ++i) content[i] = static_cast<char>(i * 31);
+  write_file(workplace.inventory(), content);
+  expect_every_command_fails(workplace, workplace.inventory());
+}
+
+TEST(Inventory, AFolderThatMayNotBeWrittenIsToldInOneLine) {
+  const Workplace workplace;
+  permissions(workplace.path(""),
+              perms::owner_all | perms::group_exec | perms::others_exec | perms::others_read);
+  const auto folder = workplace.path("closed");
+  create_directory(folder);
+  permissions(folder, perms::owner_read | perms::owner_exec | perms::others_read | perms::others_exec);
+  Setting nobody;
+  nobody.unprivileged = true;
+  expect_every_command_fails(workplace, folder / "inventory.db", nobody);
+  EXPECT_TRUE(std::filesystem::is_empty(folder));
+  permissions(folder, perms::owner_all);
+}
+
+TEST(Inventory, AnInventoryThatMayNotBeReadIsToldInOneLine) {
+  const Workplace workplace;
+  workplace.collect_example();
+  permissions(workplace.path(""), perms::all);
+  permissions(workplace.inventory(), perms::none);
+  Setting nobody;
+  nobody.unprivileged = true;
+  expect_every_command_fails(workplace, workplace.inventory(), nobody);
+}
+
+TEST(Inventory, TheLogAddsNoSecondLine) {
+  const Workplace workplace;
+  const auto path = workplace.path("missing") / "inventory.db";
+  for (const char* log : {"", "stderr", "syslog"}) {
+    expect_one_line(
+        workplace.tool({"show", "adapters", "--inventory", path}, {.environment = {{"ZYMDB_LOG", log}}}),
+        path);
+  }
+}
+
+TEST(Inventory, InitSaysWhetherItWasThere) {
+  const Workplace workplace;
+  const auto path = workplace.inventory().string();
+  EXPECT_EQ(workplace.tool({"init"}).out, path + ": created\n");
+  const auto second = workplace.tool({"init"});
+  EXPECT_EQ(second.out, path + ": is there already\n");
+  EXPECT_EQ(second.status, 0);
+}
+
+// ---- Sources -----------------------------------------------------------------------------------------
+
+std::string all_rows(const Workplace& workplace) {
+  std::string rows;
+  for (const char* listing : {"processors", "adapters", "functions"}) {
+    rows += workplace.tool({"show", listing, "--json"}).out;
+  }
+  return rows;
+}
+
+TEST(Sources, AMissingFileIsAFailureThatNamesIt) {
+  const Workplace workplace;
+  const auto missing = workplace.path("missing.dump").string();
+  for (const char* option : {"--lspci", "--smbios", "--sysfs"}) {
+    expect_one_line(workplace.tool({"collect", option, missing}), missing);
+  }
+}
+
+TEST(Sources, ATruncatedFileIsRefusedAndTheInventoryStaysAsItWas) {
+  const Workplace workplace;
+  workplace.collect_example();
+  const auto before = all_rows(workplace);
+  const auto cut = workplace.path("cut").string();
+  const std::pair<const char*, std::string> sources[] = {{"--lspci", example_lspci()},
+                                                         {"--smbios", example_smbios()}};
+  for (const auto& [option, path] : sources) {
+    SCOPED_TRACE(option);
+    const auto whole = read_file(path);
+    write_file(cut, whole.substr(0, whole.size() / 2 + 5));
+    expect_one_line(workplace.tool({"collect", option, cut}), cut);
+    EXPECT_EQ(all_rows(workplace), before);
+  }
+}
+
+TEST(Sources, AForeignFileIsRefused) {
+  const Workplace workplace;
+  expect_one_line(workplace.tool({"collect", "--lspci", example_smbios()}), example_smbios());
+  expect_one_line(workplace.tool({"collect", "--smbios", example_lspci()}), example_lspci());
+}
+
+TEST(Sources, ADamagedSecondFileKeepsTheFirstFromBeingStored) {
+  const Workplace workplace;
+  const auto foreign = workplace.path("foreign").string();
+  write_file(foreign, "no tables");
+  expect_one_line(workplace.tool({"collect", "--lspci", example_lspci(), "--smbios", foreign}), foreign);
+  EXPECT_THAT(lines_of(workplace.tool({"show", "functions"}).out), SizeIs(1));
+}
+
+}  // namespace
+}  // namespace zymdb::test

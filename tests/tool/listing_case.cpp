@@ -1,0 +1,61 @@
+#include "tool/listing_case.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <sstream>
+
+namespace zymdb::test {
+
+std::vector<std::string> declared_fields(const ListingCase& listing) {
+  const auto header = read_file(std::string(ZYMDB_SOURCE_DIR "/include/") + listing.header);
+  const auto begin = header.find("struct " + listing.record + " {");
+  EXPECT_NE(begin, std::string::npos);
+  const auto declaration = header.substr(begin, header.find("};", begin) - begin);
+  const std::regex member(R"((?:char|uint\d+_t) (\w+)(?:\[\d+\])?;)");
+  std::vector<std::string> fields;
+  for (std::sregex_iterator match(declaration.begin(), declaration.end(), member), end; match != end;
+       ++match) {
+    fields.push_back((*match)[1]);
+  }
+  return fields;
+}
+
+std::vector<std::string> headings(const Workplace& workplace, const ListingCase& listing) {
+  const auto outcome = workplace.tool({"show", listing.name, "--columns", "all"});
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  std::istringstream line(lines_of(outcome.out).at(0));
+  std::vector<std::string> result;
+  for (std::string heading; line >> heading;) result.push_back(heading);
+  return result;
+}
+
+std::vector<std::string> column(const Workplace& workplace, const ListingCase& listing,
+                                const std::string& name) {
+  const auto outcome = workplace.tool({"show", listing.name, "--columns", name});
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  auto cells = lines_of(outcome.out);
+  cells.erase(cells.begin());
+  for (auto& cell : cells) cell = stripped(cell);
+  return cells;
+}
+
+Json records(const Workplace& workplace, const ListingCase& listing) {
+  const auto outcome = workplace.tool({"show", listing.name, "--json"});
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  auto document = Json::parse(outcome.out);
+  EXPECT_EQ(document.size(), 2u);
+  EXPECT_EQ(document.begin().key(), "format_version");
+  EXPECT_EQ(document.at("format_version"), 1);
+  return document.at(listing.name);
+}
+
+bool shows(const std::string& cell, const Json& value) {
+  if (value.is_null()) return cell.empty();
+  if (value.is_string()) return cell == stripped(value.get<std::string>());
+  std::size_t used = 0;
+  const int base = cell.starts_with("0x") ? 16 : 10;
+  return !cell.empty() && std::stoull(cell, &used, base) == value.get<std::uint64_t>() && used == cell.size();
+}
+
+}  // namespace zymdb::test

@@ -1,0 +1,72 @@
+// zymdb: the command line of the host inventory.
+
+#include <clocale>
+#include <new>
+#include <sstream>
+
+#include "commands.h"
+#include "failure.h"
+#include "log.h"
+#include "terminal.h"
+
+namespace {
+
+using namespace zymdb::tool;
+
+enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+
+// The command that the user was about: the innermost one named.
+std::string command_of(const CLI::App& app) {
+  std::string name = app.get_name();
+  const CLI::App* command = &app;
+  while (!command->get_subcommands().empty()) {
+    command = command->get_subcommands().back();
+    name += " " + command->get_name();
+  }
+  return name;
+}
+
+// Help and version are "errors" of the parser that succeed.
+int end_parse(const CLI::App& app, const CLI::ParseError& error) {
+  std::ostringstream text;
+  std::ostringstream ignored;
+  if (app.exit(error, text, ignored) == kDone) {
+    write_output(text.str());
+    return kDone;
+  }
+  const auto unknown = app.remaining(true);
+  const auto problem = unknown.empty() ? error.what() : "unknown command or option '" + unknown.front() + "'";
+  complain(problem + " (try '" + command_of(app) + " --help')");
+  return kWrongUsage;
+}
+
+// Commands run within parse(), as callbacks.
+int run(CommandTree& tree, int argc, char** argv) {
+  try {
+    build_command_tree(tree);
+    tree.app.parse(argc, argv);
+    // An error that did not keep the command from its work is still the user's to know.
+    if (const auto logged = first_logged_error(); !logged.empty()) complain(logged);
+    return kDone;
+  } catch (const CLI::ParseError& error) {
+    return end_parse(tree.app, error);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  prepare_standard_streams();
+  std::setlocale(LC_CTYPE, "");
+  try {
+    CommandTree tree;
+    return run(tree, argc, argv);
+  } catch (const ReaderGone&) {
+    return kDone;
+  } catch (const std::bad_alloc&) {
+    complain("out of memory");
+  } catch (const std::exception& failure) {
+    complain(failure.what());
+  }
+  return kFailed;
+}
