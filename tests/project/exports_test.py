@@ -1,0 +1,68 @@
+#!/usr/bin/env python3
+"""The names that a built library exports and imports, compared with the project's lists in both directions."""
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+
+def symbols(library, *flags):
+    """Dynamic symbols of a library, without versions."""
+    lines = subprocess.run(["nm", "-D", "-P", *flags, library], check=True, capture_output=True, text=True).stdout
+    return {line.split()[0].split("@")[0] for line in lines.splitlines()}
+
+
+def listed(path):
+    return {line for line in path.read_text().split("\n") if line and not line.startswith("#")}
+
+
+def declared(root):
+    """Plain names of the controller interfaces, as the declarations that the library compiles against give them."""
+    headers = ["src/db/database_client.h", *sorted(str(p.relative_to(root)) for p in (root / "src/platform").glob("*.h"))]
+    names = set()
+    for header in headers:
+        text = re.sub(r"//[^\n]*", "", (root / header).read_text())
+        for name in re.findall(r"^[\w\s*]*?\b(\w+)\([^()]*\)[\s\w(,)]*;", text, re.MULTILINE):
+            names.add(name)
+    return names - {"static_assert", "sizeof", "__attribute__"}
+
+
+def check(title, unexpected):
+    for name in sorted(unexpected):
+        print(f"{title}: {name}")
+    return not unexpected
+
+
+def main():
+    root, library, platform = Path(sys.argv[1]), sys.argv[2], sys.argv[3]
+    exported = symbols(library, "--defined-only")
+    imported = symbols(library, "--undefined-only")
+    expected = listed(root / "src/exports.txt")
+    interfaces = declared(root)
+    provided = symbols(platform, "--defined-only")
+    needed = subprocess.run(["readelf", "-d", library], check=True, capture_output=True, text=True).stdout
+
+    log = {name for name in imported if "ruvo_log" in name}
+    good = all([
+        check("listed but not exported", expected - exported),
+        check("exported but not listed", exported - expected),
+        check("a controller interface that the library contains", exported & interfaces),
+        check("imported by the library but not provided by the platform library",
+              (imported & interfaces | log) - provided),
+        check("declared but not provided by the platform library",
+              interfaces - provided - {"logErr", "logInfo", "logWarn"}),
+    ])
+    if "get_dmdb_handle" not in imported or "zym_db_query" not in imported:
+        print("the library does not import the database client")
+        good = False
+    if "libzymdb_platform" in needed:
+        print("the library needs the platform library; whoever links a process is to choose the client")
+        good = False
+    if "Library soname: [libzymdb_pci.so.1]" not in needed:
+        print("the library's name is not libzymdb_pci.so.1")
+        good = False
+    return 0 if good else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

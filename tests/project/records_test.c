@@ -1,0 +1,147 @@
+/* The records' layout, as C callers see it: every size and offset where pointers are 64 bits wide. */
+#include <assert.h>
+#include <stddef.h>
+
+#include "zymdb_cpu_mem.h"
+#include "zymdb_db.h"
+#include "zymdb_pci.h"
+
+#define SIZE(RECORD, BYTES) static_assert(sizeof(RECORD) == (BYTES), #RECORD)
+#define AT(RECORD, FIELD, OFFSET) static_assert(offsetof(RECORD, FIELD) == (OFFSET), #RECORD "." #FIELD)
+
+#if UINTPTR_MAX == UINT64_MAX
+
+SIZE(_zym_db_param_t, 24);
+AT(_zym_db_param_t, type, 0);
+AT(_zym_db_param_t, reserved, 4);
+AT(_zym_db_param_t, flag, 8);
+AT(_zym_db_param_t, value, 16);
+
+SIZE(_ZYMDB_Processor_List, 16);
+AT(_ZYMDB_Processor_List, count, 0);
+AT(_ZYMDB_Processor_List, ids, 8);
+
+SIZE(_ZYMDB_Processor, 456);
+AT(_ZYMDB_Processor, _id, 0);
+AT(_ZYMDB_Processor, ProcId, 8);
+AT(_ZYMDB_Processor, ProcType, 16);
+AT(_ZYMDB_Processor, Family, 18);
+AT(_ZYMDB_Processor, Socket, 20);
+AT(_ZYMDB_Processor, Manufacturer, 85);
+AT(_ZYMDB_Processor, Version, 150);
+AT(_ZYMDB_Processor, Voltage, 215);
+AT(_ZYMDB_Processor, ExtClock, 216);
+AT(_ZYMDB_Processor, MaxSpeed, 218);
+AT(_ZYMDB_Processor, CurSpeed, 220);
+AT(_ZYMDB_Processor, Status, 222);
+AT(_ZYMDB_Processor, Upgrade, 223);
+AT(_ZYMDB_Processor, SerialNo, 224);
+AT(_ZYMDB_Processor, AssetTag, 289);
+AT(_ZYMDB_Processor, PartNo, 354);
+AT(_ZYMDB_Processor, CoreCount, 419);
+AT(_ZYMDB_Processor, CoreEnabled, 420);
+AT(_ZYMDB_Processor, ThreadCount, 421);
+AT(_ZYMDB_Processor, Characteristics, 422);
+AT(_ZYMDB_Processor, L1CacheMaxSize, 424);
+AT(_ZYMDB_Processor, L1CacheInstalled, 426);
+AT(_ZYMDB_Processor, L1CacheType, 428);
+AT(_ZYMDB_Processor, L1CacheConfig, 430);
+AT(_ZYMDB_Processor, L2CacheMaxSize, 432);
+AT(_ZYMDB_Processor, L2CacheInstalled, 434);
+AT(_ZYMDB_Processor, L2CacheType, 436);
+AT(_ZYMDB_Processor, L2CacheConfig, 438);
+AT(_ZYMDB_Processor, L3CacheMaxSize, 440);
+AT(_ZYMDB_Processor, L3CacheInstalled, 442);
+AT(_ZYMDB_Processor, L3CacheType, 444);
+AT(_ZYMDB_Processor, L3CacheConfig, 446);
+AT(_ZYMDB_Processor, NodeIndex, 448);
+
+SIZE(_ZYMDB_PCI_FunKey_List, 16);
+AT(_ZYMDB_PCI_FunKey_List, count, 0);
+AT(_ZYMDB_PCI_FunKey_List, keys, 8);
+
+SIZE(_ZYMDB_PCI_Key_List, 16);
+AT(_ZYMDB_PCI_Key_List, count, 0);
+AT(_ZYMDB_PCI_Key_List, keys, 8);
+
+SIZE(_ZYMDB_PCI_Generic, 108);
+AT(_ZYMDB_PCI_Generic, _id, 0);
+AT(_ZYMDB_PCI_Generic, BridgeId, 4);
+AT(_ZYMDB_PCI_Generic, SegNo, 8);
+AT(_ZYMDB_PCI_Generic, BusNo, 9);
+AT(_ZYMDB_PCI_Generic, DeviceNo, 10);
+AT(_ZYMDB_PCI_Generic, FunctionNo, 11);
+AT(_ZYMDB_PCI_Generic, VendorId, 12);
+AT(_ZYMDB_PCI_Generic, DeviceId, 14);
+AT(_ZYMDB_PCI_Generic, ClsCode, 16);
+AT(_ZYMDB_PCI_Generic, RevId, 20);
+AT(_ZYMDB_PCI_Generic, SubVendorId, 22);
+AT(_ZYMDB_PCI_Generic, SubDeviceId, 24);
+AT(_ZYMDB_PCI_Generic, SlotNo, 26);
+AT(_ZYMDB_PCI_Generic, Location, 28);
+AT(_ZYMDB_PCI_Generic, SlotDesignation, 29);
+AT(_ZYMDB_PCI_Generic, SlotType, 94);
+AT(_ZYMDB_PCI_Generic, SlotDataBusWidth, 95);
+AT(_ZYMDB_PCI_Generic, Hotplug, 96);
+AT(_ZYMDB_PCI_Generic, PCIType, 97);
+AT(_ZYMDB_PCI_Generic, BladeSlotPort, 98);
+AT(_ZYMDB_PCI_Generic, NodeIndex, 99);
+AT(_ZYMDB_PCI_Generic, FunType, 100);
+AT(_ZYMDB_PCI_Generic, LanesInUse, 104);
+AT(_ZYMDB_PCI_Generic, MaxLanes, 105);
+AT(_ZYMDB_PCI_Generic, MaxPCIeType, 106);
+AT(_ZYMDB_PCI_Generic, PCIeType, 107);
+
+SIZE(_ZYMDB_PCI_Generic_List, 16);
+AT(_ZYMDB_PCI_Generic_List, count, 0);
+AT(_ZYMDB_PCI_Generic_List, items, 8);
+
+SIZE(_ZYMDB_PCI_Misc, 210);
+AT(_ZYMDB_PCI_Misc, MaxDataWidth, 0);
+AT(_ZYMDB_PCI_Misc, ConnectorType, 2);
+AT(_ZYMDB_PCI_Misc, PackageType, 4);
+AT(_ZYMDB_PCI_Misc, ConnectorTypeName, 6);
+AT(_ZYMDB_PCI_Misc, PackageTypeName, 71);
+AT(_ZYMDB_PCI_Misc, OtherPackageType, 136);
+AT(_ZYMDB_PCI_Misc, AIMSpecVersion, 201);
+
+SIZE(_ZYMDB_PCI_VPD, 279);
+AT(_ZYMDB_PCI_VPD, UUID, 0);
+AT(_ZYMDB_PCI_VPD, ProductName, 33);
+AT(_ZYMDB_PCI_VPD, Manufacture, 162);
+AT(_ZYMDB_PCI_VPD, SerialNo, 195);
+AT(_ZYMDB_PCI_VPD, PartNo, 212);
+AT(_ZYMDB_PCI_VPD, Model, 229);
+AT(_ZYMDB_PCI_VPD, FRUNo, 262);
+
+SIZE(_ZYMDB_PCI_Adapter, 212);
+AT(_ZYMDB_PCI_Adapter, PCIKey, 0);
+AT(_ZYMDB_PCI_Adapter, NodeNo, 4);
+AT(_ZYMDB_PCI_Adapter, SlotNo, 6);
+AT(_ZYMDB_PCI_Adapter, ConnectorType, 8);
+AT(_ZYMDB_PCI_Adapter, ConnectorTypeName, 10);
+AT(_ZYMDB_PCI_Adapter, CardName, 75);
+AT(_ZYMDB_PCI_Adapter, AIMSupported, 204);
+AT(_ZYMDB_PCI_Adapter, Location, 205);
+AT(_ZYMDB_PCI_Adapter, HealthStatus, 206);
+AT(_ZYMDB_PCI_Adapter, NcsiIdValid, 207);
+AT(_ZYMDB_PCI_Adapter, PackageID1, 208);
+AT(_ZYMDB_PCI_Adapter, PackageID2, 209);
+
+SIZE(_ZYMDB_PCI_Adapter_List, 16);
+AT(_ZYMDB_PCI_Adapter_List, count, 0);
+AT(_ZYMDB_PCI_Adapter_List, adapters, 8);
+
+SIZE(_ZYMDB_NCSIPackageID, 6);
+AT(_ZYMDB_NCSIPackageID, SlotNo, 0);
+AT(_ZYMDB_NCSIPackageID, Location, 2);
+AT(_ZYMDB_NCSIPackageID, PackageID1, 3);
+AT(_ZYMDB_NCSIPackageID, PackageID2, 4);
+
+SIZE(_ZYMDB_NCSIPackageID_List, 16);
+AT(_ZYMDB_NCSIPackageID_List, count, 0);
+AT(_ZYMDB_NCSIPackageID_List, entries, 8);
+
+#endif
+
+int main(void) { return 0; }
