@@ -30,7 +30,7 @@ std::span<const _zym_db_param_t> params_of(const _zym_db_param_t* params, int co
 int run_query(_zym_db_handle_t* handle, const Request& request, zym_db_result_t** result) {
   return guarded([&] {
     Lease lease;
-    if (const int status = lease.acquire(handle, false)) return status;
+    if (const int status = lease.acquire(handle)) return status;
     ResultPtr rows = take_result();
     const int status = lease.query(request, *rows);
     if (status == 0) *result = rows.release();
@@ -41,7 +41,7 @@ int run_query(_zym_db_handle_t* handle, const Request& request, zym_db_result_t*
 int run_change(_zym_db_handle_t* handle, const Request& request, Change& change) {
   return guarded([&] {
     Lease lease;
-    const int status = lease.acquire(handle, true);
+    const int status = lease.acquire(handle);
     return status != 0 ? status : lease.change(request, change);
   });
 }
@@ -50,7 +50,7 @@ int run_transaction(_zym_db_handle_t* handle, int (Lease::*step)()) {
   if (handle == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
   return guarded([&] {
     Lease lease;
-    const int status = lease.acquire(handle, true);
+    const int status = lease.acquire(handle);
     return status != 0 ? status : (lease.*step)();
   });
 }

@@ -148,7 +148,7 @@ std::shared_ptr<ThreadSession> ThreadSessions::get(_zym_db_handle_t* handle) {
 _zym_db_handle_t* open_handle(const DataSource& source) {
   const auto handle = std::make_shared<_zym_db_handle_t>(source);
   Registry::instance().add(handle);
-  if (Lease().acquire(handle.get(), false) == 0) return handle.get();
+  if (Lease().acquire(handle.get()) == 0) return handle.get();
   close_handle(handle.get());
   return nullptr;
 }
@@ -180,7 +180,7 @@ bool close_handle(_zym_db_handle_t* handle) {
   return true;
 }
 
-int Lease::acquire(_zym_db_handle_t* handle, bool for_change) {
+int Lease::acquire(_zym_db_handle_t* handle) {
   if (thread_ends) return ZYM_DB_STATUS_NO_DB;
   Registry::instance().drop_inherited();
   auto session = thread_sessions.get(handle);
@@ -188,7 +188,11 @@ int Lease::acquire(_zym_db_handle_t* handle, bool for_change) {
   session->mutex.lock();
   held_ = std::move(session);
   if (held_->closed) return ZYM_DB_STATUS_NO_DB;
-  if (held_->session != nullptr && held_->session->is_usable(for_change)) return 0;
+  if (held_->session != nullptr && held_->session->is_usable(false)) return 0;
+  return reopen();
+}
+
+int Lease::reopen() {
   held_->session.reset();
   Database& database = *held_->database;
   Opened opened = open_session(database.source(), database.writers());
@@ -210,11 +214,27 @@ int Lease::query(const Request& request, Result& result) {
   return logged(held_->session->query(held_->statement, result));
 }
 
+// What is read may be a moment old, what is written goes to the file that is there now.
 int Lease::change(const Request& request, Change& change) {
   change = {};
   if (const int status = compose(request)) return logged(status);
   if (request.kind == Request::Kind::kUpdate && request.values->size() == 0) return 0;
+  bool would = false;
+  const int status = held_->session->would_change(held_->statement, would);
+  if (status != 0 || !would) return logged(status);
+  if (!held_->session->is_usable(true)) {
+    if (const int unopened = reopen()) return unopened;
+    // Its names are those of the new session's catalog.
+    if (const int refused = compose(request)) return logged(refused);
+  }
   return logged(held_->session->change(held_->statement, change));
+}
+
+int Lease::begin() {
+  if (!held_->session->is_usable(true)) {
+    if (const int status = reopen()) return status;
+  }
+  return logged(held_->session->begin(), "begin");
 }
 
 int Lease::logged(int status, const char* operation) const {

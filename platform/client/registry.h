@@ -24,12 +24,12 @@ class Lease {
  public:
   // Returns 0; ZYM_DB_STATUS_NO_DB for a handle that is not open; else why the database cannot be opened,
   // with a line in the log.
-  int acquire(_zym_db_handle_t* handle, bool for_change);
+  int acquire(_zym_db_handle_t* handle);
 
   // Operations on the leased session. A failure leaves a line in the log.
   int query(const Request& request, Result& result);
   int change(const Request& request, Change& change);
-  int begin() { return logged(held_->session->begin(), "begin"); }
+  int begin();
   int commit() { return logged(held_->session->commit(), "commit"); }
   int rollback() { return logged(held_->session->rollback(), "rollback"); }
 
@@ -40,6 +40,7 @@ class Lease {
 
  private:
   int compose(const Request& request);
+  int reopen();
   int logged(int status, const char* operation) const;
   int logged(int status) const;
 

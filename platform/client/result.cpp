@@ -12,7 +12,7 @@
 namespace zymdb::client {
 namespace {
 
-constexpr size_t kSmallResult = 256 * 1024;
+constexpr size_t kSmallResult = 512 * 1024;
 
 }  // namespace
 

@@ -104,27 +104,22 @@ bool SqliteSession::read_cell(const Prepared& prepared, int column, Result& resu
   }
 }
 
-int SqliteSession::change(Statement& statement, Change& change) {
-  change = {};
-  if (in_transaction_) return write(statement, change);
-  if (statement.has_probe()) {
-    bool found = false;
-    const int status = probe(statement, found);
-    if (status != 0 || !found) return status;
-  }
-  const WriterTurn turn(writers_, limits_.writer);
-  return turn ? write(statement, change) : fail(kStatusBusy, kWriterLasts);
-}
-
-// An unchanged report ends here: it takes no lock and writes nothing.
-int SqliteSession::probe(Statement& statement, bool& found) {
+int SqliteSession::would_change(Statement& statement, bool& would) {
+  would = true;
+  if (in_transaction_ || !statement.has_probe()) return 0;
   Prepared* prepared = nullptr;
   if (const int status = prepare_probe(statement, prepared)) return status;
   const Run run(prepared->statement.get());
   if (const int status = bind(run.statement(), statement.probe_arguments())) return status;
   const int code = run.step();
-  found = code == SQLITE_ROW;
-  return found ? 0 : outcome(code);
+  would = code == SQLITE_ROW;
+  return would ? 0 : outcome(code);
+}
+
+int SqliteSession::change(Statement& statement, Change& change) {
+  if (in_transaction_) return write(statement, change);
+  const WriterTurn turn(writers_, limits_.writer);
+  return turn ? write(statement, change) : fail(kStatusBusy, kWriterLasts);
 }
 
 int SqliteSession::write(Statement& statement, Change& change) {
@@ -170,12 +165,12 @@ int SqliteSession::end_transaction(const char* sql) {
   return status;
 }
 
-bool SqliteSession::is_usable(bool for_change) {
+bool SqliteSession::is_usable(bool now) {
   if (in_transaction_) return true;
   if (unusable_) return false;
-  const int64_t now = coarse_now();
-  if (!for_change && now - checked_at_ < kCheckInterval) return true;
-  checked_at_ = now;
+  const int64_t time = coarse_now();
+  if (!now && time - checked_at_ < kCheckInterval) return true;
+  checked_at_ = time;
   FileId current;
   if (identify(source_.path, current) && current == file_) return true;
   // What lies at the path now, its log included, is not this connection's to tidy up.

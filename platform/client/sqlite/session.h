@@ -21,11 +21,12 @@ class SqliteSession final : public Session {
 
   const Catalog& catalog() const override { return catalog_; }
   int query(Statement& statement, Result& result) override;
+  int would_change(Statement& statement, bool& would) override;
   int change(Statement& statement, Change& change) override;
   int begin() override;
   int commit() override;
   int rollback() override;
-  bool is_usable(bool for_change) override;
+  bool is_usable(bool now) override;
   void disown() override;
   const std::string& error() const override { return error_; }
 
@@ -37,7 +38,6 @@ class SqliteSession final : public Session {
   int bind(sqlite3_stmt* statement, std::span<const Argument> arguments);
   bool read_row(const Prepared& prepared, Result& result);
   bool read_cell(const Prepared& prepared, int column, Result& result);
-  int probe(Statement& statement, bool& found);
   int write(Statement& statement, Change& change);
   int end_transaction(const char* sql);
   int execute(const char* sql);
