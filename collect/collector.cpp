@@ -1,0 +1,126 @@
+#include "collector.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "db/database_client.h"
+#include "inventory_rows.h"
+#include "inventory_writer.h"
+#include "lspci_dump.h"
+#include "machine.h"
+#include "pci_ids.h"
+#include "smbios.h"
+#include "source_file.h"
+#include "sysfs_pci.h"
+
+namespace zymdb::collect {
+namespace {
+
+constexpr char kRunningMachine[] = "/sys";
+constexpr char kSmbiosFolder[] = "/firmware/dmi/tables";
+
+class Collector {
+ public:
+  Collector(const Sources& sources, const Observer& observer) : sources_(sources), observer_(observer) {
+    if (sources_.lspci.empty() && sources_.smbios.empty() && sources_.sysfs.empty())
+      sources_.sysfs = kRunningMachine;
+  }
+
+  std::vector<TableSummary> collect() {
+    Findings findings{.functions = find_functions(), .sysfs_slots = {}, .smbios = find_smbios()};
+    if (!sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
+    const Machine machine = build_machine(std::move(findings));
+    for (const auto& notice : machine.notices) note(notice);
+    const auto tables = inventory_rows(machine, machine.functions ? find_names() : PciIds());
+    _zym_db_handle_t* handle = get_dmdb_handle();
+    if (handle == nullptr) throw WriteError("the inventory cannot be opened");
+    return write_inventory(handle, tables, observer_);
+  }
+
+ private:
+  void note(const std::string& line) const {
+    if (observer_.notice) observer_.notice(line);
+  }
+
+  std::optional<std::vector<PciFunction>> find_functions() const {
+    if (!sources_.lspci.empty()) return find_recorded_functions();
+    if (sources_.sysfs.empty()) {
+      note("no source describes PCI functions: they are left as they are");
+      return std::nullopt;
+    }
+    auto functions = read_sysfs_functions(sources_.sysfs);
+    if (!functions)
+      note("no PCI functions in " + sources_.sysfs + "/bus/pci/devices: they are left as they are");
+    return functions;
+  }
+
+  std::vector<PciFunction> find_recorded_functions() const {
+    auto functions = parse_lspci_dump(read_source(sources_.lspci), sources_.lspci);
+    if (sources_.sysfs.empty()) return functions;
+    std::map<PciAddress, PciFunction> known;
+    for (auto& function : read_sysfs_functions(sources_.sysfs).value_or(std::vector<PciFunction>{})) {
+      known.emplace(function.address, std::move(function));
+    }
+    for (auto& function : functions) {
+      const auto same = known.find(function.address);
+      if (same != known.end()) add_what_a_dump_lacks(same->second, function);
+    }
+    return functions;
+  }
+
+  static void add_what_a_dump_lacks(const PciFunction& from, PciFunction& function) {
+    if (from.vendor != function.vendor || from.device != function.device) return;
+    function.link = from.link;
+    function.parent = from.parent;
+    function.numa_node = from.numa_node;
+    function.vpd = from.vpd;
+  }
+
+  std::optional<SmbiosTables> find_smbios() const {
+    if (!sources_.smbios.empty())
+      return SmbiosTables::parse_dump(read_source(sources_.smbios), sources_.smbios);
+    if (sources_.sysfs.empty()) {
+      note("no source has SMBIOS tables: processors and places of devices are left as they are");
+      return std::nullopt;
+    }
+    const std::string folder = sources_.sysfs + kSmbiosFolder;
+    const auto entry_point = read_attribute(folder + "/smbios_entry_point");
+    const auto table = read_attribute(folder + "/DMI");
+    if (!entry_point || !table) {
+      note("no SMBIOS tables can be read in " + folder +
+           ": processors and places of devices are left as they are");
+      return std::nullopt;
+    }
+    return SmbiosTables::parse(as_bytes(*entry_point), *table, folder + "/DMI");
+  }
+
+  PciIds find_names() const {
+    try {
+      return PciIds::load(sources_.pci_ids);
+    } catch (const SourceError& error) {
+      note(std::string("no names of PCI devices: ") + error.what());
+      return {};
+    }
+  }
+
+  Sources sources_;
+  const Observer& observer_;
+};
+
+}  // namespace
+
+Summary collect_inventory(const Sources& sources, const Observer& observer) {
+  Summary summary;
+  try {
+    summary.tables = Collector(sources, observer).collect();
+  } catch (const SourceError& error) {
+    summary.error = error.what();
+  } catch (const WriteError& error) {
+    summary.error = error.what();
+  }
+  return summary;
+}
+
+}  // namespace zymdb::collect
