@@ -96,8 +96,11 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 }
 
 std::vector<std::string> environment_of(const Setting& setting) {
-  std::vector<std::string> environment{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "TERM=xterm", "LC_ALL=C.UTF-8"};
+  // Of two with one name the first counts.
+  std::vector<std::string> environment;
   for (const auto& [name, value] : setting.environment) environment.push_back(name + "=" + value);
+  environment.insert(environment.end(),
+                     {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "TERM=xterm", "LC_ALL=C.UTF-8"});
   // How the sanitizers report is the caller's to say.
   for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "LSAN_OPTIONS"}) {
     if (const char* value = std::getenv(name)) environment.push_back(std::string(name) + "=" + value);

@@ -114,8 +114,8 @@ TEST(Usage, TheInventoryMayBeNamedBeforeOrAfterTheCommandAndBeatsTheEnvironment)
   const Workplace workplace;
   const auto other = workplace.path("other.db").string();
   const auto another = workplace.path("another.db").string();
-  EXPECT_EQ(workplace.tool({"--inventory", other, "init"}).out, other + ": created\n");
-  EXPECT_EQ(workplace.tool({"init", "--inventory=" + another}).out, another + ": created\n");
+  EXPECT_EQ(workplace.tool({"--inventory", other, "init"}).out, other + "\n");
+  EXPECT_EQ(workplace.tool({"init", "--inventory=" + another}).out, another + "\n");
   EXPECT_TRUE(exists(workplace.path("other.db")));
   EXPECT_TRUE(exists(workplace.path("another.db")));
   EXPECT_FALSE(exists(workplace.inventory()));

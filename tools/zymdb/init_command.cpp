@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include "commands.h"
 #include "inventory.h"
 #include "terminal.h"
@@ -8,23 +6,17 @@ namespace zymdb::tool {
 namespace {
 
 constexpr char kFooter[] =
-    "Every command creates the inventory when there is none; this one does nothing else, for example to set\n"
-    "owner and mode before services start. The folder must exist.\n"
+    "Every command creates the inventory when there is none; this one does nothing else and prints where it\n"
+    "is. The folder must exist.\n"
     "\n"
     "Examples:\n"
     "  zymdb init\n"
+    "  chgrp operators \"$(zymdb init)\"\n"
     "  zymdb init --inventory /tmp/test.db";
 
-bool exists(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && status.st_size > 0;
-}
-
 void init() {
-  const auto location = inventory_location();
-  const bool existed = exists(location);
   open_inventory();
-  write_output(location + (existed ? ": is there already\n" : ": created\n"));
+  write_output(inventory_location() + "\n");
 }
 
 }  // namespace
