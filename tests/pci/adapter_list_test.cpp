@@ -16,15 +16,16 @@ class Adapters : public InventoryTest {
   // A function of an adapter, with every column that the list needs.
   static void given_function(uint32_t pci_key, uint32_t funkey, const char* name, int location = 1,
                              const char* connector = nullptr, int aim = 0, int slot = 3) {
-    given("PCIAdapter", {{"PCIKey", pci_key},
-                         {"PCIFuncKey", funkey},
-                         {"NodeNo", 0},
-                         {"SlotNo", slot},
-                         {"HealthStatus", 1},
-                         {"ConnectorType", connector != nullptr ? Cell(connector) : Cell(nullptr)},
-                         {"CardName", name},
-                         {"AIMSupported", aim},
-                         {"Location", location}});
+    given("PCIAdapter",
+          {{"PCIKey", pci_key},
+           {"PCIFuncKey", funkey},
+           {"NodeNo", 0},
+           {"SlotNo", slot},
+           {"HealthStatus", 1},
+           {"ConnectorType", connector != nullptr ? Cell(std::string(connector)) : Cell(nullptr)},
+           {"CardName", name},
+           {"AIMSupported", aim},
+           {"Location", location}});
   }
   static std::vector<_ZYMDB_PCI_Adapter> adapters() {
     _ZYMDB_PCI_Adapter_List list{};

@@ -63,6 +63,6 @@ TEST_P(HostileFilter, ReadsRowsOfItsTableOrFails) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, HostileFilter, testing::Range(0, static_cast<int>(std::size(kReads))),
-                         [](const auto& info) { return std::string(kReads[info.param].first); });
+                         [](const auto& test) { return std::string(kReads[test.param].first); });
 
 }  // namespace

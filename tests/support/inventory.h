@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <initializer_list>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -17,11 +19,19 @@ class InventoryTest : public testing::Test {
  protected:
   using Cell = std::variant<std::nullptr_t, int64_t, std::string>;
   struct Column {
-    Column(const char* column, std::nullptr_t) : name(column), value(nullptr) {}
-    Column(const char* column, int64_t number) : name(column), value(number) {}
-    Column(const char* column, const char* text) : name(column), value(std::string(text)) {}
-    Column(const char* column, std::string text) : name(column), value(std::move(text)) {}
-    Column(const char* column, Cell cell) : name(column), value(std::move(cell)) {}
+    template <class Value>
+    Column(const char* column, Value content) : name(column), value(cell(std::move(content))) {}
+
+    template <class Value>
+    static Cell cell(Value content) {
+      if constexpr (std::is_integral_v<Value>)
+        return static_cast<int64_t>(content);
+      else if constexpr (std::is_same_v<Value, const char*>)
+        return std::string(content);
+      else
+        return content;
+    }
+
     const char* name;
     Cell value;
   };
