@@ -158,7 +158,9 @@ std::string card_name(const PciIds& ids, std::uint16_t vendor, std::uint16_t dev
   const std::string_view maker = short_vendor(ids.vendor(vendor));
   const std::string_view product = ids.device(vendor, device);
   if (maker.empty() || product.empty()) return numeric_name(vendor, device);
-  return std::string(cut(std::string(maker).append(" ").append(product), kLongestCardName));
+  const bool names_maker = product.starts_with(maker);
+  return std::string(cut(names_maker ? std::string(product) : std::string(maker).append(" ").append(product),
+                         kLongestCardName));
 }
 
 }  // namespace zymdb::collect
