@@ -2,6 +2,7 @@
 #ifndef ZYMDB_SRC_DB_CODE_TEXT_H
 #define ZYMDB_SRC_DB_CODE_TEXT_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -9,7 +10,7 @@
 
 namespace zymdb {
 
-// Holds its text inline: a table of them then needs no relocation.
+// Holds its text inline: a table of them then needs no relocation. Tables stand in the order of their codes.
 struct CodeText {
   uint16_t code;
   char text[56];
@@ -17,9 +18,8 @@ struct CodeText {
 
 // The text of a code, or `other` when the table has none for it.
 inline const char* text_of(std::span<const CodeText> table, uint32_t code, const char* other = "Unknown") {
-  for (const CodeText& entry : table)
-    if (entry.code == code) return entry.text;
-  return other;
+  const auto entry = std::ranges::lower_bound(table, code, {}, &CodeText::code);
+  return entry != table.end() && entry->code == code ? entry->text : other;
 }
 
 // Copies a text into a field, cut to fit; the rest of the field becomes NUL.
