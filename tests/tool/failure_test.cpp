@@ -19,7 +19,7 @@ const Words kCommands[] = {{"init"},
                            {"show", "processors"},
                            {"show", "adapters", "--json"},
                            {"show", "functions"},
-                           {"collect", "--lspci", example_lspci(), "--smbios", example_smbios()}};
+                           {"collect", "--quiet", "--lspci", example_lspci(), "--smbios", example_smbios()}};
 
 void expect_one_line(const Outcome& outcome, const std::string& names) {
   EXPECT_EQ(outcome.status, 1) << outcome;
