@@ -67,6 +67,32 @@ TEST(Inventory, ADamagedInventoryIsRefused) {
   expect_every_command_fails(workplace, workplace.inventory());
 }
 
+// A part of the hardware must never be taken for the whole.
+TEST(Inventory, ADamagedPageIsToldUnlessTheListingDoesNotNeedIt) {
+  constexpr std::size_t kPage = 4096;
+  const Workplace workplace;
+  workplace.collect_example();
+  const auto sound = read_file(workplace.inventory());
+  const auto damaged = workplace.path("damaged.db");
+  for (const char* listing : {"processors", "functions"}) {
+    SCOPED_TRACE(listing);
+    const auto whole = workplace.tool({"show", listing, "--json"}).out;
+    int told = 0;
+    for (std::size_t page = kPage; page < sound.size(); page += kPage) {
+      auto content = sound;
+      write_file(damaged, content.replace(page, kPage, kPage, '\x55'));
+      const auto outcome = workplace.tool({"show", listing, "--json", "--inventory", damaged});
+      if (outcome.status != 0) {
+        expect_one_line(outcome, "malformed");
+        ++told;
+      } else {
+        EXPECT_EQ(outcome.out, whole);
+      }
+    }
+    EXPECT_GT(told, 0);
+  }
+}
+
 TEST(Inventory, AFolderThatMayNotBeWrittenIsToldInOneLine) {
   const Workplace workplace;
   permissions(workplace.path(""),
