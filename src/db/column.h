@@ -12,9 +12,10 @@
 namespace zymdb {
 
 enum class Reading : uint8_t {
-  kNumber,  // an unsigned number, cut to the field's width
-  kText,    // a text, cut to `size` bytes with its NUL
-  kOwn,     // the operation reads this column itself
+  kNumber,        // an unsigned number, cut to the field's width
+  kNumberInText,  // the same, stored as text
+  kText,          // a text, cut to `size` bytes with its NUL
+  kOwn,           // the operation reads this column itself
 };
 
 // Holds its name inline: a table of columns then needs no relocation.
@@ -52,6 +53,10 @@ constexpr std::array<Column, N> with_text_size(const Column (&columns)[N], std::
 
 // A field that bears its column's name; a number that cannot be read is 0.
 #define ZYMDB_FIELD(RECORD, FIELD) ZYMDB_COLUMN(#FIELD, RECORD, FIELD, 0)
+
+// The same for a number that COLUMN holds as text.
+#define ZYMDB_NUMBER_IN_TEXT(COLUMN, RECORD, FIELD, UNREADABLE) \
+  { COLUMN, zymdb::Reading::kNumberInText, UNREADABLE, offsetof(RECORD, FIELD), sizeof(RECORD::FIELD) }
 
 // A column that has its place in the column list and is read by the operation itself.
 #define ZYMDB_OWN_COLUMN(COLUMN) \

@@ -91,6 +91,9 @@ void Query::read_columns(std::span<const Column> columns, void* record) {
     if (column.reading == Reading::kText) {
       field[0] = '\0';
       read_text(index, field, column.size);
+    } else if (column.reading == Reading::kNumberInText) {
+      read_number<unsigned long>(column, field,
+                                 [&](unsigned long* value) { return read_number_in_text(index, *value); });
     } else if (column.reading == Reading::kNumber && column.size == sizeof(uint64_t)) {
       read_number<uint64_t>(column, field, [&](uint64_t* value) { return read(index, *value); });
     } else if (column.reading == Reading::kNumber) {

@@ -65,6 +65,7 @@ class Query {
   int read_text(int column, char* text, int size) {
     return zym_db_result_column_text(result_, column, text, size);
   }
+  int read_bytes(int column, int& length) { return zym_db_result_column_bytes(result_, column, &length); }
   int read_is_null(int column, int& is_null) {
     return zym_db_result_column_is_null(result_, column, &is_null);
   }

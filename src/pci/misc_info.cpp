@@ -35,18 +35,12 @@ constexpr CodeText kPackageTypes[] = {
 };
 
 constexpr Column kMiscColumns[] = {
-    ZYMDB_FIELD(Record, MaxDataWidth),   ZYMDB_OWN_COLUMN("ConnectorLayout"),
-    ZYMDB_OWN_COLUMN("PackageType"),     ZYMDB_FIELD(Record, OtherPackageType),
+    ZYMDB_FIELD(Record, MaxDataWidth),
+    ZYMDB_NUMBER_IN_TEXT("ConnectorLayout", Record, ConnectorType, 0),
+    ZYMDB_NUMBER_IN_TEXT("PackageType", Record, PackageType, 0),
+    ZYMDB_FIELD(Record, OtherPackageType),
     ZYMDB_FIELD(Record, AIMSpecVersion),
 };
-constexpr int kConnectorLayout = 1;
-constexpr int kPackageType = 2;
-
-uint16_t read_code(Query& query, int column) {
-  unsigned long code = 0;
-  query.read_number_in_text(column, code);
-  return static_cast<uint16_t>(code);
-}
 
 // A connector that is not recorded follows from where the function sits.
 uint16_t connector_at(uint32_t location) {
@@ -74,13 +68,11 @@ int zymdb_get_pci_misc_info(int funkey, _ZYMDB_PCI_Misc* misc) {
   if (const int status = query.step(); status != ZYM_DB_STATUS_ROW) return status;
 
   query.read_columns(kMiscColumns, misc);
-  misc->ConnectorType = read_code(query, kConnectorLayout);
   if (misc->ConnectorType == 0 &&
       look_up_place(handle, static_cast<unsigned>(funkey), place) == ZYM_DB_STATUS_OK)
     misc->ConnectorType = connector_at(place.location);
   copy_text(misc->ConnectorTypeName, connector_type_name(misc->ConnectorType));
 
-  misc->PackageType = read_code(query, kPackageType);
   if (misc->PackageType == 0) misc->PackageType = package_at(place);
   copy_text(misc->PackageTypeName, text_of(kPackageTypes, misc->PackageType));
   return ZYM_DB_STATUS_OK;

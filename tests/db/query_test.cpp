@@ -46,6 +46,25 @@ TEST_F(QueryTest, ATableOfColumnsIsTheColumnListAndFillsTheRecord) {
   EXPECT_STREQ(record.text, "abcd");
 }
 
+TEST_F(QueryTest, ANumberInTextIsCutToItsFieldAndHasADefaultOfItsOwn) {
+  constexpr Column kCodes[] = {ZYMDB_NUMBER_IN_TEXT("b", Record, byte, 4),
+                               ZYMDB_NUMBER_IN_TEXT("w", Record, word, 4),
+                               ZYMDB_NUMBER_IN_TEXT("n", Record, number, 4)};
+  answer({Row("0x101", "0x8005", "010"), Row(1, nullptr, "text")});
+  Record record{};
+  Query query(get_dmdb_handle(), "T", kCodes, nullptr);
+  ASSERT_EQ(query.step(), ZYM_DB_STATUS_ROW);
+  query.read_columns(kCodes, &record);
+  EXPECT_EQ(record.byte, 1);
+  EXPECT_EQ(record.word, 0x8005);
+  EXPECT_EQ(record.number, 8u);
+  ASSERT_EQ(query.step(), ZYM_DB_STATUS_ROW);
+  query.read_columns(kCodes, &record);
+  EXPECT_EQ(record.byte, 4);
+  EXPECT_EQ(record.word, 4);
+  EXPECT_EQ(record.number, 0u);
+}
+
 TEST_F(QueryTest, UnreadableColumnsGiveTheirDefaults) {
   answer({Row(nullptr, "text", nullptr, nullptr, nullptr, 5)});
   Record record{1, 1, 1, 1, "old"};

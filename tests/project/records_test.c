@@ -4,6 +4,7 @@
 
 #include "zymdb_cpu_mem.h"
 #include "zymdb_db.h"
+#include "zymdb_network.h"
 #include "zymdb_pci.h"
 
 #define SIZE(RECORD, BYTES) static_assert(sizeof(RECORD) == (BYTES), #RECORD)
@@ -141,6 +142,60 @@ AT(_ZYMDB_NCSIPackageID, PackageID2, 4);
 SIZE(_ZYMDB_NCSIPackageID_List, 16);
 AT(_ZYMDB_NCSIPackageID_List, count, 0);
 AT(_ZYMDB_NCSIPackageID_List, entries, 8);
+
+SIZE(_ZYMDB_PCI_Network_Info, 4);
+AT(_ZYMDB_PCI_Network_Info, NumberofPhysicalPorts, 0);
+AT(_ZYMDB_PCI_Network_Info, MaxNumberofLogicalPorts, 2);
+
+SIZE(_ZYMDB_PCI_LogicalPort, 528);
+AT(_ZYMDB_PCI_LogicalPort, MaxDataSize, 0);
+AT(_ZYMDB_PCI_LogicalPort, PermanentAddress, 4);
+AT(_ZYMDB_PCI_LogicalPort, NetworkAddresses, 69);
+AT(_ZYMDB_PCI_LogicalPort, PhyIdx, 134);
+AT(_ZYMDB_PCI_LogicalPort, Idx, 136);
+AT(_ZYMDB_PCI_LogicalPort, LinkTechnology, 138);
+AT(_ZYMDB_PCI_LogicalPort, vNICMode, 140);
+AT(_ZYMDB_PCI_LogicalPort, MaxSpeed, 144);
+AT(_ZYMDB_PCI_LogicalPort, ProtocolType, 152);
+AT(_ZYMDB_PCI_LogicalPort, Ethernet, 154);
+AT(_ZYMDB_PCI_LogicalPort, FCoEFC, 155);
+AT(_ZYMDB_PCI_LogicalPort, iSCSI, 156);
+AT(_ZYMDB_PCI_LogicalPort, FCoEPermanentAddress, 157);
+AT(_ZYMDB_PCI_LogicalPort, FCoENetworkAddressess, 174);
+AT(_ZYMDB_PCI_LogicalPort, ConnectionType, 192);
+AT(_ZYMDB_PCI_LogicalPort, Role, 194);
+AT(_ZYMDB_PCI_LogicalPort, TargetRelativePortNumber, 196);
+AT(_ZYMDB_PCI_LogicalPort, LinkTechnologyName, 200);
+AT(_ZYMDB_PCI_LogicalPort, vNICModeName, 265);
+AT(_ZYMDB_PCI_LogicalPort, ProtocolTypeName, 330);
+AT(_ZYMDB_PCI_LogicalPort, ConnectionTypeName, 395);
+AT(_ZYMDB_PCI_LogicalPort, RoleName, 460);
+
+SIZE(_ZYMDB_PCI_LogicalPort_List, 16);
+AT(_ZYMDB_PCI_LogicalPort_List, count, 0);
+AT(_ZYMDB_PCI_LogicalPort_List, ports, 8);
+
+SIZE(_ZYMDB_PCI_PhysicalPort, 152);
+AT(_ZYMDB_PCI_PhysicalPort, ConnectorLayout, 0);
+AT(_ZYMDB_PCI_PhysicalPort, Idx, 2);
+AT(_ZYMDB_PCI_PhysicalPort, NumberofLogicalPorts, 4);
+AT(_ZYMDB_PCI_PhysicalPort, PermanentAddress, 6);
+AT(_ZYMDB_PCI_PhysicalPort, ConnectorLayoutName, 71);
+AT(_ZYMDB_PCI_PhysicalPort, LinkStatus, 136);
+AT(_ZYMDB_PCI_PhysicalPort, LinkSpeed, 140);
+AT(_ZYMDB_PCI_PhysicalPort, TxUtil, 144);
+AT(_ZYMDB_PCI_PhysicalPort, RxUtil, 148);
+
+SIZE(_ZYMDB_PCI_PhysicalPort_List, 16);
+AT(_ZYMDB_PCI_PhysicalPort_List, count, 0);
+AT(_ZYMDB_PCI_PhysicalPort_List, ports, 8);
+
+SIZE(_ZYMDB_PCI_PortLinkState, 20);
+AT(_ZYMDB_PCI_PortLinkState, LinkStatus, 0);
+AT(_ZYMDB_PCI_PortLinkState, LinkSpeed, 4);
+AT(_ZYMDB_PCI_PortLinkState, TxUtil, 8);
+AT(_ZYMDB_PCI_PortLinkState, RxUtil, 12);
+AT(_ZYMDB_PCI_PortLinkState, Idx, 16);
 
 #endif
 
