@@ -1,0 +1,55 @@
+// The client's interface in the hands of a test.
+#ifndef ZYMDB_TESTS_PLATFORM_CLIENT_FIXTURE_H
+#define ZYMDB_TESTS_PLATFORM_CLIENT_FIXTURE_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/inventory.h"
+#include "zymdb_platform.h"
+
+struct FreeRows {
+  void operator()(zym_db_result_t* rows) const { zym_db_free_result(rows); }
+};
+using Rows = std::unique_ptr<zym_db_result_t, FreeRows>;
+
+struct FreeSet {
+  void operator()(zym_db_content_values_t* values) const { zym_db_free_content_values(values); }
+};
+using Set = std::unique_ptr<zym_db_content_values_t, FreeSet>;
+
+class ClientTest : public InventoryTest {
+ protected:
+  static _zym_db_handle_t* handle() { return get_dmdb_handle(); }
+
+  Rows query(const char* table, std::vector<const char*> columns, const char* where = nullptr,
+             std::vector<_zym_db_param_t> params = {}) {
+    zym_db_result_t* rows = nullptr;
+    status_ = zym_db_query(handle(), table, columns.empty() ? nullptr : columns.data(),
+                           static_cast<int>(columns.size()), where, params.data(),
+                           static_cast<int>(params.size()), 0, &rows);
+    return Rows(rows);
+  }
+
+  // How many rows match; -1 when the query fails.
+  int64_t count(const char* table, const std::string& where) {
+    const Rows rows = query(table, {"_id"}, where.c_str());
+    return rows != nullptr ? static_cast<int64_t>(zym_db_result_row_count(rows.get())) : -1;
+  }
+
+  // The first row's first column as text.
+  std::string first(const Rows& rows) {
+    char text[128] = "";
+    if (rows == nullptr) return "no result";
+    zym_db_result_reset(rows.get());
+    if (zym_db_result_step(rows.get()) != ZYM_DB_STATUS_ROW) return "no row";
+    return zym_db_result_column_text(rows.get(), 0, text, sizeof text) == 0 ? text : "unreadable";
+  }
+
+  static _zym_db_param_t u32(uint64_t value) { return {3, 0, 1, value}; }
+
+  int status_ = 0;
+};
+
+#endif

@@ -1,0 +1,225 @@
+// Reads through the client's interface, on a real database.
+#include <gmock/gmock.h>
+
+#include "platform/client_fixture.h"
+
+namespace {
+
+using QueryTest = ClientTest;
+
+TEST_F(QueryTest, RowsComeWithTheirColumnsInTheOrderAskedFor) {
+  given("PCIs", {{"FunKey", 7}, {"SlotDesignation", "Slot 1"}});
+  given("PCIs", {{"FunKey", 8}, {"SlotDesignation", nullptr}});
+  EXPECT_EQ(rows("PCIs", {"SlotDesignation", "FunKey"}), "Slot 1|7\nNULL|8\n");
+}
+
+TEST_F(QueryTest, AllColumnsAreReadByName) {
+  given("Memory", {{"SlotNo", 7}, {"Manufacturer", "Maker"}, {"Capacity", 4000000000}});
+  const Rows found = query("Memory", {}, "SlotNo=?", {{2, 0, 1, 0x10007}});
+  ASSERT_EQ(status_, 0);
+  ASSERT_EQ(zym_db_result_step(found.get()), ZYM_DB_STATUS_ROW);
+  unsigned int slot = 0;
+  uint64_t capacity = 0;
+  char maker[4];
+  EXPECT_EQ(extract_uint_column_from_result(found.get(), "SlotNo", &slot), 0);
+  EXPECT_EQ(extract_uint64_column_from_result(found.get(), "Capacity", &capacity), 0);
+  EXPECT_EQ(extract_str_column_from_result(found.get(), "Manufacturer", maker, sizeof maker), 0);
+  EXPECT_EQ(slot, 7U);
+  EXPECT_EQ(capacity, 4000000000U);
+  EXPECT_STREQ(maker, "Mak");
+  EXPECT_EQ(extract_uint_column_from_result(found.get(), "NoColumn", &slot), 1);
+  EXPECT_EQ(extract_uint_column_from_result(found.get(), "TotalWidth", &slot), 1);
+  EXPECT_EQ(slot, 7U);
+}
+
+TEST_F(QueryTest, MoreParametersThanPlaceholdersAreIgnored) {
+  given("Memory", {{"SlotNo", 7}});
+  EXPECT_NE(query("Memory", {"_id"}, "SlotNo=7", {u32(1), u32(2)}), nullptr);
+}
+
+TEST_F(QueryTest, APlaceholderWithoutAValueIsAnInvalidParameter) {
+  EXPECT_EQ(query("Memory", {"_id"}, "SlotNo=?"), nullptr);
+  EXPECT_EQ(status_, ZYM_DB_STATUS_INVALID_PARAM);
+  zym_db_result_t* rows = nullptr;
+  EXPECT_EQ(zym_db_query(handle(), "Memory", nullptr, 0, "SlotNo=?", nullptr, 1, 0, &rows),
+            ZYM_DB_STATUS_INVALID_PARAM);
+  EXPECT_EQ(rows, nullptr);
+}
+
+TEST_F(QueryTest, AFailedQueryLeavesTheResultPointer) {
+  auto* const preset = reinterpret_cast<zym_db_result_t*>(0x10);
+  zym_db_result_t* rows = preset;
+  EXPECT_EQ(zym_db_query(handle(), "NoTable", nullptr, 0, nullptr, nullptr, 0, 0, &rows),
+            ZYM_DB_STATUS_ERROR);
+  EXPECT_EQ(zym_db_query(handle(), "PCIs", nullptr, 0, "FunKey=", nullptr, 0, 0, &rows), ZYM_DB_STATUS_ERROR);
+  EXPECT_EQ(zym_db_raw_query(handle(), "select nothing", 15, &rows), ZYM_DB_STATUS_ERROR);
+  EXPECT_EQ(rows, preset);
+}
+
+// A column's type and a value's spelling need not agree.
+TEST_F(QueryTest, NumbersAndTextsMatchAcrossTypes) {
+  given("PCIAdapter", {{"PCIKey", 12}, {"ConnectorType", "12"}, {"CardName", "00012345"}});
+  struct Case {
+    const char* filter;
+    int matches;
+  };
+  const Case cases[] = {
+      {"PCIKey=12", 1},
+      {"PCIKey='12'", 1},
+      {"PCIKey=\"12\"", 1},
+      {"PCIKey=0x0C", 1},
+      {"ConnectorType=12", 1},
+      {"ConnectorType='12'", 1},
+      {"ConnectorType!=12", 0},
+      {"ConnectorType=0x0C", 1},
+      {"PCIKey IN ('12','13')", 1},
+      {"ConnectorType IN (12,13)", 1},
+      {"PCIKey>'9'", 1},
+      {"PCIKey BETWEEN '9' AND 13", 1},
+      {"CardName=00012345", 1},
+      {"CardName=12345", 0},
+      {"CardName='00012345'", 1},
+      {"PCIKey=12.5", 0},
+      {"(PCIKey+1)=13", 1},
+      {"PCIKey&0x04=4", 1},
+      {"PCIKey=-12", 0},
+      {"PCIKey=12345678901234567890", 0},
+  };
+  for (const Case& each : cases) EXPECT_EQ(count("PCIAdapter", each.filter), each.matches) << each.filter;
+}
+
+TEST_F(QueryTest, ComparisonsTellLettersApartByCase) {
+  given("PCIAdapter", {{"CardName", "Adapter X"}});
+  EXPECT_EQ(count("PCIAdapter", "CardName='adapter x'"), 0);
+  EXPECT_EQ(count("PCIAdapter", "CardName like 'adapter%'"), 0);
+  EXPECT_EQ(count("PCIAdapter", "CardName LIKE 'Adapter%'"), 1);
+  EXPECT_EQ(count("PCIAdapter", "CardName like '%'"), 1);
+}
+
+TEST_F(QueryTest, TextInDoubleQuotesIsNeverAColumn) {
+  given("PCISetting", {{"SettingID", "Type"}, {"Type", 5}});
+  given("PCISetting", {{"SettingID", "5"}, {"Type", 5}});
+  EXPECT_EQ(rows("PCISetting", {"SettingID"}, "SettingID=\"Type\""), "Type\n");
+}
+
+TEST_F(QueryTest, ABareWordIsAText) {
+  given("PldmDeviceFirmware", {{"SoftwareID", "15B3A2D4"}});
+  EXPECT_EQ(count("PldmDeviceFirmware", "SoftwareID!=15B3A2D4"), 0);
+  EXPECT_EQ(count("PldmDeviceFirmware", "SoftwareID=15B3A2D4"), 1);
+}
+
+TEST_F(QueryTest, AnAggregateOverNoRowsReadsAsZero) {
+  const Rows found = query("DPUEvents", {"COUNT(*)", "MIN(_id)", "MAX(_id)"}, "Slot=3");
+  ASSERT_EQ(zym_db_result_row_count(found.get()), 1U);
+  ASSERT_EQ(zym_db_result_step(found.get()), ZYM_DB_STATUS_ROW);
+  for (int column = 0; column < 3; ++column) {
+    unsigned int value = 9;
+    EXPECT_EQ(zym_db_result_column_uint(found.get(), column, &value), 0);
+    EXPECT_EQ(value, 0U);
+  }
+  int is_null = 0;
+  EXPECT_EQ(zym_db_result_column_is_null(found.get(), 1, &is_null), 0);
+  EXPECT_EQ(is_null, 1);
+}
+
+TEST_F(QueryTest, SumsAddTheMatchingRows) {
+  given("PCINetwork", {{"PCIFuncKey", 1}, {"NumberofPhysicalPorts", 2}});
+  given("PCINetwork", {{"PCIFuncKey", 1}, {"NumberofPhysicalPorts", 4}});
+  given("PCINetwork", {{"PCIFuncKey", 2}, {"NumberofPhysicalPorts", 8}});
+  EXPECT_EQ(first(query("PCINetwork", {"sum(NumberofPhysicalPorts)"}, "PCIFuncKey=1")), "6");
+}
+
+TEST_F(QueryTest, PlainColumnsBesideAnAggregateOverNoRowsGiveNoRow) {
+  given("PCIAdapter", {{"PCIKey", 1}});
+  EXPECT_EQ(zym_db_result_row_count(query("PCIAdapter", {"PCIKey", "count(*)"}, "PCIKey=2").get()), 0U);
+  EXPECT_EQ(zym_db_result_row_count(query("PCIAdapter", {"PCIKey", "count(*)"}, "PCIKey=1").get()), 1U);
+}
+
+TEST_F(QueryTest, GroupsAreFoldedWithTheirCounts) {
+  for (const int64_t key : {5, 7, 5, 5}) given("PCIAdapter", {{"PCIKey", key}});
+  const Rows found = query("PCIAdapter", {"PCIKey", "count(*)"}, "1 GROUP BY PCIKey");
+  ASSERT_EQ(zym_db_result_row_count(found.get()), 2U);
+  std::string text;
+  while (zym_db_result_step(found.get()) == ZYM_DB_STATUS_ROW) {
+    unsigned int key = 0;
+    unsigned int functions = 0;
+    EXPECT_EQ(extract_uint_column_from_result(found.get(), "PCIKey", &key), 0);
+    EXPECT_EQ(extract_uint_column_from_result(found.get(), "count(*)", &functions), 0);
+    text += std::to_string(key) + "x" + std::to_string(functions) + " ";
+  }
+  EXPECT_EQ(text, "5x3 7x1 ");
+}
+
+TEST_F(QueryTest, DistinctFoldsEqualRows) {
+  for (int i = 0; i < 3; ++i) given("PCIAdapter", {{"PCIKey", 1}, {"PCIFuncKey", 9}, {"AIMSupported", 1}});
+  const Rows found = query("PCIAdapter", {"DISTINCT PCIFuncKey", "AIMSupported"}, "PCIKey=1");
+  EXPECT_EQ(zym_db_result_row_count(found.get()), 1U);
+  EXPECT_EQ(first(found), "9");
+}
+
+TEST_F(QueryTest, ARawStatementReads) {
+  given("PCIs", {{"DevKey", 1}, {"HardwareId", 0x100}});
+  given("PCIs", {{"DevKey", 1}, {"HardwareId", 0x101}});
+  const char* const kSql[] = {
+      "select DevKey from PCIs group by DevKey;",
+      "select HardwareId from PCIs where DevKey=1 and HardwareId&0xFF=0;",
+  };
+  const char* const kFirst[] = {"1", "256"};
+  for (int i = 0; i < 2; ++i) {
+    zym_db_result_t* rows = nullptr;
+    ASSERT_EQ(zym_db_raw_query(handle(), kSql[i], 160, &rows), 0);
+    const Rows found(rows);
+    EXPECT_EQ(zym_db_result_row_count(rows), 1U);
+    EXPECT_EQ(first(found), kFirst[i]);
+    unsigned int value = 0;
+    EXPECT_EQ(extract_uint_column_from_result(rows, i == 0 ? "DevKey" : "HardwareId", &value), 0);
+  }
+}
+
+TEST_F(QueryTest, ARawStatementEndsWithItsBuffer) {
+  zym_db_result_t* rows = nullptr;
+  const char text[] = "select _id from PCIs and what follows in memory";
+  EXPECT_EQ(zym_db_raw_query(handle(), text, 20, &rows), 0);
+  Rows(rows).reset();
+}
+
+TEST_F(QueryTest, ARawStatementDoesNothingButRead) {
+  given("PCIs", {{"DevKey", 1}});
+  for (const char* sql :
+       {"delete from PCIs;", "update PCIs set DevKey=2;", "insert into PCIs (DevKey) values (1);",
+        "drop table PCIs;", "PRAGMA user_version=9;", "select 1; delete from PCIs;", "", ";"}) {
+    zym_db_result_t* rows = nullptr;
+    EXPECT_EQ(zym_db_raw_query(handle(), sql, 160, &rows), ZYM_DB_STATUS_ERROR) << sql;
+    EXPECT_EQ(rows, nullptr);
+  }
+  EXPECT_EQ(rows("PCIs", {"DevKey"}), "1\n");
+}
+
+TEST_F(QueryTest, AResultStaysWhatItWasWhileTheTableChanges) {
+  given("PCIs", {{"FunKey", 1}});
+  const Rows found = query("PCIs", {"FunKey"});
+  given("PCIs", {{"FunKey", 2}});
+  zym_db_delete(handle(), "PCIs", nullptr, nullptr, 0, nullptr);
+  EXPECT_EQ(zym_db_result_row_count(found.get()), 1U);
+  EXPECT_EQ(first(found), "1");
+}
+
+TEST_F(QueryTest, ManyResultsAreOpenAtOnce) {
+  for (int64_t key = 0; key < 10; ++key) given("PCIs", {{"FunKey", key}});
+  std::vector<Rows> open;
+  for (uint64_t key = 0; key < 10; ++key) open.push_back(query("PCIs", {"FunKey"}, "FunKey=?", {u32(key)}));
+  for (int key = 0; key < 10; ++key) EXPECT_EQ(first(open[static_cast<size_t>(key)]), std::to_string(key));
+}
+
+TEST_F(QueryTest, MoreShapesThanAreKeptPreparedStillAnswer) {
+  given("PCIs", {{"FunKey", 1}});
+  for (int round = 0; round < 2; ++round) {
+    std::string filter = "FunKey=1";
+    for (int i = 0; i < 100; ++i) {
+      EXPECT_EQ(count("PCIs", filter), 1);
+      filter += " AND FunKey=1";
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,259 @@
+// What becomes of the file that a data source names.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+#include "client/engine.h"
+#include "client/status.h"
+#include "platform/child_process.h"
+#include "platform/temporary_folder.h"
+
+namespace zymdb::client {
+namespace {
+
+using testing::HasSubstr;
+
+std::string read_file(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class OpeningTest : public testing::Test {
+ protected:
+  Opened open(const Schema& schema = kInventorySchema) {
+    return open_session({folder_.file("inventory.db"), &schema}, writers_);
+  }
+
+  void run_sql(const std::string& sql) {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(folder_.file("inventory.db").c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(database);
+    sqlite3_close(database);
+  }
+
+  // Every table, index and mark of the file.
+  std::string schema_of(const char* name) {
+    sqlite3* database = nullptr;
+    EXPECT_EQ(sqlite3_open(folder_.file(name).c_str(), &database), SQLITE_OK);
+    std::string text;
+    const auto add = [](void* out, int columns, char** values, char**) {
+      for (int i = 0; i < columns; ++i)
+        static_cast<std::string*>(out)->append(values[i] ? values[i] : "").append("\n");
+      return 0;
+    };
+    for (const char* sql : {"PRAGMA application_id", "PRAGMA user_version", "PRAGMA journal_mode",
+                            "SELECT name, sql FROM sqlite_schema ORDER BY name"}) {
+      EXPECT_EQ(sqlite3_exec(database, sql, add, &text, nullptr), SQLITE_OK);
+    }
+    sqlite3_close(database);
+    return text;
+  }
+
+  TemporaryFolder folder_;
+  WriterQueue writers_;
+};
+
+TEST_F(OpeningTest, AMissingDatabaseIsCreatedWithItsTables) {
+  const Opened opened = open();
+  ASSERT_NE(opened.session, nullptr) << opened.error;
+  for (const char* table : {"Processor",
+                            "Memory",
+                            "PCIs",
+                            "PCIAdapter",
+                            "PCIMisc",
+                            "VPDs",
+                            "NCSIPackageID",
+                            "PCIGPU",
+                            "PCIGPUChip",
+                            "PCINetwork",
+                            "PCILogicalPort",
+                            "PCIPhysicalPort",
+                            "PCIPhysicalPortStat",
+                            "Firmwares",
+                            "PldmDeviceFirmware",
+                            "EmbeddedDeviceFirmware",
+                            "DPUEvents",
+                            "PCISetting",
+                            "AimDisks",
+                            "NVMeDrives",
+                            "SensorSlotMap"}) {
+    const Table* found = opened.session->catalog().table(table);
+    ASSERT_NE(found, nullptr) << table;
+    EXPECT_EQ(found->columns().front(), "_id") << table;
+  }
+}
+
+TEST_F(OpeningTest, InternalTablesAreNotInTheCatalog) {
+  const Opened opened = open();
+  ASSERT_NE(opened.session, nullptr);
+  EXPECT_EQ(opened.session->catalog().table("sqlite_sequence"), nullptr);
+  EXPECT_EQ(opened.session->catalog().table("sqlite_master"), nullptr);
+}
+
+TEST_F(OpeningTest, FilesAreKeptFromOthers) {
+  const mode_t mask = umask(0);
+  const Opened opened = open();
+  umask(mask);
+  ASSERT_NE(opened.session, nullptr) << opened.error;
+  for (const char* name : {"inventory.db", "inventory.db-wal", "inventory.db-shm"}) {
+    struct stat status {};
+    ASSERT_EQ(stat(folder_.file(name).c_str(), &status), 0) << name;
+    EXPECT_EQ(status.st_mode & 0777U, 0640U) << name;
+  }
+}
+
+TEST_F(OpeningTest, AZeroLengthFileIsANewDatabase) {
+  std::ofstream(folder_.file("inventory.db")).close();
+  EXPECT_NE(open().session, nullptr);
+}
+
+TEST_F(OpeningTest, AnInterruptedCreationIsTakenUp) {
+  run_sql("PRAGMA journal_mode=WAL");
+  ASSERT_GT(read_file(folder_.file("inventory.db")).size(), 0U);
+  const Opened opened = open();
+  ASSERT_NE(opened.session, nullptr) << opened.error;
+  EXPECT_NE(opened.session->catalog().table("PCIs"), nullptr);
+}
+
+TEST_F(OpeningTest, WhatIsNotOursIsRefusedAndLeftAsItWas) {
+  struct Case {
+    const char* content;  // SQL, or the file's bytes after "="
+    int status;
+    const char* reason;
+  };
+  const std::string garbage = "=" + std::string(5000, 'g');
+  const Case cases[] = {
+      {"CREATE TABLE other (x)", kStatusCorrupt, "not a database of this kind"},
+      {"PRAGMA application_id=77; CREATE TABLE x (y)", kStatusCorrupt, "not a database of this kind"},
+      {"PRAGMA user_version=1; CREATE TABLE x (y)", kStatusCorrupt, "not a database of this kind"},
+      {"PRAGMA application_id=0x5A594D50; PRAGMA user_version=1", kStatusCorrupt,
+       "not a database of this kind"},
+      {"PRAGMA application_id=0x5A594D49; PRAGMA user_version=2", 1, "version 2 is newer"},
+      {"=short", kStatusCorrupt, "not a database"},
+      {garbage.c_str(), kStatusCorrupt, "not a database"},
+  };
+  for (const Case& each : cases) {
+    std::filesystem::remove(folder_.file("inventory.db"));
+    if (each.content[0] == '=') {
+      std::ofstream(folder_.file("inventory.db")) << each.content + 1;
+    } else {
+      run_sql(each.content);
+    }
+    const std::string before = read_file(folder_.file("inventory.db"));
+    const Opened opened = open();
+    EXPECT_EQ(opened.session, nullptr);
+    EXPECT_EQ(opened.status, each.status) << opened.error;
+    EXPECT_THAT(opened.error, HasSubstr(each.reason));
+    EXPECT_EQ(read_file(folder_.file("inventory.db")), before) << opened.error;
+  }
+}
+
+TEST_F(OpeningTest, AMissingFolderIsNamed) {
+  const Opened opened = open_session({folder_.file("missing/inventory.db"), &kInventorySchema}, writers_);
+  EXPECT_EQ(opened.session, nullptr);
+  EXPECT_EQ(opened.status, kStatusIo);
+  EXPECT_EQ(opened.error, "cannot open the inventory database " + folder_.file("missing/inventory.db") +
+                              ": No such file or directory");
+}
+
+TEST_F(OpeningTest, AFolderIsNoDatabase) {
+  std::filesystem::create_directory(folder_.file("inventory.db"));
+  EXPECT_THAT(open().error, HasSubstr("it is not a file"));
+}
+
+// Permissions do not bind the administrator, whom tests often run as.
+int as_somebody_else(const std::function<int()>& body) {
+  return ChildProcess([&] {
+           if (geteuid() == 0 && (setegid(65534) != 0 || seteuid(65534) != 0)) return 99;
+           return body();
+         })
+      .wait();
+}
+
+TEST_F(OpeningTest, AFileThatMayNotBeReadIsRefused) {
+  { ASSERT_NE(open().session, nullptr); }
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(folder_.file("inventory.db").c_str(), geteuid() == 0 ? 0600 : 0), 0);
+  EXPECT_EQ(as_somebody_else([&] {
+              const Opened opened = open();
+              return opened.status == kStatusIo && opened.error.ends_with("Permission denied") ? 0 : 1;
+            }),
+            0);
+}
+
+TEST_F(OpeningTest, AFolderThatMayNotBeWrittenHoldsNoNewDatabase) {
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0555), 0);
+  EXPECT_EQ(as_somebody_else([&] {
+              const Opened opened = open();
+              return opened.status == kStatusIo && opened.error.ends_with("Permission denied") ? 0 : 1;
+            }),
+            0);
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
+}
+
+class UpgradeTest : public OpeningTest {
+ protected:
+  static constexpr uint32_t kMark = 0x5A594D49;
+};
+
+TEST_F(UpgradeTest, AnOlderDatabaseIsTakenStepByStepToTheCurrentVersion) {
+  const UpgradeStep steps[] = {{2, "ALTER TABLE a ADD COLUMN third"}, {1, "ALTER TABLE a ADD COLUMN second"}};
+  const Schema current{"inventory", kMark, 3, "CREATE TABLE a (_id INTEGER PRIMARY KEY, second, third)",
+                       steps};
+  const Schema first{"inventory", kMark, 1, "CREATE TABLE a (_id INTEGER PRIMARY KEY)", {}};
+  { ASSERT_NE(open(first).session, nullptr); }
+  run_sql("INSERT INTO a VALUES (17)");
+  {
+    const Opened opened = open(current);
+    ASSERT_NE(opened.session, nullptr) << opened.error;
+    EXPECT_THAT(opened.session->catalog().table("a")->columns(),
+                testing::ElementsAre("_id", "second", "third"));
+  }
+  EXPECT_THAT(schema_of("inventory.db"), HasSubstr("\n3\nwal\n"));
+  EXPECT_EQ(open(first).session, nullptr);
+}
+
+TEST_F(UpgradeTest, AFailingStepLeavesTheOldVersion) {
+  const UpgradeStep steps[] = {{1, "ALTER TABLE a ADD COLUMN second"},
+                               {2, "ALTER TABLE missing ADD COLUMN x"}};
+  const Schema current{"inventory", kMark, 3, "", steps};
+  const Schema first{"inventory", kMark, 1, "CREATE TABLE a (_id INTEGER PRIMARY KEY)", {}};
+  { ASSERT_NE(open(first).session, nullptr); }
+  const std::string before = schema_of("inventory.db");
+  const Opened opened = open(current);
+  EXPECT_EQ(opened.session, nullptr);
+  EXPECT_THAT(opened.error, HasSubstr("no such table: missing"));
+  EXPECT_EQ(schema_of("inventory.db"), before);
+  EXPECT_NE(open(first).session, nullptr);
+}
+
+TEST_F(UpgradeTest, AVersionWithoutAStepIsRefused) {
+  const Schema first{"inventory", kMark, 1, "CREATE TABLE a (_id INTEGER PRIMARY KEY)", {}};
+  { ASSERT_NE(open(first).session, nullptr); }
+  const Schema current{"inventory", kMark, 2, "", {}};
+  EXPECT_THAT(open(current).error, HasSubstr("its version is too old"));
+}
+
+// The frozen schema of version 1: whatever the current version becomes, such a file still opens, and is then
+// the same as a new one.
+TEST_F(UpgradeTest, ADatabaseOfVersion1BecomesTheSameAsANewOne) {
+  std::string sql = read_file(ZYMDB_TEST_DATA "/inventory-v1.sql");
+  ASSERT_FALSE(sql.empty());
+  run_sql(sql + "PRAGMA application_id=0x5A594D49; PRAGMA user_version=1;");
+  { ASSERT_NE(open().session, nullptr); }
+  {
+    const Opened fresh = open_session({folder_.file("fresh.db"), &kInventorySchema}, writers_);
+    ASSERT_NE(fresh.session, nullptr);
+  }
+  EXPECT_EQ(schema_of("inventory.db"), schema_of("fresh.db"));
+}
+
+}  // namespace
+}  // namespace zymdb::client
