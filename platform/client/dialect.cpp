@@ -253,7 +253,7 @@ class ColumnParser {
   bool run() {
     advance();
     distinct();
-    if (token_.kind != TokenKind::kWord) return false;
+    if (token_.kind != TokenKind::kWord || entry_.ends_with(';')) return false;
     out_.name = entry_.substr(static_cast<size_t>(token_.text.data() - entry_.data()));
     const Function* function = find_word(kFunctions, token_.text);
     return (function != nullptr ? call(*function) : column()) && token_.kind == TokenKind::kEnd;

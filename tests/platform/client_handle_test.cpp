@@ -98,7 +98,7 @@ TEST_F(HandleTest, EachFailingAttemptLeavesOneLineThatNamesTheCause) {
 
 TEST_F(HandleTest, AFailedStatementLeavesOneLineWithTheStatement) {
   EXPECT_EQ(log_of([&] { count("PCIs", "FunKey=1 AND"); }),
-            "zymdb error: query of PCIs where FunKey=1 AND failed: near \"AND\": syntax error (status 1)\n");
+            "zymdb error: query of PCIs where FunKey=1 AND failed: incomplete input (status 1)\n");
   EXPECT_EQ(log_of([&] { count("PCIs", "FunKey=1; x"); }),
             "zymdb error: query of PCIs where FunKey=1; x failed: text after the statement (status 1)\n");
   EXPECT_EQ(log_of([&] { count("NoTable", "1"); }),

@@ -207,7 +207,8 @@ TEST_F(DialectTest, NestingAndTheNumberOfValuesAreLimited) {
 
 TEST_F(DialectTest, ALongTextIsOneValue) {
   const std::string text(1 << 20, 'x');
-  ASSERT_EQ(translate("CardName='" + text + "'"), 0);
+  const std::string filter = "CardName='" + text + "'";
+  ASSERT_EQ(translate(filter), 0);
   ASSERT_EQ(out_.arguments.size(), 1U);
   EXPECT_EQ(out_.arguments[0].text, text);
   EXPECT_EQ(out_.shape, "\"CardName\" = ? ");

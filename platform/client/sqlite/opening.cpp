@@ -99,7 +99,8 @@ int Opening::create_file() {
 
 int Opening::connect() {
   if (!identify(source_.path, file)) return fail(kStatusIo, std::strerror(errno));
-  if (access(source_.path.c_str(), R_OK) != 0) return fail(kStatusIo, std::strerror(errno));
+  if (faccessat(AT_FDCWD, source_.path.c_str(), R_OK, AT_EACCESS) != 0)
+    return fail(kStatusIo, std::strerror(errno));
   sqlite3* opened = nullptr;
   const int code = sqlite3_open_v2(source_.path.c_str(), &opened, kOpenFlags, nullptr);
   database.reset(opened);
