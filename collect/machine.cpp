@@ -242,7 +242,8 @@ class MachineBuilder {
     if (slot.wishes.empty() || slot.number == slot.wishes.front()) return;
     const std::string name = slot.designation ? "\"" + *slot.designation + "\"" : "without a designation";
     machine_.notices.push_back("slot " + name + " has number " + std::to_string(slot.number.value_or(0)) +
-                               " in the inventory: another one has " + std::to_string(slot.wishes.front()));
+                               " in the inventory: its own, " + std::to_string(slot.wishes.front()) +
+                               ", is taken by another device");
   }
 
   Findings findings_;

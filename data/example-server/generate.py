@@ -290,12 +290,12 @@ SLOTS = [
     ("PCIe Slot 7", GEN4_SLOT_X8, WIDTH_X8, IN_USE, 7, "c9:04.0"),
     ("PCIe Slot 8", GEN4_SLOT_X8, WIDTH_X8, IN_USE, 8, "e2:04.0"),
     ("OCP NIC 3.0", OCP_SMALL, WIDTH_X16, IN_USE, 10, "4a:02.0"),
-    ("NVMe Bay 0", GEN4_U2, WIDTH_X4, IN_USE, 0, "67:00.0"),
-    ("NVMe Bay 1", GEN4_U2, WIDTH_X4, IN_USE, 0, "68:00.0"),
-    ("NVMe Bay 2", GEN4_U2, WIDTH_X4, IN_USE, 0, "69:00.0"),
-    ("NVMe Bay 3", GEN4_U2, WIDTH_X4, AVAILABLE, 0, None),
-    ("NVMe Bay 4", GEN4_U2, WIDTH_X4, IN_USE, 0, "e2:02.0"),
-    ("NVMe Bay 5", GEN4_U2, WIDTH_X4, AVAILABLE, 0, "e2:03.0"),
+    ("NVMe Bay 1", GEN4_U2, WIDTH_X4, IN_USE, 0, "67:00.0"),
+    ("NVMe Bay 2", GEN4_U2, WIDTH_X4, IN_USE, 0, "68:00.0"),
+    ("NVMe Bay 3", GEN4_U2, WIDTH_X4, IN_USE, 0, "69:00.0"),
+    ("NVMe Bay 4", GEN4_U2, WIDTH_X4, AVAILABLE, 0, None),
+    ("NVMe Bay 5", GEN4_U2, WIDTH_X4, IN_USE, 0, "e2:02.0"),
+    ("NVMe Bay 6", GEN4_U2, WIDTH_X4, AVAILABLE, 0, "e2:03.0"),
 ]
 
 # Name, kind (video, Ethernet, SATA, other), instance, bus address.

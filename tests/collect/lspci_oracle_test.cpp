@@ -1,0 +1,119 @@
+// What lspci itself makes of a dump is what the reader must make of it.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <regex>
+#include <string>
+
+#include "collect/lspci_dump.h"
+#include "collect/machines.h"
+#include "collect/text.h"
+
+namespace zymdb::collect {
+namespace {
+
+class RecordedLspci : public testing::TestWithParam<RecordedFile> {
+ protected:
+  std::string lspci(const std::string& options) const {
+    return output_of("lspci -F '" + GetParam().path + "' -D " + options);
+  }
+
+  std::vector<PciFunction> functions() const {
+    return parse_lspci_dump(read_file(GetParam().path), GetParam().path);
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Machines, RecordedLspci, testing::ValuesIn(recorded_lspci_dumps()),
+                         [](const auto& instance) { return name_of(instance.param); });
+
+using Fields = std::map<std::string, std::string>;
+
+// Blocks of "Name:\tvalue" lines, an empty line between them.
+std::vector<Fields> blocks(const std::string& text) {
+  std::vector<Fields> result(1);
+  for (const auto& line : lines_of(text)) {
+    const std::size_t colon = line.find(":\t");
+    if (colon != std::string::npos) {
+      result.back()[line.substr(0, colon)] = line.substr(colon + 2);
+    } else if (!result.back().empty()) {
+      result.emplace_back();
+    }
+  }
+  if (result.back().empty()) result.pop_back();
+  return result;
+}
+
+std::uint32_t number(const Fields& fields, const char* name) {
+  const auto field = fields.find(name);
+  return field == fields.end() ? 0 : hex_number(field->second).value();
+}
+
+TEST_P(RecordedLspci, HasTheSameFunctionsIdsAndClasses) {
+  const auto read = functions();
+  const auto expected = blocks(lspci("-n -vmm"));
+  ASSERT_EQ(read.size(), expected.size());
+  for (std::size_t i = 0; i < read.size(); ++i) {
+    const auto& fields = expected[i];
+    SCOPED_TRACE(fields.at("Slot"));
+    EXPECT_EQ(to_string(read[i].address), fields.at("Slot"));
+    EXPECT_EQ(read[i].vendor, number(fields, "Vendor"));
+    EXPECT_EQ(read[i].device, number(fields, "Device"));
+    EXPECT_EQ(read[i].class_code >> 8, number(fields, "Class"));
+    EXPECT_EQ(read[i].class_code & 0xFFU, number(fields, "ProgIf"));
+    EXPECT_EQ(read[i].revision, number(fields, "Rev"));
+    EXPECT_EQ(read[i].subsystem_vendor.value_or(0), number(fields, "SVendor"));
+    EXPECT_EQ(read[i].subsystem_device.value_or(0), number(fields, "SDevice"));
+  }
+}
+
+// "secondary" and "subordinate" of every bridge, by address.
+TEST_P(RecordedLspci, HasTheSameBridges) {
+  std::map<std::string, std::pair<unsigned, unsigned>> expected;
+  std::string slot;
+  const std::regex buses("Bus: primary=.., secondary=(..), subordinate=(..)");
+  for (const auto& line : lines_of(lspci("-n -v"))) {
+    std::smatch match;
+    if (!line.empty() && line.front() != '\t') slot = line.substr(0, line.find(' '));
+    if (!std::regex_search(line, match, buses)) continue;
+    expected[slot] = {hex_number(match.str(1)).value(), hex_number(match.str(2)).value()};
+  }
+  std::map<std::string, std::pair<unsigned, unsigned>> read;
+  for (const auto& function : functions()) {
+    if (!function.secondary_bus) continue;
+    read[to_string(function.address)] = {*function.secondary_bus, function.subordinate_bus.value_or(0)};
+  }
+  EXPECT_EQ(read, expected);
+  EXPECT_FALSE(read.empty());
+}
+
+// "Speed 16GT/s, Width x8" of every capability and status that the dump's bytes reach.
+TEST_P(RecordedLspci, HasTheSameLinks) {
+  const std::map<std::string, unsigned> generations{{"unknown", 0}, {"2.5GT/s", 1}, {"5GT/s", 2},
+                                                    {"8GT/s", 3},   {"16GT/s", 4},  {"32GT/s", 5}};
+  std::map<std::string, std::string> expected;
+  std::string slot;
+  const std::regex link("Lnk(Cap|Sta):.*Speed ([^,]*), Width x(\\d+)");
+  for (const auto& line : lines_of(lspci("-n -vv"))) {
+    std::smatch match;
+    if (!line.empty() && line.front() != '\t') slot = line.substr(0, line.find(' '));
+    if (!std::regex_search(line, match, link)) continue;
+    expected[slot] +=
+        match.str(1) + " " + std::to_string(generations.at(match.str(2))) + " x" + match.str(3) + ";";
+  }
+  std::map<std::string, std::string> read;
+  const auto text = [](const char* what, std::optional<std::uint8_t> generation,
+                       std::optional<std::uint8_t> width) {
+    return std::string(what) + " " + std::to_string(generation.value_or(0)) + " x" +
+           std::to_string(width.value_or(0)) + ";";
+  };
+  for (const auto& function : functions()) {
+    const auto& [width, generation, max_width, max_generation] = function.link;
+    if (!max_width && !width) continue;
+    read[to_string(function.address)] =
+        text("Cap", max_generation, max_width) + text("Sta", generation, width);
+  }
+  EXPECT_EQ(read, expected);
+}
+
+}  // namespace
+}  // namespace zymdb::collect

@@ -1,0 +1,107 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "collect/inventory_writer.h"
+#include "support/inventory.h"
+
+namespace zymdb::collect {
+namespace {
+
+class WriterTest : public InventoryTest {
+ protected:
+  // Rows of VPDs: a hardware id and a serial number.
+  static TableContent vpds(std::initializer_list<std::pair<std::uint32_t, const char*>> rows) {
+    TableContent content;
+    content.table = "VPDs";
+    content.columns = {{"HardwareId", Role::kKey},
+                       {"SerialNo", Role::kValue},
+                       {"UUID", Role::kInitial},
+                       {"Model", Role::kPlace}};
+    for (const auto& [id, serial] : rows) {
+      content.rows.push_back({{Value::number(id), serial ? Value::text(serial) : Value(),
+                               Value::text("first"), Value::text("place")},
+                              true});
+    }
+    return content;
+  }
+
+  static TableSummary write(const TableContent& content) {
+    return write_inventory(get_dmdb_handle(), {content}, {}).front();
+  }
+};
+
+TEST_F(WriterTest, WritesTextsThatCannotBeQuotedAndSeesThatTheyAreThere) {
+  for (const char* text : {"a\"b", "a'b", "a\\", "a?", "\"; DELETE FROM VPDs; --", "`x`", "100%", "Model"}) {
+    write(vpds({{1, "plain"}}));
+    EXPECT_EQ(write(vpds({{1, text}})).updated, 1U) << text;
+    EXPECT_EQ(rows("VPDs", {"SerialNo"}), std::string(text) + "\n");
+    EXPECT_EQ(write(vpds({{1, text}})).unchanged, 1U) << text;
+    EXPECT_EQ(write(vpds({{1, nullptr}})).updated, 1U) << text;
+    EXPECT_EQ(rows("VPDs", {"SerialNo"}), "NULL\n");
+  }
+}
+
+TEST_F(WriterTest, TellsAnEmptyTextFromNull) {
+  given("VPDs", {{"HardwareId", 1}, {"SerialNo", ""}, {"Model", "place"}});
+  EXPECT_EQ(write(vpds({{1, nullptr}})).updated, 1U);
+  EXPECT_EQ(rows("VPDs", {"SerialNo"}), "NULL\n");
+}
+
+TEST_F(WriterTest, WritesInitialColumnsOfNewRowsOnly) {
+  given("VPDs", {{"HardwareId", 1}, {"UUID", "theirs"}});
+  write(vpds({{1, "a"}, {2, "b"}}));
+  EXPECT_EQ(rows("VPDs", {"HardwareId", "SerialNo", "UUID"}), "1|a|theirs\n2|b|first\n");
+}
+
+TEST_F(WriterTest, LeavesPlacesAsTheyAreWhereNoneIsKnown) {
+  given("VPDs", {{"HardwareId", 1}, {"Model", "old place"}});
+  auto content = vpds({{1, "a"}, {2, "b"}});
+  for (auto& row : content.rows) row.place_known = false;
+  write(content);
+  EXPECT_EQ(rows("VPDs", {"HardwareId", "SerialNo", "Model"}), "1|a|old place\n2|b|place\n");
+}
+
+TEST_F(WriterTest, PairsRowsOfOneKeyInTheirOrder) {
+  write(vpds({{1, "a"}, {1, "b"}}));
+  const auto summary = write(vpds({{1, "a"}, {1, "c"}}));
+  EXPECT_EQ(summary.unchanged, 1U);
+  EXPECT_EQ(summary.updated, 1U);
+  EXPECT_EQ(rows("VPDs", {"SerialNo"}), "a\nc\n");
+}
+
+TEST_F(WriterTest, KeepsRowsOfKeptKeys) {
+  write(vpds({{1, "a"}, {2, "b"}}));
+  auto content = vpds({});
+  content.kept_keys = {"2"};
+  EXPECT_EQ(write(content).removed, 1U);
+  EXPECT_EQ(rows("VPDs", {"HardwareId"}), "2\n");
+}
+
+TEST_F(WriterTest, AFailingWriteRollsEverythingBack) {
+  write(vpds({{1, "a"}, {2, "b"}}));
+  auto broken = vpds({{1, "a"}});
+  broken.table = "PCIs";
+  broken.columns = {{"FunKey", Role::kKey},
+                    {"NoSuchColumn", Role::kInitial},
+                    {"SegNo", Role::kValue},
+                    {"BusNo", Role::kValue}};
+  EXPECT_THROW(write_inventory(get_dmdb_handle(), {vpds({{3, "c"}}), broken}, {}), WriteError);
+  EXPECT_EQ(rows("VPDs", {"HardwareId"}), "1\n2\n");
+  EXPECT_EQ(write(vpds({{1, "a"}, {2, "b"}})).unchanged, 2U) << "the transaction is not left open";
+}
+
+TEST_F(WriterTest, SaysWhichTableCannotBeRead) {
+  auto content = vpds({});
+  content.table = "NoSuchTable";
+  try {
+    write(content);
+    FAIL() << "a table that is not there was read";
+  } catch (const WriteError& error) {
+    EXPECT_THAT(error.what(), testing::StartsWith("cannot read table NoSuchTable: "));
+  }
+}
+
+}  // namespace
+}  // namespace zymdb::collect
