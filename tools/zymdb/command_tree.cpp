@@ -26,7 +26,7 @@ constexpr char kFooter[] =
 constexpr char kShowFooter[] =
     "Examples:\n"
     "  zymdb show adapters\n"
-    "  zymdb show functions --columns ADDRESS,ID,NAME | grep -i ethernet\n"
+    "  zymdb show functions --columns ADDRESS,CLASS,NAME | grep -i ethernet\n"
     "  zymdb show processors --json | jq '.processors[].Version'\n"
     "\n"
     "`zymdb show LISTING --help` lists its columns.";

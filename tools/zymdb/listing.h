@@ -61,16 +61,22 @@ template <class Record, auto Member, unsigned HexDigits = 0>
 constexpr Column<Record> field(const char* name, const char* heading, const char* help,
                                Shown shown = Shown::kNo, Tone (*tone)(const Record&) = nullptr) {
   using Field = std::remove_reference_t<decltype(std::declval<Record>().*Member)>;
-  constexpr Kind kKind = std::is_array_v<Field> ? Kind::kLongText : Kind::kNumber;
+  constexpr Kind kKind = std::is_array_v<Field> ? Kind::kText : Kind::kNumber;
   return {{name, heading, help, shown, kKind, HexDigits}, &read_field<Member, Record>, tone};
 }
 
 // A text made of the record for people to read.
 template <class Record>
 constexpr Column<Record> derived(const char* heading, const char* help, Shown shown,
-                                 Value (*read)(const Record&), Tone (*tone)(const Record&) = nullptr,
-                                 Kind kind = Kind::kText) {
-  return {{nullptr, heading, help, shown, kind, 0}, read, tone};
+                                 Value (*read)(const Record&), Tone (*tone)(const Record&) = nullptr) {
+  return {{nullptr, heading, help, shown, Kind::kText, 0}, read, tone};
+}
+
+// The same column as the one that gives way on a narrow terminal.
+template <class Record>
+constexpr Column<Record> long_text(Column<Record> column) {
+  column.info.kind = Kind::kLongText;
+  return column;
 }
 
 struct Cell {

@@ -30,7 +30,7 @@ constexpr Column<Record> kColumns[] = {
     field<Record, &Record::ConnectorType, 4>("ConnectorType", "CONNECTORTYPE", "connector or slot type code"),
     field<Record, &Record::ConnectorTypeName>("ConnectorTypeName", "CONNECTOR", "connector or slot type",
                                               Shown::kByDefault),
-    field<Record, &Record::CardName>("CardName", "NAME", "name", Shown::kByDefault),
+    long_text(field<Record, &Record::CardName>("CardName", "NAME", "name", Shown::kByDefault)),
     field<Record, &Record::AIMSupported>("AIMSupported", "AIM", "how it is managed: 1 out of band"),
     field<Record, &Record::Location>("Location", "LOCATION", "0 system board, 1 slot, 2 drive bay"),
     field<Record, &Record::HealthStatus>("HealthStatus", "HEALTH", "health, as its writer codes it"),

@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kExamples[] =
     "  zymdb show functions\n"
-    "  zymdb show functions --columns ADDRESS,ID,SUBID,LINK\n"
+    "  zymdb show functions --columns ADDRESS,CLASS,NAME | grep -i ethernet\n"
     "  zymdb show functions --json | jq '.functions[] | select(.VendorId == 0x8086)'";
 
 // The names, read when a column first asks for one. The system's list may be missing; one that the user names
@@ -77,10 +77,14 @@ bool link_is_unknown(const Record& function) {
          function.MaxPCIeType == 4;
 }
 
+// "x16 gen4", or "x8/16 gen3/4" where the link is narrower or slower than it could be.
 Value link(const Record& function) {
   if (link_is_unknown(function) || function.LanesInUse == 0) return std::string();
-  return "x" + std::to_string(function.LanesInUse) + " of x" + std::to_string(function.MaxLanes) + ", gen " +
-         std::to_string(function.PCIeType) + " of " + std::to_string(function.MaxPCIeType);
+  const auto part = [](const char* name, unsigned used, unsigned largest) {
+    return name + std::to_string(used) + (used < largest ? "/" + std::to_string(largest) : "");
+  };
+  return part("x", function.LanesInUse, function.MaxLanes) + " " +
+         part("gen", function.PCIeType, function.MaxPCIeType);
 }
 
 Tone link_tone(const Record& function) {
@@ -95,11 +99,13 @@ Value class_name(const Record& function) {
   return std::string(name.empty() ? ids.base_class(base) : name);
 }
 
+// A device without a name is told by its class.
 Value name(const Record& function) {
   const auto& ids = function.names->get();
-  const auto vendor = ids.vendor(function.VendorId);
+  const std::string vendor(ids.vendor(function.VendorId));
   const auto device = ids.device(function.VendorId, function.DeviceId);
-  return std::string(vendor) + (vendor.empty() || device.empty() ? "" : " ") + std::string(device);
+  const auto what = device.empty() ? std::get<std::string>(class_name(function)) : std::string(device);
+  return vendor + (vendor.empty() || what.empty() ? "" : " ") + what;
 }
 
 Value place(const Record& function) {
@@ -111,13 +117,14 @@ constexpr auto kHidden = Shown::kNo;
 
 constexpr Column<Record> kColumns[] = {
     derived<Record>("ADDRESS", "bus address", kShown, address),
+    derived<Record>("BRIDGE", "bus address of the bridge above", kHidden, bridge),
     derived<Record>("ID", "vendor and device id", kShown, id),
     derived<Record>("SUBID", "subsystem's vendor and device id", kHidden, subsystem_id),
-    derived<Record>("BRIDGE", "bus address of the bridge above", kHidden, bridge),
-    derived<Record>("CLASS", "class, by name", kShown, class_name, nullptr, Kind::kLongText),
-    derived<Record>("NAME", "vendor and device, by name", kShown, name, nullptr, Kind::kLongText),
     derived<Record>("PLACE", "slot, drive bay or system board", kShown, place),
-    derived<Record>("LINK", "PCI Express link: in use and largest", kShown, link, link_tone),
+    derived<Record>("LINK", "PCI Express link: lanes and generation, in use/largest", kShown, link,
+                    link_tone),
+    derived<Record>("CLASS", "class, by name", kHidden, class_name),
+    long_text(derived<Record>("NAME", "vendor and device, by name", kShown, name)),
     field<Record, &Record::_id>("_id", "ROWID", "row of the inventory"),
     field<Record, &Record::BridgeId, 8>("BridgeId", "BRIDGEID", "function key of the bridge above; 0: none"),
     field<Record, &Record::SegNo>("SegNo", "SEGMENT", "segment (domain) number"),

@@ -18,8 +18,8 @@ constexpr char kExamples[] =
 constexpr unsigned kPopulated = 0x40;
 
 Value state(const Record& processor) {
-  constexpr const char* kStates[] = {
-      "unknown", "enabled", "disabled by user", "disabled by firmware", "idle", "", "", "other"};
+  constexpr const char* kStates[] = {"unknown", "enabled", "disabled by user", "disabled by firmware",
+                                     "idle",    "unknown", "unknown",          "other"};
   if ((processor.Status & kPopulated) == 0) return std::string(processor.Status == 0 ? "" : "empty");
   return std::string(kStates[processor.Status & 7u]);
 }
@@ -45,8 +45,9 @@ constexpr Column<Record> kColumns[] = {
     field<Record, &Record::Family>("Family", "FAMILY", "processor family code"),
     field<Record, &Record::Socket>("Socket", "SOCKET", "socket designation", Shown::kByDefault, state_tone),
     derived<Record>("STATE", "what Status says", Shown::kByDefault, state, state_tone),
-    field<Record, &Record::Manufacturer>("Manufacturer", "MANUFACTURER", "manufacturer"),
-    field<Record, &Record::Version>("Version", "VERSION", "the processor's own name", Shown::kByDefault),
+    long_text(field<Record, &Record::Manufacturer>("Manufacturer", "MANUFACTURER", "manufacturer")),
+    long_text(
+        field<Record, &Record::Version>("Version", "VERSION", "the processor's own name", Shown::kByDefault)),
     field<Record, &Record::Voltage, 2>("Voltage", "VOLTAGE", "voltage code"),
     derived<Record>("VOLTS", "what Voltage says", Shown::kNo, voltage),
     field<Record, &Record::ExtClock>("ExtClock", "EXTMHZ", "external clock, MHz"),
