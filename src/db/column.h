@@ -22,9 +22,10 @@ enum class Reading : uint8_t {
 struct Column {
   char name[32];
   Reading reading;
-  uint8_t unreadable;  // what a number is when the column cannot be read
-  uint16_t offset;     // of the field in its record
-  uint16_t size;       // of the field, or the bound of a text
+  uint8_t unreadable;      // what a number is when the column cannot be read
+  uint16_t offset;         // of the field in its record
+  uint16_t size;           // of the field, or the bound of a text
+  bool is_signed = false;  // the field is a signed number: written as one, read without its sign
 };
 
 template <class Field>
@@ -42,13 +43,25 @@ constexpr std::array<Column, N> with_text_size(const Column (&columns)[N], std::
   return changed;
 }
 
+// The named columns of a table, in the order of their names. A name that the table lacks does not compile.
+template <size_t N, size_t M>
+consteval std::array<Column, M> in_order(const Column (&columns)[N], const std::string_view (&names)[M]) {
+  std::array<Column, M> ordered{};
+  for (size_t i = 0; i < M; ++i) {
+    size_t place = 0;
+    while (columns[place].name != names[i]) ++place;
+    ordered[i] = columns[place];
+  }
+  return ordered;
+}
+
 }  // namespace zymdb
 
 // The column COLUMN fills FIELD of RECORD; a number that cannot be read is UNREADABLE.
 #define ZYMDB_COLUMN(COLUMN, RECORD, FIELD, UNREADABLE)                                        \
   {                                                                                            \
     COLUMN, zymdb::reading_of<decltype(RECORD::FIELD)>(), UNREADABLE, offsetof(RECORD, FIELD), \
-        sizeof(RECORD::FIELD)                                                                  \
+        sizeof(RECORD::FIELD), std::is_signed_v<decltype(RECORD::FIELD)>                       \
   }
 
 // A field that bears its column's name; a number that cannot be read is 0.

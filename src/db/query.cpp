@@ -18,22 +18,25 @@ int run(_zym_db_handle_t* handle, const char* table, std::span<const Column> col
   return zym_db_query(handle, table, names, count, filter, params, nparams, 0, result);
 }
 
-// Numbers are read 32 bits wide and stored with the low bits that the field has room for.
+template <class Field, class Number>
+void store_as(Number value, void* field) {
+  const Field low_bits = static_cast<Field>(value);
+  std::memcpy(field, &low_bits, sizeof low_bits);
+}
+
+// Numbers are read 32 bits wide and stored with the low bits that the field has room for; the fields of
+// packed records are not aligned.
 template <class Number>
 void store(const Column& column, Number value, void* field) {
   switch (column.size) {
     case 1:
-      *static_cast<uint8_t*>(field) = static_cast<uint8_t>(value);
-      break;
+      return store_as<uint8_t>(value, field);
     case 2:
-      *static_cast<uint16_t*>(field) = static_cast<uint16_t>(value);
-      break;
+      return store_as<uint16_t>(value, field);
     case 4:
-      *static_cast<uint32_t*>(field) = static_cast<uint32_t>(value);
-      break;
+      return store_as<uint32_t>(value, field);
     default:
-      *static_cast<uint64_t*>(field) = value;
-      break;
+      return store_as<uint64_t>(value, field);
   }
 }
 
@@ -84,8 +87,8 @@ int Query::read_number_in_text(int column, unsigned long& number) {
   return ZYM_DB_STATUS_OK;
 }
 
-void Query::read_columns(std::span<const Column> columns, void* record) {
-  int index = 0;
+void Query::read_columns(std::span<const Column> columns, void* record, int first) {
+  int index = first;
   for (const Column& column : columns) {
     char* const field = static_cast<char*>(record) + column.offset;
     if (column.reading == Reading::kText) {

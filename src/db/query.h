@@ -80,9 +80,9 @@ class Query {
   // A number stored as text, in any base that strtoul detects. Leaves `number` as it was when unreadable.
   int read_number_in_text(int column, unsigned long& number);
 
-  // Fills the fields of `record` from the current row: by the columns' positions, each text emptied before
-  // it is read, or by their names, where an unreadable text is what the client leaves.
-  void read_columns(std::span<const Column> columns, void* record);
+  // Fills the fields of `record` from the current row: by the columns' positions from `first` on, each text
+  // emptied before it is read, or by their names, where an unreadable text is what the client leaves.
+  void read_columns(std::span<const Column> columns, void* record, int first = 0);
   void read_columns_by_name(std::span<const Column> columns, void* record);
 
  private:

@@ -3,7 +3,9 @@
 #define ZYMDB_SRC_DB_VALUES_H
 
 #include <cstdint>
+#include <span>
 
+#include "db/column.h"
 #include "db/database_client.h"
 
 namespace zymdb {
@@ -31,8 +33,17 @@ class Values {
   void put(const char* column, int32_t value) { note(zym_db_content_put_int(values_, column, value)); }
   void put(const char* column, const char* text) { note(zym_db_content_put_text(values_, column, text)); }
 
+  // An empty text is stored as NULL.
+  void put_or_null(const char* column, const char* text);
+
+  // The fields of `record`: numbers 32 bits wide, whatever the field's width; empty texts as NULL.
+  void put_columns(std::span<const Column> columns, const void* record);
+
   int insert(const char* table);
   int update(const char* table, const char* filter);
+
+  // insert_or_update_db_record; -1 when a put failed.
+  int64_t insert_or_update(const char* table, const char* where, const char* filter);
 
  private:
   void note(int status) {

@@ -46,6 +46,29 @@ TEST_F(QueryTest, ATableOfColumnsIsTheColumnListAndFillsTheRecord) {
   EXPECT_STREQ(record.text, "abcd");
 }
 
+#pragma pack(push, 1)
+struct Packed {
+  uint8_t byte;
+  uint16_t word;
+  uint32_t number;
+  uint64_t wide;
+};
+#pragma pack(pop)
+
+TEST_F(QueryTest, AColumnListMayBeReadFromItsMiddleIntoAPackedRecord) {
+  constexpr Column kPacked[] = {ZYMDB_FIELD(Packed, byte), ZYMDB_FIELD(Packed, word),
+                                ZYMDB_FIELD(Packed, number), ZYMDB_FIELD(Packed, wide)};
+  answer({Row(1, 2, 3, int64_t{1} << 40)});
+  Packed record{9, 0, 0, 0};
+  Query query(get_dmdb_handle(), "T", kPacked, nullptr);
+  ASSERT_EQ(query.step(), ZYM_DB_STATUS_ROW);
+  query.read_columns(std::span(kPacked).subspan(1), &record, 1);
+  EXPECT_EQ(record.byte, 9);
+  EXPECT_EQ(uint16_t{record.word}, 2);
+  EXPECT_EQ(uint32_t{record.number}, 3u);
+  EXPECT_EQ(uint64_t{record.wide}, uint64_t{1} << 40);
+}
+
 TEST_F(QueryTest, ANumberInTextIsCutToItsFieldAndHasADefaultOfItsOwn) {
   constexpr Column kCodes[] = {ZYMDB_NUMBER_IN_TEXT("b", Record, byte, 4),
                                ZYMDB_NUMBER_IN_TEXT("w", Record, word, 4),

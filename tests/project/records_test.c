@@ -6,6 +6,7 @@
 #include "zymdb_db.h"
 #include "zymdb_network.h"
 #include "zymdb_pci.h"
+#include "zymdb_pci_settings.h"
 
 #define SIZE(RECORD, BYTES) static_assert(sizeof(RECORD) == (BYTES), #RECORD)
 #define AT(RECORD, FIELD, OFFSET) static_assert(offsetof(RECORD, FIELD) == (OFFSET), #RECORD "." #FIELD)
@@ -198,5 +199,44 @@ AT(_ZYMDB_PCI_PortLinkState, RxUtil, 12);
 AT(_ZYMDB_PCI_PortLinkState, Idx, 16);
 
 #endif
+
+/* Byte-packed: the same with every pointer width. */
+
+SIZE(ZYMDB_PCI_Config_Setting, 7231);
+AT(ZYMDB_PCI_Config_Setting, SettingID, 0);
+AT(ZYMDB_PCI_Config_Setting, SettingName, 129);
+AT(ZYMDB_PCI_Config_Setting, PfaKey, 194);
+AT(ZYMDB_PCI_Config_Setting, CurrentValue, 198);
+AT(ZYMDB_PCI_Config_Setting, PendingValue, 455);
+AT(ZYMDB_PCI_Config_Setting, SuppressIf, 712);
+AT(ZYMDB_PCI_Config_Setting, GrayIf, 1737);
+AT(ZYMDB_PCI_Config_Setting, GroupID, 2762);
+AT(ZYMDB_PCI_Config_Setting, GroupName, 3019);
+AT(ZYMDB_PCI_Config_Setting, GroupSuppressIf, 3276);
+AT(ZYMDB_PCI_Config_Setting, GroupGrayIf, 4301);
+AT(ZYMDB_PCI_Config_Setting, Mriname, 5326);
+AT(ZYMDB_PCI_Config_Setting, ShortDesc, 5391);
+AT(ZYMDB_PCI_Config_Setting, FullDesc, 5520);
+AT(ZYMDB_PCI_Config_Setting, Type, 5777);
+AT(ZYMDB_PCI_Config_Setting, Flags, 5781);
+AT(ZYMDB_PCI_Config_Setting, Mininstances, 5785);
+AT(ZYMDB_PCI_Config_Setting, Maxinstances, 5789);
+AT(ZYMDB_PCI_Config_Setting, Defvalue, 5793);
+AT(ZYMDB_PCI_Config_Setting, Mfg_default, 5858);
+AT(ZYMDB_PCI_Config_Setting, Defaultaction, 5923);
+AT(ZYMDB_PCI_Config_Setting, RecordId, 5988);
+AT(ZYMDB_PCI_Config_Setting, Minim, 6053);
+AT(ZYMDB_PCI_Config_Setting, Maxim, 6057);
+AT(ZYMDB_PCI_Config_Setting, Step, 6061);
+AT(ZYMDB_PCI_Config_Setting, Mins, 6065);
+AT(ZYMDB_PCI_Config_Setting, Maxs, 6069);
+AT(ZYMDB_PCI_Config_Setting, Pattern, 6073);
+AT(ZYMDB_PCI_Config_Setting, Numchoices, 6202);
+AT(ZYMDB_PCI_Config_Setting, Choices, 6206);
+
+SIZE(ZYMDB_PCI_Config_Set, 134);
+AT(ZYMDB_PCI_Config_Set, SettingID, 0);
+AT(ZYMDB_PCI_Config_Set, PendingValue, 65);
+AT(ZYMDB_PCI_Config_Set, Result, 130);
 
 int main(void) { return 0; }

@@ -66,6 +66,12 @@ class Client {
   std::optional<int> failing_call;
   int failing_status = 77;
 
+  // Whether a text read that is made to fail hands out the text all the same.
+  bool failed_texts_arrive = false;
+
+  // The status words that the BIOS configuration manager writes, request by request; 0 where there is none.
+  std::vector<uint32_t> attribute_outcomes;
+
   int64_t inserted_id = 1;
   int64_t deleted_rows = 0;
   uint32_t platform_word = 0;  // the third of the platform's entry

@@ -1,0 +1,53 @@
+#include <cstring>
+#include <exception>
+#include <string>
+
+#include "db/values.h"
+#include "pci_settings/setting_columns.h"
+#include "platform/ruvo_log.h"
+
+using namespace zymdb;
+
+namespace {
+
+// Signed numbers are compared as the unsigned ones of the same bits.
+std::string differs(const Column& column, const char* field) {
+  uint32_t number;
+  std::memcpy(&number, field, sizeof number);
+  return column.name + ("!=" + std::to_string(number));
+}
+
+std::string text_differs(const Column& column, const char* field) {
+  return get_sql_str(column.name, reinterpret_cast<unsigned char*>(const_cast<char*>(field)));
+}
+
+// Holds where anything but the id is not what the record says.
+std::string change_condition(const ZYMDB_PCI_Config_Setting& setting) {
+  std::string condition;
+  for (const Column& column : kComparedColumns) {
+    const char* const field = reinterpret_cast<const char*>(&setting) + column.offset;
+    if (!condition.empty()) condition += " OR ";
+    condition += column.reading == Reading::kText ? text_differs(column, field) : differs(column, field);
+  }
+  return condition;
+}
+
+}  // namespace
+
+int extract_PCISetting_info(const ZYMDB_PCI_Config_Setting* setting) try {
+  _zym_db_handle_t* const handle = get_dmdb_handle();
+  if (handle == nullptr) return ZYM_DB_STATUS_NO_DB;
+  if (setting == nullptr) return ZYM_DB_STATUS_OK;
+  Values values(handle);
+  if (!values) return ZYM_DB_STATUS_NO_MEMORY;
+
+  values.put_columns(kWrittenColumns, setting);
+  const std::string address = std::string("SettingID=\"") + setting->SettingID + "\"";
+  if (values.insert_or_update("PCISetting", address.c_str(), change_condition(*setting).c_str()) >= 1)
+    return ZYM_DB_STATUS_OK;
+  ruvo_log::logErr("Failed to insert ZYMDB_PCI_Config_Setting info: ZYMDB_PCI_Setting_ID=%s",
+                   setting->SettingID);
+  return ZYM_DB_STATUS_ERROR;
+} catch (const std::exception&) {
+  return ZYM_DB_STATUS_NO_MEMORY;
+}
