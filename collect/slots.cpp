@@ -64,12 +64,25 @@ std::string_view digits_after(std::string_view text, std::string_view word) {
   return number == std::string_view::npos ? std::string_view() : digits_at(text, number);
 }
 
+// "x16": a count of lanes.
+bool is_width(std::string_view text, std::size_t digits) {
+  if (digits == 0 || text[digits - 1] != 'x') return false;
+  return digits == 1 || !is_letter(text[digits - 2]);
+}
+
+// The digits of the only number, widths aside; none when there are several.
 std::string_view only_digits(std::string_view text) {
-  const std::size_t first = text.find_first_of("0123456789");
-  if (first == std::string_view::npos) return {};
-  const std::string_view digits = digits_at(text, first);
-  const bool another = text.find_first_of("0123456789", first + digits.size()) != std::string_view::npos;
-  return another ? std::string_view() : digits;
+  std::string_view only;
+  std::size_t at = 0;
+  while ((at = text.find_first_of("0123456789", at)) != std::string_view::npos) {
+    const std::string_view digits = digits_at(text, at);
+    if (!is_width(text, at)) {
+      if (!only.empty()) return {};
+      only = digits;
+    }
+    at += digits.size();
+  }
+  return only;
 }
 
 std::optional<std::uint8_t> known_code(std::optional<std::uint8_t> code) {

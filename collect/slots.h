@@ -41,7 +41,8 @@ struct Slot {
 // Whether SMBIOS calls a slot type, or a designation reads like, the bay of a drive.
 bool is_drive_bay(std::optional<std::uint8_t> type, std::string_view designation);
 
-// The number in a designation: the one after "slot" or "bay", else the only one there is.
+// The number in a designation: the one after "slot" or "bay", else the only one there is; lanes ("x16") do
+// not count.
 std::optional<std::uint16_t> designated_number(std::string_view designation);
 
 // SMBIOS's slots. An id is a slot's first wish, the number in its designation the second: the id is what the

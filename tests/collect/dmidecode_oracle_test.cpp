@@ -125,8 +125,12 @@ TEST_P(RecordedTables, HaveTheSameSlots) {
   for (std::size_t i = 0; i < read.size(); ++i) {
     const auto& fields = all[i];
     EXPECT_EQ(read[i].designation, text(fields, "Designation"));
-    if (fields.contains("ID")) EXPECT_EQ(std::to_string(read[i].id), fields.at("ID"));
-    if (read[i].address) EXPECT_EQ(to_string(*read[i].address), fields.at("Bus Address"));
+    if (fields.contains("ID")) {
+      EXPECT_EQ(std::to_string(read[i].id), fields.at("ID"));
+    }
+    if (read[i].address) {
+      EXPECT_EQ(to_string(*read[i].address), fields.at("Bus Address"));
+    }
   }
 }
 
@@ -136,7 +140,9 @@ TEST_P(RecordedTables, HaveTheSameDevicesOnTheBoard) {
   ASSERT_EQ(read.size(), all.size());
   for (std::size_t i = 0; i < read.size(); ++i) {
     EXPECT_EQ(read[i].designation, text(all[i], "Reference Designation"));
-    if (read[i].address) EXPECT_EQ(to_string(*read[i].address), all[i].at("Bus Address"));
+    if (read[i].address) {
+      EXPECT_EQ(to_string(*read[i].address), all[i].at("Bus Address"));
+    }
   }
 }
 

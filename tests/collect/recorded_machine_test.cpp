@@ -18,10 +18,13 @@ namespace fs = std::filesystem;
 // A recorded file as the source it is.
 std::vector<std::pair<std::string, Sources>> recorded_sources() {
   std::vector<std::pair<std::string, Sources>> all;
-  for (const auto& file : recorded_lspci_dumps()) all.push_back({"pci_" + file.name, {.lspci = file.path}});
-  for (const auto& file : recorded_smbios_dumps()) all.push_back({"dmi_" + file.name, {.smbios = file.path}});
-  for (const auto& file : recorded_sysfs_archives())
-    all.push_back({"sysfs_" + file.name, {.sysfs = file.path}});
+  const auto add = [&all](const char* kind, const std::vector<RecordedFile>& files,
+                          std::string Sources::*source) {
+    for (const auto& file : files) all.emplace_back(kind + file.name, Sources{}).second.*source = file.path;
+  };
+  add("pci_", recorded_lspci_dumps(), &Sources::lspci);
+  add("dmi_", recorded_smbios_dumps(), &Sources::smbios);
+  add("sysfs_", recorded_sysfs_archives(), &Sources::sysfs);
   return all;
 }
 

@@ -34,6 +34,8 @@ TEST(DesignatedNumber, FollowsTheWordSlotOrBayElseIsTheOnlyOne) {
       {"NVMe Bay 0", 0},
       {"Slot #12", 12},
       {"PCIE7", 7},
+      {"Riser 2 PCIe x8", 2},
+      {"MX4", 4},
       {"0-1", {}},
       {"CPU0_PE1_NVME0", {}},
       {"OCP_PRI_SLOT (PCIe x16)", {}},
