@@ -281,6 +281,18 @@ CREATE TABLE "PCIPhysicalPortStat" (
 );
 CREATE INDEX "PCIPhysicalPortStatByPCIFuncKey" ON "PCIPhysicalPortStat" ("PCIFuncKey");
 
+-- Physical ports of network functions: what their counters said last. Collectors tell from it how much of the
+-- link was in use since then.
+CREATE TABLE "PCIPhysicalPortCounter" (
+  "_id"        INTEGER PRIMARY KEY,
+  "PCIFuncKey" INTEGER,
+  "Idx"        INTEGER,
+  "TxBytes"    INTEGER,
+  "RxBytes"    INTEGER,
+  "SampledAt"  INTEGER  -- when they last changed, ms since 1970
+);
+CREATE INDEX "PCIPhysicalPortCounterByPCIFuncKey" ON "PCIPhysicalPortCounter" ("PCIFuncKey");
+
 -- Firmware and software components of PCI functions, by hardware id and type.
 CREATE TABLE "Firmwares" (
   "_id"            INTEGER PRIMARY KEY,

@@ -76,6 +76,7 @@ TEST_F(OpeningTest, AMissingDatabaseIsCreatedWithItsTables) {
                             "PCILogicalPort",
                             "PCIPhysicalPort",
                             "PCIPhysicalPortStat",
+                            "PCIPhysicalPortCounter",
                             "Firmwares",
                             "PldmDeviceFirmware",
                             "EmbeddedDeviceFirmware",
