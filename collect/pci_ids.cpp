@@ -15,10 +15,11 @@ namespace {
 constexpr std::size_t kLongestCardName = 128;
 
 // Legal forms at the end of a maker's name.
-constexpr std::string_view kLegalForms[] = {
-    "Corporation",  "Corp.",      "Corp",          "Inc.",        "Inc", "Incorporated", "Co., Ltd.",
-    "Co.",          "Ltd.",       "Ltd",           "Limited",     "LLC", "GmbH",         "AG",
-    "Technologies", "Technology", "Semiconductor", "Electronics", "Co"};
+constexpr std::string_view kLegalForms[] = {"Corporation", "Corp.",         "Corp",        "Inc.",
+                                            "Inc",         "Incorporated",  "Co., Ltd.",   "Co.",
+                                            "Ltd.",        "Ltd",           "Limited",     "LLC",
+                                            "GmbH",        "Group",         "AG",          "Technologies",
+                                            "Technology",  "Semiconductor", "Electronics", "Co"};
 
 constexpr std::uint64_t device_key(std::uint16_t vendor, std::uint16_t device) {
   return std::uint64_t{vendor} << 16 | device;

@@ -84,4 +84,16 @@ std::optional<std::uint64_t> read_number(const std::string& path) {
   return content ? leading_number(*content) : std::nullopt;
 }
 
+std::optional<std::vector<std::filesystem::path>> folder_entries(const std::filesystem::path& folder) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  std::vector<fs::path> paths;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+    paths.push_back(it->path());
+  }
+  if (error) return std::nullopt;
+  std::ranges::sort(paths);
+  return paths;
+}
+
 }  // namespace zymdb::collect

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -29,6 +30,9 @@ std::optional<std::string> read_attribute(const std::string& path);
 
 // The number that an attribute file holds, in decimal or with a "0x" prefix; text after it is ignored.
 std::optional<std::uint64_t> read_number(const std::string& path);
+
+// The entries of a folder, by name; nothing when it cannot be read.
+std::optional<std::vector<std::filesystem::path>> folder_entries(const std::filesystem::path& folder);
 
 }  // namespace zymdb::collect
 

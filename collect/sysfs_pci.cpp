@@ -89,22 +89,10 @@ PciFunction read_function(const fs::path& folder, const PciAddress& address) {
   return function;
 }
 
-// The entries of a folder, by name; nothing when it cannot be read.
-std::optional<std::vector<fs::path>> entries(const fs::path& folder) {
-  std::error_code error;
-  std::vector<fs::path> paths;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-    paths.push_back(it->path());
-  }
-  if (error) return std::nullopt;
-  std::ranges::sort(paths);
-  return paths;
-}
-
 }  // namespace
 
 std::optional<std::vector<PciFunction>> read_sysfs_functions(const std::string& root) {
-  const auto folders = entries(fs::path(root) / "bus/pci/devices");
+  const auto folders = folder_entries(fs::path(root) / "bus/pci/devices");
   if (!folders) return std::nullopt;
   std::vector<PciFunction> functions;
   for (const auto& folder : *folders) {
@@ -116,7 +104,7 @@ std::optional<std::vector<PciFunction>> read_sysfs_functions(const std::string& 
 
 std::vector<SysfsSlot> read_sysfs_slots(const std::string& root) {
   std::vector<SysfsSlot> slots;
-  for (const auto& folder : entries(fs::path(root) / "bus/pci/slots").value_or(std::vector<fs::path>{})) {
+  for (const auto& folder : folder_entries(fs::path(root) / "bus/pci/slots").value_or(std::vector<fs::path>{})) {
     const auto text = read_attribute((folder / "address").string());
     const auto address = text ? parse_pci_address(trimmed(*text)) : std::nullopt;
     if (address) slots.push_back({folder.filename().string(), *address});

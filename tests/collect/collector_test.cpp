@@ -154,7 +154,7 @@ TEST_F(CollectorTest, RemovesHardwareThatIsGone) {
   EXPECT_EQ(counts(summary)["PCIs"], "0/0/1/57");
   EXPECT_EQ(counts(summary)["PCIAdapter"], "0/0/1/23");
   EXPECT_EQ(counts(summary)["PCIMisc"], "0/0/1/23");
-  EXPECT_EQ(rows("PCIAdapter", {"PCIKey"}, "SlotNo=5"), "");
+  EXPECT_EQ(rows("PCIAdapter", {"PCIKey"}, "Location=1 AND SlotNo=5"), "");
 }
 
 TEST_F(CollectorTest, UpdatesOnlyTheRowsThatChanged) {
@@ -164,16 +164,16 @@ TEST_F(CollectorTest, UpdatesOnlyTheRowsThatChanged) {
   EXPECT_EQ(counts(summary)["PCIs"], "0/1/0/57");
   EXPECT_EQ(counts(summary)["PCIAdapter"], "0/1/0/23");
   EXPECT_EQ(counts(summary)["PCIMisc"], "0/0/0/24");
-  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "SlotNo=5"), "PCI device 10de:1eb8\n");
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "PCI device 10de:1eb8\n");
 }
 
 TEST_F(CollectorTest, LeavesHealthToWhoeverAssessesIt) {
   ASSERT_TRUE(collect().ok());
-  EXPECT_EQ(rows("PCIAdapter", {"HealthStatus"}, "SlotNo=5"), "0\n");
+  EXPECT_EQ(rows("PCIAdapter", {"HealthStatus"}, "Location=1 AND SlotNo=5"), "0\n");
   ASSERT_EQ(zymdb_set_adapter_health_status(1, 5, 2), ZYM_DB_STATUS_OK);
   sources_.lspci = dump_with("b1:00.0", "de 10 35 22", "de 10 b8 1e");
   ASSERT_TRUE(collect().ok());
-  EXPECT_EQ(rows("PCIAdapter", {"HealthStatus"}, "SlotNo=5"), "2\n");
+  EXPECT_EQ(rows("PCIAdapter", {"HealthStatus"}, "Location=1 AND SlotNo=5"), "2\n");
 }
 
 TEST_F(CollectorTest, LeavesRowsOfOtherWritersAlone) {
@@ -220,7 +220,7 @@ TEST_F(CollectorTest, WithoutNamesSaysSoAndUsesNumbers) {
   sources_.pci_ids = "/nowhere/pci.ids";
   ASSERT_TRUE(collect().ok());
   EXPECT_THAT(notices_, ElementsAre("no names of PCI devices: /nowhere/pci.ids: No such file or directory"));
-  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "SlotNo=5"), "PCI device 10de:2235\n");
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "PCI device 10de:2235\n");
 }
 
 TEST_F(CollectorTest, RefusesACutOrForeignFileAndWritesNothing) {
