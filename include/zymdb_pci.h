@@ -407,6 +407,132 @@ int zymdb_set_ncsi_id_by_slotNo(int location, int slotNo, uint8_t type, uint8_t 
  */
 int zymdb_get_ncsi_id_list(_ZYMDB_NCSIPackageID_List* list);
 
+/* ---- Configuration data -------------------------------------------------------------------------- */
+
+/**
+ * Gives every function that has configuration settings an adapter row, marked with AIMSupported 3.
+ *
+ * Rows that collectors wrote (AIMSupported other than 0 and 3) are never touched. Merged rows whose settings
+ * have disappeared are demoted to 0, or deleted when their function is gone too. A new row takes its name and
+ * connector from a row of the same adapter; an adapter without any row ends the merge. What was merged before
+ * a failure stays.
+ *
+ * @return checked in this order:
+ *         - ZYM_DB_STATUS_NO_DB (6): no database
+ *         - ZYM_DB_STATUS_NO_MEMORY (4)
+ *         - the status that ended the merge, logged: of a query, of a step, of the insert or the update. A
+ * step that found no row, and a query without a result, end it with 0
+ *         - ZYM_DB_STATUS_OK (0)
+ */
+int zymdb_merge_aim_ucm_pfa(void);
+
+/* ---- Graphics and accelerator cards -------------------------------------------------------------- */
+
+/** A known accelerator card, told by its four PCI identifiers. */
+struct _ZYMDB_HC_Card {
+  uint16_t VendorId;
+  uint16_t DeviceId;
+  uint16_t SubVendorId; /**< 0 where the card's subsystem is not known */
+  uint16_t SubDeviceId;
+  char CardName[128];
+  char Info[24]; /**< "N/A" */
+  char Manufacture[64];
+  uint16_t BoardPower; /**< watts; 0 where it is not known */
+};
+typedef struct _ZYMDB_HC_Card _ZYMDB_HC_Card;
+
+/** The known accelerator cards, zymdb_get_hc_card_count() of them. Read-only. */
+extern const _ZYMDB_HC_Card hc_card_table[37];
+
+/** The number of cards in hc_card_table. Needs no database. @return 37. */
+int zymdb_get_hc_card_count(void);
+
+/** The video memory of a graphics function: a row of PCIGPU. */
+struct _ZYMDB_GPU_Device {
+  uint8_t VideoMemoryType;      /**< VideoMemoryType, a number in text; 0 when unreadable */
+  char VideoMemoryTypeName[65]; /**< text of VideoMemoryType */
+  char VideoMemorySize[17];   /**< VideoMemorySize as stored; this project's collector stores MiB. Empty when
+                                   unreadable */
+  uint8_t TotalGPUChipNumber; /**< TotalGPUChipNumber; 0 when unreadable */
+};
+typedef struct _ZYMDB_GPU_Device _ZYMDB_GPU_Device;
+
+/** A chip of a graphics function: a row of PCIGPUChip, each field from the column of its name. */
+struct _ZYMDB_GPU_Chip {
+  char GPUChipName[33];
+  char GPUChipManufacturer[17];
+  char GPUChipModel[17];
+  char GPUChipPartNumber[17];
+  char GPUChipSKU[17];
+  char GPUChipSerialNumber[17];
+  char GPUChipFamily[33];
+  char GPUChipUniqueID[17];
+  char GPUChipFormFactorName[65]; /**< text of GPUChipFormFactor */
+  uint8_t GPUChipFormFactor;      /**< a number in text; 0 when unreadable, as every number below */
+  uint8_t GPUChipIndex;
+  uint8_t GPUChipNumberOfEnabledCores;
+  uint32_t ExternalBusClockSpeed; /**< MHz */
+  uint32_t GPUChipMaxClockSpeed;  /**< MHz */
+  uint16_t GPUChipAddressWidth;   /**< bits */
+  uint16_t GPUChipDataWidth;      /**< bits */
+};
+typedef struct _ZYMDB_GPU_Chip _ZYMDB_GPU_Chip;
+
+/** Chips. */
+struct _ZYMDB_GPU_Chip_List {
+  uint32_t count;
+  _ZYMDB_GPU_Chip* items; /**< the caller frees it */
+};
+typedef struct _ZYMDB_GPU_Chip_List _ZYMDB_GPU_Chip_List;
+
+/**
+ * Reads the video memory of a function.
+ *
+ * @param dev  untouched, with status 0, when the function has no such row.
+ * @return checked in this order:
+ *         - ZYM_DB_STATUS_NO_DB (6): no database
+ *         - ZYM_DB_STATUS_INVALID_PARAM (3): `dev` is null
+ *         - a status of the client's query
+ *         - ZYM_DB_STATUS_OK (0)
+ */
+int zymdb_get_gpu_device_info(int funkey, _ZYMDB_GPU_Device* dev);
+
+/**
+ * Lists the chips of a function.
+ *
+ * @param list  filled on success, also without chips: `items` may then be a zero-length array. Untouched
+ * otherwise.
+ * @return checked in this order:
+ *         - ZYM_DB_STATUS_NO_DB (6): no database
+ *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null
+ *         - a status of the client's query
+ *         - ZYM_DB_STATUS_NO_MEMORY (4)
+ *         - a status of the client's step, but ZYM_DB_STATUS_DONE
+ *         - ZYM_DB_STATUS_OK (0)
+ */
+int zymdb_get_gpu_chip_list(int funkey, _ZYMDB_GPU_Chip_List* list);
+
+/**
+ * Writes the firmware version of the NVIDIA card on a bus to its rows in Firmwares (VersionString). Creates
+ * no row.
+ *
+ * @param text  NUL-terminated.
+ * @param bus   the bus of any of its functions; the first that the database finds is taken.
+ * @return checked in this order:
+ *         - ZYM_DB_STATUS_NO_DB (6): no database, or `text` is null
+ *         - ZYM_DB_STATUS_NOT_FOUND (11): no function on that bus, or without a hardware id; told to the
+ * system log
+ *         - ZYM_DB_STATUS_NO_MEMORY (4)
+ *         - the status of the client's update
+ */
+int zymdb_update_nvidia_gpu_fw_version(const char* text, int bus);
+
+/** The same for the firmware's release date (ReleaseDate of Firmwares). */
+int zymdb_update_nvidia_gpu_fw_release_date(const char* text, int bus);
+
+/** The same for the card's serial number (SerialNo of VPDs). */
+int zymdb_update_nvidia_gpu_serial_number(const char* text, int bus);
+
 #ifdef __cplusplus
 }
 #endif
