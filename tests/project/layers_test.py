@@ -16,8 +16,8 @@ LAYERS = {
     "src/pci_settings": ["", "db/", "platform/", "pci_settings/"],
     "src/storage": ["", "db/", "platform/", "storage/"],
     # The collector writes through value sets, which are the client's.
-    "collect": ["", "collect/", "db/database_client.h", "zymdb_platform.h"],
-    "tools": ["", "zymdb/", "collect/", "tools/", "db/database_client.h", "zymdb_platform.h", "platform/ruvo_log.h"],
+    "collect": ["", "collect/", "db/database_client.h", "platform/zymdb_platform.h"],
+    "tools": ["", "zymdb/", "collect/", "tools/", "db/database_client.h", "platform/zymdb_platform.h", "platform/ruvo_log.h"],
 }
 EXPORTED = re.compile(r"zymdb_\w+\.h$")
 

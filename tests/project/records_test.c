@@ -198,6 +198,93 @@ AT(_ZYMDB_PCI_PortLinkState, TxUtil, 8);
 AT(_ZYMDB_PCI_PortLinkState, RxUtil, 12);
 AT(_ZYMDB_PCI_PortLinkState, Idx, 16);
 
+SIZE(_ZYMDB_Memory_List, 16);
+AT(_ZYMDB_Memory_List, count, 0);
+AT(_ZYMDB_Memory_List, ids, 8);
+
+SIZE(_ZYMDB_Memory, 656);
+AT(_ZYMDB_Memory, _id, 0);
+AT(_ZYMDB_Memory, ArrayId, 4);
+AT(_ZYMDB_Memory, SlotNo, 8);
+AT(_ZYMDB_Memory, TotalWidth, 10);
+AT(_ZYMDB_Memory, DataWidth, 12);
+AT(_ZYMDB_Memory, MemSize, 16);
+AT(_ZYMDB_Memory, FormFactor, 20);
+AT(_ZYMDB_Memory, MemType, 21);
+AT(_ZYMDB_Memory, TypeDetail, 22);
+AT(_ZYMDB_Memory, MaxSpeed, 24);
+AT(_ZYMDB_Memory, ClockSpeed, 26);
+AT(_ZYMDB_Memory, DevLocator, 28);
+AT(_ZYMDB_Memory, BankLocator, 93);
+AT(_ZYMDB_Memory, Manufacturer, 158);
+AT(_ZYMDB_Memory, SerialNo, 223);
+AT(_ZYMDB_Memory, AssetTag, 288);
+AT(_ZYMDB_Memory, PartNo, 353);
+AT(_ZYMDB_Memory, Attributes, 418);
+AT(_ZYMDB_Memory, NodeIndex, 419);
+AT(_ZYMDB_Memory, Capacity, 424);
+AT(_ZYMDB_Memory, MemCapacity, 432);
+AT(_ZYMDB_Memory, AppDirCap, 440);
+AT(_ZYMDB_Memory, UnconfigCap, 448);
+AT(_ZYMDB_Memory, InaccCap, 456);
+AT(_ZYMDB_Memory, ReservedCap, 464);
+AT(_ZYMDB_Memory, Classification, 472);
+AT(_ZYMDB_Memory, RemainingLife, 476);
+AT(_ZYMDB_Memory, SecurityState, 480);
+AT(_ZYMDB_Memory, HealthStatus, 484);
+AT(_ZYMDB_Memory, AlarmTrips, 485);
+AT(_ZYMDB_Memory, LDShutdownCount, 488);
+AT(_ZYMDB_Memory, AITDRAMStatus, 492);
+AT(_ZYMDB_Memory, HealthStatusReason, 494);
+AT(_ZYMDB_Memory, LLShutdownStatus, 496);
+AT(_ZYMDB_Memory, InfoMask, 497);
+AT(_ZYMDB_Memory, CPUIndex, 500);
+AT(_ZYMDB_Memory, iMCNum, 504);
+AT(_ZYMDB_Memory, ChannelNum, 508);
+AT(_ZYMDB_Memory, DimmNum, 512);
+AT(_ZYMDB_Memory, FirmwareVersion, 516);
+AT(_ZYMDB_Memory, SoftwareID, 581);
+AT(_ZYMDB_Memory, MajorHealth, 646);
+AT(_ZYMDB_Memory, MinorHealth, 647);
+AT(_ZYMDB_Memory, RepairStatus, 648);
+
+SIZE(_ZYMDB_HC_Card, 226);
+AT(_ZYMDB_HC_Card, VendorId, 0);
+AT(_ZYMDB_HC_Card, DeviceId, 2);
+AT(_ZYMDB_HC_Card, SubVendorId, 4);
+AT(_ZYMDB_HC_Card, SubDeviceId, 6);
+AT(_ZYMDB_HC_Card, CardName, 8);
+AT(_ZYMDB_HC_Card, Info, 136);
+AT(_ZYMDB_HC_Card, Manufacture, 160);
+AT(_ZYMDB_HC_Card, BoardPower, 224);
+
+SIZE(_ZYMDB_GPU_Device, 84);
+AT(_ZYMDB_GPU_Device, VideoMemoryType, 0);
+AT(_ZYMDB_GPU_Device, VideoMemoryTypeName, 1);
+AT(_ZYMDB_GPU_Device, VideoMemorySize, 66);
+AT(_ZYMDB_GPU_Device, TotalGPUChipNumber, 83);
+
+SIZE(_ZYMDB_GPU_Chip, 248);
+AT(_ZYMDB_GPU_Chip, GPUChipName, 0);
+AT(_ZYMDB_GPU_Chip, GPUChipManufacturer, 33);
+AT(_ZYMDB_GPU_Chip, GPUChipModel, 50);
+AT(_ZYMDB_GPU_Chip, GPUChipPartNumber, 67);
+AT(_ZYMDB_GPU_Chip, GPUChipSKU, 84);
+AT(_ZYMDB_GPU_Chip, GPUChipSerialNumber, 101);
+AT(_ZYMDB_GPU_Chip, GPUChipFamily, 118);
+AT(_ZYMDB_GPU_Chip, GPUChipUniqueID, 151);
+AT(_ZYMDB_GPU_Chip, GPUChipFormFactorName, 168);
+AT(_ZYMDB_GPU_Chip, GPUChipFormFactor, 233);
+AT(_ZYMDB_GPU_Chip, GPUChipIndex, 234);
+AT(_ZYMDB_GPU_Chip, GPUChipNumberOfEnabledCores, 235);
+AT(_ZYMDB_GPU_Chip, ExternalBusClockSpeed, 236);
+AT(_ZYMDB_GPU_Chip, GPUChipMaxClockSpeed, 240);
+AT(_ZYMDB_GPU_Chip, GPUChipAddressWidth, 244);
+AT(_ZYMDB_GPU_Chip, GPUChipDataWidth, 246);
+
+SIZE(_ZYMDB_GPU_Chip_List, 16);
+AT(_ZYMDB_GPU_Chip_List, count, 0);
+AT(_ZYMDB_GPU_Chip_List, items, 8);
 #endif
 
 /* Byte-packed: the same with every pointer width. */
