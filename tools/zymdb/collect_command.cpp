@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -67,7 +68,14 @@ collect::Summary collect_observed(const collect::Sources& sources) {
   return collect::collect_inventory(sources, observe(progress));
 }
 
+// A folder that lacks a source costs a notice; a folder that is not there is a slip of the user's.
+void require_folder(const std::string& path) {
+  if (!path.empty() && !std::filesystem::is_directory(path))
+    throw Failure(path + ": there is no such folder");
+}
+
 void run(const collect::Sources& sources, bool quiet) {
+  require_folder(sources.sysfs);
   const auto summary = quiet ? collect::collect_inventory(sources) : collect_observed(sources);
   if (!summary.ok()) throw Failure(with_logged_error(summary.error));
   if (!quiet) write_output(render_table(make_sheet<TableSummary>(kSummary, summary.tables), {}));

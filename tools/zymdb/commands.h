@@ -27,6 +27,7 @@ void build_command_tree(CommandTree& tree);
 void add_init(CommandTree& tree);
 void add_collect(CommandTree& tree);
 void add_completion(CommandTree& tree);
+void add_settings(CommandTree& tree);
 
 void add_show_processors(CommandTree& tree, CLI::App& show);
 void add_show_adapters(CommandTree& tree, CLI::App& show);

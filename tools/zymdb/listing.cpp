@@ -35,6 +35,7 @@ std::size_t find_column(const Listing& listing, const std::string& name) {
 
 nlohmann::ordered_json to_json(const Value& value) {
   if (const auto* number = std::get_if<std::uint64_t>(&value)) return *number;
+  if (const auto* number = std::get_if<std::int64_t>(&value)) return *number;
   const auto& text = std::get<std::string>(value);
   return text.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
 }

@@ -20,7 +20,7 @@
 
 namespace zymdb::tool {
 
-using Value = std::variant<std::uint64_t, std::string>;
+using Value = std::variant<std::uint64_t, std::int64_t, std::string>;
 
 enum class Tone : std::uint8_t { kPlain, kFaint, kWarning };
 
@@ -110,13 +110,14 @@ struct Listing {
   std::string description;
   std::vector<ColumnInfo> columns;
   std::function<Sheet(const Selection&)> read;  // reads the records, and of them only what is selected
+  std::string command = name;                   // the subcommand, where it has another name
 };
 
 // `columns` must outlive the listing.
 template <class Record, std::size_t N>
 Listing make_listing(std::string name, std::string description, const Column<Record> (&columns)[N],
                      std::function<std::vector<Record>()> read_records) {
-  Listing listing{std::move(name), std::move(description), {}, {}};
+  Listing listing{.name = std::move(name), .description = std::move(description), .columns = {}, .read = {}};
   for (const auto& column : columns) listing.columns.push_back(column.info);
   listing.read = [&columns, read_records = std::move(read_records)](const Selection& selection) {
     std::vector<Column<Record>> selected;

@@ -58,7 +58,7 @@ std::string help_footer(const Listing& listing, const std::string& examples) {
 }  // namespace
 
 CLI::App& add_listing(CommandTree& tree, CLI::App& parent, Listing listing, const std::string& examples) {
-  auto& command = *parent.add_subcommand(listing.name, listing.description);
+  auto& command = *parent.add_subcommand(listing.command, listing.description);
   command.footer(help_footer(listing, examples));
   const auto options = std::make_shared<ShowOptions>();
   auto* json = command.add_flag("--json", options->json, "Print JSON: every field of the records");

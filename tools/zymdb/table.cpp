@@ -56,6 +56,7 @@ int flags_of(Kind kind) {
 
 std::string cell_text(const ColumnInfo& column, const Value& value) {
   if (const auto* text = std::get_if<std::string>(&value)) return *text;
+  if (const auto* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
   const auto number = static_cast<unsigned long long>(std::get<std::uint64_t>(value));
   if (column.hex_digits == 0) return std::to_string(number);
   char hex[20];

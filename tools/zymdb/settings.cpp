@@ -1,0 +1,43 @@
+#include "settings.h"
+
+#include "failure.h"
+#include "inventory.h"
+#include "parsing_marker.h"
+#include "zymdb_pci_settings.h"
+
+namespace zymdb::tool {
+namespace {
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  zymdb settings import adapters.json\n"
+    "  zymdb settings list 3b:00.0 --prefix NicBootMode\n"
+    "  zymdb settings set NicBootMode.1=Pxe NicSpeed.1=25G\n"
+    "  zymdb settings pending";
+
+}  // namespace
+
+void add_settings(CommandTree& tree) {
+  auto& settings = *tree.app.add_subcommand("settings", "Settings of the adapters: import, list and change");
+  settings.footer(kFooter);
+  settings.require_subcommand(1);
+  add_settings_import(settings);
+  add_settings_list(tree, settings);
+  add_settings_set(settings);
+  add_settings_pending(tree, settings);
+}
+
+void require_settled_settings() {
+  if (fileexist(kParsingMarker))
+    throw Failure(std::string("the settings are being parsed right now (") + kParsingMarker +
+                  " exists); try again");
+}
+
+void require_settings_status(int status, const std::string& action) {
+  if (status == ZYMDB_PCI_SETTING_PARSING) require_settled_settings();
+  if (status == ZYMDB_PCI_SETTING_PARSING || status == ZYMDB_PCI_SETTING_COUNT_MISMATCH)
+    throw Failure("cannot " + action + ": they changed meanwhile; try again");
+  require_status(status, action);
+}
+
+}  // namespace zymdb::tool
