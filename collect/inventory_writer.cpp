@@ -12,14 +12,7 @@
 #include <utility>
 
 #include "db/database_client.h"
-#include "platform/zymdb_platform.h"
-
-// Another client in the process may lack them.
-extern "C" {
-int zym_db_begin(_zym_db_handle_t* handle) __attribute__((weak));
-int zym_db_commit(_zym_db_handle_t* handle) __attribute__((weak));
-int zym_db_rollback(_zym_db_handle_t* handle) __attribute__((weak));
-}
+#include "transaction.h"
 
 namespace zymdb::collect {
 namespace {
@@ -43,36 +36,6 @@ struct StoredRow {
   const char* reason = zym_db_get_error_str(status);
   throw WriteError(what + " " + table + ": " + (reason ? reason : "unknown failure"));
 }
-
-// The calling thread's transaction; without transactions in the client it is nothing.
-class Transaction {
- public:
-  explicit Transaction(_zym_db_handle_t* handle) : handle_(handle) {
-    if (!is_offered()) return;
-    const int status = zym_db_begin(handle_);
-    if (status != ZYM_DB_STATUS_OK) fail("cannot begin a transaction on", "the inventory", status);
-    open_ = true;
-  }
-  ~Transaction() {
-    if (open_) zym_db_rollback(handle_);
-  }
-  Transaction(const Transaction&) = delete;
-  Transaction& operator=(const Transaction&) = delete;
-
-  void commit() {
-    if (!std::exchange(open_, false)) return;
-    const int status = zym_db_commit(handle_);
-    if (status != ZYM_DB_STATUS_OK) fail("cannot commit the changes to", "the inventory", status);
-  }
-
- private:
-  static bool is_offered() {
-    return zym_db_begin != nullptr && zym_db_commit != nullptr && zym_db_rollback != nullptr;
-  }
-
-  _zym_db_handle_t* handle_;
-  bool open_ = false;
-};
 
 std::optional<std::string> read_text(zym_db_result_t* result, int column) {
   int is_null = 0;
