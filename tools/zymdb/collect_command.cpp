@@ -70,8 +70,9 @@ collect::Summary collect_observed(const collect::Sources& sources) {
 
 // A folder that lacks a source costs a notice; a folder that is not there is a slip of the user's.
 void require_folder(const std::string& path) {
-  if (!path.empty() && !std::filesystem::is_directory(path))
-    throw Failure(path + ": there is no such folder");
+  std::error_code ignored;
+  if (path.empty() || std::filesystem::is_directory(path, ignored)) return;
+  throw Failure(path + ": there is no such folder");
 }
 
 void run(const collect::Sources& sources, bool quiet) {

@@ -41,12 +41,13 @@ inline Value setting_value(std::int32_t number) {
   return std::int64_t{number};
 }
 
-#define ZYMDB_SETTING_FIELD(NAME, HEADING, HELP, SHOWN)                                       \
-  SettingField {                                                                              \
-    {{#NAME, HEADING, HELP, SHOWN,                                                            \
-      std::is_array_v<decltype(SettingRecord::NAME)> ? Kind::kText : Kind::kNumber, 0},       \
-     [](const SettingRecord& setting) { return setting_value(setting.NAME); }},               \
-        setting_type<decltype(SettingRecord::NAME)>(), offsetof(SettingRecord, NAME), sizeof(SettingRecord::NAME) \
+#define ZYMDB_SETTING_FIELD(NAME, HEADING, HELP, SHOWN)                                 \
+  SettingField {                                                                        \
+    {{#NAME, HEADING, HELP, SHOWN,                                                      \
+      std::is_array_v<decltype(SettingRecord::NAME)> ? Kind::kText : Kind::kNumber, 0}, \
+     [](const SettingRecord& setting) { return setting_value(setting.NAME); }},         \
+        setting_type<decltype(SettingRecord::NAME)>(), offsetof(SettingRecord, NAME),   \
+        sizeof(SettingRecord::NAME)                                                     \
   }
 
 // In the order of the record.
@@ -61,7 +62,8 @@ inline constexpr SettingField kSettingFields[] = {
     ZYMDB_SETTING_FIELD(GroupID, "GROUP", "identifier of its group", Shown::kNo),
     ZYMDB_SETTING_FIELD(GroupName, "GROUPNAME", "name of its group", Shown::kNo),
     ZYMDB_SETTING_FIELD(GroupSuppressIf, "GROUPSUPPRESSIF", "expression: when to hide the group", Shown::kNo),
-    ZYMDB_SETTING_FIELD(GroupGrayIf, "GROUPGRAYIF", "expression: when the group cannot be changed", Shown::kNo),
+    ZYMDB_SETTING_FIELD(GroupGrayIf, "GROUPGRAYIF", "expression: when the group cannot be changed",
+                        Shown::kNo),
     ZYMDB_SETTING_FIELD(Mriname, "MRINAME", "name in machine-readable information", Shown::kNo),
     ZYMDB_SETTING_FIELD(ShortDesc, "TITLE", "short description", Shown::kByDefault),
     ZYMDB_SETTING_FIELD(FullDesc, "DESCRIPTION", "long description", Shown::kNo),

@@ -151,7 +151,8 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   }
 
   bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& error) override {
-    // The parser's own line counts the character that it looked ahead to; what follows the place is the reason.
+    // The parser's own line counts the character that it looked ahead to; what follows the place is the
+    // reason.
     const std::string_view what = error.what();
     const auto reason = what.find(": ");
     throw SourceError::at_line(path_, position_.line(),

@@ -89,10 +89,14 @@ class Rows {
 using PendingById = std::map<std::string, Pending>;
 
 void add_settings_that_differ(PendingById& pending) {
-  Rows rows(get_dmdb_handle(), "PCISetting", {"SettingID", "PfaKey", "CurrentValue", "PendingValue"}, nullptr);
+  Rows rows(get_dmdb_handle(), "PCISetting", {"SettingID", "PfaKey", "CurrentValue", "PendingValue"},
+            nullptr);
   while (rows.step()) {
-    Pending setting{rows.text("SettingID"), rows.number("PfaKey"), rows.text("CurrentValue"),
-                    rows.text("PendingValue"), {}};
+    Pending setting{rows.text("SettingID"),
+                    rows.number("PfaKey"),
+                    rows.text("CurrentValue"),
+                    rows.text("PendingValue"),
+                    {}};
     const auto accepted = pending.find(setting.id);
     const bool differs = !setting.pending.empty() && setting.pending != setting.current;
     if (accepted != pending.end()) setting.accepted = accepted->second.accepted;
@@ -124,9 +128,10 @@ std::vector<Pending> read_pending() {
 }  // namespace
 
 void add_settings_pending(CommandTree& tree, CLI::App& settings) {
-  add_listing(tree, settings,
-              make_listing<Pending>("pending", "Values that are to take effect later", kColumns, read_pending),
-              kExamples);
+  add_listing(
+      tree, settings,
+      make_listing<Pending>("pending", "Values that are to take effect later", kColumns, read_pending),
+      kExamples);
 }
 
 }  // namespace zymdb::tool

@@ -40,7 +40,8 @@ Tone result_tone(const Entry& entry) {
 }
 
 constexpr Column<Entry> kColumns[] = {
-    derived<Entry>("SETTING", "", Shown::kByDefault, [](const Entry& entry) -> Value { return id_of(entry); }),
+    derived<Entry>("SETTING", "", Shown::kByDefault,
+                   [](const Entry& entry) -> Value { return id_of(entry); }),
     derived<Entry>("VALUE", "", Shown::kByDefault,
                    [](const Entry& entry) -> Value { return std::string(entry.PendingValue); }),
     derived<Entry>("RESULT", "", Shown::kByDefault, result_text, result_tone),
@@ -52,7 +53,8 @@ void copy(char (&field)[N], const std::string& text, const std::string& assignme
   const auto refuse = [&](const std::string& reason) {
     throw CLI::ValidationError("ID=VALUE", "'" + assignment + "': " + reason);
   };
-  if (text.size() >= N) refuse("ids and values of more than " + std::to_string(N - 1) + " bytes cannot be set");
+  if (text.size() >= N)
+    refuse("ids and values of more than " + std::to_string(N - 1) + " bytes cannot be set");
   if (text.find('\'') != std::string::npos) refuse("ids and values with a quote cannot be set");
   std::memcpy(field, text.c_str(), text.size() + 1);
 }
@@ -71,9 +73,8 @@ std::vector<Entry> parse_all(const std::vector<std::string>& assignments) {
   std::vector<Entry> entries;
   for (const auto& assignment : assignments) {
     const auto entry = parse(assignment);
-    const bool is_known = std::any_of(entries.begin(), entries.end(), [&](const Entry& other) {
-      return id_of(other) == id_of(entry);
-    });
+    const bool is_known = std::any_of(entries.begin(), entries.end(),
+                                      [&](const Entry& other) { return id_of(other) == id_of(entry); });
     if (is_known) throw CLI::ValidationError("ID=VALUE", "'" + id_of(entry) + "' is given twice");
     entries.push_back(entry);
   }
@@ -93,8 +94,7 @@ void save(const std::vector<std::string>& assignments) {
   auto entries = parse_all(assignments);
   open_inventory();
   require_settled_settings();
-  const int status =
-      zymdb_save_pci_configSet_list(entries.data(), static_cast<unsigned>(entries.size()));
+  const int status = zymdb_save_pci_configSet_list(entries.data(), static_cast<unsigned>(entries.size()));
   if (status == ZYMDB_PCI_SETTING_ID_NOEXIT) fail_for_unknown(entries);
   const bool is_refused = status == ZYMDB_PCI_SETTING_BIOS_SET_FAIL;
   if (!is_refused) require_status(status, kAction);
