@@ -4,6 +4,7 @@
 
 #include "zymdb_cpu_mem.h"
 #include "zymdb_db.h"
+#include "zymdb_firmware.h"
 #include "zymdb_network.h"
 #include "zymdb_pci.h"
 #include "zymdb_pci_settings.h"
@@ -285,6 +286,83 @@ AT(_ZYMDB_GPU_Chip, GPUChipDataWidth, 246);
 SIZE(_ZYMDB_GPU_Chip_List, 16);
 AT(_ZYMDB_GPU_Chip_List, count, 0);
 AT(_ZYMDB_GPU_Chip_List, items, 8);
+
+SIZE(_ZYMDB_PCI_Firmware, 330);
+AT(_ZYMDB_PCI_Firmware, FirmwareName, 0);
+AT(_ZYMDB_PCI_Firmware, VersionString, 33);
+AT(_ZYMDB_PCI_Firmware, Description, 66);
+AT(_ZYMDB_PCI_Firmware, ReleaseDate, 195);
+AT(_ZYMDB_PCI_Firmware, Classification, 212);
+AT(_ZYMDB_PCI_Firmware, ClassificationString, 214);
+AT(_ZYMDB_PCI_Firmware, Manufacture, 279);
+AT(_ZYMDB_PCI_Firmware, SoftwareID, 312);
+
+SIZE(_ZYMDB_PCI_Firmware_List, 16);
+AT(_ZYMDB_PCI_Firmware_List, Count, 0);
+AT(_ZYMDB_PCI_Firmware_List, Firmwares, 8);
+
+SIZE(_ZYMDB_PLDM_Firmware, 464);
+AT(_ZYMDB_PLDM_Firmware, DeviceName, 0);
+AT(_ZYMDB_PLDM_Firmware, DeviceType, 132);
+AT(_ZYMDB_PLDM_Firmware, PCIKey, 136);
+AT(_ZYMDB_PLDM_Firmware, PCIFuncKey, 140);
+AT(_ZYMDB_PLDM_Firmware, Location, 144);
+AT(_ZYMDB_PLDM_Firmware, SlotNo, 146);
+AT(_ZYMDB_PLDM_Firmware, Manufacture, 148);
+AT(_ZYMDB_PLDM_Firmware, SoftwareID, 181);
+AT(_ZYMDB_PLDM_Firmware, VersionString, 190);
+AT(_ZYMDB_PLDM_Firmware, PendingVersionString, 223);
+AT(_ZYMDB_PLDM_Firmware, PkgVersionString, 256);
+AT(_ZYMDB_PLDM_Firmware, ReleaseDate, 289);
+AT(_ZYMDB_PLDM_Firmware, PendingReleaseDate, 306);
+AT(_ZYMDB_PLDM_Firmware, UpdateSupport, 323);
+AT(_ZYMDB_PLDM_Firmware, Updated, 324);
+AT(_ZYMDB_PLDM_Firmware, UpdateMethod, 326);
+AT(_ZYMDB_PLDM_Firmware, UpdateAuxInfo, 328);
+AT(_ZYMDB_PLDM_Firmware, UpdateErrCode, 329);
+AT(_ZYMDB_PLDM_Firmware, UpdateErrString, 330);
+AT(_ZYMDB_PLDM_Firmware, Status, 460);
+
+SIZE(_ZYMDB_PLDM_Firmware_List, 16);
+AT(_ZYMDB_PLDM_Firmware_List, Count, 0);
+AT(_ZYMDB_PLDM_Firmware_List, Firmwares, 8);
+
+SIZE(_ZYMDB_Embedded_Firmware, 156);
+AT(_ZYMDB_Embedded_Firmware, DeviceName, 0);
+AT(_ZYMDB_Embedded_Firmware, DeviceIndex, 129);
+AT(_ZYMDB_Embedded_Firmware, StructRev, 130);
+AT(_ZYMDB_Embedded_Firmware, Version, 131);
+AT(_ZYMDB_Embedded_Firmware, SoftwareID, 132);
+AT(_ZYMDB_Embedded_Firmware, Class, 150);
+AT(_ZYMDB_Embedded_Firmware, Category, 152);
+AT(_ZYMDB_Embedded_Firmware, SubCategory, 153);
+AT(_ZYMDB_Embedded_Firmware, Checksum, 154);
+
+SIZE(_ZYMDB_Embedded_Firmware_List, 16);
+AT(_ZYMDB_Embedded_Firmware_List, Count, 0);
+AT(_ZYMDB_Embedded_Firmware_List, Firmwares, 8);
+
+SIZE(_ZYMDB_DPU_Event, 296);
+AT(_ZYMDB_DPU_Event, Id, 0);
+AT(_ZYMDB_DPU_Event, Timestamp, 4);
+AT(_ZYMDB_DPU_Event, GenID, 8);
+AT(_ZYMDB_DPU_Event, Message, 40);
+
+SIZE(_ZYMDB_DPU_Event_List, 16);
+AT(_ZYMDB_DPU_Event_List, Count, 0);
+AT(_ZYMDB_DPU_Event_List, Events, 8);
+
+SIZE(_ZYMDB_Retimer_Update_Req, 140);
+AT(_ZYMDB_Retimer_Update_Req, Data, 0);
+AT(_ZYMDB_Retimer_Update_Req, Param1, 128);
+AT(_ZYMDB_Retimer_Update_Req, Param2, 132);
+AT(_ZYMDB_Retimer_Update_Req, Byte1, 136);
+AT(_ZYMDB_Retimer_Update_Req, Byte2, 137);
+AT(_ZYMDB_Retimer_Update_Req, Byte3, 138);
+
+SIZE(_ZYMDB_Retimer_Progress, 8);
+AT(_ZYMDB_Retimer_Progress, Stage, 0);
+AT(_ZYMDB_Retimer_Progress, Progress, 4);
 #endif
 
 /* Byte-packed: the same with every pointer width. */
@@ -326,4 +404,6 @@ AT(ZYMDB_PCI_Config_Set, SettingID, 0);
 AT(ZYMDB_PCI_Config_Set, PendingValue, 65);
 AT(ZYMDB_PCI_Config_Set, Result, 130);
 
-int main(void) { return 0; }
+int main(void) {
+  return 0;
+}

@@ -1,0 +1,129 @@
+#include <syslog.h>
+
+#include <cstdio>
+#include <cstring>
+#include <span>
+
+#include "db/query.h"
+#include "db/rows.h"
+#include "firmware/classification.h"
+#include "firmware/pldm_list.h"
+#include "zymdb_firmware.h"
+#include "zymdb_pci.h"
+
+using namespace zymdb;
+
+namespace {
+
+// The card: its vendor is also its subsystem's vendor.
+constexpr unsigned kVendor = 0x15B3;
+constexpr unsigned kDevice = 0xA2D6;
+constexpr unsigned kSubDevice = 0xA2D4;
+constexpr char kSoftwareId[] = "15B3A2D4";
+constexpr uint32_t kPldmDeviceType = 15;
+
+_ZYMDB_PCI_Firmware uefi_component(const char* version) {
+  _ZYMDB_PCI_Firmware component{};
+  component.Classification = kClassificationUefi;
+  std::strcpy(component.FirmwareName, "BlueField UEFI");
+  std::strcpy(component.Description, "UEFI on BlueField ARM Cores");
+  std::strcpy(component.Manufacture, "Mellanox Technologies");
+  std::strcpy(component.SoftwareID, kSoftwareId);
+  std::snprintf(component.VersionString, 32, "%s", version);
+  return component;
+}
+
+// Writes the component to each function; the first failure ends that, and only the log tells.
+void write_component(std::span<const uint32_t> functions, unsigned slot,
+                     const _ZYMDB_PCI_Firmware& component) {
+  for (const uint32_t funkey : functions) {
+    const int status = zymdb_insert_or_update_firmware_info(funkey, &component);
+    if (status == ZYM_DB_STATUS_OK) continue;
+    syslog(LOG_USER | LOG_ERR,
+           "%s: zymdb_insert_or_update_firmware_info failed, slot %u, funkey 0x%x, rc %d\n\n",
+           "zymdb_update_dpu_uefi_version", slot, funkey, status);
+    return;
+  }
+}
+
+// A single row becomes the DPU's UEFI row whatever it held, but for its name, place and maker.
+void make_uefi_row(_ZYMDB_PLDM_Firmware& row) {
+  row.DeviceType = kPldmDeviceType;
+  std::strcpy(row.SoftwareID, kSoftwareId);
+  for (char* text : {row.PendingVersionString, row.PkgVersionString, row.ReleaseDate, row.PendingReleaseDate,
+                     row.UpdateErrString})
+    text[0] = '\0';
+  row.UpdateSupport = row.Updated = row.UpdateAuxInfo = row.UpdateErrCode = 0;
+  row.UpdateMethod = 0;
+  row.Status = 0;
+}
+
+// The row that tells the DPU's UEFI version: the only one, or the first of its type; null when there is none.
+_ZYMDB_PLDM_Firmware* uefi_row(std::span<_ZYMDB_PLDM_Firmware> rows) {
+  if (rows.size() == 1) {
+    make_uefi_row(rows[0]);
+    return &rows[0];
+  }
+  for (_ZYMDB_PLDM_Firmware& row : rows)
+    if (row.DeviceType == kPldmDeviceType) return &row;
+  return nullptr;
+}
+
+template <size_t N>
+int log_not_found(int status, const Statement<N>& statement) {
+  syslog(LOG_USER | LOG_ERR, "%s: rc = %d, sql failed. %s\n\n", "zymdb_get_dpu_uefi_version", status,
+         static_cast<const char*>(statement));
+  return ZYM_DB_STATUS_NOT_FOUND;
+}
+
+}  // namespace
+
+int zymdb_update_dpu_uefi_version(unsigned int slotNo, const char* version) {
+  Filter<64> filter("Location=1 and SlotNo=%u and DeviceId=%u", slotNo, kDevice);
+  _ZYMDB_PCI_FunKey_List keys{};
+  const int found = zymdb_get_pci_funkey_list_by_filter(filter.data(), &keys);
+  const CallerArray<uint32_t> functions(keys.keys);
+  if (found != ZYM_DB_STATUS_OK || keys.count == 0) return ZYM_DB_STATUS_NOT_FOUND;
+
+  const _ZYMDB_PCI_Firmware component = uefi_component(version != nullptr ? version : "");
+  write_component({keys.keys, keys.count}, slotNo, component);
+
+  _ZYMDB_PLDM_Firmware_List list{};
+  const int status = list_pldm_firmware(&list, filter);
+  const CallerArray<_ZYMDB_PLDM_Firmware> rows(list.Firmwares);
+  if (status != ZYM_DB_STATUS_OK || list.Count == 0) return status;
+
+  _ZYMDB_PLDM_Firmware* const row = uefi_row({list.Firmwares, list.Count});
+  if (row != nullptr) std::memcpy(row->VersionString, component.VersionString, sizeof row->VersionString);
+  return zymdb_insert_or_update_pldm_firmware(kVendor, kDevice, kVendor, kSubDevice, row);
+}
+
+int zymdb_get_dpu_uefi_version(unsigned int slotNo, char* buf, unsigned int size) {
+  _zym_db_handle_t* const handle = get_dmdb_handle();
+  // A missing buffer counts as a missing database.
+  if (buf == nullptr || handle == nullptr) return ZYM_DB_STATUS_NO_DB;
+
+  const Statement<128> hardware(
+      "select HardwareId from PCIs where Location=1 and SlotNo=%u and DeviceId=%u and HardwareId&0xFF=0;",
+      slotNo, kDevice);
+  uint32_t hardware_id = 0;
+  {
+    Query query(handle, hardware);
+    int status = query.status();
+    if (query.has_result() && (status = query.step()) == ZYM_DB_STATUS_ROW)
+      status = query.read(0, hardware_id);
+    query.release();
+    if (status != ZYM_DB_STATUS_OK || hardware_id == 0) return log_not_found(status, hardware);
+  }
+
+  const Statement<128> version(
+      "select VersionString from Firmwares where SoftwareID=\"15B3A2D4\" and HardwareId=%u;", hardware_id);
+  Query query(handle, version);
+  int status = query.status();
+  if (query.has_result()) status = query.step();
+  if (status != ZYM_DB_STATUS_ROW) {
+    query.release();
+    return log_not_found(status, version);
+  }
+  return query.read_text(0, buf, static_cast<int>(size - 1));
+}
