@@ -1,0 +1,42 @@
+// Whatever text stands for a PCI dump: it is refused, or it makes a machine in which every function has a key
+// of its own that fits 31 bits, and every bridge above leads nearer to the root.
+#include <cstdint>
+#include <cstdlib>
+#include <set>
+#include <utility>
+
+#include "collect/bytes.h"
+#include "collect/lspci_dump.h"
+#include "collect/machine.h"
+#include "collect/source_file.h"
+
+namespace {
+
+using namespace zymdb::collect;
+
+void require(bool holds) {
+  if (!holds) std::abort();
+}
+
+void check(std::vector<PciFunction> functions) {
+  Findings findings;
+  findings.functions = std::move(functions);
+  const Machine machine = build_machine(std::move(findings));
+  std::set<std::uint32_t> keys;
+  for (const auto& function : *machine.functions) {
+    require(function.key < 1U << 31 && keys.insert(function.key).second);
+    require(function.device_key == (function.key & ~0xFFU));
+    require(!function.bridge_key || *function.bridge_key >> 16 < function.key >> 16);
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  try {
+    check(parse_lspci_dump(as_text({data, size}), "input"));
+  } catch (const SourceError&) {
+    // A refused dump is as good as a read one.
+  }
+  return 0;
+}

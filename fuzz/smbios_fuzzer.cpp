@@ -1,0 +1,46 @@
+// Whatever bytes stand for SMBIOS tables: they are refused, or every structure can be read and the slots that
+// come out bear numbers of their own.
+#include <cstdint>
+#include <cstdlib>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "collect/bytes.h"
+#include "collect/machine.h"
+#include "collect/source_file.h"
+
+namespace {
+
+using namespace zymdb::collect;
+
+void require(bool holds) {
+  if (!holds) std::abort();
+}
+
+void check(SmbiosTables tables) {
+  for (const auto& structure : tables.structures()) {
+    for (std::size_t offset = 0; offset <= 0xFF; ++offset) {
+      require(structure.field<std::uint8_t>(offset).has_value() == (offset < structure.length()));
+      if (const auto text = structure.text(offset)) require(!text->empty());
+    }
+  }
+  Findings findings;
+  findings.functions.emplace();
+  findings.smbios = std::move(tables);
+  std::set<std::pair<Location, std::uint16_t>> numbers;
+  for (const auto& slot : build_machine(std::move(findings)).slots) {
+    require(slot.number && numbers.emplace(slot.location, *slot.number).second);
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  try {
+    check(SmbiosTables::parse_dump(as_text({data, size}), "input"));
+  } catch (const SourceError&) {
+    // A refused table is as good as a read one.
+  }
+  return 0;
+}
