@@ -1,5 +1,7 @@
 #include "collector.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
@@ -10,9 +12,12 @@
 #include "inventory_writer.h"
 #include "lspci_dump.h"
 #include "machine.h"
+#include "network_rows.h"
 #include "pci_ids.h"
+#include "port_context.h"
 #include "smbios.h"
 #include "source_file.h"
+#include "sysfs_network.h"
 #include "sysfs_pci.h"
 
 namespace zymdb::collect {
@@ -33,9 +38,11 @@ class Collector {
     if (!sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
     const Machine machine = build_machine(std::move(findings));
     for (const auto& notice : machine.notices) note(notice);
-    const auto tables = inventory_rows(machine, machine.functions ? find_names() : PciIds());
+    auto tables = inventory_rows(machine, machine.functions ? find_names() : PciIds());
     _zym_db_handle_t* handle = get_dmdb_handle();
     if (handle == nullptr) throw WriteError("the inventory cannot be opened");
+    if (machine.functions && !sources_.sysfs.empty())
+      std::ranges::move(port_rows(handle, machine, sources_.sysfs), std::back_inserter(tables));
     return write_inventory(handle, tables, observer_);
   }
 
@@ -94,6 +101,13 @@ class Collector {
       return std::nullopt;
     }
     return SmbiosTables::parse(as_bytes(*entry_point), *table, folder + "/DMI");
+  }
+
+  static std::vector<TableContent> port_rows(_zym_db_handle_t* handle, const Machine& machine,
+                                             const std::string& sysfs) {
+    const auto ports = read_sysfs_ports(sysfs, sysfs == kRunningMachine ? read_ethtool : EthtoolReader());
+    if (!ports) return {};
+    return network_rows(machine, *ports, read_port_context(handle, machine));
   }
 
   PciIds find_names() const {

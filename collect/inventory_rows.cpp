@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "pci_vpd.h"
+#include "row_columns.h"
 #include "text.h"
 
 namespace zymdb::collect {
@@ -24,37 +25,6 @@ constexpr std::uint32_t kConnectorOcp = 0x8006;
 constexpr std::uint32_t kPackageModule = 9;
 constexpr std::uint32_t kPackageStorage = 15;
 constexpr std::uint32_t kPackageOnboard = 0x8000;
-
-template <typename Record>
-struct Column {
-  ColumnSpec spec;
-  Value (*read)(const Record&);
-};
-
-template <typename T>
-Value number_or_null(const std::optional<T>& number) {
-  return number ? Value::number(*number) : Value();
-}
-
-Value text_or_null(const std::optional<std::string>& text) {
-  return text ? Value::text(*text) : Value();
-}
-
-template <typename Record, std::size_t N>
-TableContent make_content(const char* table, const Column<Record> (&columns)[N]) {
-  TableContent content;
-  content.table = table;
-  for (const auto& column : columns) content.columns.push_back(column.spec);
-  return content;
-}
-
-template <typename Record, std::size_t N>
-void add_row(TableContent& content, const Column<Record> (&columns)[N], const Record& record,
-             bool place_known) {
-  Row row{.values = {}, .place_known = place_known};
-  for (const auto& column : columns) row.values.push_back(column.read(record));
-  content.rows.push_back(std::move(row));
-}
 
 // ---- Processors
 

@@ -40,6 +40,7 @@ enum class Role : std::uint8_t {
   kValue,    // always
   kPlace,    // in an existing row only when the sources can tell places
   kInitial,  // in a new row only: afterwards it belongs to others
+  kStamp,    // along with the others, but never a reason to write
 };
 
 struct ColumnSpec {
@@ -63,8 +64,14 @@ struct TableContent {
   const char* owner_column = nullptr;
   bool (*is_foreign)(const std::string* owner) = nullptr;
 
-  // Key texts of rows that stay though they are not among `rows`.
+  // Texts of the first key column: rows that stay though they are not among `rows`.
   std::set<std::string> kept_keys;
+
+  // Changes an existing row, where the library has an operation for that, and answers its status.
+  int (*change)(const Row& row) = nullptr;
+
+  // Rows with an equal first key stand in the order of `rows`: those that would not are written anew.
+  bool is_ordered = false;
 };
 
 // The tables that `machine` tells of, in the order in which they are to be written.

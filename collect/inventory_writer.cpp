@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -16,6 +17,8 @@
 
 namespace zymdb::collect {
 namespace {
+
+constexpr char kKeyEnd = '\n';  // of each column's part; no text that the collector writes holds one
 
 using ResultPtr = std::unique_ptr<zym_db_result_t, decltype(&zym_db_free_result)>;
 using ValuesPtr = std::unique_ptr<zym_db_content_values_t, decltype(&zym_db_free_content_values)>;
@@ -83,6 +86,7 @@ class TableWriter {
   TableWriter(_zym_db_handle_t* handle, const TableContent& content)
       : handle_(handle), content_(content), stored_(read_rows(handle, content)) {
     summary_.table = content.table;
+    if (content.is_ordered && !stands_in_order()) remove_all();
     for (const auto& row : stored_) pairs_[key_of(row.cells)].push_back(&row);
   }
 
@@ -102,7 +106,7 @@ class TableWriter {
   // Rows of hardware that is gone.
   void remove_rest() {
     for (const auto& [key, rows] : pairs_) {
-      if (content_.kept_keys.contains(key)) continue;
+      if (content_.kept_keys.contains(first_part(key))) continue;
       for (const StoredRow* row : rows) {
         if (!row->is_foreign) remove(*row);
       }
@@ -121,9 +125,38 @@ class TableWriter {
   std::string key_of(const Cells& cells) const {
     std::string key;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-      if (content_.columns[i].role == Role::kKey) key += cells[i].value_or("");
+      if (content_.columns[i].role == Role::kKey) key += cells[i].value_or("") + kKeyEnd;
     }
     return key;
+  }
+
+  static std::string first_part(const std::string& key) { return key.substr(0, key.find(kKeyEnd)); }
+
+  // Whether the rows that stay, followed by those to come, stand in the order wanted.
+  bool stands_in_order() const {
+    std::map<std::string, std::vector<std::string>> wanted;
+    std::map<std::string, std::vector<std::string>> result;
+    std::set<std::string> missing;
+    for (const auto& row : content_.rows) missing.insert(key_of(cells_of(row)));
+    for (const auto& row : stored_) {
+      const auto key = key_of(row.cells);
+      if (missing.erase(key) != 0) result[first_part(key)].push_back(key);
+    }
+    for (const auto& row : content_.rows) {
+      const auto key = key_of(cells_of(row));
+      wanted[first_part(key)].push_back(key);
+      if (missing.contains(key)) result[first_part(key)].push_back(key);
+    }
+    return result == wanted;
+  }
+
+  void remove_all() {
+    for (const auto& row : stored_) {
+      if (!content_.kept_keys.contains(first_part(key_of(row.cells)))) remove(row);
+    }
+    std::erase_if(stored_, [&](const StoredRow& row) {
+      return !content_.kept_keys.contains(first_part(key_of(row.cells)));
+    });
   }
 
   const StoredRow* take(const std::string& key) {
@@ -145,9 +178,13 @@ class TableWriter {
     }
   }
 
+  bool is_compared(std::size_t column, const Row& row) const {
+    return content_.columns[column].role != Role::kStamp && is_written(column, row);
+  }
+
   bool differs(const Row& row, const StoredRow& stored) const {
     for (std::size_t i = 0; i < row.values.size(); ++i) {
-      if (is_written(i, row) && row.values[i].as_text() != stored.cells[i]) return true;
+      if (is_compared(i, row) && row.values[i].as_text() != stored.cells[i]) return true;
     }
     return false;
   }
@@ -180,6 +217,11 @@ class TableWriter {
   }
 
   void update(const Row& row, const StoredRow& stored) const {
+    if (content_.change != nullptr) {
+      const int status = content_.change(row);
+      if (status != ZYM_DB_STATUS_OK) fail("cannot update table", content_.table, status);
+      return;
+    }
     const ValuesPtr values = make_values();
     for (std::size_t i = 0; i < row.values.size(); ++i) {
       if (is_written(i, row)) put(values.get(), content_.columns[i].name, row.values[i]);
@@ -196,7 +238,7 @@ class TableWriter {
   std::optional<std::string> change_filter(const Row& row) const {
     std::string filter;
     for (std::size_t i = 0; i < row.values.size(); ++i) {
-      if (!is_written(i, row)) continue;
+      if (!is_compared(i, row)) continue;
       if (!is_harmless(row.values[i])) return std::nullopt;
       filter += (filter.empty() ? "" : " OR ") + difference(content_.columns[i].name, row.values[i]);
     }

@@ -104,7 +104,8 @@ std::optional<std::vector<PciFunction>> read_sysfs_functions(const std::string& 
 
 std::vector<SysfsSlot> read_sysfs_slots(const std::string& root) {
   std::vector<SysfsSlot> slots;
-  for (const auto& folder : folder_entries(fs::path(root) / "bus/pci/slots").value_or(std::vector<fs::path>{})) {
+  for (const auto& folder :
+       folder_entries(fs::path(root) / "bus/pci/slots").value_or(std::vector<fs::path>{})) {
     const auto text = read_attribute((folder / "address").string());
     const auto address = text ? parse_pci_address(trimmed(*text)) : std::nullopt;
     if (address) slots.push_back({folder.filename().string(), *address});

@@ -1,0 +1,47 @@
+// Which part of a record fills which column of a row.
+#ifndef ZYMDB_COLLECT_ROW_COLUMNS_H
+#define ZYMDB_COLLECT_ROW_COLUMNS_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "inventory_rows.h"
+
+namespace zymdb::collect {
+
+template <typename Record>
+struct Column {
+  ColumnSpec spec;
+  Value (*read)(const Record&);
+};
+
+template <typename T>
+Value number_or_null(const std::optional<T>& number) {
+  return number ? Value::number(*number) : Value();
+}
+
+inline Value text_or_null(const std::optional<std::string>& text) {
+  return text ? Value::text(*text) : Value();
+}
+
+template <typename Record, std::size_t N>
+TableContent make_content(const char* table, const Column<Record> (&columns)[N]) {
+  TableContent content;
+  content.table = table;
+  for (const auto& column : columns) content.columns.push_back(column.spec);
+  return content;
+}
+
+template <typename Record, std::size_t N>
+void add_row(TableContent& content, const Column<Record> (&columns)[N], const Record& record,
+             bool place_known) {
+  Row row{.values = {}, .place_known = place_known};
+  for (const auto& column : columns) row.values.push_back(column.read(record));
+  content.rows.push_back(std::move(row));
+}
+
+}  // namespace zymdb::collect
+
+#endif
