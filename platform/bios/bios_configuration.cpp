@@ -17,17 +17,20 @@ using Requests = std::span<cmr_attribute_request_t>;
 std::atomic<int> sessions{0};
 
 // While no attribute is listed, the firmware's list is not known and every name is accepted.
-bool has_attribute_list(_zym_db_handle_t* handle) {
-  const RowsPtr rows = select(handle, "biosAttribute", "_id", "1 LIMIT 1");
-  return rows != nullptr && zym_db_result_row_count(rows.get()) != 0;
+int read_listed(_zym_db_handle_t* handle, bool& listed) {
+  RowsPtr rows;
+  const int status = select(handle, "biosAttribute", "_id", "1 LIMIT 1", rows);
+  listed = zym_db_result_row_count(rows.get()) != 0;
+  return status;
 }
 
 int check(_zym_db_handle_t* handle, const cmr_attribute_request_t& request, bool listed) {
   if (request.name == nullptr || request.name[0] == 0 || request.value == nullptr)
     return ZYM_DB_STATUS_INVALID_PARAM;
   if (!listed) return 0;
-  const RowsPtr rows = select(handle, "biosAttribute", "_id", equals("name", request.name).c_str());
-  if (rows == nullptr) return ZYM_DB_STATUS_ERROR;
+  RowsPtr rows;
+  const int status = select(handle, "biosAttribute", "_id", equals("name", request.name), rows);
+  if (status != 0) return status;
   return zym_db_result_row_count(rows.get()) != 0 ? 0 : ZYM_DB_STATUS_NOT_FOUND;
 }
 
@@ -45,34 +48,37 @@ int keep(_zym_db_handle_t* handle, const cmr_attribute_request_t& request) {
   return zym_db_insert(handle, "biosPendingValue", values.get(), 0, nullptr);
 }
 
+// Nothing was kept: no request may look accepted.
+int refuse_all(Requests requests, int status) {
+  for (cmr_attribute_request_t& request : requests) {
+    if (request.status == 0) request.status = static_cast<uint32_t>(status);
+  }
+  return status;
+}
+
 // Every request gets its own outcome; the first failure is the set's.
 int keep_all(_zym_db_handle_t* handle, Requests requests) {
-  const bool listed = has_attribute_list(handle);
+  bool listed = false;
+  if (const int status = read_listed(handle, listed)) return refuse_all(requests, status);
   int result = 0;
   for (cmr_attribute_request_t& request : requests) {
-    int status = check(handle, request, listed);
-    if (status == 0) status = keep(handle, request);
+    const int status = guarded([&] {
+      const int refused = check(handle, request, listed);
+      return refused != 0 ? refused : keep(handle, request);
+    });
     request.status = static_cast<uint32_t>(status);
     if (result == 0) result = status;
   }
   return result;
 }
 
-void fail_all(Requests requests, int status) {
-  for (cmr_attribute_request_t& request : requests) {
-    if (request.status == 0) request.status = static_cast<uint32_t>(status);
-  }
-}
-
 // The accepted values become durable together.
-int set_all(Requests requests) {
-  const HandlePtr handle = open_properties();
-  if (handle == nullptr) return ZYM_DB_STATUS_NO_DB;
-  if (const int status = zym_db_begin(handle.get())) return status;
-  const int result = keep_all(handle.get(), requests);
-  const int status = zym_db_commit(handle.get());
-  if (status != 0) fail_all(requests, status);
-  return result != 0 ? result : status;
+int set_all(_zym_db_handle_t* handle, Requests requests) {
+  if (handle == nullptr) return refuse_all(requests, ZYM_DB_STATUS_NO_DB);
+  if (const int status = zym_db_begin(handle)) return refuse_all(requests, status);
+  const int result = keep_all(handle, requests);
+  const int status = zym_db_commit(handle);
+  return status != 0 ? refuse_all(requests, status) : result;
 }
 
 }  // namespace
@@ -86,10 +92,7 @@ int cmr_set_bios_attribute_value(cmr_attribute_request_t* requests, unsigned int
   if (sessions.load() == 0) return ZYM_DB_STATUS_ERROR;
   if (count == 0) return 0;
   if (requests == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
-  const Requests all(requests, count);
-  const int status = guarded([&] { return set_all(all); });
-  if (status == ZYM_DB_STATUS_NO_DB || status == ZYM_DB_STATUS_NO_MEMORY) fail_all(all, status);
-  return status;
+  return guarded([&] { return set_all(open_properties().get(), {requests, count}); });
 }
 
 int cmr_api_uninitialize() {

@@ -40,11 +40,13 @@ inline std::string equals(std::string_view column, std::string_view value) {
   return filter.append("\"");
 }
 
-// The rows of one column that match; null when the query fails.
-inline RowsPtr select(_zym_db_handle_t* handle, const char* table, const char* column, const char* where) {
-  zym_db_result_t* rows = nullptr;
-  zym_db_query(handle, table, &column, 1, where, nullptr, 0, 0, &rows);
-  return RowsPtr(rows);
+// One column of the rows that match. Returns the query's status.
+inline int select(_zym_db_handle_t* handle, const char* table, const char* column, const std::string& where,
+                  RowsPtr& rows) {
+  zym_db_result_t* found = nullptr;
+  const int status = zym_db_query(handle, table, &column, 1, where.c_str(), nullptr, 0, 0, &found);
+  rows.reset(found);
+  return status;
 }
 
 }  // namespace zymdb::client

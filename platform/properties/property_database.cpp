@@ -18,8 +18,11 @@ constexpr int kBlobSize = kValueOffset + 4;
 int read_value(const char* path, uint32_t& value) {
   const HandlePtr handle = open_properties();
   if (handle == nullptr) return ZYM_DB_STATUS_NO_DB;
-  const RowsPtr rows = select(handle.get(), "propertiesDCTbl", "propValue", equals("propName", path).c_str());
-  if (rows == nullptr) return ZYM_DB_STATUS_ERROR;
+  RowsPtr rows;
+  if (const int status =
+          select(handle.get(), "propertiesDCTbl", "propValue", equals("propName", path), rows)) {
+    return status;
+  }
   if (zym_db_result_step(rows.get()) != ZYM_DB_STATUS_ROW) return ZYM_DB_STATUS_NOT_FOUND;
   int length = 0;
   uint8_t blob[kBlobSize] = {};
