@@ -4,6 +4,7 @@
 #include <array>
 
 #include "client/status.h"
+#include "client/words.h"
 
 namespace zymdb::client {
 namespace {
@@ -12,46 +13,6 @@ constexpr size_t kMaxNesting = 50;
 constexpr size_t kMaxArguments = 30000;
 
 enum class Clause : uint8_t { kCondition, kSelectList, kFrom, kTail };
-
-// What a keyword changes: the clause that follows it, or nothing.
-enum class Turn : uint8_t { kNone, kSelect, kFrom, kCondition, kGroup, kTail };
-
-struct Keyword {
-  std::string_view text;
-  Turn turn;
-};
-
-constexpr std::array kKeywords = {
-    Keyword{"AND", Turn::kNone},      Keyword{"OR", Turn::kNone},         Keyword{"NOT", Turn::kNone},
-    Keyword{"IN", Turn::kNone},       Keyword{"IS", Turn::kNone},         Keyword{"NULL", Turn::kNone},
-    Keyword{"LIKE", Turn::kNone},     Keyword{"ESCAPE", Turn::kNone},     Keyword{"BETWEEN", Turn::kNone},
-    Keyword{"ISNULL", Turn::kNone},   Keyword{"NOTNULL", Turn::kNone},    Keyword{"EXISTS", Turn::kNone},
-    Keyword{"DISTINCT", Turn::kNone}, Keyword{"BY", Turn::kNone},         Keyword{"ASC", Turn::kNone},
-    Keyword{"DESC", Turn::kNone},     Keyword{"OFFSET", Turn::kNone},     Keyword{"SELECT", Turn::kSelect},
-    Keyword{"FROM", Turn::kFrom},     Keyword{"WHERE", Turn::kCondition}, Keyword{"HAVING", Turn::kCondition},
-    Keyword{"GROUP", Turn::kGroup},   Keyword{"ORDER", Turn::kTail},      Keyword{"LIMIT", Turn::kTail},
-};
-
-struct Function {
-  std::string_view text;
-  bool aggregate;
-};
-
-constexpr std::array kFunctions = {
-    Function{"count", true},   Function{"sum", true},       Function{"min", true},
-    Function{"max", true},     Function{"avg", true},       Function{"total", true},
-    Function{"lower", false},  Function{"upper", false},    Function{"length", false},
-    Function{"abs", false},    Function{"trim", false},     Function{"ltrim", false},
-    Function{"rtrim", false},  Function{"substr", false},   Function{"ifnull", false},
-    Function{"nullif", false}, Function{"coalesce", false},
-};
-
-template <class Entry, size_t N>
-const Entry* find_word(const std::array<Entry, N>& entries, std::string_view word) {
-  const auto found = std::find_if(entries.begin(), entries.end(),
-                                  [&](const Entry& entry) { return same_word(entry.text, word); });
-  return found == entries.end() ? nullptr : &*found;
-}
 
 class Translator {
  public:
@@ -244,67 +205,6 @@ bool Translator::refuse(std::string_view reason, int status) {
   return false;
 }
 
-// column | function "(" ( "*" | [DISTINCT] column ) ")", either after DISTINCT
-class ColumnParser {
- public:
-  ColumnParser(const Table& table, std::string_view entry, ColumnEntry& out)
-      : table_(table), entry_(entry), lexer_(entry), out_(out) {}
-
-  bool run() {
-    advance();
-    distinct();
-    if (token_.kind != TokenKind::kWord || entry_.ends_with(';')) return false;
-    out_.name = entry_.substr(static_cast<size_t>(token_.text.data() - entry_.data()));
-    const Function* function = find_word(kFunctions, token_.text);
-    return (function != nullptr ? call(*function) : column()) && token_.kind == TokenKind::kEnd;
-  }
-
- private:
-  void advance() { token_ = lexer_.next(); }
-
-  void distinct() {
-    if (token_.kind != TokenKind::kWord || !same_word(token_.text, "DISTINCT")) return;
-    out_.sql.append("DISTINCT ");
-    advance();
-  }
-
-  bool column() {
-    const std::string* name = token_.kind == TokenKind::kWord ? table_.column(token_.text) : nullptr;
-    if (name == nullptr) return false;
-    append_identifier(out_.sql, *name);
-    advance();
-    return true;
-  }
-
-  bool call(const Function& function) {
-    out_.aggregate = function.aggregate;
-    out_.sql.append(function.text).push_back('(');
-    advance();
-    if (!punctuation('(')) return false;
-    distinct();
-    if (token_.is('*')) {
-      out_.sql.push_back('*');
-      advance();
-    } else if (!column()) {
-      return false;
-    }
-    out_.sql.push_back(')');
-    return punctuation(')');
-  }
-
-  bool punctuation(char c) {
-    if (!token_.is(c)) return false;
-    advance();
-    return true;
-  }
-
-  const Table& table_;
-  std::string_view entry_;
-  Lexer lexer_;
-  ColumnEntry& out_;
-  Token token_;
-};
-
 }  // namespace
 
 Argument Argument::of(int64_t value) {
@@ -345,10 +245,6 @@ int translate_select(const Catalog& catalog, std::string_view text, Translation&
   return Translator(catalog, out).run(text, nullptr, Clause::kSelectList);
 }
 
-bool parse_column(const Table& table, std::string_view entry, ColumnEntry& out) {
-  return ColumnParser(table, entry, out).run();
-}
-
 void append_identifier(std::string& sql, std::string_view name) {
   sql.push_back('"');
   for (const char c : name) {
@@ -356,10 +252,6 @@ void append_identifier(std::string& sql, std::string_view name) {
     sql.push_back(c);
   }
   sql.push_back('"');
-}
-
-bool is_function(std::string_view word) {
-  return find_word(kFunctions, word) != nullptr;
 }
 
 }  // namespace zymdb::client
