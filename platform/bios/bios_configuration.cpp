@@ -89,10 +89,11 @@ int cmr_api_initialize() {
 }
 
 int cmr_set_bios_attribute_value(cmr_attribute_request_t* requests, unsigned int count) {
-  if (sessions.load() == 0) return ZYM_DB_STATUS_ERROR;
+  if (requests == nullptr && count != 0) return ZYM_DB_STATUS_INVALID_PARAM;
+  const Requests all(requests, count);
+  if (sessions.load() == 0) return refuse_all(all, ZYM_DB_STATUS_ERROR);
   if (count == 0) return 0;
-  if (requests == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
-  return guarded([&] { return set_all(open_properties().get(), {requests, count}); });
+  return guarded([&] { return set_all(open_properties().get(), all); });
 }
 
 int cmr_api_uninitialize() {

@@ -29,7 +29,8 @@ class Session {
   virtual const Catalog& catalog() const = 0;
 
   virtual int query(Statement& statement, Result& result) = 0;
-  // Whether an update or delete would change a row. It lets an unchanged report end without a lock or a write.
+  // Whether an update or delete would change a row. It lets an unchanged report end without a lock or a
+  // write.
   virtual int would_change(Statement& statement, bool& would) = 0;
   virtual int change(Statement& statement, Change& change) = 0;
 
@@ -37,8 +38,8 @@ class Session {
   virtual int commit() = 0;
   virtual int rollback() = 0;
 
-  // False when the data source names another database by now, or this one cannot be used any further. Looked at
-  // from time to time, and each time when `now` is set.
+  // False when the data source names another database by now, or this one cannot be used any further. Looked
+  // at from time to time, and each time when `now` is set.
   virtual bool is_usable(bool now) = 0;
 
   // Called in a child process on a session of its parent, before it is destroyed: nothing may reach the

@@ -89,6 +89,8 @@ TEST_F(BiosConfigurationTest, ARequestNeedsANameAndAValue) {
 TEST_F(BiosConfigurationTest, NothingIsSetWithoutASession) {
   cmr_attribute_request_t one = request("NIC.1", "Enabled");
   EXPECT_NE(cmr_set_bios_attribute_value(&one, 1), 0);
+  EXPECT_NE(one.status, 0U);
+  one.status = 0;
   ASSERT_EQ(cmr_api_initialize(), 0);
   ASSERT_EQ(cmr_api_initialize(), 0);
   ASSERT_EQ(cmr_api_uninitialize(), 0);
