@@ -1,0 +1,238 @@
+// Network ports in the inventory: collected, read back through the library, collected again.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <map>
+#include <string>
+
+#include "collect/collector.h"
+#include "collect/machines.h"
+#include "collect/network_rows.h"
+#include "support/inventory.h"
+#include "zymdb_network.h"
+
+namespace zymdb::collect {
+namespace {
+
+// Functions of the example server.
+constexpr unsigned kOnBoard = 0x040000;
+constexpr unsigned kFastCard = 0x170000;
+constexpr unsigned kFabric = 0x980001;
+constexpr unsigned kFibreChannel = 0xCB0000;
+
+class PortCollection : public InventoryTest {
+ protected:
+  PortCollection() {
+    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/ports.py '" + root() + "'");
+    sources_.lspci = ZYMDB_EXAMPLE_SERVER "/server.lspci";
+    sources_.smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios";
+    sources_.sysfs = root();
+  }
+
+  std::string root() const { return files_.path().string(); }
+
+  std::map<std::string, TableSummary> collect() {
+    const Summary summary = collect_inventory(sources_);
+    EXPECT_TRUE(summary.ok()) << summary.error;
+    std::map<std::string, TableSummary> tables;
+    for (const auto& table : summary.tables) tables.emplace(table.table, table);
+    return tables;
+  }
+
+  // An attribute of the interface on the fast card's first port.
+  void set_attribute(const std::string& name, const std::string& value) const {
+    files_.write("devices/pci0000:16/0000:16:02.0/0000:17:00.0/net/ens1f0np0/" + name, value + "\n");
+  }
+
+  static _ZYMDB_PCI_PhysicalPort physical_port(unsigned function) {
+    _ZYMDB_PCI_PhysicalPort_List list{};
+    EXPECT_EQ(zymdb_get_network_physical_port_list(function, &list), ZYM_DB_STATUS_OK);
+    EXPECT_EQ(list.count, 1U);
+    const _ZYMDB_PCI_PhysicalPort port = list.count > 0 ? list.ports[0] : _ZYMDB_PCI_PhysicalPort{};
+    std::free(list.ports);
+    return port;
+  }
+  static _ZYMDB_PCI_LogicalPort logical_port(unsigned function) {
+    _ZYMDB_PCI_LogicalPort_List list{};
+    EXPECT_EQ(zymdb_get_network_logical_port_list(function, &list), ZYM_DB_STATUS_OK);
+    EXPECT_EQ(list.count, 1U);
+    const _ZYMDB_PCI_LogicalPort port = list.count > 0 ? list.ports[0] : _ZYMDB_PCI_LogicalPort{};
+    std::free(list.ports);
+    return port;
+  }
+
+  TemporaryFolder files_;
+  Sources sources_;
+};
+
+TEST_F(PortCollection, AnEthernetPortIsReadBackWhole) {
+  collect();
+  _ZYMDB_PCI_Network_Info info{};
+  EXPECT_EQ(zymdb_get_network_info(kFastCard, &info), ZYM_DB_STATUS_OK);
+  EXPECT_EQ(info.NumberofPhysicalPorts, 1);
+  EXPECT_EQ(info.MaxNumberofLogicalPorts, 1);
+  const auto physical = physical_port(kFastCard);
+  EXPECT_STREQ(physical.PermanentAddress, "B8:CE:F6:00:20:00");
+  EXPECT_EQ(physical.NumberofLogicalPorts, 1);
+  EXPECT_EQ(physical.LinkStatus, 1U);
+  EXPECT_EQ(physical.LinkSpeed, 100'000U);
+  EXPECT_EQ(physical.TxUtil | physical.RxUtil, 0U);
+  const auto logical = logical_port(kFastCard);
+  EXPECT_STREQ(logical.PermanentAddress, "B8:CE:F6:00:20:00");
+  EXPECT_EQ(logical.MaxDataSize, 9000U);
+  EXPECT_STREQ(logical.LinkTechnologyName, "Ethernet");
+  EXPECT_STREQ(logical.ProtocolTypeName, "Ethernet");
+  EXPECT_EQ(logical.Ethernet, 1);
+  EXPECT_EQ(logical.FCoEFC, 0);
+}
+
+TEST_F(PortCollection, OtherTechnologiesAreReadBackAsSuch) {
+  collect();
+  const auto fabric = logical_port(kFabric);
+  EXPECT_STREQ(fabric.LinkTechnologyName, "IB");
+  EXPECT_STREQ(fabric.ProtocolTypeName, "Infiniband");
+  EXPECT_STREQ(fabric.ConnectionTypeName, "RDMA");
+  EXPECT_STREQ(physical_port(kFabric).ConnectorLayoutName, "QSFP28");
+  const auto storage = logical_port(kFibreChannel);
+  EXPECT_STREQ(storage.LinkTechnologyName, "FC");
+  EXPECT_STREQ(storage.ProtocolTypeName, "Fibre Channel");
+  EXPECT_STREQ(storage.ConnectionTypeName, "Fibre Channel");
+  EXPECT_STREQ(storage.RoleName, "Initiator");
+  EXPECT_STREQ(storage.FCoENetworkAddressess, "21000024FF005000");
+  EXPECT_EQ(storage.MaxSpeed, 32'000'000'000U);
+  EXPECT_STREQ(physical_port(kFibreChannel).ConnectorLayoutName, "SFP28");
+}
+
+TEST_F(PortCollection, AnAdapterHasThePortsOfItsFunctions) {
+  collect();
+  _ZYMDB_PCI_PhysicalPort_List list{};
+  ASSERT_EQ(zymdb_get_all_network_physical_port_list(0x040000, &list), ZYM_DB_STATUS_OK);
+  EXPECT_EQ(list.count, 2U);
+  EXPECT_EQ(list.ports[0].LinkStatus, 1U);
+  EXPECT_EQ(list.ports[1].LinkStatus, 2U);
+  EXPECT_EQ(list.ports[1].LinkSpeed, 0U);
+  std::free(list.ports);
+}
+
+TEST_F(PortCollection, ASecondRunChangesNothing) {
+  const auto first = collect();
+  EXPECT_EQ(first.at("PCINetwork").inserted, 12U);
+  EXPECT_EQ(first.at("PCIPhysicalPort").inserted, 12U);
+  EXPECT_EQ(first.at("PCIPhysicalPortStat").inserted, 12U);
+  EXPECT_EQ(first.at("PCILogicalPort").inserted, 12U);
+  for (const auto& [table, summary] : collect()) EXPECT_EQ(summary.changed(), 0U) << table;
+}
+
+TEST_F(PortCollection, AChangedLinkIsWrittenToItsPortAlone) {
+  collect();
+  set_attribute("carrier", "0");
+  const auto second = collect();
+  EXPECT_EQ(second.at("PCIPhysicalPortStat").updated, 1U);
+  EXPECT_EQ(second.at("PCIPhysicalPort").changed(), 0U);
+  EXPECT_EQ(physical_port(kFastCard).LinkStatus, 2U);
+  EXPECT_EQ(physical_port(kFastCard).LinkSpeed, 0U);
+  EXPECT_EQ(physical_port(kFastCard + 1).LinkStatus, 1U);
+}
+
+TEST_F(PortCollection, UtilisationIsWhatTheCountersCountedSinceTheFormerRun) {
+  using std::chrono::milliseconds;
+  using std::chrono::seconds;
+  collect();
+  // The former run is made to have been 1000 s ago.
+  const auto then = std::chrono::system_clock::now().time_since_epoch() - seconds(1000);
+  zym_db_content_values_t* values = zym_db_get_content_values(get_dmdb_handle());
+  zym_db_content_put_text(values, "SampledAt",
+                          std::to_string(std::chrono::duration_cast<milliseconds>(then).count()).c_str());
+  EXPECT_GT(
+      update_db_record(get_dmdb_handle(), "PCIPhysicalPortCounter", "PCIFuncKey=1507328", values, nullptr),
+      0);
+  zym_db_free_content_values(values);
+  // A link of 100 Gbit/s carries 12.5 TB in that time.
+  set_attribute("statistics/tx_bytes", "6250000000000");
+  set_attribute("statistics/rx_bytes", "1250000000000");
+  const auto second = collect();
+  EXPECT_EQ(second.at("PCIPhysicalPortStat").updated, 1U);
+  EXPECT_EQ(second.at("PCIPhysicalPortCounter").updated, 1U);
+  EXPECT_NEAR(physical_port(kFastCard).TxUtil, 50, 1);
+  EXPECT_NEAR(physical_port(kFastCard).RxUtil, 10, 1);
+  // Idle since.
+  collect();
+  EXPECT_EQ(physical_port(kFastCard).TxUtil, 0U);
+}
+
+TEST_F(PortCollection, CountersThatStartAgainTellNoUtilisation) {
+  set_attribute("statistics/tx_bytes", "6250000000000");
+  collect();
+  set_attribute("statistics/tx_bytes", "10");
+  collect();
+  EXPECT_EQ(physical_port(kFastCard).TxUtil, 0U);
+  EXPECT_EQ(rows("PCIPhysicalPortCounter", {"TxBytes", "RxBytes"}, "PCIFuncKey=1507328"), "10|0\n");
+}
+
+TEST_F(PortCollection, PortsThatAreGoneGo) {
+  collect();
+  std::filesystem::remove(files_.path() / "class/net/eno1");
+  const auto second = collect();
+  EXPECT_EQ(second.at("PCIPhysicalPort").removed, 1U);
+  EXPECT_EQ(second.at("PCIPhysicalPortStat").removed, 1U);
+  EXPECT_EQ(second.at("PCILogicalPort").removed, 1U);
+  // The function is still there, with a number of ports that nobody knows.
+  EXPECT_EQ(rows("PCINetwork", {"NumberofPhysicalPorts"}, "PCIFuncKey=262144"), "NULL\n");
+  _ZYMDB_PCI_PhysicalPort_List list{};
+  EXPECT_EQ(zymdb_get_network_physical_port_list(kOnBoard, &list), ZYM_DB_STATUS_NOT_FOUND);
+}
+
+TEST_F(PortCollection, RowsThatLostTheirOrderAreWrittenAnew) {
+  collect();
+  const auto card = [this](const std::string& name, const std::string& port) {
+    const std::string folder = "devices/pci0000:16/0000:16:02.0/0000:17:00.0/net/" + name;
+    files_.write(folder + "/type", "1\n");
+    files_.write(folder + "/dev_port", port + "\n");
+    std::filesystem::create_directory_symlink("../../" + folder, files_.path() / "class/net" / name);
+  };
+  card("third", "2");
+  collect();
+  card("second", "1");
+  collect();
+  const std::string order = "0\n1\n2\n";
+  EXPECT_EQ(rows("PCIPhysicalPort", {"Idx"}, "PCIFuncKey=1507328"), order);
+  EXPECT_EQ(rows("PCIPhysicalPortStat", {"Idx"}, "PCIFuncKey=1507328"), order);
+}
+
+TEST_F(PortCollection, PortsOfAManagedAdapterAreItsManagersToDescribe) {
+  given("PCIAdapter", {{"PCIFuncKey", kFastCard}, {"PCIKey", 1}, {"AIMSupported", 1}});
+  given("PCIPhysicalPort", {{"PCIFuncKey", kFastCard}, {"Idx", 7}});
+  given("PCIPhysicalPort", {{"PCIFuncKey", 1}, {"Idx", 7}});
+  const auto summary = collect();
+  EXPECT_EQ(summary.at("PCIPhysicalPort").inserted, 11U);
+  EXPECT_EQ(rows("PCIPhysicalPort", {"Idx"}, "PCIFuncKey=1507328"), "7\n");
+  EXPECT_EQ(rows("PCIPhysicalPort", {"Idx"}, "PCIFuncKey=1"), "");
+}
+
+TEST_F(PortCollection, WithoutASourceThatTellsOfThemStayAsTheyAre) {
+  collect();
+  sources_.sysfs.clear();
+  EXPECT_EQ(collect().count("PCIPhysicalPort"), 0U);
+  EXPECT_EQ(physical_port(kFastCard).LinkStatus, 1U);
+}
+
+TEST(Utilisation, IsInPercentOfWhatTheLinkCarries) {
+  struct Case {
+    std::uint64_t bytes;
+    std::int64_t duration;
+    std::uint32_t speed;
+    std::uint32_t percent;
+  } const cases[] = {
+      {0, 1000, 1000, 0},           {125'000'000, 1000, 1000, 100},
+      {62'500'000, 1000, 1000, 50}, {625'000, 1000, 1000, 1},
+      {624'999, 1000, 1000, 0},     {125'000'000, 500, 1000, 100},
+      {UINT64_MAX, 1, 1, 100},      {1000, 0, 1000, 0},
+      {1000, -5, 1000, 0},          {1000, 1000, 0, 0},
+  };
+  for (const auto& [bytes, duration, speed, percent] : cases)
+    EXPECT_EQ(utilization(bytes, duration, speed), percent) << bytes;
+}
+
+}  // namespace
+}  // namespace zymdb::collect
