@@ -12,7 +12,7 @@ std::vector<std::string> declared_fields(const ListingCase& listing) {
   const auto begin = header.find("struct " + listing.record + " {");
   EXPECT_NE(begin, std::string::npos);
   const auto declaration = header.substr(begin, header.find("};", begin) - begin);
-  const std::regex member(R"((?:char|uint\d+_t) (\w+)(?:\[\d+\])?;)");
+  const std::regex member(R"((?:char|u?int\d+_t) (\w+)(?:\[\d+\])?;)");
   std::vector<std::string> fields;
   for (std::sregex_iterator match(declaration.begin(), declaration.end(), member), end; match != end;
        ++match) {

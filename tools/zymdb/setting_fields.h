@@ -29,6 +29,12 @@ constexpr SettingType setting_type() {
   return std::is_signed_v<Field> ? SettingType::kSigned : SettingType::kUnsigned;
 }
 
+// The same field as one that gives way on a narrow terminal.
+constexpr SettingField long_text(SettingField field) {
+  field.column = long_text(field.column);
+  return field;
+}
+
 // The record is packed: its numbers are passed by value, since references to them would not be aligned.
 template <std::size_t N>
 Value setting_value(const char (&text)[N]) {
@@ -65,8 +71,8 @@ inline constexpr SettingField kSettingFields[] = {
     ZYMDB_SETTING_FIELD(GroupGrayIf, "GROUPGRAYIF", "expression: when the group cannot be changed",
                         Shown::kNo),
     ZYMDB_SETTING_FIELD(Mriname, "MRINAME", "name in machine-readable information", Shown::kNo),
-    ZYMDB_SETTING_FIELD(ShortDesc, "TITLE", "short description", Shown::kByDefault),
-    ZYMDB_SETTING_FIELD(FullDesc, "DESCRIPTION", "long description", Shown::kNo),
+    long_text(ZYMDB_SETTING_FIELD(ShortDesc, "TITLE", "short description", Shown::kByDefault)),
+    long_text(ZYMDB_SETTING_FIELD(FullDesc, "DESCRIPTION", "long description", Shown::kNo)),
     ZYMDB_SETTING_FIELD(Type, "TYPE", "type code", Shown::kNo),
     ZYMDB_SETTING_FIELD(Flags, "FLAGS", "flag bits; --flagged asks for bit 1 (value 2)", Shown::kNo),
     ZYMDB_SETTING_FIELD(Mininstances, "MININSTANCES", "fewest instances", Shown::kNo),

@@ -120,6 +120,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
 
   bool null() override {
     require_value(SettingType::kText);
+    if (field_ == kIdField) remember_id({});
     return true;
   }
   bool boolean(bool) override { return refuse_type(); }
