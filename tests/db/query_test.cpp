@@ -229,5 +229,23 @@ TEST(CodeTextTest, ALongTextIsCutAndAShortOnePadded) {
   EXPECT_STREQ(field, "abcdefg");
 }
 
+TEST_F(QueryTest, ANumberIsSelectedFromTheFirstRowAndTheStatusSaysWhyThereIsNone) {
+  const std::tuple<Answer, uint32_t, int> cases[] = {
+      {Answer::of({Row(0xFFFFFFFF), Row(2)}), 0xFFFFFFFF, ZYM_DB_STATUS_OK},
+      {Answer::of({Row(0)}), 0, ZYM_DB_STATUS_OK},
+      {Answer::of({Row(nullptr)}), 0, ZYM_DB_STATUS_ERROR},
+      {Answer{}, 0, ZYM_DB_STATUS_DONE},
+      {Answer{.end = 77}, 0, 77},
+      {Answer::without_result(), 0, ZYM_DB_STATUS_OK},
+      {Answer::failing(77, true), 0, 77}};
+  for (const auto& [each, number, status] : cases) {
+    answer(each);
+    int told = -1;
+    EXPECT_EQ(select_number(get_dmdb_handle(), Statement<32>("select %s", "x"), told), number);
+    EXPECT_EQ(told, status);
+  }
+  EXPECT_EQ(client().statements.front(), "raw_query select x size 32");
+}
+
 }  // namespace
 }  // namespace zymdb
