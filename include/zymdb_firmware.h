@@ -310,7 +310,9 @@ int zymdb_get_dpu_uefi_version(unsigned int slotNo, char* buf, unsigned int size
  * Appends an event to the log of a slot's DPU; at 256 events the oldest makes room.
  *
  * @param slot    1 or more.
- * @param nextId  on success the largest id that the log held before, plus 1; untouched otherwise.
+ * @param event   texts that fill their field need no NUL.
+ * @param nextId  on success the largest id that the log held before, plus 1; untouched otherwise. May be
+ * null.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `slot` is below 1, or `event` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database

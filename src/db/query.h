@@ -65,6 +65,9 @@ class Query {
   int read_text(int column, char* text, int size) {
     return zym_db_result_column_text(result_, column, text, size);
   }
+  int read_blob(int column, void* data, int size) {
+    return zym_db_result_column_blob(result_, column, data, size);
+  }
   int read_bytes(int column, int& length) { return zym_db_result_column_bytes(result_, column, &length); }
   int read_is_null(int column, int& is_null) {
     return zym_db_result_column_is_null(result_, column, &is_null);
@@ -89,6 +92,20 @@ class Query {
   zym_db_result_t* result_ = nullptr;
   int status_;
 };
+
+// The number in the first column of a statement's first row; 0, with the status that says why, when there is
+// none.
+template <size_t N>
+uint32_t select_number(_zym_db_handle_t* handle, const Statement<N>& statement, int& status) {
+  Query query(handle, statement);
+  status = query.status();
+  if (!query.has_result()) return 0;
+  status = query.step();
+  if (status != ZYM_DB_STATUS_ROW) return 0;
+  uint32_t number = 0;
+  status = query.read(0, number);
+  return status == ZYM_DB_STATUS_OK ? number : 0;
+}
 
 }  // namespace zymdb
 

@@ -1,5 +1,7 @@
+#include <limits.h>
 #include <syslog.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <span>
@@ -42,7 +44,7 @@ void write_component(std::span<const uint32_t> functions, unsigned slot,
     syslog(LOG_USER | LOG_ERR,
            "%s: zymdb_insert_or_update_firmware_info failed, slot %u, funkey 0x%x, rc %d\n\n",
            "zymdb_update_dpu_uefi_version", slot, funkey, status);
-    return;
+    break;
   }
 }
 
@@ -76,6 +78,11 @@ int log_not_found(int status, const Statement<N>& statement) {
   return ZYM_DB_STATUS_NOT_FOUND;
 }
 
+// One byte of the buffer is never used.
+int bound_of(unsigned size) {
+  return static_cast<int>(std::clamp(size, 1u, unsigned{INT_MAX}) - 1);
+}
+
 }  // namespace
 
 int zymdb_update_dpu_uefi_version(unsigned int slotNo, const char* version) {
@@ -106,24 +113,14 @@ int zymdb_get_dpu_uefi_version(unsigned int slotNo, char* buf, unsigned int size
   const Statement<128> hardware(
       "select HardwareId from PCIs where Location=1 and SlotNo=%u and DeviceId=%u and HardwareId&0xFF=0;",
       slotNo, kDevice);
-  uint32_t hardware_id = 0;
-  {
-    Query query(handle, hardware);
-    int status = query.status();
-    if (query.has_result() && (status = query.step()) == ZYM_DB_STATUS_ROW)
-      status = query.read(0, hardware_id);
-    query.release();
-    if (status != ZYM_DB_STATUS_OK || hardware_id == 0) return log_not_found(status, hardware);
-  }
+  int status = ZYM_DB_STATUS_OK;
+  const uint32_t hardware_id = select_number(handle, hardware, status);
+  if (hardware_id == 0) return log_not_found(status, hardware);
 
   const Statement<128> version(
       "select VersionString from Firmwares where SoftwareID=\"15B3A2D4\" and HardwareId=%u;", hardware_id);
   Query query(handle, version);
-  int status = query.status();
-  if (query.has_result()) status = query.step();
-  if (status != ZYM_DB_STATUS_ROW) {
-    query.release();
-    return log_not_found(status, version);
-  }
-  return query.read_text(0, buf, static_cast<int>(size - 1));
+  status = query.has_result() ? query.step() : query.status();
+  if (status != ZYM_DB_STATUS_ROW) return log_not_found(status, version);
+  return query.read_text(0, buf, bound_of(size));
 }

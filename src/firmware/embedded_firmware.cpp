@@ -19,8 +19,7 @@ constexpr Column kEmbeddedColumns[] = {
 Filter<512> filter_of_change(int64_t id, const Record& record) {
   return Filter<512>(
       "_id=%d AND ((DeviceName!='%s') OR (SoftwareID!='%s') OR (DeviceIndex!=%d) OR (StructRev!=%d) OR "
-      "(Version!=%d) OR "
-      "(Class!=%d) OR (Category!=%d) OR (SubCategory!=%d) OR (Checksum!=%d))",
+      "(Version!=%d) OR (Class!=%d) OR (Category!=%d) OR (SubCategory!=%d) OR (Checksum!=%d))",
       static_cast<int>(id), record.DeviceName, record.SoftwareID, record.DeviceIndex, record.StructRev,
       record.Version, record.Class, record.Category, record.SubCategory, record.Checksum);
 }

@@ -12,8 +12,7 @@ namespace {
 
 using Record = _ZYMDB_PLDM_Firmware;
 
-constexpr int kPending = 2;
-constexpr int32_t kNoPendingState = 0;
+constexpr int32_t kNotPending = 0;
 
 // The component of the slot, narrowed to a PCI device where one is given.
 Filter<512> filter_of_slot(int location, int slot, int bus, int device) {
@@ -51,8 +50,7 @@ void put_update_state(Values& values, const Record& record) {
 void log_failed_update(const Record& record, const char* filter, int status) {
   ruvo_log::logErr(
       "zymdb_update_pldm_firmware failed, filter: %s, value: %s(0x%s) %s(0x%s) %s(0x%s) %s(0x%s) %s(0x%s) "
-      "%s(0x%s) "
-      "%s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x), ret: %d\n",
+      "%s(0x%s) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x), ret: %d\n",
       filter, "VersionString", record.VersionString, "PendingVersionString", record.PendingVersionString,
       "PkgVersionString", record.PkgVersionString, "ReleaseDate", record.ReleaseDate, "PendingReleaseDate",
       record.PendingReleaseDate, "UpdateErrString", record.UpdateErrString, "UpdateSupport",
@@ -87,8 +85,8 @@ int zymdb_update_pldm_firmware(unsigned int location, unsigned int slotNo, _ZYMD
   terminate_texts(*rec);
   values.clear();
   put_update_state(values, *rec);
-  const Filter<64> filter("Location=%d AND SlotNo=%d AND SoftwareID=\"%.*s\"", rec->Location, rec->SlotNo,
-                          static_cast<int>(sizeof rec->SoftwareID), rec->SoftwareID);
+  const Filter<64> filter("Location=%d AND SlotNo=%d AND SoftwareID=\"%s\"", rec->Location, rec->SlotNo,
+                          rec->SoftwareID);
   const int status = values.update("PldmDeviceFirmware", filter);
   if (status != ZYM_DB_STATUS_OK) log_failed_update(*rec, filter, status);
   return status;
@@ -100,9 +98,8 @@ int zymdb_clear_all_pldm_firmware_pending_status(void) {
   Values values(handle);
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
 
-  values.clear();
-  values.put("Status", kNoPendingState);
-  const Filter<64> filter("Status=%d", kPending);
+  values.put("Status", kNotPending);
+  const Filter<64> filter("Status=%d", kUpdatePending);
   const int status = values.update("PldmDeviceFirmware", filter);
   if (status != ZYM_DB_STATUS_OK)
     ruvo_log::logErr("clear all pending pldm firmware failed, filter: %s, ret: %d\n",
@@ -125,7 +122,6 @@ int zymdb_insert_or_update_pldm_firmware(unsigned int vendorId, unsigned int dev
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
 
   const uint32_t pci_key = uint32_t{rec->Location} << 16 | rec->SlotNo;
-  values.clear();
   values.put("DeviceName", rec->DeviceName);
   values.put("DeviceType", rec->DeviceType);
   values.put("PCIKey", pci_key);
@@ -144,8 +140,7 @@ int zymdb_insert_or_update_pldm_firmware(unsigned int vendorId, unsigned int dev
   const Filter<64> where("DeviceType=%u AND SlotNo=%u AND Location=%u", rec->DeviceType, rec->SlotNo,
                          rec->Location);
   // The software id stands bare: the database takes a word that is no column for a text.
-  const Filter<64> filter("PCIKey!=%u OR SoftwareID!=%.*s", pci_key, static_cast<int>(sizeof rec->SoftwareID),
-                          rec->SoftwareID);
+  const Filter<64> filter("PCIKey!=%u OR SoftwareID!=%s", pci_key, rec->SoftwareID);
   // Discovery goes on whatever becomes of one row: only the log tells.
   if (values.insert_or_update("PldmDeviceFirmware", where, filter) <= 0)
     syslog(LOG_USER | LOG_INFO, "%s: Failed to insert/update PLDM FW info, where:%s, filter:%s\n\n",

@@ -33,7 +33,6 @@ constexpr Column kPldmColumns[] = {
     ZYMDB_FIELD(Record, Status),
 };
 
-constexpr int kPending = 2;
 constexpr int kMarvell = 0x1B4B;
 constexpr int kMarvellDevices[] = {0x9230, 0x2241};
 
@@ -57,7 +56,7 @@ int zymdb_get_pldm_firmware_list(_ZYMDB_PLDM_Firmware_List* out) {
 }
 
 int zymdb_get_pldm_firmware_pending_list(_ZYMDB_PLDM_Firmware_List* out) {
-  return list_pldm_firmware(out, Filter<64>("Status=%d", kPending));
+  return list_pldm_firmware(out, Filter<64>("Status=%d", kUpdatePending));
 }
 
 int zymdb_get_pldm_firmware_updated_list(_ZYMDB_PLDM_Firmware_List* out) {

@@ -53,18 +53,16 @@ static_assert(sizeof(Reply) == 19 && offsetof(Reply, result) == 7);
 class Descriptor {
  public:
   explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  ~Descriptor() { close(); }
+  ~Descriptor() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
 
   int get() const { return descriptor_; }
-  void close() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-    descriptor_ = -1;
-  }
 
  private:
-  int descriptor_;
+  const int descriptor_;
 };
 
 // One read or write, restarted when a signal interrupted it.

@@ -27,11 +27,29 @@ constexpr CodeText kVideoMemoryTypes[] = {
 };
 
 constexpr CodeText kChipFormFactors[] = {
-    {2, "SIP"},    {3, "DIP"},   {4, "ZIP"},   {5, "SOJ"},    {6, "Proprietaty"},  // as it has always been
-                                                                                   // shown
-    {7, "SIMM"},   {8, "DIMM"},  {9, "TSOP"},  {10, "PGA"},   {11, "RIMM"},       {12, "SODIMM"},
-    {13, "SRIMM"}, {14, "SMD"},  {15, "SSMP"}, {16, "QFP"},   {17, "TQFP"},       {18, "SOIC"},
-    {19, "LCC"},   {20, "PLCC"}, {21, "BGA"},  {22, "FPBGA"}, {23, "LGA"},
+    {2, "SIP"},
+    {3, "DIP"},
+    {4, "ZIP"},
+    {5, "SOJ"},
+    {6, "Proprietaty"},  // as it has always been
+                         // shown
+    {7, "SIMM"},
+    {8, "DIMM"},
+    {9, "TSOP"},
+    {10, "PGA"},
+    {11, "RIMM"},
+    {12, "SODIMM"},
+    {13, "SRIMM"},
+    {14, "SMD"},
+    {15, "SSMP"},
+    {16, "QFP"},
+    {17, "TQFP"},
+    {18, "SOIC"},
+    {19, "LCC"},
+    {20, "PLCC"},
+    {21, "BGA"},
+    {22, "FPBGA"},
+    {23, "LGA"},
 };
 
 using Device = _ZYMDB_GPU_Device;
@@ -60,18 +78,6 @@ constexpr Column kChipColumns[] = {
     ZYMDB_FIELD(Chip, GPUChipDataWidth),
 };
 
-// The hardware id of a function on the bus; 0 when there is none.
-uint32_t hardware_on_bus(_zym_db_handle_t* handle, const Statement<256>& statement, int& status) {
-  Query query(handle, statement);
-  status = query.status();
-  if (!query.has_result()) return 0;
-  status = query.step();
-  if (status != ZYM_DB_STATUS_ROW) return 0;
-  uint32_t hardware_id = 0;
-  status = query.read(0, hardware_id);
-  return status == ZYM_DB_STATUS_OK ? hardware_id : 0;
-}
-
 // Writes one column of the NVIDIA card on a bus. `operation` names the caller in the system log.
 int update_nvidia_card(const char* operation, const char* table, const char* column, const char* text,
                        int bus) {
@@ -81,7 +87,7 @@ int update_nvidia_card(const char* operation, const char* table, const char* col
 
   const Statement<256> statement("select HardwareId from PCIs where BusNo=%d;", bus);
   int status = ZYM_DB_STATUS_OK;
-  const uint32_t hardware_id = hardware_on_bus(handle, statement, status);
+  const uint32_t hardware_id = select_number(handle, statement, status);
   if (hardware_id == 0) {
     syslog(LOG_USER | LOG_ERR, "%s: rc = %d, sql failed. %s\n\n", operation, status,
            static_cast<const char*>(statement));
