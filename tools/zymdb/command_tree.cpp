@@ -52,6 +52,9 @@ void build_command_tree(CommandTree& tree) {
   add_show_processors(tree, show);
   add_show_adapters(tree, show);
   add_show_functions(tree, show);
+  add_show_ports(tree, show);
+  add_link(tree);
+  add_watch(tree);
   add_settings(tree);
   add_completion(tree);
 }

@@ -27,10 +27,13 @@ void build_command_tree(CommandTree& tree);
 void add_init(CommandTree& tree);
 void add_collect(CommandTree& tree);
 void add_completion(CommandTree& tree);
+void add_link(CommandTree& tree);
+void add_watch(CommandTree& tree);
 void add_settings(CommandTree& tree);
 
 void add_show_processors(CommandTree& tree, CLI::App& show);
 void add_show_adapters(CommandTree& tree, CLI::App& show);
+void add_show_ports(CommandTree& tree, CLI::App& show);
 void add_show_functions(CommandTree& tree, CLI::App& show);
 
 // Adds `show LISTING` with the options that all listings share. Returns it for options of its own.

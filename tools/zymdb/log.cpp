@@ -26,10 +26,15 @@ bool wants_everything() {
   return destination != nullptr && std::string_view(destination) == "stderr";
 }
 
+// The library's note on a port that it passes over on its way to the one that was asked for.
+bool is_note(std::string_view line) {
+  return line.starts_with("Find a physical port, ");
+}
+
 void log(bool error, const char* format, std::va_list arguments) {
   const auto line = format_line(format, arguments);
   const std::lock_guard lock(mutex);
-  if (error && first_error.empty()) {
+  if (error && first_error.empty() && !is_note(line)) {
     first_error = line;
   } else if (wants_everything()) {
     complain(line);
