@@ -102,6 +102,24 @@ TEST_F(Settings, AreListedInTheShapeInWhichTheyAreImported) {
   EXPECT_EQ(Json::parse(list({"--json"}).out), listed);
 }
 
+TEST_F(Settings, OfTheExampleServerAreListedByItsFunctions) {
+  const auto file = ZYMDB_SOURCE_DIR "/data/example-server/settings.json";
+  workplace_.collect_example();
+  ASSERT_EQ(workplace_.tool({"settings", "import", file}).out, "6 settings stored\n");
+  for (const auto& setting : Json::parse(read_file(file))) {
+    const auto function = std::to_string(setting.at("PfaKey").get<unsigned>());
+    const auto id = setting.at("SettingID").get<std::string>();
+    const auto listed =
+        Json::parse(workplace_.tool({"settings", "list", function, "--prefix", id, "--json"}).out);
+    ASSERT_EQ(listed.at("settings").size(), 1u) << id;
+    for (const auto& [key, value] : setting.items())
+      EXPECT_EQ(listed.at("settings")[0].at(key), value) << key;
+  }
+  EXPECT_THAT(pending(), ElementsAre("VirtualFunctions.170000 0 16", "WakeOnLan.4b0000 Disabled Enabled"));
+  EXPECT_THAT(table({"settings", "list", "4b:00.0", "--flagged", "--columns", "SETTING", "--no-headings"}),
+              ElementsAre("BootProtocol.4b0000", "BootVlan.4b0000", "WakeOnLan.4b0000"));
+}
+
 TEST_F(Settings, MayLeaveOutWhatIsEmpty) {
   given(R"([{"SettingID": "A", "PfaKey": 3866624, "ShortDesc": null}])");
   const auto setting = Json::parse(list({"--json"}).out).at("settings")[0];

@@ -11,8 +11,8 @@ namespace {
 constexpr char kFooter[] =
     "Examples:\n"
     "  zymdb settings import adapters.json\n"
-    "  zymdb settings list 3b:00.0 --prefix NicBootMode\n"
-    "  zymdb settings set NicBootMode.1=Pxe NicSpeed.1=25G\n"
+    "  zymdb settings list 4b:00.0 --prefix Boot\n"
+    "  zymdb settings set BootProtocol.4b0000=PXE BootVlan.4b0000=40\n"
     "  zymdb settings pending";
 
 }  // namespace

@@ -19,7 +19,7 @@ constexpr char kFooter[] =
     "\n"
     "Examples:\n"
     "  zymdb settings import adapters.json\n"
-    "  zymdb settings list 3b:00.0 --json | jq .settings >kept.json";
+    "  zymdb settings list 4b:00.0 --json | jq .settings >kept.json";
 
 void store(const std::vector<SettingRecord>& settings) {
   const ParsingMarker marker;

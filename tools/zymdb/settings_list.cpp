@@ -15,9 +15,9 @@ constexpr char kAction[] = "read the settings";
 constexpr std::size_t kLongestPrefix = 86;
 
 constexpr char kExamples[] =
-    "  zymdb settings list 3b:00.0\n"
-    "  zymdb settings list 0x003b0000 --prefix NicBootMode --columns SETTING,CURRENT,CHOICES\n"
-    "  zymdb settings list 3b:00.0 --flagged --json | jq '.settings[].SettingID'";
+    "  zymdb settings list 4b:00.0\n"
+    "  zymdb settings list 0x004b0000 --prefix Boot --columns SETTING,CURRENT,CHOICES\n"
+    "  zymdb settings list 4b:00.0 --flagged --json | jq '.settings[].SettingID'";
 
 struct Columns {
   Column<SettingRecord> all[std::size(kSettingFields)];
@@ -99,7 +99,7 @@ void add_settings_list(CommandTree& tree, CLI::App& settings) {
   auto& command = add_listing(tree, settings, std::move(listing), kExamples);
   command
       .add_option("FUNCTION", choice->function,
-                  "Address of the function (3b:00.0) or its key (0x003b0000), as the settings' PfaKey")
+                  "Address of the function (4b:00.0) or its key (0x004b0000), as the settings' PfaKey")
       ->required()
       ->type_name("");
   command.add_option("--prefix", choice->prefix, "Only settings whose id begins so; % and _ stand for any")

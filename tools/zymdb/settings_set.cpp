@@ -22,8 +22,8 @@ constexpr char kFooter[] =
     "each. Nothing is changed unless all of the settings exist. What the manager refuses stays pending.\n"
     "\n"
     "Examples:\n"
-    "  zymdb settings set NicBootMode.1=Pxe\n"
-    "  zymdb settings set NicBootMode.1=Pxe NicSpeed.1=25G";
+    "  zymdb settings set BootProtocol.4b0000=PXE\n"
+    "  zymdb settings set BootProtocol.4b0000=PXE BootVlan.4b0000=40";
 
 // The id as it stands in the entry, which cannot hold longer ones.
 std::string id_of(const Entry& entry) {
