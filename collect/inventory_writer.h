@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "collector.h"
-#include "inventory_rows.h"
+#include "table_content.h"
 #include "zymdb_db.h"
 
 namespace zymdb::collect {

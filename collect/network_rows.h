@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "inventory_rows.h"
 #include "machine.h"
 #include "network_port.h"
+#include "table_content.h"
 
 namespace zymdb::collect {
 

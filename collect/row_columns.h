@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "inventory_rows.h"
+#include "table_content.h"
 
 namespace zymdb::collect {
 
@@ -22,6 +22,12 @@ Value number_or_null(const std::optional<T>& number) {
   return number ? Value::number(*number) : Value();
 }
 
+// The host is one node.
+template <typename Record>
+Value only_node(const Record&) {
+  return Value::number(0);
+}
+
 inline Value text_or_null(const std::optional<std::string>& text) {
   return text ? Value::text(*text) : Value();
 }
@@ -32,6 +38,12 @@ TableContent make_content(const char* table, const Column<Record> (&columns)[N])
   content.table = table;
   for (const auto& column : columns) content.columns.push_back(column.spec);
   return content;
+}
+
+// Rows whose `column` says so belong to other writers.
+inline void set_owner(TableContent& content, const char* column, bool (*is_foreign)(const std::string*)) {
+  content.owner_column = column;
+  content.is_foreign = is_foreign;
 }
 
 template <typename Record, std::size_t N>
