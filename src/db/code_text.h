@@ -25,8 +25,9 @@ inline const char* text_of(std::span<const CodeText> table, uint32_t code, const
 // Copies a text into a field, cut to fit; the rest of the field becomes NUL.
 template <size_t N>
 void copy_text(char (&field)[N], const char* text) {
-  std::strncpy(field, text, N - 1);
-  field[N - 1] = '\0';
+  const size_t length = strnlen(text, N - 1);
+  std::memcpy(field, text, length);
+  std::memset(field + length, 0, N - length);
 }
 
 }  // namespace zymdb

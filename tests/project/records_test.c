@@ -8,6 +8,7 @@
 #include "zymdb_network.h"
 #include "zymdb_pci.h"
 #include "zymdb_pci_settings.h"
+#include "zymdb_storage.h"
 
 #define SIZE(RECORD, BYTES) static_assert(sizeof(RECORD) == (BYTES), #RECORD)
 #define AT(RECORD, FIELD, OFFSET) static_assert(offsetof(RECORD, FIELD) == (OFFSET), #RECORD "." #FIELD)
@@ -363,6 +364,38 @@ AT(_ZYMDB_Retimer_Update_Req, Byte3, 138);
 SIZE(_ZYMDB_Retimer_Progress, 8);
 AT(_ZYMDB_Retimer_Progress, Stage, 0);
 AT(_ZYMDB_Retimer_Progress, Progress, 4);
+SIZE(_ZYMDB_AimDisk, 360);
+AT(_ZYMDB_AimDisk, PCIFuncKey, 0);
+AT(_ZYMDB_AimDisk, SlotNo, 4);
+AT(_ZYMDB_AimDisk, CtrlType, 6);
+AT(_ZYMDB_AimDisk, BayNo, 8);
+AT(_ZYMDB_AimDisk, LocationId, 10);
+AT(_ZYMDB_AimDisk, DriveTypeId, 11);
+AT(_ZYMDB_AimDisk, Presence, 12);
+AT(_ZYMDB_AimDisk, FormFactor, 16);
+AT(_ZYMDB_AimDisk, HealthStatusId, 20);
+AT(_ZYMDB_AimDisk, Location, 21);
+AT(_ZYMDB_AimDisk, DisplayType, 38);
+AT(_ZYMDB_AimDisk, MediaType, 55);
+AT(_ZYMDB_AimDisk, MediaValue, 72);
+AT(_ZYMDB_AimDisk, FruNo, 74);
+AT(_ZYMDB_AimDisk, PartNo, 107);
+AT(_ZYMDB_AimDisk, SerialNo, 140);
+AT(_ZYMDB_AimDisk, Model, 173);
+AT(_ZYMDB_AimDisk, UUID, 238);
+AT(_ZYMDB_AimDisk, Manufacture, 303);
+AT(_ZYMDB_AimDisk, FwVersion, 320);
+AT(_ZYMDB_AimDisk, Capacity, 337);
+AT(_ZYMDB_AimDisk, SFlags, 354);
+AT(_ZYMDB_AimDisk, Warning, 355);
+AT(_ZYMDB_AimDisk, Temperature, 356);
+AT(_ZYMDB_AimDisk, RemainLife, 357);
+AT(_ZYMDB_AimDisk, InfoMask, 358);
+
+SIZE(_ZYMDB_AimDisk_List, 16);
+AT(_ZYMDB_AimDisk_List, count, 0);
+AT(_ZYMDB_AimDisk_List, disks, 8);
+
 #endif
 
 /* Byte-packed: the same with every pointer width. */

@@ -6,6 +6,7 @@
 
 #include "platform/bios_configuration.h"
 #include "platform/platform_tables.h"
+#include "platform/property_database.h"
 #include "platform/ruvo_log.h"
 
 using scripted::Answer;
@@ -46,6 +47,7 @@ namespace {
 
 Client* current = nullptr;
 _zym_db_handle_t the_handle;
+_zym_db_handle_t the_properties;
 
 std::string text_or_null(const char* text) {
   return text != nullptr ? text : "NULL";
@@ -144,7 +146,7 @@ ClientTest::ClientTest() {
 }
 
 ClientTest::~ClientTest() {
-  EXPECT_EQ(client().live_objects, 0) << "results or value sets were not freed";
+  EXPECT_EQ(client().live_objects, 0) << "results, value sets or connections were not freed";
   delete current;
   current = nullptr;
 }
@@ -157,10 +159,27 @@ _zym_db_handle_t* get_dmdb_handle(void) {
   return client().has_database ? &the_handle : nullptr;
 }
 
-int zym_db_query(_zym_db_handle_t*, const char* table, const char* const* columns, int ncolumns,
+_zym_db_handle_t* zym_db_open(const char* host, const char* user, const char* password, const char* database,
+                              int flags) {
+  const std::string arguments = std::string(database) + " of " + user + ":" + password + "@" + host;
+  EXPECT_EQ(flags, 0);
+  if (client().called("open", arguments) != 0 || !client().has_properties) return nullptr;
+  ++client().live_objects;
+  return &the_properties;
+}
+
+int zym_db_close(_zym_db_handle_t* handle) {
+  EXPECT_EQ(handle, &the_properties);
+  client().calls.push_back("close");
+  --client().live_objects;
+  return ZYM_DB_STATUS_OK;
+}
+
+int zym_db_query(_zym_db_handle_t* handle, const char* table, const char* const* columns, int ncolumns,
                  const char* where, const _zym_db_param_t* params, int nparams, int reserved,
                  zym_db_result_t** result) {
   EXPECT_EQ(reserved, 0);
+  EXPECT_EQ(handle == &the_properties, std::strcmp(table, "propertiesDCTbl") == 0) << table;
   std::string list;
   for (int i = 0; i < ncolumns; ++i) list += (i == 0 ? "" : ",") + std::string(columns[i]);
   if (columns == nullptr) list = "*";
@@ -332,6 +351,26 @@ int ptables_lookup_platform_direct(const ptables_t*, ptables_platform_t* platfor
 }
 void ptables_free(ptables_t*) {
   client().calls.push_back("ptables_free");
+}
+
+namespace {
+
+template <class Number>
+int read_property(const char* operation, const char* path, Number* value) {
+  if (const int failure = client().called(operation, path); failure != 0) return failure;
+  const auto property = client().properties.find(path);
+  if (property == client().properties.end()) return ZYM_DB_STATUS_NOT_FOUND;
+  *value = static_cast<Number>(property->second);
+  return ZYM_DB_STATUS_OK;
+}
+
+}  // namespace
+
+int propdb_get_dword(const char* path, unsigned int* value) {
+  return read_property("propdb_get_dword", path, value);
+}
+int propdb_get_byte(const char* path, unsigned char* value) {
+  return read_property("propdb_get_byte", path, value);
 }
 
 int cmr_api_initialize() {

@@ -56,6 +56,9 @@ class Client {
   bool has_database = true;
   bool has_values = true;  // whether a value set can be had
 
+  bool has_properties = true;                  // whether the property database can be opened
+  std::map<std::string, uint32_t> properties;  // those that are read by path
+
   // Queries are answered in this order; one more than there are answers is a failure of the test.
   std::deque<Answer> answers;
 
@@ -79,7 +82,7 @@ class Client {
   std::vector<std::string> calls;       // every call, with its arguments
   std::vector<std::string> statements;  // the calls that read or write tables
   std::vector<std::string> log;         // "error: …", "info: …", "warning: …"
-  int live_objects = 0;                 // results and value sets not yet freed
+  int live_objects = 0;                 // results, value sets and connections not yet freed
   int status_calls = 0;
 
   // Records a call; the status that the script makes it fail with, or 0.
