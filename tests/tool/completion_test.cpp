@@ -31,7 +31,7 @@ Words complete(const Words& words, const std::filesystem::path& folder = "/") {
 
 TEST(Completion, OffersTheCommands) {
   EXPECT_THAT(complete({""}), UnorderedElementsAre("init", "collect", "show", "settings", "completion",
-                                                   "--help", "--version", "--inventory"));
+                                                   "link", "watch", "--help", "--version", "--inventory"));
   EXPECT_THAT(complete({"co"}), UnorderedElementsAre("collect", "completion"));
   EXPECT_THAT(complete({"show", "a"}), ElementsAre("adapters"));
   EXPECT_THAT(complete({"completion", ""}), Contains("bash"));

@@ -83,7 +83,7 @@ constexpr Column<Logical> kLogicalColumns[] = {
                                                  Shown::kByDefault),
     field<Logical, &Logical::vNICMode>("vNICMode", "VNICMODE", "virtual NIC mode code; 4 when not known"),
     field<Logical, &Logical::vNICModeName>("vNICModeName", "VNIC", "virtual NIC mode"),
-    derived<Logical>("MAXSPEED", "highest speed", Shown::kByDefault, max_speed),
+    derived<Logical>("TOPSPEED", "highest speed", Shown::kByDefault, max_speed),
     field<Logical, &Logical::MaxSpeed>("MaxSpeed", "BITRATE", "highest speed, bit/s; 0 when not known"),
     field<Logical, &Logical::ProtocolType>("ProtocolType", "PROTOCOLTYPE", "interface type number"),
     field<Logical, &Logical::ProtocolTypeName>("ProtocolTypeName", "PROTOCOL", "protocol"),

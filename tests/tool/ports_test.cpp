@@ -1,0 +1,155 @@
+// Network ports as users see them: `show ports`, `show logical-ports` and `link`.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tool/listing_case.h"
+#include "tool/rows.h"
+
+namespace zymdb::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+const ListingCase kPorts{"ports", "zymdb_network.h", "_ZYMDB_PCI_PhysicalPort"};
+const ListingCase kLogicalPorts{"logical-ports", "zymdb_network.h", "_ZYMDB_PCI_LogicalPort"};
+
+// The example server with its ports.
+class Ports : public testing::Test {
+ protected:
+  Ports() {
+    const auto sysfs = workplace_.path("sys").string();
+    EXPECT_EQ(run_program({"python3", ZYMDB_SOURCE_DIR "/data/example-server/ports.py", sysfs}).status, 0);
+    const auto outcome = workplace_.tool(
+        {"collect", "--quiet", "--lspci", example_lspci(), "--smbios", example_smbios(), "--sysfs", sysfs});
+    EXPECT_EQ(outcome.status, 0) << outcome;
+  }
+
+  // One column of the ports that the options select.
+  Words shown(const Words& options, const std::string& column) const {
+    Words command{"show", "ports", "--no-headings", "--columns", column};
+    command.insert(command.end(), options.begin(), options.end());
+    const auto outcome = workplace_.tool(command);
+    EXPECT_EQ(outcome.status, 0) << outcome;
+    Words cells = lines_of(outcome.out);
+    for (auto& cell : cells) cell = stripped(cell);
+    return cells;
+  }
+
+  // What `link` prints, without its headings.
+  std::string link(Words options) const {
+    options.insert(options.begin(), "link");
+    const auto outcome = workplace_.tool(options);
+    EXPECT_EQ(outcome.status, 0) << outcome;
+    EXPECT_THAT(outcome.err, IsEmpty());
+    const auto lines = lines_of(outcome.out);
+    return lines.size() < 2 ? "" : stripped(lines[1]);
+  }
+
+  // A second port of the first fast function, in every table that a port has a row in.
+  void add_second_port() const {
+    insert_row(workplace_, "PCINetwork", {{"PCIFuncKey", 0x170000u}, {"NumberofPhysicalPorts", 1u}});
+    insert_row(workplace_, "PCIPhysicalPort", {{"PCIFuncKey", 0x170000u}, {"Idx", 1u}});
+    insert_row(workplace_, "PCIPhysicalPortStat",
+               {{"PCIFuncKey", 0x170000u}, {"Idx", 1u}, {"LinkStatus", 2u}});
+  }
+
+  Workplace workplace_;
+};
+
+TEST_F(Ports, AreListedFunctionByFunction) {
+  EXPECT_THAT(shown({}, "FUNCTION"), SizeIs(12));
+  EXPECT_THAT(shown({"--function", "17:00.0"}, "ADDRESS"), ElementsAre("B8:CE:F6:00:20:00"));
+  EXPECT_THAT(shown({"--function", "0000:17:00.1"}, "ADDRESS"), ElementsAre("B8:CE:F6:00:20:01"));
+  EXPECT_THAT(shown({"--function", "0x170001"}, "ADDRESS"), ElementsAre("B8:CE:F6:00:20:01"));
+  EXPECT_THAT(shown({"--adapter", "slot 1"}, "SPEED"), ElementsAre("100 Gbit/s", "100 Gbit/s"));
+  EXPECT_THAT(shown({"--adapter", "0x40000"}, "LINK"), ElementsAre("up", "down"));
+  EXPECT_THAT(shown({"--adapter", "slot 2"}, "LINK"), IsEmpty());
+}
+
+TEST_F(Ports, OfAnAdapterThatIsNotThereAreAFailure) {
+  const auto outcome = workplace_.tool({"show", "ports", "--adapter", "slot 99"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("there is no adapter 'slot 99'"));
+}
+
+TEST_F(Ports, OfSomethingThatIsNoFunctionAreWrongUsage) {
+  for (const char* function : {"nonsense", "3b-", "0x", "4294967296", "zz:00.0", "17:00.8"}) {
+    const auto outcome = workplace_.tool({"show", "ports", "--function", function});
+    EXPECT_EQ(outcome.status, 2) << function;
+  }
+}
+
+// Every field of the record, and before them the function that has the port.
+void expect_complete_json(const Workplace& workplace, const ListingCase& listing, std::size_t count) {
+  const auto ports = records(workplace, listing);
+  ASSERT_EQ(ports.size(), count);
+  auto fields = declared_fields(listing);
+  for (const auto& port : ports) {
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : port.items()) keys.push_back(key);
+    EXPECT_EQ(keys.at(0), "PCIFuncKey");
+    keys.erase(keys.begin());
+    EXPECT_THAT(keys, testing::UnorderedElementsAreArray(fields));
+  }
+}
+
+TEST_F(Ports, JsonHasEveryFieldOfTheRecords) {
+  expect_complete_json(workplace_, kPorts, 12);
+  expect_complete_json(workplace_, kLogicalPorts, 12);
+}
+
+TEST_F(Ports, JsonAndTableSayTheSame) {
+  for (const auto& listing : {kPorts, kLogicalPorts}) {
+    const auto ports = records(workplace_, listing);
+    for (const auto& [field, first] : ports.at(0).items()) {
+      const auto cells = column(workplace_, listing, field);
+      ASSERT_EQ(cells.size(), ports.size()) << field;
+      for (std::size_t i = 0; i < cells.size(); ++i)
+        EXPECT_TRUE(shows(cells[i], ports[i].at(field))) << field;
+    }
+  }
+}
+
+TEST_F(Ports, ALinkIsPrintedAndWritten) {
+  EXPECT_EQ(link({"17:00.0"}), "0 up   100 Gbit/s   0   0");
+  EXPECT_EQ(link({"17:00.0", "--set", "status=down", "speed=0"}), "");
+  EXPECT_EQ(link({"17:00.0", "--port", "0"}), "0 down         0   0");
+  EXPECT_EQ(link({"17:00.0", "--set", "tx=30"}), "");
+  EXPECT_EQ(link({"0x170000"}), "0 down        30   0");
+  EXPECT_EQ(link({"17:00.1"}), "0 up   100 Gbit/s   0   0");
+}
+
+TEST_F(Ports, ALinkOfSeveralNeedsItsPort) {
+  add_second_port();
+  const auto outcome = workplace_.tool({"link", "17:00.0"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("see --port"));
+  EXPECT_EQ(link({"17:00.0", "--port", "1"}), "1 down         0   0");
+  EXPECT_EQ(link({"17:00.0", "--port", "1", "--set", "status=7"}), "");
+  EXPECT_EQ(link({"17:00.0", "--port", "1"}), "1 state 7         0   0");
+}
+
+TEST_F(Ports, ALinkThatIsNotThereIsAFailure) {
+  for (const Words& command : {Words{"link", "17:00.0", "--port", "5"}, Words{"link", "00:1f.0"},
+                               Words{"link", "17:00.0", "--port", "5", "--set", "tx=1"}}) {
+    const auto outcome = workplace_.tool(command);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("the inventory has no state of"));
+  }
+}
+
+TEST_F(Ports, WhatALinkCannotBeSetToIsWrongUsageAndWritesNothing) {
+  for (const char* change : {"status", "status=", "status=sideways", "speed=fast", "tx=-1", "rx=1%",
+                             "color=red", "=1", "speed=4294967296"}) {
+    const auto outcome = workplace_.tool({"link", "17:00.0", "--set", "speed=1", change});
+    EXPECT_EQ(outcome.status, 2) << change;
+    EXPECT_THAT(outcome.err, HasSubstr("--set")) << change;
+  }
+  EXPECT_EQ(link({"17:00.0"}), "0 up   100 Gbit/s   0   0");
+}
+
+}  // namespace
+}  // namespace zymdb::test

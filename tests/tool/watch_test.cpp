@@ -1,0 +1,178 @@
+// `watch ports` on a terminal of the test's own and in a file: what it draws, and how it ends.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <utility>
+
+#include "tool/rows.h"
+#include "tool/run_tool.h"
+
+namespace zymdb::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr char kOtherScreen[] = "\033[?1049h";
+constexpr char kFirstScreen[] = "\033[?25h\033[?1049l";
+constexpr char kClear[] = "\033[2J";
+constexpr char kInterrupt[] = "\003";  // Ctrl-C
+
+// The tool on a terminal of 24 lines.
+class Terminal {
+ public:
+  Terminal(const Workplace& workplace, const Words& arguments) {
+    winsize size{24, 100, 0, 0};
+    child_ = forkpty(&master_, nullptr, nullptr, &size);
+    if (child_ == 0) run(workplace, arguments);
+  }
+  ~Terminal() {
+    if (child_ > 0) {
+      kill(child_, SIGKILL);
+      waitpid(child_, nullptr, 0);
+    }
+    close(master_);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  // Everything printed until `text` was; what has come after 20 s when it never is.
+  std::string read_until(const std::string& text) {
+    std::string printed;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (printed.find(text) == std::string::npos && std::chrono::steady_clock::now() < deadline) {
+      pollfd ready{master_, POLLIN, 0};
+      if (poll(&ready, 1, 100) <= 0) continue;
+      char block[4096];
+      const ssize_t count = read(master_, block, sizeof block);
+      if (count <= 0) break;
+      printed.append(block, static_cast<std::size_t>(count));
+    }
+    return printed;
+  }
+
+  void type(const char* keys) {
+    EXPECT_EQ(write(master_, keys, std::strlen(keys)), static_cast<ssize_t>(std::strlen(keys)));
+  }
+
+  void resize(unsigned short lines) {
+    const winsize size{lines, 100, 0, 0};
+    EXPECT_EQ(ioctl(master_, TIOCSWINSZ, &size), 0);
+  }
+
+  int end() {
+    int status = -1;
+    EXPECT_GT(waitpid(std::exchange(child_, -1), &status, 0), 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
+
+  pid_t child() const { return child_; }
+
+ private:
+  [[noreturn]] static void run(const Workplace& workplace, const Words& arguments) {
+    setenv("ZYMDB_INVENTORY", workplace.inventory().c_str(), 1);
+    setenv("TERM", "xterm", 1);
+    std::vector<char*> words{const_cast<char*>(ZYMDB_TOOL)};
+    for (const auto& word : arguments) words.push_back(const_cast<char*>(word.c_str()));
+    words.push_back(nullptr);
+    execv(ZYMDB_TOOL, words.data());
+    _exit(127);
+  }
+
+  int master_ = -1;
+  pid_t child_ = -1;
+};
+
+class Watch : public testing::Test {
+ protected:
+  Watch() {
+    insert_row(workplace_, "PCIs",
+               {{"FunKey", 0x3B0000u}, {"BusNo", 0x3Bu}, {"DeviceNo", 0u}, {"FunctionNo", 0u}});
+    insert_row(workplace_, "PCINetwork", {{"PCIFuncKey", 0x3B0000u}, {"NumberofPhysicalPorts", 2u}});
+    for (const unsigned port : {0u, 1u}) {
+      insert_row(workplace_, "PCIPhysicalPort", {{"PCIFuncKey", 0x3B0000u}, {"Idx", port}});
+      insert_row(workplace_, "PCIPhysicalPortStat",
+                 {{"PCIFuncKey", 0x3B0000u}, {"Idx", port}, {"LinkStatus", 1u}, {"LinkSpeed", 25000u}});
+    }
+  }
+
+  void set_link(const std::string& port, const std::string& change) const {
+    const auto outcome = workplace_.tool({"link", "3b:00.0", "--port", port, "--set", change});
+    EXPECT_EQ(outcome.status, 0) << outcome;
+  }
+
+  Workplace workplace_;
+};
+
+TEST_F(Watch, DrawsTheTableOnceAndThenWhatChanged) {
+  Terminal terminal(workplace_, {"watch", "ports"});
+  const auto first = terminal.read_until("\033[3;1H");
+  EXPECT_THAT(first, StartsWith(kOtherScreen));
+  EXPECT_THAT(first + terminal.read_until("%"), HasSubstr("FUNCTION"));
+  set_link("1", "tx=42");
+  const auto second = terminal.read_until("42");
+  EXPECT_THAT(second, HasSubstr("\033[3;"));
+  EXPECT_THAT(second.substr(second.rfind("\033[3;")), testing::MatchesRegex("\033\\[3;[0-9]+H42"));
+  EXPECT_THAT(second, Not(HasSubstr(kClear)));
+  terminal.type(kInterrupt);
+  EXPECT_THAT(terminal.read_until(kFirstScreen), HasSubstr(kFirstScreen));
+  EXPECT_EQ(terminal.end(), 0);
+}
+
+TEST_F(Watch, EndsCleanlyWhenItIsTerminated) {
+  Terminal terminal(workplace_, {"watch", "ports", "--interval", "3600"});
+  terminal.read_until("25 Gbit/s");
+  kill(terminal.child(), SIGTERM);
+  EXPECT_THAT(terminal.read_until(kFirstScreen), HasSubstr(kFirstScreen));
+  EXPECT_EQ(terminal.end(), 0);
+}
+
+TEST_F(Watch, DrawsEverythingAfterTheTerminalChangedItsSize) {
+  Terminal terminal(workplace_, {"watch", "ports", "--interval", "3600"});
+  terminal.read_until("25 Gbit/s");
+  terminal.resize(2);
+  const auto again = terminal.read_until("0000:3b:00.0");
+  EXPECT_THAT(again, HasSubstr(kClear));
+  terminal.type(kInterrupt);
+  // A terminal of two lines shows the headings and one port.
+  EXPECT_THAT(terminal.read_until(kFirstScreen), Not(HasSubstr("\033[3;")));
+  EXPECT_EQ(terminal.end(), 0);
+}
+
+TEST_F(Watch, BringsTheScreenBackBeforeItFails) {
+  Terminal terminal(workplace_, {"watch", "ports"});
+  terminal.read_until("25 Gbit/s");
+  std::filesystem::remove(workplace_.inventory());
+  write_file(workplace_.inventory(), "not a database any more");
+  const auto end = terminal.read_until("zymdb: ");
+  EXPECT_THAT(end, HasSubstr(kFirstScreen));
+  EXPECT_LT(end.find(kFirstScreen), end.find("zymdb: "));
+  EXPECT_EQ(terminal.end(), 1);
+}
+
+TEST_F(Watch, InAFilePrintsTheTableAnewAfterAChange) {
+  const auto script = std::string("timeout -s INT --preserve-status 4 '") + ZYMDB_TOOL +
+                      "' watch ports & sleep 1.5; '" + ZYMDB_TOOL +
+                      "' link 3b:00.0 --port 0 --set status=down; wait $!";
+  const auto outcome = run_program({"bash", "-c", "set -m; " + script}, workplace_.with_inventory());
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  const auto lines = lines_of(outcome.out);
+  ASSERT_EQ(lines.size(), 7u) << outcome;
+  EXPECT_THAT(lines[0], StartsWith("FUNCTION"));
+  EXPECT_THAT(lines[1], HasSubstr(" up "));
+  EXPECT_EQ(lines[3], "");
+  EXPECT_THAT(lines[5], HasSubstr(" down "));
+  EXPECT_THAT(outcome.out, Not(HasSubstr("\033")));
+}
+
+}  // namespace
+}  // namespace zymdb::test
