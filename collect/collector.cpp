@@ -82,6 +82,7 @@ class Collector {
     function.link = from.link;
     function.parent = from.parent;
     function.numa_node = from.numa_node;
+    function.video_memory = from.video_memory;
     function.vpd = from.vpd;
   }
 
@@ -89,7 +90,7 @@ class Collector {
     if (!sources_.smbios.empty())
       return SmbiosTables::parse_dump(read_source(sources_.smbios), sources_.smbios);
     if (sources_.sysfs.empty()) {
-      note("no source has SMBIOS tables: processors and places of devices are left as they are");
+      note("no source has SMBIOS tables: processors, memory and places of devices are left as they are");
       return std::nullopt;
     }
     const std::string folder = sources_.sysfs + kSmbiosFolder;
@@ -97,7 +98,7 @@ class Collector {
     const auto table = read_attribute(folder + "/DMI");
     if (!entry_point || !table) {
       note("no SMBIOS tables can be read in " + folder +
-           ": processors and places of devices are left as they are");
+           ": processors, memory and places of devices are left as they are");
       return std::nullopt;
     }
     return SmbiosTables::parse(as_bytes(*entry_point), *table, folder + "/DMI");

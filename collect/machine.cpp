@@ -160,7 +160,10 @@ class MachineBuilder {
   explicit MachineBuilder(Findings findings) : findings_(std::move(findings)) {}
 
   Machine build() {
-    if (findings_.smbios) machine_.processors = decode_processors(*findings_.smbios);
+    if (findings_.smbios) {
+      machine_.processors = decode_processors(*findings_.smbios);
+      machine_.memory = decode_memory(*findings_.smbios);
+    }
     if (findings_.functions) {
       drop_silent_functions(*findings_.functions, machine_.notices);
       collect_slots();

@@ -1,4 +1,4 @@
-// The machine model: every PCI function with its keys and its place, and the processors.
+// The machine model: every PCI function with its keys and its place, the processors and the memory.
 #ifndef ZYMDB_COLLECT_MACHINE_H
 #define ZYMDB_COLLECT_MACHINE_H
 
@@ -12,6 +12,7 @@
 #include "slots.h"
 #include "smbios.h"
 #include "smbios_decode.h"
+#include "smbios_memory.h"
 #include "sysfs_pci.h"
 
 namespace zymdb::collect {
@@ -38,6 +39,7 @@ struct Machine {
   std::optional<std::vector<MachineFunction>> functions;  // by key; nothing: not told
   std::vector<Slot> slots;
   std::optional<std::vector<SmbiosProcessor>> processors;  // nothing: not told
+  std::optional<std::vector<SmbiosMemoryDevice>> memory;   // nothing: not told
   std::vector<std::string>
       notices;  // one line each: a function that is left out, a domain or slot renumbered
 

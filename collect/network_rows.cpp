@@ -40,11 +40,6 @@ Value code_text(Code code) {
   return Value::text(std::to_string(static_cast<unsigned>(code)));
 }
 
-// The client puts 32 bits at most: the column makes a number of the text.
-Value wide_number(std::uint64_t number) {
-  return Value::text(std::to_string(number));
-}
-
 // ---- Functions
 
 struct NetworkFunction {

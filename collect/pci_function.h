@@ -64,11 +64,13 @@ struct PciFunction {
   PciLink link;
   std::optional<PciAddress> parent;  // the bridge above, where the system names it
   std::optional<unsigned> numa_node;
-  std::optional<std::string> vpd;  // vital product data as read; empty: there, but not readable
+  std::optional<std::uint64_t> video_memory;  // bytes; of a display controller or processing accelerator
+  std::optional<std::string> vpd;             // vital product data as read; empty: there, but not readable
 
   std::uint8_t base_class() const { return static_cast<std::uint8_t>(class_code >> 16); }
   std::uint8_t subclass() const { return static_cast<std::uint8_t>(class_code >> 8); }
   bool answers() const { return vendor != 0xFFFF; }
+  bool has_video_memory() const { return base_class() == kClassDisplay || base_class() == kClassAccelerator; }
   bool is_bridge() const { return base_class() == kClassBridge || secondary_bus.has_value(); }
 };
 

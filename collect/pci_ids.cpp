@@ -151,6 +151,13 @@ std::string_view PciIds::subclass(std::uint8_t base, std::uint8_t sub) const {
   return find(kSubclass, subclass_key(base, sub));
 }
 
+std::string vendor_name(const PciIds& ids, std::uint16_t vendor) {
+  const std::string_view name = ids.vendor(vendor);
+  const std::size_t open = name.rfind(" [");
+  const bool has_short = open != std::string_view::npos && name.ends_with(']');
+  return std::string(has_short ? name.substr(open + 2, name.size() - open - 3) : short_vendor(name));
+}
+
 std::string card_name(const PciIds& ids, std::uint16_t vendor, std::uint16_t device, std::uint16_t subvendor,
                       std::uint16_t subdevice) {
   if (const auto name = ids.subsystem(vendor, device, subvendor, subdevice); !name.empty()) {

@@ -43,6 +43,10 @@ class PciIds {
   std::array<std::unordered_map<std::uint64_t, std::string_view>, kLevels> names_;
 };
 
+// What people call a vendor: the short name that the list has in brackets, else the name without its legal
+// form. Empty when it is not known.
+std::string vendor_name(const PciIds& ids, std::uint16_t vendor);
+
 // What people call a card: the subsystem's name where the list has it, else vendor and device, with the
 // vendor's legal form left out; "PCI device 15b3:a2d6" without a name. At most 128 bytes.
 std::string card_name(const PciIds& ids, std::uint16_t vendor, std::uint16_t device, std::uint16_t subvendor,

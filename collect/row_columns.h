@@ -3,6 +3,7 @@
 #define ZYMDB_COLLECT_ROW_COLUMNS_H
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -20,6 +21,11 @@ struct Column {
 template <typename T>
 Value number_or_null(const std::optional<T>& number) {
   return number ? Value::number(*number) : Value();
+}
+
+// The client puts 32 bits at most: the column makes a number of the text, where it is one of numbers.
+inline Value wide_number(std::uint64_t number) {
+  return Value::text(std::to_string(number));
 }
 
 // The host is one node.

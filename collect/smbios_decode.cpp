@@ -1,6 +1,6 @@
 #include "smbios_decode.h"
 
-#include <algorithm>
+#include "smbios_fields.h"
 
 namespace zymdb::collect {
 namespace {
@@ -16,23 +16,6 @@ constexpr std::uint16_t kNoHandle = 0xFFFF;
 
 // Offsets of the handles of a processor's caches, by level.
 constexpr std::size_t kCacheHandles[] = {0x1A, 0x1C, 0x1E};
-
-template <typename Record>
-std::vector<Record> decode_all(const SmbiosTables& tables, std::uint8_t type,
-                               Record (*decode)(const SmbiosTables&, const SmbiosStructure&)) {
-  std::vector<Record> records;
-  for (const auto& structure : tables.structures()) {
-    if (structure.type() == type) records.push_back(decode(tables, structure));
-  }
-  return records;
-}
-
-// A field in which 0 means that nobody knows.
-template <typename T>
-std::optional<T> nonzero(const SmbiosStructure& structure, std::size_t offset) {
-  const auto value = structure.field<T>(offset);
-  return value == T{0} ? std::nullopt : value;
-}
 
 // A cache size: 64 KB steps when the top bit is set; too large for 15 bits, it is in a second field.
 std::optional<std::uint32_t> cache_size(const SmbiosStructure& cache, std::size_t offset,
@@ -54,11 +37,8 @@ SmbiosCache decode_cache(const SmbiosStructure& cache) {
 }
 
 SmbiosCache find_cache(const SmbiosTables& tables, std::uint16_t handle) {
-  const auto& all = tables.structures();
-  const auto found = std::ranges::find_if(all, [handle](const SmbiosStructure& structure) {
-    return structure.type() == kTypeCache && structure.handle() == handle;
-  });
-  return found == all.end() ? SmbiosCache{} : decode_cache(*found);
+  const auto* cache = find_structure(tables, kTypeCache, handle);
+  return cache == nullptr ? SmbiosCache{} : decode_cache(*cache);
 }
 
 // A count of cores or threads; from 255 on it is in a second field.

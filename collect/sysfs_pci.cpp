@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "source_file.h"
+#include "sysfs_gpu.h"
 #include "text.h"
 
 namespace zymdb::collect {
@@ -84,6 +85,7 @@ PciFunction read_function(const fs::path& folder, const PciAddress& address) {
   read_link(path, function.link);
   function.parent = parent_of(folder);
   if (const auto node = read_number(path + "/numa_node")) function.numa_node = static_cast<unsigned>(*node);
+  if (function.has_video_memory()) function.video_memory = read_video_memory(path);
   std::error_code error;
   if (fs::exists(folder / "vpd", error)) function.vpd = read_attribute(path + "/vpd").value_or("");
   return function;
