@@ -28,6 +28,13 @@ int zym_db_commit(_zym_db_handle_t* handle);
 /** Ends the calling thread's transaction and forgets what it wrote. */
 int zym_db_rollback(_zym_db_handle_t* handle);
 
+/**
+ * Adds a column with `size` bytes, which are copied, to a value set.
+ *
+ * @return 0; ZYM_DB_STATUS_INVALID_PARAM for a null pointer or a negative size.
+ */
+int zym_db_content_put_blob(zym_db_content_values_t* values, const char* column, const void* data, int size);
+
 #ifdef __cplusplus
 }
 #endif

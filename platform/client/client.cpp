@@ -176,6 +176,15 @@ int zym_db_content_put_text(zym_db_content_values_t* values, const char* column,
   });
 }
 
+int zym_db_content_put_blob(zym_db_content_values_t* values, const char* column, const void* data, int size) {
+  if (values == nullptr || column == nullptr || data == nullptr || size < 0)
+    return ZYM_DB_STATUS_INVALID_PARAM;
+  return guarded([&] {
+    values->put_blob(column, {static_cast<const char*>(data), static_cast<size_t>(size)});
+    return 0;
+  });
+}
+
 static int put_integer(zym_db_content_values_t* values, const char* column, int64_t value) {
   if (values == nullptr || column == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
   return guarded([&] {

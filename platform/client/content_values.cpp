@@ -8,6 +8,12 @@ void ContentValues::put_text(std::string_view column, std::string_view value) {
   pair.type = Argument::Type::kText;
 }
 
+void ContentValues::put_blob(std::string_view column, std::string_view value) {
+  Pair& pair = pair_of(column);
+  pair.text.assign(value);
+  pair.type = Argument::Type::kBlob;
+}
+
 void ContentValues::put_integer(std::string_view column, int64_t value) {
   Pair& pair = pair_of(column);
   pair.integer = value;
@@ -23,6 +29,11 @@ Argument ContentValues::value(size_t place) const {
   switch (pair.type) {
     case Argument::Type::kText:
       return Argument::of(pair.text);
+    case Argument::Type::kBlob: {
+      Argument argument = Argument::of(pair.text);
+      argument.type = Argument::Type::kBlob;
+      return argument;
+    }
     case Argument::Type::kInteger:
       return Argument::of(pair.integer);
     default:

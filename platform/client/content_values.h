@@ -17,6 +17,7 @@ class ContentValues {
 
   // A later value of a column replaces the earlier one in its place.
   void put_text(std::string_view column, std::string_view value);
+  void put_blob(std::string_view column, std::string_view value);
   void put_integer(std::string_view column, int64_t value);
   void put_null(std::string_view column);
 

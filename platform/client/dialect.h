@@ -22,7 +22,7 @@
 namespace zymdb::client {
 
 struct Argument {
-  enum class Type : uint8_t { kInteger, kReal, kText, kNull, kPlaceholder };
+  enum class Type : uint8_t { kInteger, kReal, kText, kBlob, kNull, kPlaceholder };
 
   Type type = Type::kNull;
   union {

@@ -56,6 +56,10 @@ TEST_F(ArgumentsTest, ValueSetsNeedTheirSetColumnAndText) {
   EXPECT_EQ(zym_db_content_put_uint(nullptr, "a", 1), kInvalid);
   EXPECT_EQ(zym_db_content_put_uchar(nullptr, "a", 1), kInvalid);
   EXPECT_EQ(zym_db_content_put_short_uint(nullptr, "a", 1), kInvalid);
+  EXPECT_EQ(zym_db_content_put_blob(nullptr, "a", "b", 1), kInvalid);
+  EXPECT_EQ(zym_db_content_put_blob(values.get(), nullptr, "b", 1), kInvalid);
+  EXPECT_EQ(zym_db_content_put_blob(values.get(), "a", nullptr, 1), kInvalid);
+  EXPECT_EQ(zym_db_content_put_blob(values.get(), "a", "b", -1), kInvalid);
   EXPECT_EQ(zym_db_content_put_null(nullptr, "a"), kInvalid);
   EXPECT_EQ(zym_db_content_put_null(values.get(), nullptr), kInvalid);
   EXPECT_EQ(zym_db_free_content_values(nullptr), kInvalid);

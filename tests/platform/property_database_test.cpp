@@ -57,6 +57,13 @@ TEST_F(PropertyDatabaseTest, APathIsFoundWhateverItHolds) {
   EXPECT_EQ(byte, 5U);
 }
 
+TEST_F(PropertyDatabaseTest, AValueIsWrittenWithItsZeroBytes) {
+  given_property("/a", {"\0\1\0\2", 4});
+  unsigned int dword = 0;
+  EXPECT_EQ(propdb_get_dword("/a", &dword), 0);
+  EXPECT_EQ(dword, 0x02000100U);
+}
+
 TEST_F(PropertyDatabaseTest, NullArgumentsAreInvalid) {
   unsigned int dword = 0;
   EXPECT_EQ(propdb_get_dword(nullptr, &dword), ZYM_DB_STATUS_INVALID_PARAM);

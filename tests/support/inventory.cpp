@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "zymdb_platform.h"
+
 InventoryTest::InventoryTest() {
   std::string name = (std::filesystem::temp_directory_path() / "zymdb-test-XXXXXX").string();
   if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
@@ -38,6 +40,19 @@ int64_t InventoryTest::given(const char* table, std::initializer_list<Column> ro
   EXPECT_EQ(zym_db_insert(handle, table, values, 0, &id), ZYM_DB_STATUS_OK) << table;
   zym_db_free_content_values(values);
   return id;
+}
+
+void InventoryTest::given_property(const char* path, std::string_view value) {
+  const std::string blob = '\4' + std::string(value);
+  _zym_db_handle_t* const handle = zym_db_open("localhost", "root", "", "propertiesdb", 0);
+  ASSERT_NE(handle, nullptr);
+  zym_db_content_values_t* const values = zym_db_get_content_values(handle);
+  zym_db_content_put_text(values, "propName", path);
+  zym_db_content_put_blob(values, "propValue", blob.data(), static_cast<int>(blob.size()));
+  int64_t id = 0;
+  EXPECT_EQ(zym_db_insert(handle, "propertiesDCTbl", values, 0, &id), ZYM_DB_STATUS_OK) << path;
+  zym_db_free_content_values(values);
+  zym_db_close(handle);
 }
 
 std::string InventoryTest::rows(const char* table, std::initializer_list<const char*> columns,

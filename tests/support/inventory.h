@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <initializer_list>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -41,6 +42,9 @@ class InventoryTest : public testing::Test {
 
   // given("PCIAdapter", {{"PCIKey", 7}, {"CardName", "a card"}, {"ConnectorType", nullptr}});
   static int64_t given(const char* table, std::initializer_list<Column> row);
+
+  // A property of the property database beside the inventory: its value follows a byte that describes it.
+  static void given_property(const char* path, std::string_view value);
 
   // The table's rows, in order of "_id", as one text: "7|a card|NULL\n".
   static std::string rows(const char* table, std::initializer_list<const char*> columns,

@@ -235,6 +235,10 @@ int SqliteSession::bind(sqlite3_stmt* statement, std::span<const Argument> argum
         code = sqlite3_bind_text64(statement, place, argument.text.data(), argument.text.size(),
                                    SQLITE_STATIC, SQLITE_UTF8);
         break;
+      case Argument::Type::kBlob:
+        code =
+            sqlite3_bind_blob64(statement, place, argument.text.data(), argument.text.size(), SQLITE_STATIC);
+        break;
       default:
         code = sqlite3_bind_null(statement, place);
     }
