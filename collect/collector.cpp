@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "db/database_client.h"
+#include "firmware_rows.h"
 #include "inventory_rows.h"
 #include "inventory_writer.h"
 #include "lspci_dump.h"
@@ -17,6 +18,7 @@
 #include "port_context.h"
 #include "smbios.h"
 #include "source_file.h"
+#include "sysfs_firmware.h"
 #include "sysfs_network.h"
 #include "sysfs_pci.h"
 
@@ -25,6 +27,7 @@ namespace {
 
 constexpr char kRunningMachine[] = "/sys";
 constexpr char kSmbiosFolder[] = "/firmware/dmi/tables";
+constexpr char kNvidiaFolder[] = "/proc/driver/nvidia/gpus";
 
 class Collector {
  public:
@@ -38,11 +41,14 @@ class Collector {
     if (!sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
     const Machine machine = build_machine(std::move(findings));
     for (const auto& notice : machine.notices) note(notice);
-    auto tables = inventory_rows(machine, machine.functions ? find_names() : PciIds());
+    const PciIds names = machine.functions ? find_names() : PciIds();
+    auto tables = inventory_rows(machine, names);
     _zym_db_handle_t* handle = get_dmdb_handle();
     if (handle == nullptr) throw WriteError("the inventory cannot be opened");
-    if (machine.functions && !sources_.sysfs.empty())
+    if (machine.functions && !sources_.sysfs.empty()) {
       std::ranges::move(port_rows(handle, machine, sources_.sysfs), std::back_inserter(tables));
+      tables.push_back(component_rows(machine, names, sources_.sysfs));
+    }
     return write_inventory(handle, tables, observer_);
   }
 
@@ -109,6 +115,13 @@ class Collector {
     const auto ports = read_sysfs_ports(sysfs, sysfs == kRunningMachine ? read_ethtool : EthtoolReader());
     if (!ports) return {};
     return network_rows(machine, *ports, read_port_context(handle, machine));
+  }
+
+  static TableContent component_rows(const Machine& machine, const PciIds& names, const std::string& sysfs) {
+    const bool is_running = sysfs == kRunningMachine;
+    const FirmwareDrivers drivers =
+        is_running ? FirmwareDrivers{read_firmware_version, kNvidiaFolder} : FirmwareDrivers{};
+    return firmware_rows(machine, read_sysfs_firmware(sysfs, drivers), names, is_running);
   }
 
   PciIds find_names() const {

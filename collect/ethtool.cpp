@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "text.h"
+
 namespace zymdb::collect {
 namespace {
 
@@ -164,6 +166,14 @@ EthtoolSettings read_ethtool(const std::string& interface) {
   settings.permanent_address = read_permanent_address(kernel);
   read_link_settings(kernel, settings);
   return settings;
+}
+
+std::optional<std::string> read_firmware_version(const std::string& interface) {
+  if (interface.size() >= IFNAMSIZ) return std::nullopt;
+  ethtool_drvinfo driver{};
+  driver.cmd = ETHTOOL_GDRVINFO;
+  if (!Kernel(interface).answers(&driver)) return std::nullopt;
+  return known_text({driver.fw_version, strnlen(driver.fw_version, sizeof driver.fw_version)});
 }
 
 }  // namespace zymdb::collect

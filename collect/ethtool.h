@@ -24,6 +24,9 @@ using EthtoolReader = std::function<EthtoolSettings(const std::string& interface
 // Asks the running kernel. An interface that is not there, or a driver that does not answer, tells nothing.
 EthtoolSettings read_ethtool(const std::string& interface);
 
+// The version of the firmware that an interface's device runs, as its driver tells the running kernel.
+std::optional<std::string> read_firmware_version(const std::string& interface);
+
 // The fastest of the link modes in a bit set of the kernel's numbers for them; nothing when none is known.
 std::optional<std::uint32_t> fastest_mode(std::span<const std::uint32_t> modes);
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "adapter_rows.h"
+#include "firmware_rows.h"
 #include "function_rows.h"
 #include "gpu_rows.h"
 #include "memory_rows.h"
@@ -14,6 +15,7 @@ std::vector<TableContent> inventory_rows(const Machine& machine, const PciIds& n
   std::vector<TableContent> tables;
   if (machine.processors) tables.push_back(processor_rows(*machine.processors));
   if (machine.memory) tables.push_back(memory_rows(*machine.memory));
+  if (machine.firmware) tables.push_back(embedded_firmware_rows(*machine.firmware));
   if (!machine.functions) return tables;
   tables.push_back(function_rows(machine, names));
   for (auto& content : adapter_rows(machine, names)) tables.push_back(std::move(content));

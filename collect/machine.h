@@ -40,6 +40,7 @@ struct Machine {
   std::vector<Slot> slots;
   std::optional<std::vector<SmbiosProcessor>> processors;  // nothing: not told
   std::optional<std::vector<SmbiosMemoryDevice>> memory;   // nothing: not told
+  std::optional<std::vector<SmbiosFirmware>> firmware;     // of the system; nothing: not told
   std::vector<std::string>
       notices;  // one line each: a function that is left out, a domain or slot renumbered
 

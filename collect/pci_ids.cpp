@@ -46,22 +46,6 @@ std::optional<Entry> parse_entry(std::string_view line, std::size_t digits) {
   return Entry{*id, trimmed(line.substr(digits))};
 }
 
-// "Maker, Inc. [Short]" is "Maker".
-std::string_view short_vendor(std::string_view name) {
-  name = trimmed(name.substr(0, name.find(" [")));
-  for (bool again = true; again;) {
-    again = false;
-    for (const std::string_view form : kLegalForms) {
-      if (!name.ends_with(form) || name.size() < form.size() + 2) continue;
-      const std::string_view rest = name.substr(0, name.size() - form.size());
-      if (!rest.ends_with(' ') && !rest.ends_with(',')) continue;
-      name = rest.substr(0, rest.find_last_not_of(", ") + 1);
-      again = true;
-    }
-  }
-  return name;
-}
-
 std::string numeric_name(std::uint16_t vendor, std::uint16_t device) {
   std::array<char, 32> text;
   const int length = std::snprintf(text.data(), text.size(), "PCI device %04x:%04x", vendor, device);
@@ -149,6 +133,21 @@ std::string_view PciIds::base_class(std::uint8_t base) const {
 
 std::string_view PciIds::subclass(std::uint8_t base, std::uint8_t sub) const {
   return find(kSubclass, subclass_key(base, sub));
+}
+
+std::string_view short_vendor(std::string_view name) {
+  name = trimmed(name.substr(0, name.find(" [")));
+  for (bool again = true; again;) {
+    again = false;
+    for (const std::string_view form : kLegalForms) {
+      if (!name.ends_with(form) || name.size() < form.size() + 2) continue;
+      const std::string_view rest = name.substr(0, name.size() - form.size());
+      if (!rest.ends_with(' ') && !rest.ends_with(',')) continue;
+      name = rest.substr(0, rest.find_last_not_of(", ") + 1);
+      again = true;
+    }
+  }
+  return name;
 }
 
 std::string vendor_name(const PciIds& ids, std::uint16_t vendor) {

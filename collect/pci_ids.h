@@ -43,6 +43,9 @@ class PciIds {
   std::array<std::unordered_map<std::uint64_t, std::string_view>, kLevels> names_;
 };
 
+// A vendor's name without its legal form and its short name in brackets: "Maker" of "Maker, Inc. [Short]".
+std::string_view short_vendor(std::string_view name);
+
 // What people call a vendor: the short name that the list has in brackets, else the name without its legal
 // form. Empty when it is not known.
 std::string vendor_name(const PciIds& ids, std::uint16_t vendor);

@@ -5,6 +5,7 @@
 namespace zymdb::collect {
 namespace {
 
+constexpr std::uint8_t kTypeFirmware = 0;
 constexpr std::uint8_t kTypeProcessor = 4;
 constexpr std::uint8_t kTypeCache = 7;
 constexpr std::uint8_t kTypeSlot = 9;
@@ -13,6 +14,7 @@ constexpr std::uint8_t kTypeOnboardDevice = 41;
 constexpr std::uint8_t kFamilyInSecondField = 0xFE;
 constexpr std::uint8_t kCountInSecondField = 0xFF;
 constexpr std::uint16_t kNoHandle = 0xFFFF;
+constexpr std::uint8_t kNoRelease = 0xFF;
 
 // Offsets of the handles of a processor's caches, by level.
 constexpr std::size_t kCacheHandles[] = {0x1A, 0x1C, 0x1E};
@@ -110,7 +112,26 @@ SmbiosOnboardDevice decode_onboard_device(const SmbiosTables&, const SmbiosStruc
   return {.designation = structure.text(0x04), .address = pci_address(structure, 0x07)};
 }
 
+std::optional<std::uint8_t> release(const SmbiosStructure& structure, std::size_t offset) {
+  const auto number = structure.field<std::uint8_t>(offset);
+  return number == kNoRelease ? std::nullopt : number;
+}
+
+SmbiosFirmware decode_one_firmware(const SmbiosTables&, const SmbiosStructure& structure) {
+  return {.vendor = structure.text(0x04),
+          .version = structure.text(0x05),
+          .release_date = structure.text(0x08),
+          .major_release = release(structure, 0x14),
+          .minor_release = release(structure, 0x15),
+          .controller_major_release = release(structure, 0x16),
+          .controller_minor_release = release(structure, 0x17)};
+}
+
 }  // namespace
+
+std::vector<SmbiosFirmware> decode_firmware(const SmbiosTables& tables) {
+  return decode_all(tables, kTypeFirmware, decode_one_firmware);
+}
 
 std::vector<SmbiosProcessor> decode_processors(const SmbiosTables& tables) {
   return decode_all(tables, kTypeProcessor, decode_processor);

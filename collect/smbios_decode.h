@@ -64,6 +64,18 @@ struct SmbiosOnboardDevice {
   std::optional<PciAddress> address;
 };
 
+// The firmware of the system (type 0). Releases are unknown where SMBIOS has no number for them.
+struct SmbiosFirmware {
+  std::optional<std::string> vendor;
+  std::optional<std::string> version;
+  std::optional<std::string> release_date;
+  std::optional<std::uint8_t> major_release;
+  std::optional<std::uint8_t> minor_release;
+  std::optional<std::uint8_t> controller_major_release;  // of the embedded controller's firmware
+  std::optional<std::uint8_t> controller_minor_release;
+};
+
+std::vector<SmbiosFirmware> decode_firmware(const SmbiosTables& tables);
 std::vector<SmbiosProcessor> decode_processors(const SmbiosTables& tables);
 std::vector<SmbiosSlot> decode_slots(const SmbiosTables& tables);
 std::vector<SmbiosOnboardDevice> decode_onboard_devices(const SmbiosTables& tables);
