@@ -156,6 +156,9 @@ class SettingList : public SettingQueries {
     return zymdb_get_pci_configSet_list(7, "A.", expected, records_.data(), flagged_only, &filled_);
   }
 
+  // By value: the record is packed.
+  uint32_t flags(size_t slot) const { return records_[slot].Flags; }
+
   std::vector<Setting> records_{5};
   uint16_t filled_ = kUntouched;
 };
@@ -209,8 +212,8 @@ TEST_F(SettingList, ARowWithoutFlagsIsLeftOutAndItsSlotReused) {
   answer({unreadable, row(4), unreadable});
   EXPECT_EQ(list(0, 3), ZYM_DB_STATUS_OK);
   EXPECT_EQ(filled_, 1u);
-  EXPECT_EQ(records_[0].Flags, 4u);
-  EXPECT_EQ(records_[1].Flags, 0x99u) << "a read that fails leaves it";
+  EXPECT_EQ(flags(0), 4u);
+  EXPECT_EQ(flags(1), 0x99u) << "a read that fails leaves it";
 }
 
 TEST_F(SettingList, FlaggedOnlyKeepsTheRowsWithBitOne) {
@@ -218,9 +221,9 @@ TEST_F(SettingList, FlaggedOnlyKeepsTheRowsWithBitOne) {
   answer(rows);
   EXPECT_EQ(list(1, 5), ZYM_DB_STATUS_OK);
   EXPECT_EQ(filled_, 2u);
-  EXPECT_EQ(records_[0].Flags, 2u);
-  EXPECT_EQ(records_[1].Flags, 7u);
-  EXPECT_EQ(records_[2].Flags, 0xFFFFFFFDu) << "the flags of a row left out stand in the next free slot";
+  EXPECT_EQ(flags(0), 2u);
+  EXPECT_EQ(flags(1), 7u);
+  EXPECT_EQ(flags(2), 0xFFFFFFFDu) << "the flags of a row left out stand in the next free slot";
   EXPECT_STREQ(records_[2].SettingID, "");
 }
 

@@ -31,6 +31,9 @@ class SavedSettings : public Settings {
     return entry;
   }
 
+  // By value: the entry is packed.
+  static uint32_t result_of(const ZYMDB_PCI_Config_Set& entry) { return entry.Result; }
+
   static std::string pending() { return rows("PCISetting", {"SettingID", "PendingValue"}); }
 
   _zym_db_handle_t* properties_;
@@ -41,8 +44,8 @@ TEST_F(SavedSettings, ArePendingAndDoNotChangeWhatIsInForce) {
   EXPECT_EQ(zymdb_save_pci_configSet_list(list, 2), ZYM_DB_STATUS_OK);
   EXPECT_EQ(rows("PCISetting", {"SettingID", "CurrentValue", "PendingValue"}),
             "A.x|old|new\nB.y|old|old\nC.z|old|7\n");
-  EXPECT_EQ(list[0].Result, 0u);
-  EXPECT_EQ(list[1].Result, 0u);
+  EXPECT_EQ(result_of(list[0]), 0u);
+  EXPECT_EQ(result_of(list[1]), 0u);
 }
 
 TEST_F(SavedSettings, WithTheValueTheyHaveAreNotWritten) {
@@ -65,9 +68,9 @@ TEST_F(SavedSettings, RefusedByTheManagerKeepTheirPendingValues) {
   given_attribute("C.z");
   ZYMDB_PCI_Config_Set list[] = {entry("A.x", "1"), entry("B.y", "2"), entry("C.z", "3")};
   EXPECT_EQ(zymdb_save_pci_configSet_list(list, 3), ZYMDB_PCI_SETTING_BIOS_SET_FAIL);
-  EXPECT_EQ(list[0].Result, 0u);
-  EXPECT_EQ(list[1].Result, uint32_t{ZYM_DB_STATUS_NOT_FOUND});
-  EXPECT_EQ(list[2].Result, 0u);
+  EXPECT_EQ(result_of(list[0]), 0u);
+  EXPECT_EQ(result_of(list[1]), uint32_t{ZYM_DB_STATUS_NOT_FOUND});
+  EXPECT_EQ(result_of(list[2]), 0u);
   EXPECT_EQ(pending(), "A.x|1\nB.y|2\nC.z|3\n");
 }
 
@@ -75,7 +78,7 @@ TEST_F(SavedSettings, WithAnUnknownOneAmongThemChangeNothing) {
   ZYMDB_PCI_Config_Set list[] = {entry("A.x", "1"), entry("no such setting", "2"), entry("C.z", "3")};
   EXPECT_EQ(zymdb_save_pci_configSet_list(list, 3), ZYMDB_PCI_SETTING_ID_NOEXIT);
   EXPECT_EQ(pending(), "A.x|old\nB.y|old\nC.z|old\n");
-  EXPECT_EQ(list[0].Result, 0xABCDEF01u);
+  EXPECT_EQ(result_of(list[0]), 0xABCDEF01u);
 }
 
 TEST_F(SavedSettings, WithAQuoteInTheIdOrTheValueChangeNothing) {

@@ -82,7 +82,7 @@ TEST_F(Settings, WithANegativeNumberAreStoredSoAndWrittenEachTime) {
   EXPECT_EQ(rows("PCISetting", {"Mininstances"}), "-1\n");
   EXPECT_EQ(rewritten_by(setting), 1);
   EXPECT_EQ(rewritten_by(setting), 1);
-  EXPECT_EQ(read(kFunction)[0].Mininstances, -1);
+  EXPECT_EQ(int32_t{read(kFunction)[0].Mininstances}, -1);
 }
 
 TEST_F(Settings, ComeUnderTheKeysOfTheirAdapters) {
