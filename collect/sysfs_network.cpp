@@ -28,10 +28,14 @@ bool is_representor(std::string_view port_name) {
   return has("pf") || has("vf") || has("sf");
 }
 
+// A port's index has 16 bits.
+std::optional<unsigned> index_from(std::optional<std::uint64_t> number) {
+  return number && *number <= UINT16_MAX ? std::optional(static_cast<unsigned>(*number)) : std::nullopt;
+}
+
 std::optional<unsigned> port_number(std::string_view port_name) {
   if (port_name.starts_with('p')) port_name.remove_prefix(1);
-  const auto number = leading_number(port_name);
-  return number ? std::optional(static_cast<unsigned>(*number)) : std::nullopt;
+  return index_from(leading_number(port_name));
 }
 
 template <class Number>
@@ -75,8 +79,8 @@ std::optional<NetworkInterface> read_interface(const fs::path& folder, const Eth
   if (!function || is_representor(port_name) || (type != kEthernet && type != kInfiniBand))
     return std::nullopt;
   NetworkInterface interface {
-    folder.filename().string(), number_of<unsigned>(folder / "dev_port").value_or(0), port_number(port_name),
-    {}
+    folder.filename().string(), index_from(read_number((folder / "dev_port").string())).value_or(0),
+        port_number(port_name), {}
   };
   NetworkPort& port = interface.port;
   port.function = *function;

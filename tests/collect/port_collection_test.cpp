@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <map>
 #include <string>
@@ -216,6 +218,36 @@ TEST_F(PortCollection, WithoutASourceThatTellsOfThemStayAsTheyAre) {
   EXPECT_EQ(collect().count("PCIPhysicalPort"), 0U);
   EXPECT_EQ(physical_port(kFastCard).LinkStatus, 1U);
 }
+
+// The recorded machines' trees, unpacked; without recordings there is the example server above.
+class RecordedPorts : public InventoryTest, public testing::WithParamInterface<RecordedFile> {};
+
+TEST_P(RecordedPorts, AreTheInterfacesOfNetworkFunctions) {
+  const TemporaryFolder folder;
+  output_of("tar xf '" + GetParam().path + "' -C '" + folder.path().string() + "' 2>/dev/null; true");
+  const std::string roots =
+      output_of("find '" + folder.path().string() + "' -type d -name sys -path '*/sys'");
+  for (const auto& root : lines_of(roots)) {
+    if (!std::filesystem::exists(root + "/class/net")) continue;
+    ASSERT_TRUE(collect_inventory({.lspci = {}, .smbios = {}, .sysfs = root}).ok());
+    // What `find` sees: Ethernet interfaces in the folder of a PCI function of class 02.
+    const std::string listed = output_of("cd '" + root +
+                                         "'/class/net && for i in *; do d=$(readlink -f $i/device); "
+                                         "grep -q '^0x02' \"$d/class\" 2>/dev/null && grep -qx 1 $i/type && "
+                                         "cat $i/address; done | sort; true");
+    std::string expected;
+    for (const char c : listed) expected += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    std::vector<std::string> stored = lines_of(rows("PCIPhysicalPort", {"PermanentAddress"},
+                                                    "PCIFuncKey IN (SELECT PCIFuncKey FROM PCILogicalPort "
+                                                    "WHERE LinkTechnology='2')"));
+    std::ranges::sort(stored);
+    EXPECT_EQ(stored, lines_of(expected));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Machines, RecordedPorts, testing::ValuesIn(recorded_sysfs_archives()),
+                         [](const auto& machine) { return machine.param.name; });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RecordedPorts);
 
 TEST(Utilisation, IsInPercentOfWhatTheLinkCarries) {
   struct Case {

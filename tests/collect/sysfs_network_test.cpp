@@ -153,6 +153,11 @@ TEST_F(SysfsPorts, WithOneNumberForAllAreToldApartByTheirNames) {
   EXPECT_THAT(indices(), ElementsAre(0, 1, 2));
 }
 
+TEST_F(SysfsPorts, ANumberThatNoIndexHoldsIsNone) {
+  device(kCard, "net", "eth0", ethernet({{"dev_port", "4294967295"}, {"phys_port_name", "p65536"}}));
+  EXPECT_THAT(indices(), ElementsAre(0));
+}
+
 TEST_F(SysfsPorts, WhatHasNoPortOfItsOwnIsLeftOut) {
   device("virtual", "net", "bond0", ethernet());
   device(kCard, "net", "eth0_0", ethernet({{"phys_port_name", "pf0vf0"}}));
