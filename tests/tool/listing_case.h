@@ -27,6 +27,7 @@ inline const ListingCase kListings[] = {
     {"processors", "zymdb_cpu_mem.h", "_ZYMDB_Processor"},
     {"adapters", "zymdb_pci.h", "_ZYMDB_PCI_Adapter"},
     {"functions", "zymdb_pci.h", "_ZYMDB_PCI_Generic"},
+    {"memory", "zymdb_cpu_mem.h", "_ZYMDB_Memory"},
 };
 
 // The fields of the record in the order of its declaration.

@@ -110,6 +110,7 @@ struct Listing {
   std::string description;
   std::vector<ColumnInfo> columns;
   std::function<Sheet(const Selection&)> read;  // reads the records, and of them only what is selected
+  bool is_stored = true;                        // in the inventory; else it is read without one
   std::string command = name;                   // the subcommand, where it has another name
 };
 

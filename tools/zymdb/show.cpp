@@ -17,7 +17,7 @@ struct ShowOptions {
 
 Sheet read_sheet(const Listing& listing, const Selection& selection) {
   const auto action = "read the " + listing.name;
-  open_inventory();
+  if (listing.is_stored) open_inventory();
   auto sheet = listing.read(selection);
   require_no_logged_error(action);
   return sheet;

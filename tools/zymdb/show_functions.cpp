@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -6,9 +5,8 @@
 #include "collect/pci_ids.h"
 #include "collect/source_file.h"
 #include "commands.h"
-#include "inventory.h"
+#include "functions.h"
 #include "pci_text.h"
-#include "zymdb_pci.h"
 
 namespace zymdb::tool {
 namespace {
@@ -48,13 +46,8 @@ struct Record : _ZYMDB_PCI_Generic {
   Names* names = nullptr;
 };
 
-std::uint32_t function_key(const Record& function) {
-  return std::uint32_t{function.SegNo} << 24 | std::uint32_t{function.BusNo} << 16 |
-         std::uint32_t{function.DeviceNo} << 8 | function.FunctionNo;
-}
-
 Value address(const Record& function) {
-  return address_text(function_key(function));
+  return address_text(key_of(function));
 }
 
 Value bridge(const Record& function) {
@@ -156,14 +149,8 @@ constexpr Column<Record> kColumns[] = {
 };
 
 std::vector<Record> read_functions(Names& names) {
-  _ZYMDB_PCI_Generic_List list{};
-  const int status = zymdb_get_pci_generic_info_list(&list, nullptr);
-  const auto generic = take_array(list.items, list.count);
-  require_status(status, "read the functions");
   std::vector<Record> functions;
-  for (const auto& function : generic) functions.push_back({function, &names});
-  std::sort(functions.begin(), functions.end(),
-            [](const Record& a, const Record& b) { return function_key(a) < function_key(b); });
+  for (const auto& function : all_functions("read the functions")) functions.push_back({function, &names});
   return functions;
 }
 

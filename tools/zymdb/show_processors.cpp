@@ -1,7 +1,5 @@
-#include <algorithm>
-
 #include "commands.h"
-#include "inventory.h"
+#include "records_by_id.h"
 #include "zymdb_cpu_mem.h"
 
 namespace zymdb::tool {
@@ -81,23 +79,11 @@ constexpr Column<Record> kColumns[] = {
 };
 
 std::vector<Record> read_processors() {
-  const std::string action = "read the processors";
-  _ZYMDB_Processor_List list{};
-  const int status = zymdb_get_processor_list(&list);
-  auto ids = take_array(list.ids, list.count);
-  require_status(status, action);
-  std::sort(ids.begin(), ids.end());
-  std::vector<Record> processors;
-  for (const auto id : ids) {
-    Record processor{};
+  const auto read = [](Record& processor, std::uint32_t id) {
     processor._id = id;
-    const int read = zymdb_get_processor(&processor);
-    // A processor that was removed since it was listed is no failure; one that cannot be read is logged.
-    if (read == ZYM_DB_STATUS_ERROR) continue;
-    require_status(read, action);
-    processors.push_back(processor);
-  }
-  return processors;
+    return zymdb_get_processor(&processor);
+  };
+  return read_records_by_id<Record>(zymdb_get_processor_list, read, "read the processors");
 }
 
 }  // namespace
