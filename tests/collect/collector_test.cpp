@@ -86,10 +86,14 @@ TEST_F(CollectorTest, FillsTheInventoryWithTheExampleServer) {
   ASSERT_TRUE(summary.ok()) << summary.error;
   EXPECT_THAT(notices_, IsEmpty());
   EXPECT_EQ(counts(summary), (std::map<std::string, std::string>{{"Processor", "2/0/0/0"},
+                                                                 {"Memory", "32/0/0/0"},
+                                                                 {"EmbeddedDeviceFirmware", "1/0/0/0"},
                                                                  {"PCIs", "58/0/0/0"},
                                                                  {"PCIAdapter", "24/0/0/0"},
                                                                  {"PCIMisc", "24/0/0/0"},
-                                                                 {"VPDs", "0/0/0/0"}}));
+                                                                 {"VPDs", "0/0/0/0"},
+                                                                 {"PCIGPU", "3/0/0/0"},
+                                                                 {"PCIGPUChip", "3/0/0/0"}}));
 }
 
 TEST_F(CollectorTest, IsReadBackThroughTheLibrary) {
@@ -212,7 +216,9 @@ TEST_F(CollectorTest, WithoutPciFunctionsKeepsThem) {
   sources_.lspci.clear();
   const auto summary = collect();
   EXPECT_THAT(notices_, ElementsAre(HasSubstr("no source describes PCI functions")));
-  EXPECT_EQ(counts(summary), (std::map<std::string, std::string>{{"Processor", "0/0/0/2"}}));
+  EXPECT_EQ(counts(summary),
+            (std::map<std::string, std::string>{
+                {"Processor", "0/0/0/2"}, {"Memory", "0/0/0/32"}, {"EmbeddedDeviceFirmware", "0/0/0/1"}}));
   EXPECT_NE(rows("PCIs", {"FunKey"}), "");
 }
 
@@ -258,8 +264,9 @@ TEST_F(CollectorTest, ReportsItsProgressFromFirstToLast) {
   std::vector<std::pair<std::size_t, std::size_t>> steps;
   collect_inventory(
       sources_, {.notice = {}, .progress = [&](auto done, auto total) { steps.emplace_back(done, total); }});
-  ASSERT_EQ(steps.size(), 109U);
-  for (std::size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], std::pair(i, std::size_t{108}));
+  constexpr std::size_t kRows = 147;
+  ASSERT_EQ(steps.size(), kRows + 1);
+  for (std::size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], std::pair(i, kRows));
 }
 
 // ---- A sysfs tree

@@ -8,6 +8,7 @@
 #include "collect/machines.h"
 #include "collect/slots.h"
 #include "collect/smbios_decode.h"
+#include "collect/smbios_memory.h"
 #include "collect/text.h"
 
 namespace zymdb::collect {
@@ -142,6 +143,68 @@ TEST_P(RecordedTables, HaveTheSameDevicesOnTheBoard) {
     EXPECT_EQ(read[i].designation, text(all[i], "Reference Designation"));
     if (read[i].address) {
       EXPECT_EQ(to_string(*read[i].address), all[i].at("Bus Address"));
+    }
+  }
+}
+
+// "64 GB" and "512 kB" in megabytes; 0 without a module, nothing when the size is not known.
+std::optional<std::uint32_t> size_in_mb(const Fields& fields) {
+  const std::string size = fields.at("Size");
+  if (size == "No Module Installed") return 0;
+  if (size == "Unknown") return std::nullopt;
+  return *size_in_kb(fields, "Size") >> 10;
+}
+
+// "126 GB" in bytes; 0 for "None", nothing when it is not known or the table has no such field.
+std::optional<std::uint64_t> size_in_bytes(const Fields& fields, const char* name) {
+  const auto field = fields.find(name);
+  if (field == fields.end() || field->second == "Unknown") return std::nullopt;
+  if (field->second == "None") return 0;
+  return std::uint64_t{*size_in_kb(fields, name)} << 10;
+}
+
+TEST_P(RecordedTables, HaveTheSameMemory) {
+  const auto read = decode_memory(tables());
+  const auto all = expected(17);
+  ASSERT_EQ(read.size(), all.size());
+  ASSERT_FALSE(read.empty());
+  for (std::size_t i = 0; i < read.size(); ++i) {
+    SCOPED_TRACE(all[i].at("Handle"));
+    const auto& module = read[i];
+    const auto& fields = all[i];
+    EXPECT_EQ(module.locator, text(fields, "Locator"));
+    EXPECT_EQ(module.bank, text(fields, "Bank Locator"));
+    EXPECT_EQ(module.size, size_in_mb(fields));
+    if (!module.populated()) continue;
+    expect_number(fields, "Total Width", module.total_width);
+    expect_number(fields, "Data Width", module.data_width);
+    expect_number(fields, "Speed", module.max_speed);
+    expect_number(fields, "Configured Memory Speed", module.configured_speed);
+    EXPECT_EQ(module.manufacturer, text(fields, "Manufacturer"));
+    EXPECT_EQ(module.serial_number, text(fields, "Serial Number"));
+    EXPECT_EQ(module.asset_tag, text(fields, "Asset Tag"));
+    EXPECT_EQ(module.part_number, text(fields, "Part Number"));
+  }
+}
+
+TEST_P(RecordedTables, HaveTheSamePersistentMemory) {
+  const auto read = decode_memory(tables());
+  const auto all = expected(17);
+  ASSERT_EQ(read.size(), all.size());
+  for (std::size_t i = 0; i < read.size(); ++i) {
+    SCOPED_TRACE(all[i].at("Handle"));
+    const auto technology = all[i].find("Memory Technology");
+    const bool is_persistent =
+        technology != all[i].end() &&
+        (technology->second.starts_with("NVDIMM") || technology->second.ends_with("persistent memory"));
+    const auto& memory = read[i].persistent;
+    if (is_persistent) {
+      EXPECT_EQ(memory.non_volatile, size_in_bytes(all[i], "Non-Volatile Size"));
+      EXPECT_EQ(memory.volatile_part, size_in_bytes(all[i], "Volatile Size"));
+      EXPECT_EQ(memory.firmware_version, text(all[i], "Firmware Version"));
+      EXPECT_TRUE(memory.capacity);
+    } else if (technology != all[i].end() && technology->second == "DRAM") {
+      EXPECT_FALSE(memory.capacity);
     }
   }
 }
