@@ -1,6 +1,7 @@
 // What a caller's filter can and cannot do, through every operation of the PCI devices that takes one.
 #include <filesystem>
 #include <functional>
+#include <tuple>
 
 #include "support/hostile_texts.h"
 #include "support/inventory.h"
@@ -64,5 +65,37 @@ TEST_P(HostileFilter, ReadsRowsOfItsTableOrFails) {
 
 INSTANTIATE_TEST_SUITE_P(Operations, HostileFilter, testing::Range(0, static_cast<int>(std::size(kReads))),
                          [](const auto& test) { return std::string(kReads[test.param].first); });
+
+constexpr std::size_t kShown = 2047;  // of a longer text, by rows()
+
+using Write = int (*)(const char*, int);
+constexpr std::tuple<const char*, Write, const char*, const char*> kWrites[] = {
+    {"zymdb_update_nvidia_gpu_fw_version", zymdb_update_nvidia_gpu_fw_version, "Firmwares", "VersionString"},
+    {"zymdb_update_nvidia_gpu_fw_release_date", zymdb_update_nvidia_gpu_fw_release_date, "Firmwares",
+     "ReleaseDate"},
+    {"zymdb_update_nvidia_gpu_serial_number", zymdb_update_nvidia_gpu_serial_number, "VPDs", "SerialNo"},
+};
+
+class HostileNvidiaText : public InventoryTest, public testing::WithParamInterface<int> {};
+
+// What an NVIDIA card's manager writes is a text in the card's own row, whatever it holds.
+TEST_P(HostileNvidiaText, IsStoredAsItIsAndNowhereElse) {
+  const auto& [name, write, table, column] = kWrites[GetParam()];
+  given("PCIs", {{"FunKey", 1}, {"BusNo", 0x31}, {"HardwareId", 7}});
+  given(table, {{"HardwareId", 7}, {"Manufacture", "NVIDIA"}});
+  given(table, {{"HardwareId", 7}, {"Manufacture", "Other"}, {column, "theirs"}});
+  given(table, {{"HardwareId", 8}, {"Manufacture", "NVIDIA"}, {column, "another's"}});
+  for (const std::string& text : hostile_texts()) {
+    SCOPED_TRACE(std::string(name) + ": " + text.substr(0, 100));
+    ASSERT_EQ(write(text.c_str(), 0x31), ZYM_DB_STATUS_OK);
+    ASSERT_EQ(rows(table, {column}), text.substr(0, kShown) + "\ntheirs\nanother's\n");
+  }
+  EXPECT_EQ(rows("PCIs", {"FunKey", "BusNo", "HardwareId"}), "1|49|7\n");
+  EXPECT_FALSE(std::filesystem::exists("/tmp/zymdb-hostile"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, HostileNvidiaText,
+                         testing::Range(0, static_cast<int>(std::size(kWrites))),
+                         [](const auto& test) { return std::string(std::get<0>(kWrites[test.param])); });
 
 }  // namespace
