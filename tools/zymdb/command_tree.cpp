@@ -53,12 +53,15 @@ void build_command_tree(CommandTree& tree) {
   add_show_adapters(tree, show);
   add_show_functions(tree, show);
   add_show_ports(tree, show);
+  add_show_firmware(tree, show);
   add_show_memory(tree, show);
   add_show_gpus(tree, show);
   add_show_cards(tree, show);
   add_link(tree);
   add_watch(tree);
   add_settings(tree);
+  add_dpu(tree);
+  add_retimer(tree);
   add_merge(tree);
   add_completion(tree);
 }

@@ -30,11 +30,14 @@ void add_completion(CommandTree& tree);
 void add_link(CommandTree& tree);
 void add_watch(CommandTree& tree);
 void add_settings(CommandTree& tree);
+void add_dpu(CommandTree& tree);
+void add_retimer(CommandTree& tree);
 void add_merge(CommandTree& tree);
 
 void add_show_processors(CommandTree& tree, CLI::App& show);
 void add_show_adapters(CommandTree& tree, CLI::App& show);
 void add_show_ports(CommandTree& tree, CLI::App& show);
+void add_show_firmware(CommandTree& tree, CLI::App& show);
 void add_show_memory(CommandTree& tree, CLI::App& show);
 void add_show_gpus(CommandTree& tree, CLI::App& show);
 void add_show_cards(CommandTree& tree, CLI::App& show);
