@@ -8,16 +8,19 @@
 #include <utility>
 
 #include "db/database_client.h"
+#include "drive_rows.h"
 #include "firmware_rows.h"
 #include "inventory_rows.h"
 #include "inventory_writer.h"
 #include "lspci_dump.h"
 #include "machine.h"
 #include "network_rows.h"
+#include "nvme_health.h"
 #include "pci_ids.h"
 #include "port_context.h"
 #include "smbios.h"
 #include "source_file.h"
+#include "sysfs_drives.h"
 #include "sysfs_firmware.h"
 #include "sysfs_network.h"
 #include "sysfs_pci.h"
@@ -49,7 +52,11 @@ class Collector {
       std::ranges::move(port_rows(handle, machine, sources_.sysfs), std::back_inserter(tables));
       tables.push_back(component_rows(machine, names, sources_.sysfs));
     }
-    return write_inventory(handle, tables, observer_);
+    const auto drives = find_drives(machine);
+    if (drives) tables.push_back(disk_rows(machine, *drives));
+    auto summaries = write_inventory(handle, tables, observer_);
+    if (drives) write_nvme_drives(handle, machine, *drives, observer_, summaries.back());
+    return summaries;
   }
 
  private:
@@ -115,6 +122,12 @@ class Collector {
     const auto ports = read_sysfs_ports(sysfs, sysfs == kRunningMachine ? read_ethtool : EthtoolReader());
     if (!ports) return {};
     return network_rows(machine, *ports, read_port_context(handle, machine));
+  }
+
+  std::optional<std::vector<Drive>> find_drives(const Machine& machine) const {
+    if (!machine.functions || sources_.sysfs.empty()) return std::nullopt;
+    const bool is_running = sources_.sysfs == kRunningMachine;
+    return read_sysfs_drives(sources_.sysfs, is_running ? read_nvme_health : HealthReader());
   }
 
   static TableContent component_rows(const Machine& machine, const PciIds& names, const std::string& sysfs) {

@@ -1,0 +1,280 @@
+// Drives: read from sysfs trees, collected into the inventory, collected again.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <map>
+
+#include "collect/collector.h"
+#include "collect/drive_rows.h"
+#include "collect/machines.h"
+#include "collect/sysfs_drives.h"
+#include "support/inventory.h"
+#include "zymdb_storage.h"
+
+namespace zymdb::collect {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+// A sysfs tree with drives in it.
+class DriveTree {
+ public:
+  std::string root() const { return folder_.path().string(); }
+
+  void nvme(const std::string& function, const std::string& name, const std::string& serial,
+            const std::string& firmware = "GDC5302Q") const {
+    const std::string drive = "devices/pci0000:00/" + function + "/nvme/" + name;
+    folder_.write(drive + "/model", "SAMSUNG MZQL21T9HCJR-00A07              \n");
+    folder_.write(drive + "/serial", serial + "      \n");
+    folder_.write(drive + "/firmware_rev", firmware + "\n");
+    folder_.write(drive + "/" + name + "n1/size", "3750748848\n");
+    link("class/nvme", drive, name);
+  }
+
+  // A disk behind a host's link ("ata3") or port ("host0/port-0:0").
+  void disk(const std::string& function, const std::string& path, const std::string& target,
+            const std::string& name, const std::string& vendor, bool rotates) const {
+    const std::string device = "devices/pci0000:00/" + function + "/" + path + "/" + target;
+    folder_.write(device + "/vendor", vendor + "     \n");
+    folder_.write(device + "/model", "ST16000NM001G-2K\n");
+    folder_.write(device + "/rev", "SN02\n");
+    folder_.write(device + "/wwid", "naa.5000c500c3000001\n");
+    folder_.write(device + "/vpd_pg80", std::string("\0\x80\0\x08ZL200001", 12));
+    folder_.write(device + "/block/" + name + "/size", "31251759104\n");
+    folder_.write(device + "/block/" + name + "/removable", "0\n");
+    folder_.write(device + "/block/" + name + "/queue/rotational", rotates ? "1\n" : "0\n");
+    fs::create_directory_symlink(fs::path(root()) / device,
+                                 fs::path(root()) / device / "block" / name / "device");
+    link("block", device + "/block/" + name, name);
+  }
+
+  void write(const std::string& name, const std::string& content) const { folder_.write(name, content); }
+  void remove(const std::string& link) const { fs::remove(fs::path(root()) / link); }
+
+ private:
+  void link(const std::string& kind, const std::string& target, const std::string& name) const {
+    fs::create_directories(fs::path(root()) / kind);
+    fs::create_directory_symlink(fs::path(root()) / target, fs::path(root()) / kind / name);
+  }
+
+  TemporaryFolder folder_;
+};
+
+class SysfsDrives : public testing::Test {
+ protected:
+  std::vector<Drive> drives(const HealthReader& health = {}) const {
+    return read_sysfs_drives(tree_.root(), health).value();
+  }
+
+  DriveTree tree_;
+};
+
+TEST_F(SysfsDrives, WithoutTheirFoldersAreNotTold) {
+  EXPECT_FALSE(read_sysfs_drives(tree_.root(), {}));
+  fs::create_directories(fs::path(tree_.root()) / "block");
+  EXPECT_THAT(drives(), IsEmpty());
+}
+
+TEST_F(SysfsDrives, OfNvmeTellWhoTheyAre) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S64HNE0T100001");
+  const auto found = drives();
+  ASSERT_THAT(found, SizeIs(1));
+  const Drive& drive = found[0];
+  EXPECT_EQ(drive.bus, DriveBus::kNvme);
+  EXPECT_EQ(drive.name, "nvme0");
+  EXPECT_EQ(to_string(drive.function), "0000:67:00.0");
+  EXPECT_EQ(drive.model, "SAMSUNG MZQL21T9HCJR-00A07");
+  EXPECT_EQ(drive.serial, "S64HNE0T100001");
+  EXPECT_EQ(drive.firmware, "GDC5302Q");
+  EXPECT_EQ(drive.capacity, 1'920'383'410'176u);
+  EXPECT_FALSE(drive.health);
+}
+
+TEST_F(SysfsDrives, AreAskedForTheirHealth) {
+  tree_.nvme("0000:67:00.0", "nvme0", "A");
+  tree_.nvme("0000:68:00.0", "nvme1", "B");
+  const auto found = drives([](const std::string& name) {
+    return name == "nvme0" ? std::optional(DriveHealth{4, 41, 97, 7'000'000'000'000}) : std::nullopt;
+  });
+  ASSERT_THAT(found, SizeIs(2));
+  ASSERT_TRUE(found[0].health);
+  EXPECT_EQ(found[0].health->temperature, 41);
+  EXPECT_EQ(found[0].capacity, 7'000'000'000'000u);
+  EXPECT_FALSE(found[1].health);
+}
+
+TEST_F(SysfsDrives, AcrossANetworkAreNotTheServers) {
+  tree_.write("devices/virtual/nvme-fabrics/ctl/nvme3/model", "remote\n");
+  fs::create_directories(fs::path(tree_.root()) / "class/nvme");
+  fs::create_directory_symlink(fs::path(tree_.root()) / "devices/virtual/nvme-fabrics/ctl/nvme3",
+                               fs::path(tree_.root()) / "class/nvme/nvme3");
+  EXPECT_THAT(drives(), IsEmpty());
+}
+
+TEST_F(SysfsDrives, OfSataAndSasAreDisks) {
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.disk("0000:ca:00.0", "host0/target0:2:5", "0:2:5:0", "sdb", "SEAGATE", false);
+  const auto found = drives();
+  ASSERT_THAT(found, SizeIs(2));
+  EXPECT_EQ(found[0].bus, DriveBus::kSata);
+  EXPECT_EQ(found[0].port, 3);
+  EXPECT_TRUE(found[0].rotates);
+  EXPECT_FALSE(found[0].maker);
+  EXPECT_EQ(found[0].serial, "ZL200001");
+  EXPECT_EQ(found[0].unique_id, "naa.5000c500c3000001");
+  EXPECT_EQ(found[0].capacity, 16'000'900'661'248u);
+  EXPECT_EQ(found[1].bus, DriveBus::kSas);
+  EXPECT_EQ(found[1].port, 5);
+  EXPECT_FALSE(found[1].rotates);
+  EXPECT_EQ(found[1].maker, "SEAGATE");
+}
+
+TEST_F(SysfsDrives, ThatCanBePulledOutAreNotTheServers) {
+  tree_.disk("0000:00:17.0", "usb1/1-1/host2/target2:0:0", "2:0:0:0", "sda", "Stick", false);
+  tree_.disk("0000:00:17.0", "ata1/host1/target1:0:0", "1:0:0:0", "sdb", "ATA", false);
+  tree_.write("devices/pci0000:00/0000:00:17.0/ata1/host1/target1:0:0/1:0:0:0/block/sdb/removable", "1\n");
+  EXPECT_THAT(drives(), IsEmpty());
+}
+
+class DriveCollection : public InventoryTest {
+ protected:
+  DriveCollection() {
+    sources_.lspci = ZYMDB_EXAMPLE_SERVER "/server.lspci";
+    sources_.smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios";
+    sources_.sysfs = tree_.root();
+  }
+
+  TableSummary collect() {
+    notices_.clear();
+    const Summary summary = collect_inventory(
+        sources_, {.notice = [&](std::string_view line) { notices_.emplace_back(line); }, .progress = {}});
+    EXPECT_TRUE(summary.ok()) << summary.error;
+    for (const auto& table : summary.tables)
+      if (table.table == "AimDisks") return table;
+    return {};
+  }
+  static std::string drives() {
+    return rows("AimDisks", {"Location", "DriveTypeId", "MediaTypeId", "Presence", "SerialNo", "FwVersion",
+                             "Manufacture", "PartNo", "Capacity", "PCIFuncKey"});
+  }
+  std::string files() const {
+    std::string text;
+    for (const char* name : {"inventory.db", "inventory.db-wal"}) {
+      std::ifstream file(folder() / name, std::ios::binary);
+      text.append(std::istreambuf_iterator<char>(file), {});
+    }
+    return text;
+  }
+
+  DriveTree tree_;
+  Sources sources_;
+  std::vector<std::string> notices_;
+};
+
+TEST_F(DriveCollection, DrivesAreWrittenToTheirBays) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.nvme("0000:e5:00.0", "nvme1", "S2");
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  const auto summary = collect();
+  EXPECT_EQ(summary.inserted, 3u);
+  EXPECT_EQ(drives(),
+            "Bay 3|1|0|1|ZL200001|SN02|Seagate|NULL|16.00TB|5888\n"
+            "Bay 1|3|1|1|S1|GDC5302Q|Samsung|MZQL21T9HCJR-00A07|1.92TB|6750208\n"
+            "Slot 8|3|1|1|S2|GDC5302Q|Samsung|MZQL21T9HCJR-00A07|1.92TB|15007744\n");
+}
+
+TEST_F(DriveCollection, AQuietMachineWritesNoByte) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  collect();
+  const std::string before = files();
+  const auto summary = collect();
+  EXPECT_EQ(summary.changed(), 0u);
+  EXPECT_EQ(summary.unchanged, 2u);
+  EXPECT_EQ(files(), before);
+}
+
+TEST_F(DriveCollection, NewFirmwareAndNewDrivesAreUpdates) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.nvme("0000:68:00.0", "nvme1", "S2");
+  collect();
+  tree_.write("devices/pci0000:00/0000:67:00.0/nvme/nvme0/firmware_rev", "NEW\n");
+  tree_.write("devices/pci0000:00/0000:68:00.0/nvme/nvme1/serial", "S3\n");
+  const auto summary = collect();
+  EXPECT_EQ(summary.updated, 2u);
+  EXPECT_EQ(rows("AimDisks", {"Location", "SerialNo", "FwVersion"}), "Bay 1|S1|NEW\nBay 2|S3|GDC5302Q\n");
+}
+
+TEST_F(DriveCollection, NvmeDrivesThatAreGoneAreNotPresentAndDisksThatAreGoneAreRemoved) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  collect();
+  tree_.remove("class/nvme/nvme0");
+  tree_.remove("block/sda");
+  const auto summary = collect();
+  EXPECT_EQ(summary.updated, 1u);
+  EXPECT_EQ(summary.removed, 1u);
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 1|0\n");
+  EXPECT_EQ(collect().changed(), 0u);
+  tree_.nvme("0000:68:00.0", "nvme0", "S1");
+  EXPECT_EQ(collect().inserted, 1u);
+}
+
+TEST_F(DriveCollection, ADiskMakesRoomForANvmeDriveInItsBay) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.disk("0000:00:17.0", "ata1/host1/target1:0:0", "1:0:0:0", "sda", "ATA", true);
+  tree_.disk("0000:00:17.0", "ata2/host2/target2:0:0", "2:0:0:0", "sdb", "ATA", false);
+  collect();
+  EXPECT_EQ(rows("AimDisks", {"Location", "DriveTypeId", "MediaTypeId"}),
+            "Bay 2|1|0\nBay 3|1|1\nBay 1|3|1\n");
+}
+
+TEST_F(DriveCollection, AnNvmeDriveInNoBayIsToldAndLeftOut) {
+  tree_.nvme("0000:03:00.0", "nvme0", "S1");
+  EXPECT_EQ(collect().changed(), 0u);
+  EXPECT_THAT(notices_, testing::Contains("the NVMe drive nvme0 is in no slot or bay: left out"));
+}
+
+TEST_F(DriveCollection, DrivesOfOtherReportersStay) {
+  given("AimDisks", {{"Location", "M.2 Bay1"}, {"LocationId", 3}, {"DriveTypeId", 5}, {"Presence", 1}});
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  collect();
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "M.2 Bay1|1\nBay 1|1\n");
+}
+
+TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  collect();
+  EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "0|0|0|0\n");
+
+  Machine machine;
+  machine.functions.emplace();
+  MachineFunction function;
+  function.pci.address = {0, 0x67, 0, 0};
+  function.slot = 0;
+  machine.functions->push_back(function);
+  Slot bay;
+  bay.location = Location::kBay;
+  bay.number = 1;
+  machine.slots.push_back(bay);
+  Drive drive;
+  drive.function = function.pci.address;
+  drive.serial = "S1";
+  drive.health = DriveHealth{4, 41, 97, {}};
+  TableSummary summary;
+  write_nvme_drives(get_dmdb_handle(), machine, {drive}, {}, summary);
+  EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "4|41|97|15\n");
+  EXPECT_EQ(summary.updated, 1u);
+  drive.health->temperature = 44;
+  write_nvme_drives(get_dmdb_handle(), machine, {drive}, {}, summary);
+  EXPECT_EQ(summary.unchanged, 1u);
+}
+
+}  // namespace
+}  // namespace zymdb::collect
