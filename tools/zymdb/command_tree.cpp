@@ -53,6 +53,8 @@ void build_command_tree(CommandTree& tree) {
   add_show_adapters(tree, show);
   add_show_functions(tree, show);
   add_show_ports(tree, show);
+  add_show_drives(tree, show);
+  add_show_backplanes(tree, show);
   add_show_firmware(tree, show);
   add_show_memory(tree, show);
   add_show_gpus(tree, show);
@@ -63,6 +65,9 @@ void build_command_tree(CommandTree& tree) {
   add_dpu(tree);
   add_retimer(tree);
   add_merge(tree);
+  add_properties(tree);
+  add_vpd(tree);
+  add_drive_date(tree);
   add_completion(tree);
 }
 

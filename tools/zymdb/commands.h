@@ -34,6 +34,12 @@ void add_dpu(CommandTree& tree);
 void add_retimer(CommandTree& tree);
 void add_merge(CommandTree& tree);
 
+void add_vpd(CommandTree& tree);
+void add_drive_date(CommandTree& tree);
+void add_properties(CommandTree& tree);
+
+void add_show_drives(CommandTree& tree, CLI::App& show);
+void add_show_backplanes(CommandTree& tree, CLI::App& show);
 void add_show_processors(CommandTree& tree, CLI::App& show);
 void add_show_adapters(CommandTree& tree, CLI::App& show);
 void add_show_ports(CommandTree& tree, CLI::App& show);

@@ -1,5 +1,7 @@
 #include "log.h"
 
+#include <syslog.h>
+
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -46,6 +48,10 @@ void log(bool error, const char* format, std::va_list arguments) {
 std::string first_logged_error() {
   const std::lock_guard lock(mutex);
   return first_error;
+}
+
+void leave_system_log_alone() {
+  setlogmask(LOG_MASK(LOG_EMERG));
 }
 
 }  // namespace zymdb::tool

@@ -14,6 +14,9 @@ namespace zymdb::tool {
 // complaints of those above it.
 std::string first_logged_error();
 
+// Keeps the library's lines for the system log out of it.
+void leave_system_log_alone();
+
 }  // namespace zymdb::tool
 
 #endif

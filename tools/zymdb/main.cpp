@@ -57,6 +57,7 @@ int run(CommandTree& tree, int argc, char** argv) {
 
 int main(int argc, char** argv) {
   prepare_standard_streams();
+  leave_system_log_alone();
   std::setlocale(LC_CTYPE, "");
   try {
     CommandTree tree;
