@@ -27,29 +27,10 @@ constexpr CodeText kVideoMemoryTypes[] = {
 };
 
 constexpr CodeText kChipFormFactors[] = {
-    {2, "SIP"},
-    {3, "DIP"},
-    {4, "ZIP"},
-    {5, "SOJ"},
-    {6, "Proprietaty"},  // as it has always been
-                         // shown
-    {7, "SIMM"},
-    {8, "DIMM"},
-    {9, "TSOP"},
-    {10, "PGA"},
-    {11, "RIMM"},
-    {12, "SODIMM"},
-    {13, "SRIMM"},
-    {14, "SMD"},
-    {15, "SSMP"},
-    {16, "QFP"},
-    {17, "TQFP"},
-    {18, "SOIC"},
-    {19, "LCC"},
-    {20, "PLCC"},
-    {21, "BGA"},
-    {22, "FPBGA"},
-    {23, "LGA"},
+    {2, "SIP"},    {3, "DIP"},   {4, "ZIP"},   {5, "SOJ"},    {6, "Proprietaty"},  // as it is always shown
+    {7, "SIMM"},   {8, "DIMM"},  {9, "TSOP"},  {10, "PGA"},   {11, "RIMM"},       {12, "SODIMM"},
+    {13, "SRIMM"}, {14, "SMD"},  {15, "SSMP"}, {16, "QFP"},   {17, "TQFP"},       {18, "SOIC"},
+    {19, "LCC"},   {20, "PLCC"}, {21, "BGA"},  {22, "FPBGA"}, {23, "LGA"},
 };
 
 using Device = _ZYMDB_GPU_Device;
