@@ -211,7 +211,7 @@ int zymdb_get_mpfa_health_by_slot(int slot, unsigned int* major, unsigned int* m
  * Lists the row ids of the persistent memory modules: those of the manufacturer "Intel" whose type detail has
  * the non-volatile bit. An id or a type detail that cannot be read is taken to be the previous row's.
  *
- * @param list  filled; its former content is neither read nor freed. Untouched until the query has succeeded.
+ * @param list  filled; its former content is neither read nor freed. Empty after a failure.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null

@@ -327,8 +327,8 @@ int dpu_insert_log(int slot, const _ZYMDB_DPU_Event* event, uint32_t* nextId);
  * Lists the events of a slot's DPU.
  *
  * @param slot  1 or more.
- * @param out   untouched until the query has succeeded. After a failed step it holds what was read, and its
- * array is still the caller's to free.
+ * @param out   filled on success, empty after a failed query. After a failed step it holds what was read, and
+ * its array is still the caller's to free.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `slot` is below 1, or `out` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database

@@ -239,8 +239,8 @@ int zymdb_get_pci_generic_info(unsigned int funkey, _ZYMDB_PCI_Generic* info);
 /**
  * Lists functions.
  *
- * @param list    on success filled; without a matching function only `count` is set to 0. Otherwise
- *                untouched.
+ * @param list    on success filled; without a matching function only `count` is set to 0. Empty after a
+ *                failure.
  * @param filter  on the columns of PCIs; null for all functions.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
@@ -396,7 +396,7 @@ int zymdb_set_ncsi_id_by_slotNo(int location, int slotNo, uint8_t type, uint8_t 
 /**
  * Lists the NC-SI package identifiers of all slots. Rows with an unreadable column are left out.
  *
- * @param list  untouched until the query has succeeded; emptied when stepping fails.
+ * @param list  filled on success, empty after a failure.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null
@@ -500,8 +500,8 @@ int zymdb_get_gpu_device_info(int funkey, _ZYMDB_GPU_Device* dev);
 /**
  * Lists the chips of a function.
  *
- * @param list  filled on success, also without chips: `items` may then be a zero-length array. Untouched
- * otherwise.
+ * @param list  filled on success, also without chips: `items` may then be a zero-length array. Empty after a
+ *              failure, but untouched when a step fails.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null

@@ -45,7 +45,7 @@ int zymdb_get_AEP_memory_list(_ZYMDB_Memory_List* list) {
   if (list == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
 
   Query query(handle, "Memory", {"_id", "TypeDetail"}, Filter<128>("Manufacturer='%s'", "Intel"));
-  if (query.status() != ZYM_DB_STATUS_OK) return query.status();
+  if (query.status() != ZYM_DB_STATUS_OK) return fail_list(list, query.status());
   const unsigned rows = query.row_count();
   CallerArray<uint32_t> ids = allocate_array<uint32_t>(rows);
   list->count = 0;

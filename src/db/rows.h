@@ -46,6 +46,13 @@ constexpr bool ended_well(int status) {
   return status == ZYM_DB_STATUS_ROW || status == ZYM_DB_STATUS_DONE;
 }
 
+// Leaves the list empty, and answers the status that it failed with.
+template <class List>
+int fail_list(List* list, int status) {
+  *list = {};
+  return status;
+}
+
 // Lists the query's rows into an array of the row count: all of it, or nothing when the query or a step
 // fails.
 template <class T, class Read>

@@ -85,12 +85,12 @@ int dpu_get_log_by_slot(int slot, _ZYMDB_DPU_Event_List* out) {
   if (handle == nullptr) return ZYM_DB_STATUS_NO_DB;
 
   Query query(handle, "DPUEvents", {"_id", "GenID", "Message", "Timestamp"}, Filter<16>("Slot=%d", slot));
-  if (!query.has_result()) return query.status();
+  if (query.status() != ZYM_DB_STATUS_OK) return fail_list(out, query.status());
+  if (!query.has_result()) return ZYM_DB_STATUS_OK;
   const unsigned rows = query.row_count();
   CallerArray<Event> events = allocate_zeroed_array<Event>(rows);
-  out->Events = events.get();
-  if (events == nullptr) return ZYM_DB_STATUS_NO_MEMORY;
-  events.release();
+  if (events == nullptr) return fail_list(out, ZYM_DB_STATUS_NO_MEMORY);
+  out->Events = events.release();
 
   // The count is that of the rows: events that could not be read leave zeroed entries at the end.
   uint32_t filled = 0;

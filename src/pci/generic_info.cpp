@@ -59,14 +59,15 @@ int zymdb_get_pci_generic_info_list(_ZYMDB_PCI_Generic_List* list, const char* f
   if (list == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
 
   Query query(handle, "PCIs", kGenericListColumns, filter);
-  if (!query.has_result()) return query.status();
+  if (query.status() != ZYM_DB_STATUS_OK) return fail_list(list, query.status());
+  if (!query.has_result()) return ZYM_DB_STATUS_OK;
   const unsigned room = query.row_count();
   if (room == 0) {
     list->count = 0;
     return ZYM_DB_STATUS_OK;
   }
   CallerArray<Record> items = allocate_array<Record>(room);
-  if (items == nullptr) return ZYM_DB_STATUS_NO_MEMORY;
+  if (items == nullptr) return fail_list(list, ZYM_DB_STATUS_NO_MEMORY);
 
   // Whatever ends the rows, what was read is the list.
   uint32_t filled = 0;

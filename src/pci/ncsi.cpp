@@ -73,7 +73,7 @@ int zymdb_get_ncsi_id_list(_ZYMDB_NCSIPackageID_List* list) {
   if (list == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
 
   Query query(handle, "NCSIPackageID", {"SlotNo", "Location", "PackageID1", "PackageID2"}, nullptr);
-  if (query.status() != ZYM_DB_STATUS_OK) return query.status();
+  if (query.status() != ZYM_DB_STATUS_OK) return fail_list(list, query.status());
   const unsigned room = query.row_count();
   *list = {};
   CallerArray<Entry> entries = allocate_zeroed_array<Entry>(room);

@@ -43,8 +43,12 @@ TEST_F(PersistentModules, AsManyStepsAreTakenAsThereAreRowsWhateverTheyAnswer) {
 }
 
 TEST_F(PersistentModules, FailuresOfTheListAreAnswered) {
+  uint32_t own = 0;
+  list_ = {5, &own};
   answer(Answer::failing(kFailure, true));
   EXPECT_EQ(zymdb_get_AEP_memory_list(&list_), kFailure);
+  EXPECT_EQ(list_.count, 0u);
+  EXPECT_EQ(list_.ids, nullptr);
   answer(Answer{.row_count = 0xFFFFFFFF});
   EXPECT_EQ(zymdb_get_AEP_memory_list(&list_), ZYM_DB_STATUS_NO_MEMORY);
   EXPECT_EQ(list_.ids, nullptr);

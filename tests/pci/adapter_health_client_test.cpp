@@ -240,13 +240,14 @@ TEST_F(PackageIdList, AStepThatEndsWithZeroIsNoFailure) {
   EXPECT_EQ(list_.count, 1);
 }
 
-TEST_F(PackageIdList, AFailedStepEmptiesTheListAndAFailedQueryDoesNotTouchIt) {
+TEST_F(PackageIdList, AFailureEmptiesTheList) {
   _ZYMDB_NCSIPackageID own{};
   list_ = {5, &own};
   answer(Answer::failing(kFailure, true));
   EXPECT_EQ(zymdb_get_ncsi_id_list(&list_), kFailure);
-  EXPECT_EQ(list_.count, 5);
-  EXPECT_EQ(list_.entries, &own);
+  EXPECT_EQ(list_.count, 0);
+  EXPECT_EQ(list_.entries, nullptr);
+  list_ = {5, &own};
   answer(Answer{.rows = {Row(1, 1, 1, 1)}, .end = kFailure, .row_count = 3});
   EXPECT_EQ(zymdb_get_ncsi_id_list(&list_), kFailure);
   EXPECT_EQ(list_.count, 0);

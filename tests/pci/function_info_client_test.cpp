@@ -116,17 +116,21 @@ TEST_F(GenericInfoList, WithoutRowsOnlyTheCountIsSet) {
   EXPECT_EQ(list_.items, &own_);
 }
 
-TEST_F(GenericInfoList, IsUntouchedByFailures) {
+TEST_F(GenericInfoList, IsEmptyAfterAFailureAndUntouchedWithoutAResult) {
   const std::pair<Answer, int> cases[] = {{Answer::failing(kFailure), kFailure},
                                           {Answer::failing(kFailure, true), kFailure},
-                                          {Answer::without_result(), ZYM_DB_STATUS_OK},
                                           {Answer{.row_count = 0xFFFFFFFF}, ZYM_DB_STATUS_NO_MEMORY}};
   for (const auto& [failing, status] : cases) {
+    list_ = {5, &own_};
     answer(failing);
     EXPECT_EQ(zymdb_get_pci_generic_info_list(&list_, nullptr), status);
-    EXPECT_EQ(list_.count, 5u);
-    EXPECT_EQ(list_.items, &own_);
+    EXPECT_EQ(list_.count, 0u);
+    EXPECT_EQ(list_.items, nullptr);
   }
+  list_ = {5, &own_};
+  answer(Answer::without_result());
+  EXPECT_EQ(zymdb_get_pci_generic_info_list(&list_, nullptr), ZYM_DB_STATUS_OK);
+  EXPECT_EQ(list_.count, 5u);
 }
 
 TEST_F(GenericInfoList, WhateverEndsTheRowsWhatWasReadIsListed) {

@@ -158,19 +158,22 @@ TEST_F(GpuChips, UnreadableColumnsAreEmptyAndZero) {
   EXPECT_EQ(list_.items[0].GPUChipDataWidth, 0);
 }
 
-TEST_F(GpuChips, FailuresDoNotTouchTheList) {
-  _ZYMDB_GPU_Chip own{};
-  const std::pair<Answer, int> cases[] = {
-      {Answer::failing(kFailure, true), kFailure},
-      {Answer::without_result(), ZYM_DB_STATUS_OK},
-      {Answer{.row_count = 0xFFFFFFFF}, ZYM_DB_STATUS_NO_MEMORY},
-      {Answer{.rows = {Row()}, .end = kFailure, .row_count = 2}, kFailure}};
-  for (const auto& [each, status] : cases) {
+TEST_F(GpuChips, AFailedQueryOrALackOfMemoryEmptiesTheListAndAFailedStepLeavesIt) {
+  struct Case {
+    Answer answer;
+    int status;
+    bool is_emptied;
+  } const cases[] = {{Answer::failing(kFailure, true), kFailure, true},
+                     {Answer{.row_count = 0xFFFFFFFF}, ZYM_DB_STATUS_NO_MEMORY, true},
+                     {Answer::without_result(), ZYM_DB_STATUS_OK, false},
+                     {Answer{.rows = {Row()}, .end = kFailure, .row_count = 2}, kFailure, false}};
+  for (const Case& each : cases) {
+    _ZYMDB_GPU_Chip own{};
     _ZYMDB_GPU_Chip_List list{5, &own};
-    answer(each);
-    EXPECT_EQ(zymdb_get_gpu_chip_list(7, &list), status);
-    EXPECT_EQ(list.count, 5u);
-    EXPECT_EQ(list.items, &own);
+    answer(each.answer);
+    EXPECT_EQ(zymdb_get_gpu_chip_list(7, &list), each.status);
+    EXPECT_EQ(list.count, each.is_emptied ? 0u : 5u);
+    EXPECT_EQ(list.items, each.is_emptied ? nullptr : &own);
   }
 }
 
