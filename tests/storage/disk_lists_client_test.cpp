@@ -224,8 +224,9 @@ TEST_F(DiskLists, MergedDoWithoutThePartsThatFail) {
   client().has_database = false;
   client().has_properties = false;
   system_log().clear();
-  zymdb_get_merged_disk_list(&list_);
   std::free(std::exchange(list_.disks, nullptr));
+  zymdb_get_merged_disk_list(&list_);
+  EXPECT_EQ(list_.count, 0u);
   const std::string u2 = "14: zymdb_get_u2_aic_nvme_disk_list: ";
   EXPECT_THAT(system_log(), ElementsAre(name + "zymdb_get_m2_disk_list failed, rc = 6\n\n",
                                         name + "zymdb_get_7mm_disk_list failed, rc = 6\n\n",

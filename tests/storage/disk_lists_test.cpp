@@ -136,8 +136,9 @@ TEST_F(DriveLists, OfAFunctionHoldItsDrives) {
   given_drive(3, 1, 4);
   given_drive(2, 5, 1);
   EXPECT_EQ(list(zymdb_get_disk_list_funkey, 0x00170000u, &list_), "M.2 Bay1|M.2 SATA\n");
-  EXPECT_EQ(zymdb_get_disk_list_funkey(7, &list_), ZYM_DB_STATUS_NOT_FOUND);
-  EXPECT_EQ(list_.count, 0u);
+  _ZYMDB_AimDisk_List none{5, nullptr};
+  EXPECT_EQ(zymdb_get_disk_list_funkey(7, &none), ZYM_DB_STATUS_NOT_FOUND);
+  EXPECT_EQ(none.count, 0u);
 }
 
 TEST_F(DriveLists, TheNvmeDriveOfABayIsReadUnlessThereAreTwo) {
