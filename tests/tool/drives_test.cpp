@@ -99,7 +99,7 @@ TEST_F(Drives, InEdsffBaysAreSuchDrives) {
   ASSERT_EQ(workplace_.tool({"properties", "import", kProperties}).status, 0);
   drive(2, 8, 3, "Bay 8");
   drive(2, 3, 3, "Bay 3");
-  EXPECT_THAT(shown({"--merged"}), ElementsAre("Bay 8 EDSFF NVMe", "Bay 3 NVMe"));
+  EXPECT_THAT(shown({"--merged"}), ElementsAre("Bay 3    NVMe", "Bay 8    EDSFF NVMe"));
 }
 
 TEST_F(Drives, PropertiesThatAreImportedAgainAreReplaced) {

@@ -160,10 +160,15 @@ TEST_F(Watch, BringsTheScreenBackBeforeItFails) {
 }
 
 TEST_F(Watch, InAFilePrintsTheTableAnewAfterAChange) {
-  const auto script = std::string("timeout -s INT --preserve-status 4 '") + ZYMDB_TOOL +
-                      "' watch ports & sleep 1.5; '" + ZYMDB_TOOL +
-                      "' link 3b:00.0 --port 0 --set status=down; wait $!";
-  const auto outcome = run_program({"bash", "-c", "set -m; " + script}, workplace_.with_inventory());
+  // Each step waits for what the one before it printed; only then is the watch interrupted.
+  const auto script =
+      std::string("shown() { for i in {1..600}; do grep -q \"$1\" out && return; sleep 0.05; done; };") +
+      " '" + ZYMDB_TOOL + "' watch ports > out & watch=$!; shown ' up '; '" + ZYMDB_TOOL +
+      "' link 3b:00.0 --port 0 --set status=down; shown ' down '; sleep 0.2; kill -INT $watch;" +
+      " wait $watch; status=$?; cat out; exit $status";
+  const auto outcome =
+      run_program({"bash", "-c", "cd '" + workplace_.path("").string() + "'; set -m; " + script},
+                  workplace_.with_inventory());
   EXPECT_EQ(outcome.status, 0) << outcome;
   const auto lines = lines_of(outcome.out);
   ASSERT_EQ(lines.size(), 7u) << outcome;
