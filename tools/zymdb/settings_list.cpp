@@ -99,7 +99,7 @@ void add_settings_list(CommandTree& tree, CLI::App& settings) {
   auto& command = add_listing(tree, settings, std::move(listing), kExamples);
   command
       .add_option("FUNCTION", choice->function,
-                  "Address of the function (4b:00.0) or its key (0x004b0000), as the settings' PfaKey")
+                  "Address of the function (4b:00.0) or its key, the settings' PfaKey")
       ->required()
       ->type_name("");
   command.add_option("--prefix", choice->prefix, "Only settings whose id begins so; % and _ stand for any")

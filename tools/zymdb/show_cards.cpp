@@ -94,9 +94,7 @@ void add_show_cards(CommandTree& tree, CLI::App& show) {
                                       [wanted] { return read_cards(*wanted); });
   listing.is_stored = false;
   auto& command = add_listing(tree, show, std::move(listing), kExamples);
-  command
-      .add_option("--match", *wanted,
-                  "Only cards with these PCI ids; with four, also those of a subsystem that is not known")
+  command.add_option("--match", *wanted, "Only cards with these PCI ids; with four, unknown subsystems too")
       ->type_name("VENDOR:DEVICE[:SUBVENDOR:SUBDEVICE]")
       ->check(CLI::Validator(complaint, ""));
 }
