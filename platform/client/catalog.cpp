@@ -3,21 +3,6 @@
 #include <cstdint>
 
 namespace zymdb::client {
-namespace {
-
-constexpr char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-}
-
-}  // namespace
-
-bool same_word(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (a[i] != b[i] && lower(a[i]) != lower(b[i])) return false;
-  }
-  return true;
-}
 
 // FNV-1a over the lower-case letters.
 size_t WordHash::operator()(std::string_view word) const {

@@ -9,8 +9,19 @@
 
 namespace zymdb::client {
 
-// Compares ASCII letters without regard to case, as SQL compares names and keywords.
-bool same_word(std::string_view a, std::string_view b);
+constexpr char lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+}
+
+// Compares ASCII letters without regard to case, as SQL compares names and keywords. Inline, because most
+// words differ in their length.
+constexpr bool same_word(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (a[i] != b[i] && lower(a[i]) != lower(b[i])) return false;
+  }
+  return true;
+}
 
 struct WordHash {
   using is_transparent = void;

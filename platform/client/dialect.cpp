@@ -247,11 +247,9 @@ int translate_select(const Catalog& catalog, std::string_view text, Translation&
 
 void append_identifier(std::string& sql, std::string_view name) {
   sql.push_back('"');
-  for (const char c : name) {
-    if (c == '"') sql.push_back('"');
-    sql.push_back(c);
-  }
-  sql.push_back('"');
+  for (size_t quote; (quote = name.find('"')) != name.npos; name.remove_prefix(quote + 1))
+    sql.append(name.substr(0, quote)).append("\"\"");
+  sql.append(name).push_back('"');
 }
 
 }  // namespace zymdb::client

@@ -16,6 +16,10 @@ constexpr bool is_digit(char c) {
 constexpr bool is_space(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
+// The second character of a long operator.
+constexpr bool ends_operator(char c) {
+  return c == '|' || (c >= '<' && c <= '>');
+}
 
 constexpr bool is_word(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || is_digit(c) || c == '_' ||
@@ -52,14 +56,16 @@ bool read_integer(std::string_view run, int64_t& value) {
   return read_decimal(run, value);
 }
 
-size_t run_length(std::string_view input, bool (*belongs)(char)) {
-  return static_cast<size_t>(std::find_if_not(input.begin(), input.end(), belongs) - input.begin());
+template <bool (*kBelongs)(char)>
+size_t run_length(std::string_view input) {
+  return static_cast<size_t>(
+      std::find_if_not(input.begin(), input.end(), [](char c) { return kBelongs(c); }) - input.begin());
 }
 
 }  // namespace
 
 Token Lexer::next() {
-  take(run_length(rest_, is_space));
+  take(run_length<is_space>(rest_));
   if (rest_.empty()) return {};
   const char c = rest_[0];
   if (is_word(c)) return run_token();
@@ -90,7 +96,7 @@ Token Lexer::text_token() {
 }
 
 Token Lexer::run_token() {
-  const std::string_view run = rest_.substr(0, run_length(rest_, is_word));
+  const std::string_view run = rest_.substr(0, run_length<is_word>(rest_));
   Token token = make(TokenKind::kWord, run);
   if (is_digit(run[0]) && read_integer(run, token.integer)) {
     token.kind = TokenKind::kInteger;
@@ -98,7 +104,7 @@ Token Lexer::run_token() {
     const bool fraction = run.find_first_not_of("0123456789") == run.npos && after.size() > 1 &&
                           after[0] == '.' && is_digit(after[1]);
     if (fraction) {
-      token.text = rest_.substr(0, run.size() + 1 + run_length(after.substr(1), is_word));
+      token.text = rest_.substr(0, run.size() + 1 + run_length<is_word>(after.substr(1)));
       const auto [end, error] = std::from_chars(token.text.data(), token.text.data() + token.text.size(),
                                                 token.real, std::chars_format::fixed);
       if (error != std::errc() || end != token.text.data() + token.text.size())
@@ -112,8 +118,9 @@ Token Lexer::run_token() {
 
 Token Lexer::operator_token() {
   if (rest_.starts_with("--") || rest_.starts_with("/*")) return invalid("a comment");
-  for (const std::string_view name : kLongOperators) {
-    if (rest_.starts_with(name)) {
+  if (rest_.size() > 1 && ends_operator(rest_[1])) {
+    for (const std::string_view name : kLongOperators) {
+      if (!rest_.starts_with(name)) continue;
       take(name.size());
       return make(TokenKind::kOperator, name);
     }
@@ -127,7 +134,7 @@ Token Lexer::operator_token() {
 // A statement may end in ";", but one call is one statement.
 Token Lexer::last_token() {
   take(1);
-  take(run_length(rest_, is_space));
+  take(run_length<is_space>(rest_));
   return rest_.empty() ? Token{} : invalid("text after the statement");
 }
 

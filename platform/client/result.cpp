@@ -22,67 +22,39 @@ void Result::start(ColumnNames names, size_t limit) {
   limit_ = std::min<size_t>(limit, std::numeric_limits<uint32_t>::max());
   cells_.clear();
   text_.clear();
+  next_cell_ = 0;
   rows_ = 0;
   cursor_ = 0;
   next_found_ = 0;
 }
 
-bool Result::add(Cell cell) {
-  if (cells_.size() * sizeof(Cell) + text_.size() > limit_) return false;
-  cells_.push_back(cell);
+// The whole row's room is made at once: a cell is then a plain store.
+bool Result::begin_row() {
+  if (size() > limit_) return false;
+  next_cell_ = cells_.size();
+  cells_.resize(next_cell_ + columns_);
   return true;
 }
 
-bool Result::add_integer(int64_t value) {
-  return add({Type::kInteger, 0, {value}});
-}
-
-bool Result::add_real(double value) {
-  Cell cell{Type::kReal, 0, {}};
+void Result::add_real(double value) {
+  Cell& cell = next_cell();
+  cell.type = Type::kReal;
   cell.real = value;
-  return add(cell);
-}
-
-bool Result::add_text(std::string_view value) {
-  return add_bytes(Type::kText, value);
-}
-bool Result::add_blob(std::string_view value) {
-  return add_bytes(Type::kBlob, value);
-}
-bool Result::add_null() {
-  return add({Type::kNull, 0, {}});
-}
-bool Result::add_empty_aggregate() {
-  return add({Type::kEmptyAggregate, 0, {}});
 }
 
 bool Result::add_bytes(Type type, std::string_view value) {
-  if (value.size() > limit_) return false;
-  Cell cell{type, static_cast<uint32_t>(value.size()), {}};
+  if (value.size() > limit_ || size() > limit_) return false;
+  Cell& cell = next_cell();
+  cell.type = type;
+  cell.length = static_cast<uint32_t>(value.size());
   cell.offset = text_.size();
   text_.append(value);
-  return add(cell);
+  return true;
 }
 
 int Result::step() {
   if (cursor_ <= rows_) ++cursor_;
   return cursor_ <= rows_ ? ZYM_DB_STATUS_ROW : ZYM_DB_STATUS_DONE;
-}
-
-const Result::Cell* Result::cell(int column) const {
-  if (column < 0 || static_cast<uint32_t>(column) >= columns_) return nullptr;
-  if (cursor_ == 0 || cursor_ > rows_) return nullptr;
-  return &cells_[size_t{cursor_ - 1} * columns_ + static_cast<uint32_t>(column)];
-}
-
-int Result::read_integer(int column, int64_t& value) const {
-  const Cell* found = cell(column);
-  if (found == nullptr) return ZYM_DB_STATUS_ERROR;
-  if (found->type == Type::kInteger) {
-    value = found->integer;
-    return 0;
-  }
-  return found->type == Type::kEmptyAggregate ? 0 : ZYM_DB_STATUS_ERROR;
 }
 
 std::string_view Result::bytes(const Cell& cell, char (&buffer)[kNumberSize]) const {

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "zymdb_db.h"
+
 namespace zymdb::client {
 
 // Names of a result's columns, shared by the results of one prepared statement.
@@ -18,14 +20,16 @@ class Result {
   // Empties the result for rows of the named columns. A result must not take more than `limit` bytes.
   void start(ColumnNames names, size_t limit);
 
-  // Cells are added row by row, column by column. False: the result is too large.
-  bool add_integer(int64_t value);
-  bool add_real(double value);
-  bool add_text(std::string_view value);
-  bool add_blob(std::string_view value);
-  bool add_null();
+  // Rows are added one after the other: begun, given a cell for every column in order, ended. False: the
+  // result is too large.
+  bool begin_row();
+  void add_integer(int64_t value) { next_cell().integer = value; }
+  void add_real(double value);
+  bool add_text(std::string_view value) { return add_bytes(Type::kText, value); }
+  bool add_blob(std::string_view value) { return add_bytes(Type::kBlob, value); }
+  void add_null() { next_cell().type = Type::kNull; }
   // The NULL of an expression over no rows, which reads as 0 because no column's value is missing.
-  bool add_empty_aggregate();
+  void add_empty_aggregate() { next_cell().type = Type::kEmptyAggregate; }
   void end_row() { ++rows_; }
 
   uint32_t row_count() const { return rows_; }
@@ -57,10 +61,10 @@ class Result {
   enum class Type : uint8_t { kNull, kEmptyAggregate, kInteger, kReal, kText, kBlob };
 
   struct Cell {
-    Type type;
-    uint32_t length;
+    Type type = Type::kInteger;
+    uint32_t length = 0;
     union {
-      int64_t integer;
+      int64_t integer = 0;
       double real;
       uint64_t offset;
     };
@@ -68,10 +72,24 @@ class Result {
 
   static constexpr size_t kNumberSize = 32;  // holds any number written out
 
-  bool add(Cell cell);
+  size_t size() const { return cells_.size() * sizeof(Cell) + text_.size(); }
+  Cell& next_cell() { return cells_[next_cell_++]; }
+  const Cell* cell(int column) const {
+    if (column < 0 || static_cast<uint32_t>(column) >= columns_) return nullptr;
+    if (cursor_ == 0 || cursor_ > rows_) return nullptr;
+    return &cells_[size_t{cursor_ - 1} * columns_ + static_cast<uint32_t>(column)];
+  }
+  int read_integer(int column, int64_t& value) const {
+    const Cell* found = cell(column);
+    if (found == nullptr) return ZYM_DB_STATUS_ERROR;
+    if (found->type == Type::kInteger) {
+      value = found->integer;
+      return 0;
+    }
+    return found->type == Type::kEmptyAggregate ? 0 : ZYM_DB_STATUS_ERROR;
+  }
+
   bool add_bytes(Type type, std::string_view value);
-  const Cell* cell(int column) const;
-  int read_integer(int column, int64_t& value) const;
   // The bytes of a text or blob, or of a number written into the buffer; no data for a NULL.
   std::string_view bytes(const Cell& cell, char (&buffer)[kNumberSize]) const;
 
@@ -79,6 +97,7 @@ class Result {
   std::vector<Cell> cells_;
   std::string text_;
   size_t limit_ = 0;
+  size_t next_cell_ = 0;
   uint32_t columns_ = 0;
   uint32_t rows_ = 0;
   uint32_t cursor_ = 0;  // 0 before the first row, rows_ + 1 after the last

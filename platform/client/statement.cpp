@@ -1,11 +1,13 @@
 #include "client/statement.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace zymdb::client {
 namespace {
 
-constexpr char kKeySeparator = '\x1f';
+// No name holds it.
+constexpr char kKeySeparator = '\0';
 constexpr size_t kDescribedLength = 400;
 
 // The parameter types of the client interface.
@@ -75,7 +77,8 @@ int Statement::fill_placeholders() {
 // kind, columns, then what a probe shares with every other change of that condition: table and shape.
 void Statement::build_key() {
   key_.assign(1, static_cast<char>(kind()));
-  for (const char* column : request_.columns) key_.append(column).push_back(kKeySeparator);
+  // A caller's name brings the separator along.
+  for (const char* column : request_.columns) key_.append(column, std::strlen(column) + 1);
   for (size_t i = 0; i < value_count_; ++i) key_.append(request_.values->column(i)).push_back(kKeySeparator);
   probe_begin_ = key_.size();
   key_.push_back(request_.where == nullptr ? 'a' : 'p');

@@ -11,6 +11,7 @@ class ResultTest : public testing::Test {
  protected:
   ResultTest() {
     start({"number", "text", "missing", "sum", "blob", "real"});
+    result_.begin_row();
     result_.add_integer(0x1FFFFFFFF);
     result_.add_text("hello");
     result_.add_null();
@@ -133,6 +134,7 @@ TEST_F(ResultTest, LengthsAreThoseOfTheBytesOrTheWrittenNumber) {
 
 TEST_F(ResultTest, AnEmptyTextIsNoNull) {
   start({"text"});
+  result_.begin_row();
   result_.add_text("");
   result_.end_row();
   result_.step();
@@ -158,9 +160,13 @@ TEST_F(ResultTest, ColumnsAreFoundByNameInAnyOrderAndCase) {
 
 TEST_F(ResultTest, AResultBeyondItsLimitIsRefused) {
   start({"text"}, 1000);
+  EXPECT_TRUE(result_.begin_row());
   EXPECT_FALSE(result_.add_text(std::string(1001, 'x')));
   int rows = 0;
-  while (result_.add_integer(rows)) ++rows;
+  for (start({"number"}, 1000); result_.begin_row(); ++rows) {
+    result_.add_integer(rows);
+    result_.end_row();
+  }
   EXPECT_GT(rows, 10);
   EXPECT_LT(rows, 100);
 }
