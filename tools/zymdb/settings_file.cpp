@@ -212,13 +212,16 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
 
 }  // namespace
 
-std::vector<SettingRecord> read_settings_file(const std::string& path) {
-  const std::string text = collect::read_source(path);
+std::vector<SettingRecord> parse_settings(std::string_view text, const std::string& file) {
   Position position;
-  Builder builder(path, position);
+  Builder builder(file, position);
   nlohmann::json::sax_parse(Cursor(text.data(), &position), Cursor(text.data() + text.size(), &position),
                             &builder);
   return builder.take();
+}
+
+std::vector<SettingRecord> read_settings_file(const std::string& path) {
+  return parse_settings(collect::read_source(path), path);
 }
 
 }  // namespace zymdb::tool
