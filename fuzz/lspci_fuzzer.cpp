@@ -1,10 +1,10 @@
 // Whatever text stands for a PCI dump: it is refused, or it makes a machine in which every function has a key
 // of its own that fits 31 bits, and every bridge above leads nearer to the root.
 #include <cstdint>
-#include <cstdlib>
 #include <set>
 #include <utility>
 
+#include "checks.h"
 #include "collect/bytes.h"
 #include "collect/lspci_dump.h"
 #include "collect/machine.h"
@@ -13,10 +13,7 @@
 namespace {
 
 using namespace zymdb::collect;
-
-void require(bool holds) {
-  if (!holds) std::abort();
-}
+using zymdb::fuzz::require;
 
 void check(std::vector<PciFunction> functions) {
   Findings findings;
@@ -24,9 +21,10 @@ void check(std::vector<PciFunction> functions) {
   const Machine machine = build_machine(std::move(findings));
   std::set<std::uint32_t> keys;
   for (const auto& function : *machine.functions) {
-    require(function.key < 1U << 31 && keys.insert(function.key).second);
-    require(function.device_key == (function.key & ~0xFFU));
-    require(!function.bridge_key || *function.bridge_key >> 16 < function.key >> 16);
+    require(function.key < 1U << 31 && keys.insert(function.key).second, "a key that is not its own");
+    require(function.device_key == (function.key & ~0xFFU), "a function of another device");
+    require(!function.bridge_key || *function.bridge_key >> 16 < function.key >> 16,
+            "a bridge that leads away from the root");
   }
 }
 

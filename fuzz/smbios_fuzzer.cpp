@@ -1,11 +1,11 @@
 // Whatever bytes stand for SMBIOS tables: they are refused, or every structure can be read and the slots that
 // come out bear numbers of their own.
 #include <cstdint>
-#include <cstdlib>
 #include <set>
 #include <utility>
 #include <vector>
 
+#include "checks.h"
 #include "collect/bytes.h"
 #include "collect/machine.h"
 #include "collect/source_file.h"
@@ -13,16 +13,14 @@
 namespace {
 
 using namespace zymdb::collect;
-
-void require(bool holds) {
-  if (!holds) std::abort();
-}
+using zymdb::fuzz::require;
 
 void check(SmbiosTables tables) {
   for (const auto& structure : tables.structures()) {
     for (std::size_t offset = 0; offset <= 0xFF; ++offset) {
-      require(structure.field<std::uint8_t>(offset).has_value() == (offset < structure.length()));
-      if (const auto text = structure.text(offset)) require(!text->empty());
+      require(structure.field<std::uint8_t>(offset).has_value() == (offset < structure.length()),
+              "a field beside its structure");
+      if (const auto text = structure.text(offset)) require(!text->empty(), "an empty text");
     }
   }
   Findings findings;
@@ -30,7 +28,8 @@ void check(SmbiosTables tables) {
   findings.smbios = std::move(tables);
   std::set<std::pair<Location, std::uint16_t>> numbers;
   for (const auto& slot : build_machine(std::move(findings)).slots) {
-    require(slot.number && numbers.emplace(slot.location, *slot.number).second);
+    require(slot.number && numbers.emplace(slot.location, *slot.number).second,
+            "a slot's number comes twice");
   }
 }
 

@@ -1,0 +1,217 @@
+// Whatever texts an operation is given: it answers a known status, its texts end within their fields, and it
+// changes rows of its own table at most.
+//
+// An input's first line names the operation, the lines after it are its texts.
+#include <sqlite3.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "checks.h"
+#include "db/database_client.h"
+#include "operations.h"
+#include "support/system_log.h"
+#include "zymdb_platform.h"
+
+extern "C" {
+
+// Nothing here has to outlive the process.
+__attribute__((visibility("default"))) int fsync(int) {
+  return 0;
+}
+__attribute__((visibility("default"))) int fdatasync(int) {
+  return 0;
+}
+
+}  // extern "C"
+
+namespace {
+
+using namespace zymdb::fuzz;
+using Kind = Operation::Kind;
+
+// What the connections of this process change, as SQLite tells it.
+class Changes {
+ public:
+  static Changes& instance() {
+    static Changes changes;
+    return changes;
+  }
+
+  void watch_from_now_on() { sqlite3_auto_extension(reinterpret_cast<void (*)()>(attach)); }
+
+  void forget() {
+    tables_.clear();
+    told_ = 0;
+    counted_ = sqlite3_total_changes(inventory_);
+  }
+
+  // The inventory's tables with a changed row.
+  const std::set<std::string>& tables() const { return tables_; }
+
+  // All rows of a table can be deleted without a word on each; only their count tells.
+  bool untold() const { return sqlite3_total_changes(inventory_) - counted_ != told_; }
+
+ private:
+  static int attach(sqlite3* database, const char**, const void*) {
+    if (!std::string_view(sqlite3_db_filename(database, "main")).ends_with("inventory.db")) return SQLITE_OK;
+    sqlite3_update_hook(database, note, nullptr);
+    instance().inventory_ = database;
+    return SQLITE_OK;
+  }
+
+  static void note(void*, int, const char*, const char* table, sqlite3_int64) {
+    instance().tables_.insert(table);
+    ++instance().told_;
+  }
+
+  sqlite3* inventory_ = nullptr;
+  std::set<std::string> tables_;
+  int told_ = 0;
+  int counted_ = 0;
+};
+
+// An inventory in a folder of its own, with a few rows in every table.
+class Inventory {
+ public:
+  static constexpr int kRows = 3;
+
+  Inventory() {
+    std::string name = (std::filesystem::temp_directory_path() / "zymdb-fuzz-XXXXXX").string();
+    require(mkdtemp(name.data()) != nullptr, "no temporary folder", name);
+    folder() = name;
+    std::atexit([] { std::filesystem::remove_all(folder()); });
+    setenv("ZYMDB_INVENTORY", (folder() / "inventory.db").c_str(), 1);
+    require(get_dmdb_handle() != nullptr, "no inventory in", name);
+    populate();
+    zym_db_close(get_dmdb_handle());
+    Changes::instance().watch_from_now_on();
+    require(get_dmdb_handle() != nullptr, "no inventory in", name);
+  }
+
+  // Gives the texts of every row of a table.
+  void store(const char* table, const Texts& texts) const {
+    zym_db_content_values_t* const values = zym_db_get_content_values(get_dmdb_handle());
+    std::size_t place = 0;
+    for (const std::string& column : text_columns_.at(table))
+      zym_db_content_put_text(values, column.c_str(),
+                              texts[place++ % std::max<std::size_t>(texts.size(), 1)].c_str());
+    require(zym_db_update(get_dmdb_handle(), table, values, nullptr, nullptr, 0, nullptr) == 0,
+            "cannot store");
+    zym_db_free_content_values(values);
+  }
+
+  // Every table but the operation's own has all its rows.
+  template <class IsOwn>
+  void require_rows(IsOwn is_own) const {
+    for (const auto& [table, columns] : text_columns_) {
+      if (is_own(table)) continue;
+      zym_db_result_t* rows = nullptr;
+      require(zym_db_query(get_dmdb_handle(), table.c_str(), nullptr, 0, nullptr, nullptr, 0, 0, &rows) == 0,
+              "cannot read", table);
+      require(zym_db_result_row_count(rows) == kRows, "has lost its rows", table);
+      zym_db_free_result(rows);
+    }
+  }
+
+ private:
+  static std::filesystem::path& folder() {
+    static std::filesystem::path path;
+    return path;
+  }
+
+  // In the n-th row every number is n and every text "n", so that all keys lead to a row of every table.
+  void populate() {
+    sqlite3* database = nullptr;
+    sqlite3_open((folder() / "inventory.db").c_str(), &database);
+    const auto note = [](void* self, int, char** cells, char**) {
+      auto& columns = static_cast<Inventory*>(self)->text_columns_[cells[0]];
+      if (cells[2] == std::string_view("TEXT")) columns.emplace_back(cells[1]);
+      return 0;
+    };
+    execute(database,
+            "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
+            "WHERE t.type='table' AND t.name NOT LIKE 'sqlite%'",
+            note, this);
+    const auto run = [](void* handle, int, char** cells, char**) {
+      execute(static_cast<sqlite3*>(handle), cells[0]);
+      return 0;
+    };
+    execute(database,
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<3) "
+            "SELECT 'INSERT INTO \"' || t.name || '\" VALUES (' || group_concat(i) || ')' "
+            "FROM n, sqlite_schema t, pragma_table_info(t.name) "
+            "WHERE t.type='table' AND t.name NOT LIKE 'sqlite%' GROUP BY t.name, i",
+            run, database);
+    // NVIDIA's cards, a Marvell controller, a DPU in slot 3, drives in bays and of the kinds that lists ask
+    // for.
+    execute(database,
+            "UPDATE Firmwares SET Manufacture='NVIDIA';"
+            "UPDATE VPDs SET Manufacture='NVIDIA';"
+            "UPDATE PCIs SET Location=2, VendorId=6987, DeviceId=37424, SubVendorId=65535 WHERE _id=2;"
+            "UPDATE PCIs SET Location=1, VendorId=5555, DeviceId=41686, HardwareId=768 WHERE _id=3;"
+            "UPDATE Firmwares SET HardwareId=768 WHERE _id=3;"
+            "UPDATE PldmDeviceFirmware SET Location=1, DeviceId=41686 WHERE _id=3;"
+            "UPDATE AimDisks SET Presence=1, Location='Bay ' || _id, LocationId=_id+1, DriveTypeId=_id+2;"
+            "UPDATE NVMeDrives SET CtrlType=0 WHERE _id=1;");
+    sqlite3_close(database);
+  }
+
+  static void execute(sqlite3* database, const char* sql, int (*row)(void*, int, char**, char**) = nullptr,
+                      void* argument = nullptr) {
+    require(sqlite3_exec(database, sql, row, argument, nullptr) == SQLITE_OK, "cannot prepare the inventory",
+            sqlite3_errmsg(database));
+  }
+
+  std::map<std::string, std::vector<std::string>> text_columns_;
+};
+
+// What the operation did to the inventory, against what it may do.
+void require_contained(const Inventory& inventory, const Operation& operation, const Texts& texts) {
+  const auto is_own = [&](const std::string& table) {
+    if (operation.table == nullptr) return strcasecmp(texts[0].c_str(), table.c_str()) == 0;
+    return (" " + std::string(operation.table) + " ").find(" " + table + " ") != std::string::npos;
+  };
+  const Changes& changes = Changes::instance();
+  const bool writes = operation.kind == Kind::kWrites;
+  for (const std::string& table : changes.tables())
+    require(writes && is_own(table), "changes a row that is not its own", table);
+  if (!changes.untold()) return;
+  require(writes, "empties a table");
+  inventory.require_rows(is_own);
+}
+
+// Whatever the operation did is undone afterwards: every input finds the same inventory.
+void run(const Inventory& inventory, const Operation& operation, Texts texts) {
+  _zym_db_handle_t* const handle = get_dmdb_handle();
+  require(zym_db_begin(handle) == 0, "cannot begin");
+  if (operation.kind == Kind::kShows) inventory.store(operation.table, texts);
+  Changes::instance().forget();
+  operation.run(texts);
+  require_contained(inventory, operation, texts);
+  zym_db_rollback(handle);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const Inventory inventory;
+  const std::string_view input(reinterpret_cast<const char*>(data), size);
+  const std::string_view name = input.substr(0, input.find('\n'));
+  const auto all = operations();
+  const auto found =
+      std::find_if(all.begin(), all.end(), [&](const auto& each) { return each.name == name; });
+  if (found == all.end()) return 0;
+  system_log().clear();
+  const bool has_texts = name.size() < input.size();
+  run(inventory, *found, has_texts ? Texts(input.substr(name.size() + 1), found->texts) : Texts({}, 0));
+  return 0;
+}
