@@ -39,8 +39,16 @@ class Session {
   virtual int rollback() = 0;
 
   // False when the data source names another database by now, or this one cannot be used any further. Looked
-  // at from time to time, and each time when `now` is set.
+  // at from time to time, and each time when `now` is set. A transaction goes on: its commit tells.
   virtual bool is_usable(bool now) = 0;
+
+  // What became of the database that it was opened on ("was replaced"), once is_usable() has noticed; else
+  // null.
+  virtual const char* loss() const = 0;
+
+  // Whether it has a transaction that can still be committed: all others end before the database is opened
+  // anew.
+  virtual bool must_stay() const = 0;
 
   // Called in a child process on a session of its parent, before it is destroyed: nothing may reach the
   // database any more.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 #include <unordered_map>
 
 #include "client/status.h"
@@ -40,6 +41,10 @@ class Registry {
   // Drops what this process inherited, if it was forked since the last call.
   void drop_inherited();
 
+  // Ends every session with the database: SQLite shares some of a file's state between all connections of a
+  // process, so that none of them is any better than the oldest.
+  void drop_sessions(const std::string& path);
+
   std::mutex opening;  // of the shared handle
   std::atomic<_zym_db_handle_t*> shared{nullptr};
 
@@ -49,42 +54,53 @@ class Registry {
   static void before_fork();
   static void in_parent();
   static void in_child();
-  void release_all();
+
+  // No operation runs and no session opens meanwhile. For a thread that holds no session.
+  struct Standstill {
+    explicit Standstill(Registry& registry);
+
+    std::vector<std::shared_ptr<ThreadSession>> sessions;
+    std::vector<std::unique_lock<std::mutex>> locks;
+  };
 
   std::mutex mutex_;
   std::unordered_map<_zym_db_handle_t*, std::shared_ptr<_zym_db_handle_t>> handles_;
-  std::vector<std::shared_ptr<ThreadSession>> held_;  // by a fork
+  std::optional<Standstill> fork_;
   std::atomic<bool> inherited_{false};
 };
 
-void Registry::before_fork() {
-  Registry& self = instance();
-  self.opening.lock();
-  self.mutex_.lock();
-  for (const auto& [handle, database] : self.handles_) {
-    handle->mutex().lock();
+Registry::Standstill::Standstill(Registry& registry) {
+  locks.emplace_back(registry.mutex_);
+  for (const auto& [handle, database] : registry.handles_) {
+    locks.emplace_back(handle->mutex());
     for (auto& session : handle->sessions()) {
-      session->mutex.lock();
-      self.held_.push_back(std::move(session));
+      sessions.push_back(std::move(session));
+      locks.emplace_back(sessions.back()->mutex);
     }
   }
 }
 
-void Registry::release_all() {
-  for (const auto& session : held_) session->mutex.unlock();
-  held_.clear();
-  for (const auto& [handle, database] : handles_) handle->mutex().unlock();
-  mutex_.unlock();
-  opening.unlock();
+void Registry::before_fork() {
+  instance().opening.lock();
+  instance().fork_.emplace(instance());
 }
 
 void Registry::in_parent() {
-  instance().release_all();
+  instance().fork_.reset();
+  instance().opening.unlock();
 }
 
 void Registry::in_child() {
   instance().inherited_.store(true, std::memory_order_relaxed);
-  instance().release_all();
+  in_parent();
+}
+
+void Registry::drop_sessions(const std::string& path) {
+  const Standstill standstill(*this);
+  for (const auto& each : standstill.sessions) {
+    if (each->session == nullptr || each->database->source().path != path) continue;
+    if (!each->session->must_stay()) each->session.reset();
+  }
 }
 
 // The child has one thread yet.
@@ -185,24 +201,32 @@ int Lease::acquire(_zym_db_handle_t* handle) {
   Registry::instance().drop_inherited();
   auto session = thread_sessions.get(handle);
   if (session == nullptr) return ZYM_DB_STATUS_NO_DB;
-  session->mutex.lock();
   held_ = std::move(session);
+  lock_ = std::unique_lock(held_->mutex);
   if (held_->closed) return ZYM_DB_STATUS_NO_DB;
   if (held_->session != nullptr && held_->session->is_usable(false)) return 0;
   return reopen();
 }
 
 int Lease::reopen() {
-  held_->session.reset();
   Database& database = *held_->database;
-  Opened opened = open_session(database.source(), database.writers());
+  const DataSource& source = database.source();
+  const char* loss = nullptr;
+  if (held_->session != nullptr) {
+    loss = held_->session->loss();
+    lock_.unlock();
+    Registry::instance().drop_sessions(source.path);
+    lock_.lock();
+    if (held_->closed) return ZYM_DB_STATUS_NO_DB;
+  }
+  Opened opened = open_session(source, database.writers());
   held_->session = std::move(opened.session);
-  if (opened.status != 0) ruvo_log::logErr("%s", opened.error.c_str());
+  if (opened.status != 0) {
+    ruvo_log::logErr("%s", opened.error.c_str());
+  } else if (loss != nullptr) {
+    ruvo_log::logWarn("the %s database %s %s: opened anew", source.schema->name, source.path.c_str(), loss);
+  }
   return opened.status;
-}
-
-Lease::~Lease() {
-  if (held_ != nullptr) held_->mutex.unlock();
 }
 
 int Lease::compose(const Request& request) {

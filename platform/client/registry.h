@@ -3,6 +3,7 @@
 #define ZYMDB_PLATFORM_CLIENT_REGISTRY_H
 
 #include <memory>
+#include <mutex>
 
 #include "client/database.h"
 #include "zymdb_db.h"
@@ -34,7 +35,6 @@ class Lease {
   int rollback() { return logged(held_->session->rollback(), "rollback"); }
 
   Lease() = default;
-  ~Lease();
   Lease(const Lease&) = delete;
   Lease& operator=(const Lease&) = delete;
 
@@ -45,6 +45,7 @@ class Lease {
   int logged(int status) const;
 
   std::shared_ptr<ThreadSession> held_;
+  std::unique_lock<std::mutex> lock_;  // of what is held
 };
 
 }  // namespace zymdb::client

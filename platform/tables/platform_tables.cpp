@@ -1,10 +1,13 @@
 #include "platform/platform_tables.h"
 
+#include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 
 #include "client/guarded.h"
@@ -17,12 +20,21 @@ constexpr uint32_t kAmd = 1U << 15;
 constexpr size_t kWords = std::size(ptables_platform_t{}.word);
 constexpr size_t kTableSize = kWords * sizeof(uint32_t);
 
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
 // The recorded entry of another machine: seven 32-bit words, least significant byte first.
 bool read_recorded(const char* path, ptables_platform_t& platform) {
-  std::ifstream file(path, std::ios::binary);
+  const File file(std::fopen(path, "rbe"));
   unsigned char bytes[kTableSize + 1];
-  file.read(reinterpret_cast<char*>(bytes), sizeof bytes);
-  if (file.gcount() != static_cast<std::streamsize>(kTableSize)) {
+  const size_t size = file != nullptr ? std::fread(bytes, 1, sizeof bytes, file.get()) : 0;
+  if (file == nullptr || std::ferror(file.get()) != 0) {
+    ruvo_log::logErr("%s: %s", path, std::strerror(errno));
+    return false;
+  }
+  if (size != kTableSize) {
     ruvo_log::logErr("%s: no platform table of %zu bytes", path, kTableSize);
     return false;
   }

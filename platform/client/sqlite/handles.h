@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include <memory>
+#include <string>
 
 namespace zymdb::client::sqlite {
 
@@ -18,8 +19,19 @@ struct FinalizeStatement {
 };
 using StatementPtr = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
+struct Failure {
+  int status;
+  std::string reason;
+};
+
+// What the last call on the connection, which may be null, failed with.
+Failure failure_of(sqlite3* database, int code);
+
 // The client's status for a result code, extended or not.
 int status_of(int code);
+
+// Whether the cause lies in the files, not in the statement.
+bool is_of_files(int status);
 
 // After these the connection's view of the file cannot be trusted.
 bool is_lasting(int status);

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstring>
 #include <thread>
+#include <utility>
 
 #include "client/status.h"
 
@@ -17,6 +18,10 @@ namespace {
 
 // Kept from everybody but the owner and its group; the log and index files beside it take the same mode.
 constexpr mode_t kFileMode = 0640;
+constexpr mode_t kPermissions = 0777;
+
+constexpr char kLogSuffix[] = "-wal";
+constexpr char kIndexSuffix[] = "-shm";
 
 constexpr int kOpenFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
 
@@ -65,17 +70,20 @@ constexpr int kJournalTries = 1000;
 
 }  // namespace
 
-bool identify(const std::string& path, FileId& id) {
+Files FileNames::identify() const {
   struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return false;
-  id = {status.st_dev, status.st_ino};
-  return true;
+  const auto exists = [&status](const std::string& path) { return stat(path.c_str(), &status) == 0; };
+  Files files;
+  if (exists(database) && status.st_size != 0) files.database = {status.st_dev, status.st_ino};
+  if (exists(log)) files.log = {status.st_dev, status.st_ino};
+  if (exists(index)) files.index = {status.st_dev, status.st_ino};
+  return files;
 }
 
 int Opening::run() {
   using Step = int (Opening::*)();
-  constexpr Step kSteps[] = {&Opening::create_file, &Opening::connect, &Opening::configure,
-                             &Opening::bring_up_to_date, &Opening::read_catalog};
+  constexpr Step kSteps[] = {&Opening::create_file,      &Opening::connect,      &Opening::configure,
+                             &Opening::bring_up_to_date, &Opening::read_catalog, &Opening::note_files};
   for (const Step step : kSteps) {
     if (const int status = (this->*step)()) return status;
   }
@@ -98,13 +106,25 @@ int Opening::create_file() {
 }
 
 int Opening::connect() {
-  if (!identify(source_.path, file)) return fail(kStatusIo, std::strerror(errno));
   if (faccessat(AT_FDCWD, source_.path.c_str(), R_OK, AT_EACCESS) != 0)
     return fail(kStatusIo, std::strerror(errno));
+  share_permissions();
   sqlite3* opened = nullptr;
   const int code = sqlite3_open_v2(source_.path.c_str(), &opened, kOpenFlags, nullptr);
   database.reset(opened);
   return code == SQLITE_OK ? 0 : fail_as_engine(code);
+}
+
+// SQLite makes log and index with the mode of the file. What was made while that could not be written would
+// keep it so.
+void Opening::share_permissions() const {
+  struct stat status {};
+  if (stat(source_.path.c_str(), &status) != 0) return;
+  for (const char* suffix : {kLogSuffix, kIndexSuffix}) {
+    const std::string path = source_.path + suffix;
+    if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0 && errno == EACCES)
+      chmod(path.c_str(), status.st_mode & kPermissions);
+  }
 }
 
 int Opening::configure() {
@@ -202,6 +222,14 @@ int Opening::read_catalog() {
   return code == SQLITE_DONE ? 0 : fail_as_engine(code);
 }
 
+// The log lies beside the file that a link leads to.
+int Opening::note_files() {
+  const std::string file = sqlite3_db_filename(database.get(), "main");
+  names = {source_.path, file + kLogSuffix, file + kIndexSuffix};
+  files = names.identify();
+  return 0;
+}
+
 int Opening::execute(const char* sql) {
   const int code = sqlite3_exec(database.get(), sql, nullptr, nullptr, nullptr);
   return code == SQLITE_OK ? 0 : fail_as_engine(code);
@@ -230,7 +258,8 @@ int Opening::fail(int status, std::string why) {
 }
 
 int Opening::fail_as_engine(int code) {
-  return fail(status_of(code), database != nullptr ? sqlite3_errmsg(database.get()) : sqlite3_errstr(code));
+  Failure failure = failure_of(database.get(), code);
+  return fail(failure.status, std::move(failure.reason));
 }
 
 }  // namespace zymdb::client::sqlite

@@ -13,7 +13,7 @@
 
 namespace zymdb::client::sqlite {
 
-// Which file a path names at the moment.
+// Which file a path names at the moment; {} stands for none.
 struct FileId {
   dev_t device = 0;
   ino_t inode = 0;
@@ -21,8 +21,23 @@ struct FileId {
   bool operator==(const FileId&) const = default;
 };
 
-// False when the path names no file.
-bool identify(const std::string& path, FileId& id);
+// The files of a database in use. None of them changes as long as a connection is open, unless somebody else
+// interferes: SQLite looks for none of that and would mix the files of two databases.
+struct Files {
+  FileId database;  // {} for an empty one, too: either becomes a new database
+  FileId log;
+  FileId index;  // of the log
+
+  bool operator==(const Files&) const = default;
+};
+
+struct FileNames {
+  std::string database;
+  std::string log;
+  std::string index;
+
+  Files identify() const;
+};
 
 class Opening {
  public:
@@ -35,19 +50,22 @@ class Opening {
 
   DatabasePtr database;
   Catalog catalog;
-  FileId file;
+  FileNames names;
+  Files files;
 
  private:
   enum class State { kReady, kNew, kOlder, kForeign, kNewer };
 
   int create_file();
   int connect();
+  void share_permissions() const;
   int configure();
   int examine(State& state);
   int write_ahead();
   int bring_up_to_date();
   int upgrade(State state);
   int read_catalog();
+  int note_files();
 
   int execute(const char* sql);
   int read_number(const char* sql, int64_t& value);

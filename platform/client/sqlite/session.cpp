@@ -1,6 +1,8 @@
 #include "client/sqlite/session.h"
 
+#include <fcntl.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <new>
 
@@ -46,6 +48,8 @@ SqliteSession::SqliteSession(const DataSource& source, WriterQueue& writers, con
 SqliteSession::~SqliteSession() {
   guard_.stand_aside();
   statements_.clear();
+  if (in_transaction_) sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  if (database_ != nullptr) keeps_its_files();
   database_.reset();
   if (in_transaction_) writers_.leave();
 }
@@ -55,7 +59,8 @@ int SqliteSession::open() {
   if (const int status = opening.run()) return fail(status, opening.error());
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);
-  file_ = opening.file;
+  names_ = std::move(opening.names);
+  files_ = opening.files;
   checked_at_ = coarse_now();
   return 0;
 }
@@ -155,7 +160,10 @@ int SqliteSession::begin() {
 }
 
 int SqliteSession::commit() {
-  return end_transaction("COMMIT");
+  if (!in_transaction_ || must_stay()) return end_transaction("COMMIT");
+  end_transaction("ROLLBACK");
+  keeps_its_files();
+  return fail(kStatusIo, source_.path + " " + loss_ + " during the transaction");
 }
 
 int SqliteSession::rollback() {
@@ -175,21 +183,54 @@ int SqliteSession::end_transaction(const char* sql) {
 
 bool SqliteSession::is_usable(bool now) {
   if (in_transaction_) return true;
-  if (unusable_) return false;
   const int64_t time = coarse_now();
-  if (!now && time - checked_at_ < kCheckInterval) return true;
+  if (!unusable_ && !now && time - checked_at_ < kCheckInterval) return true;
   checked_at_ = time;
-  FileId current;
-  if (identify(source_.path, current) && current == file_) return true;
-  // What lies at the path now, its log included, is not this connection's to tidy up.
-  disown();
+  if (now && is_read_only() && faccessat(AT_FDCWD, source_.path.c_str(), W_OK, AT_EACCESS) == 0)
+    unusable_ = true;  // by now it may be written
+  return keeps_its_files() && !unusable_;
+}
+
+bool SqliteSession::must_stay() const {
+  return in_transaction_ && names_.identify() == files_;
+}
+
+bool SqliteSession::keeps_its_files() {
+  if (loss_ != nullptr) return false;
+  if (disowned_) return true;
+  const Files found = names_.identify();
+  if (found == files_) return true;
+  abandon(found);
   return false;
 }
 
-// Closing then neither checkpoints nor removes the log: it only lets go of memory and descriptors.
-void SqliteSession::disown() {
+// What lies at the path now is not this connection's to tidy up, but for what its own database left there:
+// SQLite would apply that log to whatever database stands beside it.
+void SqliteSession::abandon(const Files& found) {
+  const bool own_log = found.log == files_.log;
+  if (found.database != files_.database) {
+    loss_ = found.database == FileId{} ? "was removed or emptied" : "was replaced";
+    if (own_log) unlink(names_.log.c_str());
+  } else {
+    loss_ = "lost its log";
+    // Nobody has begun another log: what only the lost one holds can still reach the database.
+    if (found.log == FileId{})
+      sqlite3_wal_checkpoint_v2(database_.get(), nullptr, SQLITE_CHECKPOINT_FULL, nullptr, nullptr);
+  }
+  // An index without its log would hide the next one's content.
+  if (found.index == files_.index) unlink(names_.index.c_str());
   unusable_ = true;
+  leave_log();
+}
+
+void SqliteSession::leave_log() {
   sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
+void SqliteSession::disown() {
+  disowned_ = true;
+  unusable_ = true;
+  leave_log();
 }
 
 int SqliteSession::prepare(Statement& statement, Prepared*& prepared) {
@@ -267,9 +308,12 @@ int SqliteSession::fail(int status, std::string why) {
 }
 
 int SqliteSession::fail_as_engine(int code) {
-  const int status = status_of(code);
-  unusable_ |= is_lasting(status);
-  return fail(status, sqlite3_errmsg(database_.get()));
+  Failure failure = failure_of(database_.get(), code);
+  if (is_of_files(failure.status)) failure.reason = source_.path + ": " + failure.reason;
+  if (is_lasting(status_of(code))) unusable_ = true;
+  // What a damaged file could still be repaired with.
+  if (failure.status == kStatusCorrupt) leave_log();
+  return fail(failure.status, std::move(failure.reason));
 }
 
 }  // namespace zymdb::client::sqlite

@@ -27,6 +27,8 @@ class SqliteSession final : public Session {
   int commit() override;
   int rollback() override;
   bool is_usable(bool now) override;
+  const char* loss() const override { return loss_; }
+  bool must_stay() const override;
   void disown() override;
   const std::string& error() const override { return error_; }
 
@@ -40,6 +42,11 @@ class SqliteSession final : public Session {
   bool read_cell(const Prepared& prepared, int column, Result& result);
   int write(Statement& statement, Change& change);
   int end_transaction(const char* sql);
+  bool keeps_its_files();
+  bool is_read_only() const { return sqlite3_db_readonly(database_.get(), "main") == 1; }
+  void abandon(const Files& found);
+  // Closing then neither checkpoints nor removes the log: it only lets go of memory and descriptors.
+  void leave_log();
   int execute(const char* sql);
   int fail(int status, std::string why);
   int fail_as_engine(int code);
@@ -50,7 +57,8 @@ class SqliteSession final : public Session {
   Limits limits_;
   Guard guard_;
   Catalog catalog_;
-  FileId file_;
+  FileNames names_;
+  Files files_;
   DatabasePtr database_;
   StatementCache statements_;  // after the database: statements go first
   std::string sql_;
@@ -58,6 +66,8 @@ class SqliteSession final : public Session {
   int64_t checked_at_ = 0;
   bool in_transaction_ = false;
   bool unusable_ = false;
+  bool disowned_ = false;
+  const char* loss_ = nullptr;
 };
 
 }  // namespace zymdb::client::sqlite
