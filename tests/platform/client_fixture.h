@@ -38,6 +38,14 @@ class ClientTest : public InventoryTest {
     return rows != nullptr ? static_cast<int64_t>(zym_db_result_row_count(rows.get())) : -1;
   }
 
+  // What `body` logs.
+  template <class Body>
+  static std::string log_of(Body body) {
+    testing::internal::CaptureStderr();
+    body();
+    return testing::internal::GetCapturedStderr();
+  }
+
   // The first row's first column as text.
   std::string first(const Rows& rows) {
     char text[128] = "";

@@ -14,14 +14,6 @@ using testing::HasSubstr;
 class HandleTest : public ClientTest {
  protected:
   std::string database() const { return folder() / "inventory.db"; }
-
-  // What `body` logs.
-  template <class Body>
-  std::string log_of(Body body) {
-    testing::internal::CaptureStderr();
-    body();
-    return testing::internal::GetCapturedStderr();
-  }
 };
 
 TEST_F(HandleTest, TheSharedHandleIsTheSameForEveryThread) {

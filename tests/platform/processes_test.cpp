@@ -1,11 +1,10 @@
 // Several processes, some of which die.
-#include <sqlite3.h>
-
 #include <atomic>
 #include <thread>
 
 #include "platform/child_process.h"
 #include "platform/client_fixture.h"
+#include "support/integrity.h"
 
 namespace {
 
@@ -39,18 +38,7 @@ class ProcessesTest : public ClientTest {
     return errors;
   }
 
-  bool is_whole() const {
-    sqlite3* database = nullptr;
-    std::string text;
-    const auto add = [](void* out, int, char** values, char**) {
-      *static_cast<std::string*>(out) += values[0];
-      return 0;
-    };
-    sqlite3_open((folder() / "inventory.db").c_str(), &database);
-    sqlite3_exec(database, "PRAGMA integrity_check", add, &text, nullptr);
-    sqlite3_close(database);
-    return text == "ok";
-  }
+  std::string integrity() const { return integrity_of(folder() / "inventory.db"); }
 };
 
 TEST_F(ProcessesTest, TwoProcessesOfFourThreadsLoseNoRow) {
@@ -95,7 +83,7 @@ TEST_F(ProcessesTest, AChildForkedInATransactionLeavesItToTheParent) {
   given("PCIs", {{"BusNo", 2}});
   ASSERT_EQ(zym_db_commit(handle()), 0);
   EXPECT_EQ(count("PCIs", "1"), 2);
-  EXPECT_TRUE(is_whole());
+  EXPECT_EQ(integrity(), "ok");
 }
 
 // The child must hold locks of its own: otherwise the parent, closing, believes to be the last and takes the
@@ -137,7 +125,7 @@ TEST_F(ProcessesTest, ForkingUnderLoadHurtsNobody) {
   for (std::thread& thread : load) thread.join();
   EXPECT_EQ(errors, 0);
   EXPECT_EQ(count("PCIs", "BusNo>=9000"), 20);
-  EXPECT_TRUE(is_whole());
+  EXPECT_EQ(integrity(), "ok");
 }
 
 // Rows are numbered as they are written, and each number is told only after its write returned.
@@ -167,7 +155,7 @@ TEST_F(ProcessesTest, AWriteThatReturnedSurvivesAKill) {
     EXPECT_LE(stored, told + round + 1);
   }
   EXPECT_GT(told, 0);
-  EXPECT_TRUE(is_whole());
+  EXPECT_EQ(integrity(), "ok");
 }
 
 }  // namespace
