@@ -121,6 +121,18 @@ TEST_F(StatementTest, EqualShapesHaveEqualKeysAndOthersDoNot) {
   EXPECT_NE(key(), first);
 }
 
+// Otherwise a name that there is not would run the statement of others.
+TEST_F(StatementTest, NoNameStandsForSeveralInAKey) {
+  columns({"Key", "Name"});
+  request_.where = "Key=1";
+  const std::string two = key();
+  for (const char joint : {'\x01', '\x1f', ' ', ',', '"', '\xff'}) {
+    const std::string name = std::string("Key") + joint + "Name";
+    columns({name.c_str()});
+    EXPECT_NE(key(), two) << name;
+  }
+}
+
 TEST_F(StatementTest, UnknownNamesAreRefused) {
   columns({"NoColumn"});
   EXPECT_EQ(sql(), "refused: no such column");
