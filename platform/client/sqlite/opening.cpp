@@ -11,6 +11,7 @@
 #include <thread>
 #include <utility>
 
+#include "client/sqlite/process.h"
 #include "client/status.h"
 
 namespace zymdb::client::sqlite {
@@ -109,6 +110,7 @@ int Opening::connect() {
   if (faccessat(AT_FDCWD, source_.path.c_str(), R_OK, AT_EACCESS) != 0)
     return fail(kStatusIo, std::strerror(errno));
   share_permissions();
+  configure_process();
   sqlite3* opened = nullptr;
   const int code = sqlite3_open_v2(source_.path.c_str(), &opened, kOpenFlags, nullptr);
   database.reset(opened);
