@@ -1,8 +1,12 @@
 #include "support/scripted_client.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <optional>
+#include <sstream>
 
 #include "platform/bios_configuration.h"
 #include "platform/platform_tables.h"
@@ -17,6 +21,7 @@ struct _zym_db_handle_t {};
 
 struct zym_db_result_t {
   Answer answer;
+  std::string table;
   size_t next = 0;  // the row after the current one
 
   const Cell* cell(int column) const {
@@ -64,31 +69,70 @@ std::string parameters(const _zym_db_param_t* params, int count) {
   return text;
 }
 
-int answer_query(const std::string& operation, const std::string& text, zym_db_result_t** result) {
-  const int failure = client().called(operation, text);
-  client().statements.push_back(operation + " " + text);
-  if (failure != 0) return failure;
+Answer next_answer(const Question& question, const std::string& statement) {
+  if (client().tables) return client().tables(question);
   if (client().answers.empty()) {
-    ADD_FAILURE() << "no answer prepared for " << operation << " " << text;
-    return 99;
+    ADD_FAILURE() << "no answer prepared for " << statement;
+    return Answer::failing(99);
   }
   Answer answer = std::move(client().answers.front());
   client().answers.pop_front();
+  return answer;
+}
+
+int answer_query(const std::string& operation, const std::string& text, const Question& question,
+                 zym_db_result_t** result) {
+  const int failure = client().called(operation, text, question.table);
+  client().statements.push_back(operation + " " + text);
+  if (failure != 0) return failure;
+  Answer answer = next_answer(question, operation + " " + text);
+  if (client().failure_of("result", question.table) != 0) answer = Answer::without_result();
+  if (const int late = client().failure_of("failing result", question.table); late != 0) answer.status = late;
   const int status = answer.status;
   if (answer.has_result) {
     ++client().live_objects;
-    *result = new zym_db_result_t{std::move(answer)};
+    *result = new zym_db_result_t{std::move(answer), question.table};
   }
   return status;
+}
+
+// The columns and the table of a statement like "select distinct a,b from t where …".
+Question question_of(const std::string& sql) {
+  std::string plain = sql;
+  std::ranges::transform(plain, plain.begin(), [](unsigned char c) { return std::tolower(c); });
+  const size_t from = plain.find(" from ");
+  if (from == std::string::npos) return {};
+  std::istringstream rest(sql.substr(from + 6));
+  Question question;
+  rest >> question.table;
+  std::getline(rest, question.where);
+  if (question.table.ends_with(';')) question.table.pop_back();
+  const size_t first = plain.find_first_not_of(' ', plain.starts_with("select distinct") ? 15 : 6);
+  std::istringstream columns(sql.substr(first, from - first));
+  for (std::string column; std::getline(columns >> std::ws, column, ',');) question.columns.push_back(column);
+  return question;
+}
+
+const int64_t* number_of(const Cell* cell) {
+  if (cell == nullptr) return nullptr;
+  if (const auto* either = std::get_if<scripted::EitherWay>(cell)) return &either->value;
+  return std::get_if<int64_t>(cell);
+}
+
+std::optional<std::string> text_of(const Cell* cell) {
+  if (cell == nullptr) return std::nullopt;
+  if (const auto* either = std::get_if<scripted::EitherWay>(cell)) return std::to_string(either->value);
+  if (const auto* text = std::get_if<std::string>(cell)) return *text;
+  return std::nullopt;
 }
 
 template <class Number>
 int read_number(const char* operation, zym_db_result_t* result, int column, Number* value,
                 const char* name = nullptr) {
   const std::string arguments = name != nullptr ? name : std::to_string(column);
-  if (const int failure = client().called(operation, arguments); failure != 0) return failure;
+  if (const int failure = client().called(operation, arguments, result->table); failure != 0) return failure;
   const Cell* cell = result->cell(column);
-  const int64_t* number = cell != nullptr ? std::get_if<int64_t>(cell) : nullptr;
+  const int64_t* number = number_of(cell);
   if (number == nullptr) return ZYM_DB_STATUS_ERROR;
   *value = static_cast<Number>(*number);
   return ZYM_DB_STATUS_OK;
@@ -98,11 +142,10 @@ int read_text(const char* operation, zym_db_result_t* result, int column, char* 
               const char* name = nullptr) {
   const std::string arguments =
       (name != nullptr ? name : std::to_string(column)) + " size " + std::to_string(size);
-  const int failure = client().called(operation, arguments);
+  const int failure = client().called(operation, arguments, result->table);
   if (failure != 0 && !client().failed_texts_arrive) return failure;
-  const Cell* cell = result->cell(column);
-  const std::string* stored = cell != nullptr ? std::get_if<std::string>(cell) : nullptr;
-  if (stored == nullptr) return ZYM_DB_STATUS_ERROR;
+  const std::optional<std::string> stored = text_of(result->cell(column));
+  if (!stored) return ZYM_DB_STATUS_ERROR;
   std::snprintf(text, static_cast<size_t>(size), "%s", stored->c_str());
   return failure;
 }
@@ -114,9 +157,9 @@ int put(zym_db_content_values_t* values, const char* kind, const char* column, c
   return ZYM_DB_STATUS_OK;
 }
 
-int write(const char* operation, const std::string& text) {
-  const int failure = client().called(operation, text);
-  client().statements.push_back(std::string(operation) + " " + text);
+int write(const char* operation, const char* table, const std::string& text) {
+  const int failure = client().called(operation, table + text, table);
+  client().statements.push_back(std::string(operation) + " " + table + text);
   return failure;
 }
 
@@ -132,20 +175,31 @@ Client& client() {
   return *current;
 }
 
-int Client::called(const std::string& operation, const std::string& arguments) {
+int Client::called(const std::string& operation, const std::string& arguments, const std::string& table) {
   calls.push_back(arguments.empty() ? operation : operation + " " + arguments);
-  const int number = counts_[operation]++;
-  const int overall = status_calls++;
-  if (failing_call == overall) return failing_status;
-  const auto failure = failures.find({operation, number});
-  return failure != failures.end() ? failure->second : 0;
+  const int failure = failure_of(operation, table);
+  return failing_call == status_calls++ ? failing_status : failure;
 }
 
-ClientTest::ClientTest() {
+int Client::failure_of(const std::string& operation, const std::string& table) {
+  const auto failure_of_next = [this](const std::string& name) {
+    const NumberedCall call{name, counts_[name]++};
+    sequence.push_back(call);
+    const auto failure = failures.find(call);
+    return failure != failures.end() ? failure->second : 0;
+  };
+  const int failure = failure_of_next(operation);
+  if (table.empty()) return failure;
+  sequence.pop_back();
+  const int failure_of_table = failure_of_next(operation + " " + table);
+  return failure != 0 ? failure : failure_of_table;
+}
+
+FreshClient::FreshClient() {
   current = new Client;
 }
 
-ClientTest::~ClientTest() {
+FreshClient::~FreshClient() {
   EXPECT_EQ(client().live_objects, 0) << "results, value sets or connections were not freed";
   delete current;
   current = nullptr;
@@ -156,7 +210,7 @@ ClientTest::~ClientTest() {
 using namespace scripted;
 
 _zym_db_handle_t* get_dmdb_handle(void) {
-  return client().has_database ? &the_handle : nullptr;
+  return client().failure_of("handle") == 0 && client().has_database ? &the_handle : nullptr;
 }
 
 _zym_db_handle_t* zym_db_open(const char* host, const char* user, const char* password, const char* database,
@@ -183,18 +237,21 @@ int zym_db_query(_zym_db_handle_t* handle, const char* table, const char* const*
   std::string list;
   for (int i = 0; i < ncolumns; ++i) list += (i == 0 ? "" : ",") + std::string(columns[i]);
   if (columns == nullptr) list = "*";
+  Question question{.table = table, .columns = {}, .where = where != nullptr ? where : ""};
+  if (columns != nullptr) question.columns.assign(columns, columns + ncolumns);
   return answer_query(
       "query",
       std::string(table) + " [" + list + "] where " + text_or_null(where) + parameters(params, nparams),
-      result);
+      question, result);
 }
 
 int zym_db_raw_query(_zym_db_handle_t*, const char* sql, int size, zym_db_result_t** result) {
-  return answer_query("raw_query", std::string(sql) + " size " + std::to_string(size), result);
+  return answer_query("raw_query", std::string(sql) + " size " + std::to_string(size), question_of(sql),
+                      result);
 }
 
 int zym_db_result_step(zym_db_result_t* result) {
-  if (const int failure = client().called("step", ""); failure != 0) return failure;
+  if (const int failure = client().called("step", "", result->table); failure != 0) return failure;
   if (result->next >= result->answer.rows.size()) return result->answer.end;
   ++result->next;
   return ZYM_DB_STATUS_ROW;
@@ -206,7 +263,7 @@ unsigned int zym_db_result_row_count(zym_db_result_t* result) {
 }
 
 int zym_db_result_reset(zym_db_result_t* result) {
-  if (const int failure = client().called("reset", ""); failure != 0) return failure;
+  if (const int failure = client().called("reset", "", result->table); failure != 0) return failure;
   result->next = 0;
   return ZYM_DB_STATUS_OK;
 }
@@ -235,25 +292,26 @@ int zym_db_result_column_text(zym_db_result_t* result, int column, char* text, i
 }
 
 int zym_db_result_column_blob(zym_db_result_t* result, int column, void* data, int size) {
-  if (const int failure = client().called("blob", std::to_string(column)); failure != 0) return failure;
-  const Cell* cell = result->cell(column);
-  const std::string* stored = cell != nullptr ? std::get_if<std::string>(cell) : nullptr;
-  if (stored == nullptr) return ZYM_DB_STATUS_ERROR;
+  if (const int failure = client().called("blob", std::to_string(column), result->table); failure != 0)
+    return failure;
+  const std::optional<std::string> stored = text_of(result->cell(column));
+  if (!stored) return ZYM_DB_STATUS_ERROR;
   std::memcpy(data, stored->data(), std::min(stored->size(), static_cast<size_t>(size)));
   return ZYM_DB_STATUS_OK;
 }
 
 int zym_db_result_column_bytes(zym_db_result_t* result, int column, int* length) {
-  if (const int failure = client().called("bytes", std::to_string(column)); failure != 0) return failure;
-  const Cell* cell = result->cell(column);
-  const std::string* stored = cell != nullptr ? std::get_if<std::string>(cell) : nullptr;
-  if (stored == nullptr) return ZYM_DB_STATUS_ERROR;
+  if (const int failure = client().called("bytes", std::to_string(column), result->table); failure != 0)
+    return failure;
+  const std::optional<std::string> stored = text_of(result->cell(column));
+  if (!stored) return ZYM_DB_STATUS_ERROR;
   *length = static_cast<int>(stored->size());
   return ZYM_DB_STATUS_OK;
 }
 
 int zym_db_result_column_is_null(zym_db_result_t* result, int column, int* is_null) {
-  if (const int failure = client().called("is_null", std::to_string(column)); failure != 0) return failure;
+  if (const int failure = client().called("is_null", std::to_string(column), result->table); failure != 0)
+    return failure;
   const Cell* cell = result->cell(column);
   if (cell == nullptr) return ZYM_DB_STATUS_ERROR;
   *is_null = std::holds_alternative<std::nullptr_t>(*cell) ? 1 : 0;
@@ -318,21 +376,20 @@ int zym_db_free_content_values(zym_db_content_values_t* values) {
 int zym_db_insert(_zym_db_handle_t*, const char* table, const zym_db_content_values_t* values, int reserved,
                   int64_t* id) {
   EXPECT_EQ(reserved, 0);
-  const int failure = write("insert", std::string(table) + " {" + values->text() + "}");
+  const int failure = write("insert", table, " {" + values->text() + "}");
   if (failure == 0) *id = client().inserted_id;
   return failure;
 }
 
 int zym_db_update(_zym_db_handle_t*, const char* table, const zym_db_content_values_t* values,
                   const char* where, const _zym_db_param_t* params, int nparams, int64_t*) {
-  return write("update", std::string(table) + " {" + values->text() + "} where " + text_or_null(where) +
-                             parameters(params, nparams));
+  return write("update", table,
+               " {" + values->text() + "} where " + text_or_null(where) + parameters(params, nparams));
 }
 
 int zym_db_delete(_zym_db_handle_t*, const char* table, const char* where, const _zym_db_param_t* params,
                   int nparams, int64_t* count) {
-  const int failure =
-      write("delete", std::string(table) + " where " + text_or_null(where) + parameters(params, nparams));
+  const int failure = write("delete", table, " where " + text_or_null(where) + parameters(params, nparams));
   if (failure == 0 && count != nullptr) *count = client().deleted_rows;
   return failure;
 }

@@ -7,9 +7,11 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -17,7 +19,12 @@
 
 namespace scripted {
 
-using Cell = std::variant<std::nullptr_t, int64_t, std::string>;
+// Reads as a number and as a text.
+struct EitherWay {
+  int64_t value;
+};
+
+using Cell = std::variant<std::nullptr_t, int64_t, std::string, EitherWay>;
 
 // One row. Integers, texts and nulls as they stand: Row{7, "name", nullptr}.
 struct Row : std::vector<Cell> {
@@ -51,6 +58,16 @@ struct Answer {
   static Answer without_result() { return {.has_result = false}; }
 };
 
+// What a query asks for.
+struct Question {
+  std::string table;
+  std::vector<std::string> columns;  // none: all of them
+  std::string where;
+};
+
+// A call, as the n-th (from 0) of its operation.
+using NumberedCall = std::pair<std::string, int>;
+
 class Client {
  public:
   bool has_database = true;
@@ -62,8 +79,13 @@ class Client {
   // Queries are answered in this order; one more than there are answers is a failure of the test.
   std::deque<Answer> answers;
 
-  // What the n-th call (from 0) of an operation answers instead of doing its work, e.g. {"update", 0}.
-  std::map<std::pair<std::string, int>, int> failures;
+  // Answers the queries instead, where there is one: as a database would that knows its tables.
+  std::function<Answer(const Question&)> tables;
+
+  // What the n-th call of an operation answers instead of doing its work: {"update", 0}, or for one table
+  // {"update PCIAdapter", 0}. "handle" is the call for the database; a failure of "result" is a query's
+  // success without a result, of "failing result" a failed query that hands out a result all the same.
+  std::map<NumberedCall, int> failures;
 
   // Counted from 0 over all calls that answer a status: the call that fails, with `failing_status`.
   std::optional<int> failing_call;
@@ -81,12 +103,16 @@ class Client {
 
   std::vector<std::string> calls;       // every call, with its arguments
   std::vector<std::string> statements;  // the calls that read or write tables
+  std::vector<NumberedCall> sequence;   // the calls that can fail, with their tables
   std::vector<std::string> log;         // "error: …", "info: …", "warning: …"
   int live_objects = 0;                 // results, value sets and connections not yet freed
   int status_calls = 0;
 
   // Records a call; the status that the script makes it fail with, or 0.
-  int called(const std::string& operation, const std::string& arguments);
+  int called(const std::string& operation, const std::string& arguments, const std::string& table = "");
+
+  // The same without a record among `calls`.
+  int failure_of(const std::string& operation, const std::string& table = "");
 
  private:
   std::map<std::string, int> counts_;
@@ -95,14 +121,23 @@ class Client {
 // The client of the running test.
 Client& client();
 
-// Gives each test a fresh client, and sees to it that every object was freed.
+// A fresh client; sees to it that every object was freed.
+class FreshClient {
+ public:
+  FreshClient();
+  ~FreshClient();
+  FreshClient(const FreshClient&) = delete;
+  FreshClient& operator=(const FreshClient&) = delete;
+};
+
+// Gives each test a client of its own.
 class ClientTest : public testing::Test {
  protected:
-  ClientTest();
-  ~ClientTest() override;
-
   void answer(std::vector<Row> rows) { client().answers.push_back(Answer::of(std::move(rows))); }
   void answer(Answer answer) { client().answers.push_back(std::move(answer)); }
+
+ private:
+  FreshClient client_;
 };
 
 }  // namespace scripted
