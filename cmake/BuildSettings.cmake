@@ -18,8 +18,9 @@ endif()
 
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  # Presets that compile a file alike share its object, though their build folders differ.
+  set(CMAKE_C_COMPILER_LAUNCHER env CCACHE_NOHASHDIR=1 ${CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
 endif()
 
 add_compile_options(-Wall -Wextra -Wconversion -Wshadow -Wformat=2 $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> -Werror)
@@ -31,4 +32,11 @@ if(ZYMDB_SANITIZE)
 else()
   add_compile_options($<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2> -fstack-protector-strong)
   add_link_options(-Wl,-z,relro,-z,now)
+endif()
+
+# What is measured is compiled as written; the tests around it stay as in every other build.
+set(ZYMDB_MEASURED_OPTIONS "")
+if(ZYMDB_COVERAGE)
+  set(ZYMDB_MEASURED_OPTIONS --coverage -O0 -U_FORTIFY_SOURCE)
+  add_link_options(--coverage)
 endif()
