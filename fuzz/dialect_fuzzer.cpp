@@ -149,6 +149,28 @@ class Database {
   Names names_;  // of all tables and columns
 };
 
+// All that may stand in the SQL beside names, numbers and signs.
+const Names kWords = {"SELECT", "FROM",     "WHERE",  "GROUP",   "HAVING", "ORDER",  "BY",     "LIMIT",
+                      "OFFSET", "DISTINCT", "ASC",    "DESC",    "AND",    "OR",     "NOT",    "IN",
+                      "IS",     "NULL",     "ISNULL", "NOTNULL", "LIKE",   "ESCAPE", "EXISTS", "INSERT",
+                      "INTO",   "BETWEEN",  "VALUES", "DEFAULT", "UPDATE", "SET",    "DELETE", "count",
+                      "sum",    "min",      "max",    "avg",     "total",  "lower",  "upper",  "length",
+                      "abs",    "trim",     "ltrim",  "rtrim",   "substr", "ifnull", "nullif", "coalesce"};
+
+void check_words(const std::string& outside, const std::string& sql) {
+  const auto belongs = [](unsigned char c) {
+    return std::isalnum(c) != 0 || c == '_' || c == '.' || c >= 0x80;
+  };
+  for (auto begin = outside.begin(); begin != outside.end();) {
+    begin = std::find_if(begin, outside.end(), belongs);
+    const auto end = std::find_if_not(begin, outside.end(), belongs);
+    const bool is_number = begin != end && *begin >= '0' && *begin <= '9';
+    require(begin == end || is_number || kWords.contains(std::string(begin, end)), "leaves a word behind",
+            sql);
+    begin = end;
+  }
+}
+
 // In the SQL only names are quoted, and what stands between quotes in the text is found among the values.
 void check_texts(const Names& names, const Statement& statement, const std::string& sql, const Apart& text) {
   const Apart made(sql);
@@ -156,6 +178,7 @@ void check_texts(const Names& names, const Statement& statement, const std::stri
   for (const std::string& name : made.quoted) require(names.contains(name), "names what there is not", name);
   for (const char* sign : {";", "--", "/*", "`", "[", "@", ":", "$", "#", "\\"})
     require(made.outside.find(sign) == std::string::npos, "leaves a sign behind", sql);
+  check_words(made.outside, sql);
 
   require(text.closed, "lets an open quote through", sql);
   const auto arguments = statement.arguments();

@@ -19,7 +19,6 @@
 #include "db/database_client.h"
 #include "operations.h"
 #include "support/system_log.h"
-#include "zymdb_platform.h"
 
 extern "C" {
 
@@ -91,10 +90,21 @@ class Inventory {
     std::atexit([] { std::filesystem::remove_all(folder()); });
     setenv("ZYMDB_INVENTORY", (folder() / "inventory.db").c_str(), 1);
     require(get_dmdb_handle() != nullptr, "no inventory in", name);
+    sqlite3_open((folder() / "inventory.db").c_str(), &keeper_);
     populate();
     zym_db_close(get_dmdb_handle());
     Changes::instance().watch_from_now_on();
     require(get_dmdb_handle() != nullptr, "no inventory in", name);
+  }
+
+  // Gives a table its first rows back.
+  void restore(const std::string& table) const {
+    execute(("BEGIN; DELETE FROM main." + table + "; INSERT INTO main." + table + " SELECT * FROM kept." +
+             table + "; COMMIT")
+                .c_str());
+  }
+  void restore() const {
+    for (const auto& [table, columns] : text_columns_) restore(table);
   }
 
   // Gives the texts of every row of a table.
@@ -130,47 +140,47 @@ class Inventory {
 
   // In the n-th row every number is n and every text "n", so that all keys lead to a row of every table.
   void populate() {
-    sqlite3* database = nullptr;
-    sqlite3_open((folder() / "inventory.db").c_str(), &database);
     const auto note = [](void* self, int, char** cells, char**) {
       auto& columns = static_cast<Inventory*>(self)->text_columns_[cells[0]];
       if (cells[2] == std::string_view("TEXT")) columns.emplace_back(cells[1]);
       return 0;
     };
-    execute(database,
-            "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
-            "WHERE t.type='table' AND t.name NOT LIKE 'sqlite%'",
-            note, this);
-    const auto run = [](void* handle, int, char** cells, char**) {
-      execute(static_cast<sqlite3*>(handle), cells[0]);
+    execute(
+        "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
+        "WHERE t.type='table' AND t.name NOT LIKE 'sqlite%'",
+        note);
+    const auto run = [](void* self, int, char** cells, char**) {
+      static_cast<Inventory*>(self)->execute(cells[0]);
       return 0;
     };
-    execute(database,
-            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<3) "
-            "SELECT 'INSERT INTO \"' || t.name || '\" VALUES (' || group_concat(i) || ')' "
-            "FROM n, sqlite_schema t, pragma_table_info(t.name) "
-            "WHERE t.type='table' AND t.name NOT LIKE 'sqlite%' GROUP BY t.name, i",
-            run, database);
+    execute(
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<3) "
+        "SELECT 'INSERT INTO \"' || t.name || '\" VALUES (' || group_concat(i) || ')' "
+        "FROM n, sqlite_schema t, pragma_table_info(t.name) "
+        "WHERE t.type='table' AND t.name NOT LIKE 'sqlite%' GROUP BY t.name, i",
+        run);
     // NVIDIA's cards, a Marvell controller, a DPU in slot 3, drives in bays and of the kinds that lists ask
     // for.
-    execute(database,
-            "UPDATE Firmwares SET Manufacture='NVIDIA';"
-            "UPDATE VPDs SET Manufacture='NVIDIA';"
-            "UPDATE PCIs SET Location=2, VendorId=6987, DeviceId=37424, SubVendorId=65535 WHERE _id=2;"
-            "UPDATE PCIs SET Location=1, VendorId=5555, DeviceId=41686, HardwareId=768 WHERE _id=3;"
-            "UPDATE Firmwares SET HardwareId=768 WHERE _id=3;"
-            "UPDATE PldmDeviceFirmware SET Location=1, DeviceId=41686 WHERE _id=3;"
-            "UPDATE AimDisks SET Presence=1, Location='Bay ' || _id, LocationId=_id+1, DriveTypeId=_id+2;"
-            "UPDATE NVMeDrives SET CtrlType=0 WHERE _id=1;");
-    sqlite3_close(database);
+    execute(
+        "UPDATE Firmwares SET Manufacture='NVIDIA';"
+        "UPDATE VPDs SET Manufacture='NVIDIA';"
+        "UPDATE PCIs SET Location=2, VendorId=6987, DeviceId=37424, SubVendorId=65535 WHERE _id=2;"
+        "UPDATE PCIs SET Location=1, VendorId=5555, DeviceId=41686, HardwareId=768 WHERE _id=3;"
+        "UPDATE Firmwares SET HardwareId=768 WHERE _id=3;"
+        "UPDATE PldmDeviceFirmware SET Location=1, DeviceId=41686 WHERE _id=3;"
+        "UPDATE AimDisks SET Presence=1, Location='Bay ' || _id, LocationId=_id+1, DriveTypeId=_id+2;"
+        "UPDATE NVMeDrives SET CtrlType=0 WHERE _id=1;");
+    execute("ATTACH ':memory:' AS kept");
+    for (const auto& [table, columns] : text_columns_)
+      execute(("CREATE TABLE kept." + table + " AS SELECT * FROM main." + table).c_str());
   }
 
-  static void execute(sqlite3* database, const char* sql, int (*row)(void*, int, char**, char**) = nullptr,
-                      void* argument = nullptr) {
-    require(sqlite3_exec(database, sql, row, argument, nullptr) == SQLITE_OK, "cannot prepare the inventory",
-            sqlite3_errmsg(database));
+  void execute(const char* sql, int (*row)(void*, int, char**, char**) = nullptr) const {
+    require(sqlite3_exec(keeper_, sql, row, const_cast<Inventory*>(this), nullptr) == SQLITE_OK,
+            "cannot prepare the inventory", sqlite3_errmsg(keeper_));
   }
 
+  sqlite3* keeper_ = nullptr;  // not watched
   std::map<std::string, std::vector<std::string>> text_columns_;
 };
 
@@ -189,15 +199,16 @@ void require_contained(const Inventory& inventory, const Operation& operation, c
   inventory.require_rows(is_own);
 }
 
-// Whatever the operation did is undone afterwards: every input finds the same inventory.
+// Whatever was done is undone afterwards: every input finds the same inventory.
 void run(const Inventory& inventory, const Operation& operation, Texts texts) {
-  _zym_db_handle_t* const handle = get_dmdb_handle();
-  require(zym_db_begin(handle) == 0, "cannot begin");
+  Changes& changes = Changes::instance();
   if (operation.kind == Kind::kShows) inventory.store(operation.table, texts);
-  Changes::instance().forget();
+  changes.forget();
   operation.run(texts);
   require_contained(inventory, operation, texts);
-  zym_db_rollback(handle);
+  if (operation.kind == Kind::kShows) inventory.restore(operation.table);
+  for (const std::string& table : changes.tables()) inventory.restore(table);
+  if (changes.untold()) inventory.restore();
 }
 
 }  // namespace

@@ -17,11 +17,11 @@ using zymdb::fuzz::require;
 
 void check(SmbiosTables tables) {
   for (const auto& structure : tables.structures()) {
-    for (std::size_t offset = 0; offset <= 0xFF; ++offset) {
+    for (std::size_t offset = 0; offset < structure.length(); ++offset)
+      if (const auto text = structure.text(offset)) require(!text->empty(), "an empty text");
+    for (std::size_t offset = 0; offset <= 0xFF; ++offset)
       require(structure.field<std::uint8_t>(offset).has_value() == (offset < structure.length()),
               "a field beside its structure");
-      if (const auto text = structure.text(offset)) require(!text->empty(), "an empty text");
-    }
   }
   Findings findings;
   findings.functions.emplace();
