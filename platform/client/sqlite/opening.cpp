@@ -140,7 +140,10 @@ int Opening::configure() {
 
 int Opening::bring_up_to_date() {
   State state = State::kReady;
+  // As one: between its looks another process may create the database.
+  if (const int status = execute("BEGIN")) return status;
   if (const int status = examine(state)) return status;
+  if (const int status = execute("END")) return status;
   if (state == State::kForeign || state == State::kNewer) return refuse(state);
   if (sqlite3_db_readonly(database.get(), "main") == 1) {
     return state == State::kReady ? 0 : fail(kStatusReadOnly, "it cannot be written");
