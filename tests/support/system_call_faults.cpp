@@ -6,7 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdarg>
+#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
@@ -14,6 +15,7 @@ namespace {
 
 int failure = 0;
 bool syncs_fail = false;
+bool syncs_are_skipped = false;
 
 template <class Result>
 Result fail() {
@@ -33,6 +35,30 @@ int fail_open(const char*, int, int) {
 void* fail_map(void*, size_t, int, int, int, off_t) {
   errno = failure;
   return reinterpret_cast<void*>(-1);
+}
+
+int calls_to_live = 0;  // 0: for ever
+bool last_is_torn = false;
+
+bool is_due() {
+  return calls_to_live > 0 && --calls_to_live == 0;
+}
+
+[[noreturn]] void die() {
+  kill(getpid(), SIGKILL);
+  for (;;) pause();
+}
+
+ssize_t write_or_die(int descriptor, const void* data, size_t size, off_t offset) {
+  if (!is_due()) return pwrite(descriptor, data, size, offset);
+  if (last_is_torn && pwrite(descriptor, data, size / 2, offset) < 0) abort();
+  die();
+}
+int truncate_or_die(int descriptor, off_t size) {
+  return is_due() ? die(), -1 : ftruncate(descriptor, size);
+}
+int unlink_or_die(const char* path) {
+  return is_due() ? die(), -1 : unlink(path);
 }
 
 template <class Function>
@@ -70,6 +96,8 @@ sqlite3_syscall_ptr replacement_of(const char* call) {
 // The engine offers no replacement of this one: the test program's own takes the place of the C library's.
 extern "C" __attribute__((visibility("default"))) int fdatasync(int descriptor) {
   if (syncs_fail) return fail<int>();
+  if (is_due()) die();
+  if (syncs_are_skipped) return 0;
   return static_cast<int>(syscall(SYS_fdatasync, descriptor));
 }
 
@@ -82,4 +110,16 @@ FailingCall::FailingCall(const char* call, int error) : call_(call) {
 FailingCall::~FailingCall() {
   if (!syncs_fail) replace(call_, nullptr);
   syncs_fail = false;
+}
+
+void skip_syncs() {
+  syncs_are_skipped = true;
+}
+
+void die_at_system_call(int due, bool torn) {
+  calls_to_live = due;
+  last_is_torn = torn;
+  replace("pwrite64", engine_call(write_or_die));
+  replace("ftruncate", engine_call(truncate_or_die));
+  replace("unlink", engine_call(unlink_or_die));
 }

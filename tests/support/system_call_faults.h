@@ -15,4 +15,12 @@ class FailingCall {
   const char* call_;
 };
 
+// From here on the process counts the calls that change files ("pwrite64", "ftruncate", "unlink",
+// "fdatasync"), and kills itself in the place of the one that is due (1 is the next one). Where it is a write
+// that shall be `torn`, half of it is done before. For a process of its own: there is no way back.
+void die_at_system_call(int due, bool torn);
+
+// From here on nothing is flushed, by this process and its children.
+void skip_syncs();
+
 #endif
