@@ -123,7 +123,7 @@ TEST_F(Retimer, BodiesOfAnyLengthAreConsumed) {
 }
 
 TEST_F(Retimer, ABodyMayArriveInPieces) {
-  for (const char* pieces : {"19,1", "19,100,1,200", "20,7", "300", "519,512"}) {
+  for (const char* pieces : {"19,1,1,1,2,3,5,700", "19,100,1,200", "20,7,90", "300", "519,512"}) {
     Service service("--result 7 --body 700 --pieces " + std::string(pieces));
     EXPECT_EQ(update(), 7) << pieces;
   }

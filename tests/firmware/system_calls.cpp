@@ -64,7 +64,7 @@ __attribute__((visibility("default"))) int setsockopt(int socket, int level, int
     const std::lock_guard lock(mutex);
     system_calls().receive_timeouts.push_back(static_cast<const timeval*>(value)->tv_sec);
   }
-  const timeval shortened{0, 50'000};
+  const timeval shortened{1, 0};
   return next(&setsockopt, "setsockopt")(socket, level, option, &shortened, sizeof shortened);
 }
 

@@ -16,7 +16,8 @@ struct SystemCalls {
   bool time_passes = false;
   std::optional<int> wait_error;
 
-  // setsockopt: the receive timeouts that were asked for, in seconds; all are but a twentieth of a second.
+  // setsockopt: the receive timeouts that were asked for, in seconds. All are but one: short to wait for, and
+  // long enough for a service on a busy machine.
   std::vector<long> receive_timeouts;
 
   // connect: does not return before the other side has hung up.
