@@ -1,5 +1,5 @@
-// Every exported operation that is given texts, in an argument, a record or the rows that it reads; the
-// project's tests compare the names with the headers.
+// Every exported operation that takes or gives texts, in its arguments or in records; the project's tests
+// compare the names with the headers.
 #ifndef ZYMDB_FUZZ_OPERATIONS_H
 #define ZYMDB_FUZZ_OPERATIONS_H
 

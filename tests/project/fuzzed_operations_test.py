@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Every exported operation that is given a text, in an argument or in a record, is fuzzed."""
+"""Every exported operation that takes or gives a text, in an argument or in a record, is fuzzed."""
 import re
 import sys
 from pathlib import Path
@@ -55,7 +55,7 @@ def main():
         given = [p for p in parameters.split(",")
                  if TEXT.search(p) and not NUMBER.search(p) or records & set(re.findall(r"\w+", p))]
         if given and name not in fuzzed | FROM_NUMBERS and f"{name}(" not in called:
-            wrong.append(f"{name} is given a text and not fuzzed")
+            wrong.append(f"{name} takes or gives a text and is not fuzzed")
     names = {name for name, _ in known}
     wrong += [f"{name} is fuzzed and in no header" for name in sorted(fuzzed - names)]
     wrong += [f"{name} is fuzzed without a seed" for name in sorted(fuzzed - seeds)]
