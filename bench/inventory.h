@@ -1,4 +1,5 @@
-// The inventory that the benchmarks run on: a machine of a given size, in a folder that vanishes with them.
+// The inventories that the benchmarks run on: machines of a given size, in folders that vanish with the
+// program.
 #ifndef ZYMDB_BENCH_INVENTORY_H
 #define ZYMDB_BENCH_INVENTORY_H
 
@@ -8,25 +9,34 @@
 
 namespace bench {
 
-constexpr int kFunctionsPerAdapter = 4;
+// Functions, adapters, modules and components count from 0; theirs are these keys.
+constexpr uint32_t function_key(int function) {
+  return static_cast<uint32_t>(function) << 8;
+}
+constexpr uint32_t adapter_key(int adapter) {
+  return 1u << 16 | static_cast<uint32_t>(adapter);
+}
+
+// The function that has as many ports, components and settings as the inventory has rows.
+constexpr uint32_t kBusyFunction = 0x7F000000;
 
 class Inventory {
  public:
-  // `adapters` adapters of four functions each, in PCIs and PCIAdapter.
-  explicit Inventory(int adapters);
+  // `rows` of everything that is listed: adapters (of four functions each), PCI functions, ports, components,
+  // drives, settings. A quarter of the functions are NVMe drives, reported in bays and on M.2 carriers.
+  explicit Inventory(int rows);
   ~Inventory();
   Inventory(const Inventory&) = delete;
   Inventory& operator=(const Inventory&) = delete;
 
   std::string path() const { return (folder_ / "inventory.db").string(); }
 
+  // Makes it the one that the library reads and writes from here on.
+  void open() const;
+
   // Whether a byte of the database's files was written since `mark`.
   void mark();
   bool is_written_since_mark() const;
-
-  static uint32_t function_key(int adapter, int function) {
-    return static_cast<uint32_t>(adapter) << 8 | static_cast<uint32_t>(function);
-  }
 
  private:
   std::string contents() const;
@@ -34,6 +44,9 @@ class Inventory {
   std::filesystem::path folder_;
   std::string marked_;
 };
+
+// The inventory of this size, opened. Each is made once.
+Inventory& inventory(int rows);
 
 }  // namespace bench
 

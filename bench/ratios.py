@@ -1,31 +1,149 @@
 #!/usr/bin/env python3
-"""Prints benchmark results as a table: the library's time, and its ratio to each comparator of the same run."""
+"""Prints what the benchmarks measured as tables: the library's time, and its ratios to what was measured beside it in the
+same run, each with its target. With --markdown, as docs/performance.md holds them."""
 import json
+import os
+import platform
+import re
+import statistics
 import sys
 
-LIMIT, LIBRARY, PER_CALL = "kept statement", "library", "prepared per call"
+UNITS = {"ns": 1e-3, "us": 1, "ms": 1e3, "s": 1e6}
+RAW = "kept"  # statements kept open: the limit
+PER_CALL = "per call"
+BUS = "bus"
+
+# The program's title, and the largest ratio to the limit that is to be reached; 0: none.
+SECTIONS = {
+    "point_bench": ("One record by its key", lambda name, rows: 1.5),
+    "list_bench": ("Lists", lambda name, rows: 1.3 if rows >= 1000 else 0),
+    "write_bench": ("Reports, settings and the merge",
+                    lambda name, rows: 1.5 if name == "unchanged presence of a drive" else 0),
+    "start_bench": ("From the start of a process to its first answer", lambda name, rows: 0),
+    "bus_bench": ("Beside an inventory daemon on the message bus", lambda name, rows: 0),
+}
+LEAST_PER_CALL = {"point_bench": 4}
+LEAST_BUS = {"one adapter": 10, "adapter list": 5}
+MOST_GROWTH = 1.2
+LEAST_SPEED_UP = 1.8
+
+
+class Table:
+    def __init__(self, columns):
+        self.rows = [columns]
+
+    def add(self, *cells):
+        self.rows.append(cells)
+
+    def print(self, markdown):
+        widths = [max(len(row[i]) for row in self.rows) for i in range(len(self.rows[0]))]
+        for number, row in enumerate(self.rows):
+            cells = [row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])]
+            print("| " + " | ".join(cells) + " |" if markdown else "  ".join(cells))
+            if markdown and number == 0:
+                print("|" + "|".join(["---"] + ["--:"] * (len(row) - 1)) + "|")
+        print()
+
+
+def time_text(microseconds):
+    for unit, size in (("ms", 1e3), ("us", 1), ("ns", 1e-3)):
+        if microseconds >= size or unit == "ns":
+            return f"{microseconds / size:.2f} {unit}"
+
+
+def verdict(ratio, target, is_reached):
+    return f"{target} {'reached' if is_reached else 'MISSED'}"
+
+
+def at_most(ratio, most):
+    return verdict(ratio, f"<= {most}", ratio <= most) if most else ""
+
+
+def at_least(ratio, least):
+    return verdict(ratio, f">= {least}", ratio >= least) if least else ""
 
 
 def medians(path):
-    """Times by (what, size) and by who did it."""
-    times = {}
-    for run in json.load(open(path))["benchmarks"]:
+    """Microseconds by (what, rows) and by who did it; items per second by number of threads."""
+    with open(path) as file:
+        runs = json.load(file)["benchmarks"]
+    samples = {}
+    # They ran in a random order.
+    for run in sorted(runs, key=lambda run: run["family_index"]):
         if run.get("error_occurred"):
             sys.exit(f"{run['name']}: {run['error_message']}")
-        if run.get("aggregate_name") != "median":
+        if run["run_type"] == "iteration":
+            samples.setdefault(run["run_name"], []).append(run)
+    times, rates = {}, {}
+    for name, repeated in samples.items():
+        if threads := re.search(r"threads:(\d+)", name):
+            rates[int(threads[1])] = statistics.median(run["items_per_second"] for run in repeated)
             continue
-        what, who, *size = run["run_name"].split("/")
-        times.setdefault((what, *size), {})[who] = run["real_time"]
-    return times
+        what, rows, who = name.split("/")[:3]
+        times.setdefault((what, int(rows)), {})[who] = statistics.median(
+            run["real_time"] * UNITS[run["time_unit"]] for run in repeated)
+    return times, rates
+
+
+def compare(times, most_of, least_per_call, markdown):
+    table = Table(("", "rows", "library", "limit", "to the limit", "target", "than per call", "target"))
+    for (what, rows), time in times.items():
+        ratio = time["library"] / time[RAW]
+        per_call = time[PER_CALL] / time["library"] if PER_CALL in time else 0
+        table.add(what, f"{rows:,}", time_text(time["library"]), time_text(time[RAW]), f"{ratio:.2f} x",
+                  at_most(ratio, most_of(what, rows)), f"{per_call:.1f} x faster" if per_call else "",
+                  at_least(per_call, least_per_call))
+    table.print(markdown)
+
+
+def grow(times, markdown):
+    table = Table(("", "a row of 100", "a row of 10,000", "growth", "target"))
+    for what in dict.fromkeys(what for what, rows in times if rows == 10000):
+        small, large = (times[what, rows]["library"] / rows for rows in (100, 10000))
+        table.add(what, time_text(small), time_text(large), f"{large / small:.2f} x", at_most(large / small, MOST_GROWTH))
+    table.print(markdown)
+
+
+def bus(times, markdown):
+    table = Table(("", "rows", "library", "over the bus", "faster", "target"))
+    for (what, rows), time in times.items():
+        ratio = time[BUS] / time["library"]
+        table.add(what, f"{rows:,}", time_text(time["library"]), time_text(time[BUS]), f"{ratio:.1f} x",
+                  at_least(ratio, LEAST_BUS[what]))
+    table.print(markdown)
+
+
+def threads(rates, markdown):
+    table = Table(("", "one thread", "two threads", "speed-up", "target"))
+    ratio = rates[2] / rates[1]
+    table.add("function, 26 columns", f"{rates[1]:,.0f} /s", f"{rates[2]:,.0f} /s", f"{ratio:.2f} x",
+              at_least(ratio, LEAST_SPEED_UP))
+    table.print(markdown)
+
+
+def machine():
+    with open("/proc/cpuinfo") as file:
+        model = re.search(r"model name\s*:\s*(.*)", file.read())
+    return (f"{model[1] if model else platform.processor()}, {os.cpu_count()} processors, "
+            f"Linux {platform.release()} on {platform.machine()}")
 
 
 def main():
-    print(f"{'':32} {'library':>12} {'limit':>12} {'to the limit':>14} {'than per call':>14}")
-    for path in sys.argv[1:]:
-        for name, time in medians(path).items():
-            library = time[LIBRARY]
-            print(f"{' '.join(name):32} {library / 1000:>9.2f} us {time[LIMIT] / 1000:>9.2f} us "
-                  f"{library / time[LIMIT]:>12.2f} x {time[PER_CALL] / library:>7.1f} faster")
+    markdown = sys.argv[1] == "--markdown"
+    print(("Taken on: " if markdown else "") + machine() + "\n")
+    for path in sys.argv[2 if markdown else 1:]:
+        program = os.path.basename(path).removesuffix(".json")
+        title, most_of = SECTIONS[program]
+        print(f"### {title}\n" if markdown else title)
+        times, rates = medians(path)
+        if program == "bus_bench":
+            bus(times, markdown)
+            continue
+        compare(times, most_of, LEAST_PER_CALL.get(program), markdown)
+        if program == "list_bench":
+            grow(times, markdown)
+        if rates:
+            threads(rates, markdown)
 
 
 if __name__ == "__main__":

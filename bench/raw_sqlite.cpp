@@ -7,10 +7,9 @@ namespace bench {
 Connection open_raw(const std::string& path) {
   sqlite3* connection = nullptr;
   if (sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=
-          SQLITE_OK ||
-      sqlite3_exec(connection, "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL", nullptr, nullptr,
-                   nullptr) != SQLITE_OK)
+      SQLITE_OK)
     throw std::runtime_error("cannot open " + path);
+  execute(connection, "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL");
   return {connection, &sqlite3_close};
 }
 
@@ -19,6 +18,11 @@ Prepared prepare(sqlite3* connection, const char* sql) {
   if (sqlite3_prepare_v3(connection, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK)
     throw std::runtime_error(sqlite3_errmsg(connection));
   return {statement, &sqlite3_finalize};
+}
+
+void execute(sqlite3* connection, const char* sql) {
+  if (sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) != SQLITE_OK)
+    throw std::runtime_error(sqlite3_errmsg(connection));
 }
 
 }  // namespace bench
