@@ -104,11 +104,26 @@ void put(char (&field)[Size], const std::string& text) {
   field[text.copy(field, Size - 1)] = '\0';
 }
 
+// A text that fills its field has no NUL.
+template <std::size_t Size>
+void put_whole(char (&field)[Size], const std::string& text) {
+  const std::size_t length = text.copy(field, Size);
+  std::fill(field + length, field + Size, '\0');
+}
+
 // The texts in turn, over again when there are fewer than fields.
+const std::string& in_turn(const Texts& texts, std::size_t place) {
+  return texts[texts.size() > 0 ? place % texts.size() : 0];
+}
 template <std::size_t... Sizes>
 void fill(const Texts& texts, char (&... fields)[Sizes]) {
   std::size_t place = 0;
-  (put(fields, texts[texts.size() > 0 ? place++ % texts.size() : 0]), ...);
+  (put(fields, in_turn(texts, place++)), ...);
+}
+template <std::size_t... Sizes>
+void fill_whole(const Texts& texts, char (&... fields)[Sizes]) {
+  std::size_t place = 0;
+  (put_whole(fields, in_turn(texts, place++)), ...);
 }
 
 _ZYMDB_Memory memory_of(const Texts& texts) {
@@ -140,7 +155,7 @@ _ZYMDB_Embedded_Firmware embedded_firmware_of(const Texts& texts) {
 }
 _ZYMDB_DPU_Event event_of(const Texts& texts) {
   _ZYMDB_DPU_Event r{};
-  fill(texts, r.GenID, r.Message);
+  fill_whole(texts, r.GenID, r.Message);
   return r;
 }
 ZYMDB_PCI_Config_Setting setting_of(const Texts& texts) {
@@ -314,9 +329,9 @@ void run_logical_ports_of_port(Texts&) {
 
 void run_update_adapter_firmware(Texts& texts) {
   _ZYMDB_PCI_Firmware records[] = {firmware_of(texts), firmware_of(texts)};
-  // The last byte of a text is cut off: what comes without a NUL is read no further than its field.
-  for (char& c : records[0].SoftwareID)
-    if (c == '\0') c = 'x';
+  _ZYMDB_PCI_Firmware& r = records[1];
+  fill_whole(texts, r.SoftwareID, r.FirmwareName, r.VersionString, r.Description, r.ReleaseDate,
+             r.Manufacture);
   _ZYMDB_PCI_Firmware_List list{2, records};
   require_status(zymdb_update_adapter_firmware_list(1, &list));
 }
