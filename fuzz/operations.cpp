@@ -13,6 +13,7 @@
 #include "zymdb_network.h"
 #include "zymdb_pci.h"
 #include "zymdb_pci_settings.h"
+#include "zymdb_platform.h"
 #include "zymdb_storage.h"
 
 namespace zymdb::fuzz {
@@ -289,6 +290,32 @@ void run_term(Texts& texts) {
   require_id(find_db_record(get_dmdb_handle(), "Firmwares", term.c_str()));
 }
 
+// The property database, which is as it was when this goes out of scope.
+class Properties {
+ public:
+  Properties() : handle_(zym_db_open("localhost", "root", "", "propertiesdb", 0)) {}
+  ~Properties() {
+    clear("propertiesDCTbl");
+    zym_db_close(handle_);
+  }
+  Properties(const Properties&) = delete;
+  Properties& operator=(const Properties&) = delete;
+
+  // A name that is there already keeps its value.
+  void add(const std::string& name, unsigned char value) {
+    const unsigned char blob[] = {1, value};
+    const ValuesPtr values(zym_db_get_content_values(handle_));
+    zym_db_content_put_text(values.get(), "propName", name.c_str());
+    zym_db_content_put_blob(values.get(), "propValue", blob, sizeof blob);
+    require_status(zym_db_insert(handle_, "propertiesDCTbl", values.get(), 0, nullptr));
+  }
+
+  void clear(const char* table) { zym_db_delete(handle_, table, nullptr, nullptr, 0, nullptr); }
+
+ private:
+  _zym_db_handle_t* const handle_;
+};
+
 // ---- Those of a form of their own ---------------------------------------------------------------------
 
 void run_memory_with_filter(Texts& texts) {
@@ -371,9 +398,7 @@ void run_save_settings(Texts& texts) {
   fill(texts, list[0].SettingID, list[0].PendingValue, list[1].SettingID, list[1].PendingValue);
   require_status(zymdb_save_pci_configSet_list(list, 2));
   // The manager keeps what it accepted in the property database.
-  _zym_db_handle_t* const properties = zym_db_open("localhost", "root", "", "propertiesdb", 0);
-  zym_db_delete(properties, "biosPendingValue", nullptr, nullptr, 0, nullptr);
-  zym_db_close(properties);
+  Properties().clear("biosPendingValue");
 }
 void run_setting_families(Texts&) {
   std::vector<char> ids(1 << 16);
@@ -413,6 +438,14 @@ void run_merged_drives(Texts&) {
   _ZYMDB_AimDisk_List list{};
   zymdb_get_merged_disk_list(&list);
   take(list.disks, list.count);
+}
+// The bays of a backplane are found by the names of properties.
+void run_u2_drives(Texts& texts) {
+  Properties properties;
+  properties.add(texts[0], 3);
+  properties.add(texts[1], 8);
+  list_drives<zymdb_get_u2_aic_nvme_disk_list>(texts);
+  list_drives<zymdb_get_disk_list>(texts);
 }
 void run_nvme_drive(Texts&) {
   for (const int place : {1, 2}) {
@@ -543,8 +576,7 @@ constexpr Operation kOperations[] = {
      list_of_first<zymdb_get_disk_list_funkey, _ZYMDB_AimDisk_List, &_ZYMDB_AimDisk_List::disks,
                    &_ZYMDB_AimDisk_List::count>},
     {"zymdb_get_nvme_aim_disk", Kind::kShows, "NVMeDrives", 6, run_nvme_drive},
-    {"zymdb_get_u2_aic_nvme_disk_list", Kind::kShows, "NVMeDrives", 6,
-     list_drives<zymdb_get_u2_aic_nvme_disk_list>},
+    {"zymdb_get_u2_aic_nvme_disk_list", Kind::kShows, "NVMeDrives", 6, run_u2_drives},
 };
 
 }  // namespace
