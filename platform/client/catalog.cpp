@@ -4,10 +4,10 @@
 
 namespace zymdb::client {
 
-// FNV-1a over the lower-case letters.
+// FNV-1a; one bit makes letters of either case alike, and a few other characters, which does no harm.
 size_t WordHash::operator()(std::string_view word) const {
   uint64_t hash = 14695981039346656037U;
-  for (const char c : word) hash = (hash ^ static_cast<unsigned char>(lower(c))) * 1099511628211U;
+  for (const char c : word) hash = (hash ^ static_cast<unsigned char>(c | 0x20)) * 1099511628211U;
   return static_cast<size_t>(hash);
 }
 

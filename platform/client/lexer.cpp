@@ -21,9 +21,17 @@ constexpr bool ends_operator(char c) {
   return c == '|' || (c >= '<' && c <= '>');
 }
 
+// A table, because every character of every name is looked at.
+constexpr auto kWordCharacters = [] {
+  std::array<bool, 256> table{};
+  for (size_t c = 0; c < table.size(); ++c)
+    table[c] =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c >= 0x80;
+  return table;
+}();
+
 constexpr bool is_word(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || is_digit(c) || c == '_' ||
-         static_cast<unsigned char>(c) >= 0x80;
+  return kWordCharacters[static_cast<unsigned char>(c)];
 }
 
 Token make(TokenKind kind, std::string_view text) {
@@ -101,8 +109,8 @@ Token Lexer::run_token() {
   if (is_digit(run[0]) && read_integer(run, token.integer)) {
     token.kind = TokenKind::kInteger;
     const std::string_view after = rest_.substr(run.size());
-    const bool fraction = run.find_first_not_of("0123456789") == run.npos && after.size() > 1 &&
-                          after[0] == '.' && is_digit(after[1]);
+    const bool fraction = after.size() > 1 && after[0] == '.' && is_digit(after[1]) &&
+                          run.find_first_not_of("0123456789") == run.npos;
     if (fraction) {
       token.text = rest_.substr(0, run.size() + 1 + run_length<is_word>(after.substr(1)));
       const auto [end, error] = std::from_chars(token.text.data(), token.text.data() + token.text.size(),
@@ -120,7 +128,7 @@ Token Lexer::operator_token() {
   if (rest_.starts_with("--") || rest_.starts_with("/*")) return invalid("a comment");
   if (rest_.size() > 1 && ends_operator(rest_[1])) {
     for (const std::string_view name : kLongOperators) {
-      if (!rest_.starts_with(name)) continue;
+      if (name[0] != rest_[0] || name[1] != rest_[1]) continue;
       take(name.size());
       return make(TokenKind::kOperator, name);
     }

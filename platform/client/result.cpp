@@ -20,48 +20,57 @@ void Result::start(ColumnNames names, size_t limit) {
   names_ = std::move(names);
   columns_ = static_cast<uint32_t>(names_->size());
   limit_ = std::min<size_t>(limit, std::numeric_limits<uint32_t>::max());
-  cells_.clear();
-  text_.clear();
-  next_cell_ = 0;
+  memory_.clear();
   rows_ = 0;
-  cursor_ = 0;
+  first_ = last_ = nullptr;
   next_found_ = 0;
+  reset();
 }
 
-// The whole row's room is made at once: a cell is then a plain store.
 bool Result::begin_row() {
-  if (size() > limit_) return false;
-  next_cell_ = cells_.size();
-  cells_.resize(next_cell_ + columns_);
+  if (memory_.used() > limit_) return false;
+  begun_ = static_cast<Row*>(memory_.allocate(sizeof(Row) + columns_ * sizeof(Cell)));
+  next_cell_ = begun_->cells();
   return true;
 }
 
-void Result::add_real(double value) {
-  Cell& cell = next_cell();
-  cell.type = Type::kReal;
-  cell.real = value;
+void Result::end_row() {
+  begun_->next = nullptr;
+  if (last_ == nullptr)
+    first_ = next_ = begun_;
+  else
+    last_->next = begun_;
+  last_ = begun_;
+  ++rows_;
 }
 
 bool Result::add_bytes(Type type, std::string_view value) {
-  if (value.size() > limit_ || size() > limit_) return false;
-  Cell& cell = next_cell();
-  cell.type = type;
+  if (value.size() > limit_ || memory_.used() > limit_) return false;
+  char* const bytes = static_cast<char*>(memory_.allocate(value.size()));
+  if (!value.empty()) std::memcpy(bytes, value.data(), value.size());
+  Cell& cell = next_cell(type);
   cell.length = static_cast<uint32_t>(value.size());
-  cell.offset = text_.size();
-  text_.append(value);
+  cell.bytes = bytes;
   return true;
 }
 
 int Result::step() {
-  if (cursor_ <= rows_) ++cursor_;
-  return cursor_ <= rows_ ? ZYM_DB_STATUS_ROW : ZYM_DB_STATUS_DONE;
+  current_ = next_;
+  if (current_ == nullptr) return ZYM_DB_STATUS_DONE;
+  next_ = current_->next;
+  return ZYM_DB_STATUS_ROW;
+}
+
+void Result::reset() {
+  next_ = first_;
+  current_ = nullptr;
 }
 
 std::string_view Result::bytes(const Cell& cell, char (&buffer)[kNumberSize]) const {
   switch (cell.type) {
     case Type::kText:
     case Type::kBlob:
-      return std::string_view(text_).substr(cell.offset, cell.length);
+      return {cell.bytes, cell.length};
     case Type::kInteger:
       return {buffer, std::to_chars(buffer, std::end(buffer), cell.integer).ptr};
     case Type::kReal:
@@ -89,7 +98,7 @@ int Result::read_blob(int column, void* data, size_t size) const {
   if (found == nullptr || (found->type != Type::kBlob && found->type != Type::kText))
     return ZYM_DB_STATUS_ERROR;
   const size_t length = std::min<size_t>(found->length, size);
-  if (length != 0) std::memcpy(data, text_.data() + found->offset, length);
+  if (length != 0) std::memcpy(data, found->bytes, length);
   return 0;
 }
 
@@ -115,7 +124,8 @@ int Result::find(std::string_view name) const {
   for (uint32_t tried = 0; tried < columns_; ++tried) {
     const uint32_t place =
         next_found_ + tried < columns_ ? next_found_ + tried : next_found_ + tried - columns_;
-    if (!same_word(names[place], name)) continue;
+    // Callers mostly write a name as the schema does.
+    if (names[place] != name && !same_word(names[place], name)) continue;
     next_found_ = place + 1 == columns_ ? 0 : place + 1;
     return static_cast<int>(place);
   }
@@ -123,7 +133,7 @@ int Result::find(std::string_view name) const {
 }
 
 bool Result::is_small() const {
-  return cells_.capacity() * sizeof(Cell) + text_.capacity() <= kSmallResult;
+  return memory_.capacity() <= kSmallResult;
 }
 
 }  // namespace zymdb::client

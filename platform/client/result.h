@@ -1,4 +1,4 @@
-// A query's rows, held whole: one growing block of cells, one of text, and a cursor.
+// A query's rows, held whole: each with its texts behind it, linked to the next, and a cursor.
 #ifndef ZYMDB_PLATFORM_CLIENT_RESULT_H
 #define ZYMDB_PLATFORM_CLIENT_RESULT_H
 
@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "client/arena.h"
 #include "zymdb_db.h"
 
 namespace zymdb::client {
@@ -23,18 +24,18 @@ class Result {
   // Rows are added one after the other: begun, given a cell for every column in order, ended. False: the
   // result is too large.
   bool begin_row();
-  void add_integer(int64_t value) { next_cell().integer = value; }
-  void add_real(double value);
+  void add_integer(int64_t value) { next_cell(Type::kInteger).integer = value; }
+  void add_real(double value) { next_cell(Type::kReal).real = value; }
   bool add_text(std::string_view value) { return add_bytes(Type::kText, value); }
   bool add_blob(std::string_view value) { return add_bytes(Type::kBlob, value); }
-  void add_null() { next_cell().type = Type::kNull; }
+  void add_null() { next_cell(Type::kNull); }
   // The NULL of an expression over no rows, which reads as 0 because no column's value is missing.
-  void add_empty_aggregate() { next_cell().type = Type::kEmptyAggregate; }
-  void end_row() { ++rows_; }
+  void add_empty_aggregate() { next_cell(Type::kEmptyAggregate); }
+  void end_row();
 
   uint32_t row_count() const { return rows_; }
   int step();
-  void reset() { cursor_ = 0; }
+  void reset();
 
   // The reads of the current row answer 0, or 1 when there is no such column or value. Then a number is left
   // as it was and a text is empty.
@@ -61,23 +62,32 @@ class Result {
   enum class Type : uint8_t { kNull, kEmptyAggregate, kInteger, kReal, kText, kBlob };
 
   struct Cell {
-    Type type = Type::kInteger;
-    uint32_t length = 0;
+    Type type;
+    uint32_t length;  // of a text or blob
     union {
-      int64_t integer = 0;
+      int64_t integer;
       double real;
-      uint64_t offset;
+      const char* bytes;
     };
+  };
+
+  // Its cells follow.
+  struct Row {
+    Row* next;
+
+    Cell* cells() { return reinterpret_cast<Cell*>(this + 1); }
   };
 
   static constexpr size_t kNumberSize = 32;  // holds any number written out
 
-  size_t size() const { return cells_.size() * sizeof(Cell) + text_.size(); }
-  Cell& next_cell() { return cells_[next_cell_++]; }
+  Cell& next_cell(Type type) {
+    next_cell_->type = type;
+    return *next_cell_++;
+  }
   const Cell* cell(int column) const {
-    if (column < 0 || static_cast<uint32_t>(column) >= columns_) return nullptr;
-    if (cursor_ == 0 || cursor_ > rows_) return nullptr;
-    return &cells_[size_t{cursor_ - 1} * columns_ + static_cast<uint32_t>(column)];
+    // A negative one is beyond any number of columns.
+    if (static_cast<uint32_t>(column) >= columns_ || current_ == nullptr) return nullptr;
+    return &current_->cells()[column];
   }
   int read_integer(int column, int64_t& value) const {
     const Cell* found = cell(column);
@@ -94,13 +104,16 @@ class Result {
   std::string_view bytes(const Cell& cell, char (&buffer)[kNumberSize]) const;
 
   ColumnNames names_;
-  std::vector<Cell> cells_;
-  std::string text_;
+  Arena memory_;
   size_t limit_ = 0;
-  size_t next_cell_ = 0;
   uint32_t columns_ = 0;
   uint32_t rows_ = 0;
-  uint32_t cursor_ = 0;  // 0 before the first row, rows_ + 1 after the last
+  Row* first_ = nullptr;
+  Row* last_ = nullptr;
+  Row* begun_ = nullptr;
+  Cell* next_cell_ = nullptr;  // of the row that was begun
+  Row* next_ = nullptr;        // where the cursor goes
+  Row* current_ = nullptr;     // where it stands; null before the first row and after the last
   mutable uint32_t next_found_ = 0;
 };
 

@@ -40,6 +40,45 @@ class Run {
   sqlite3_stmt* statement_;
 };
 
+// A value looked up once and then read as it is costs half of asking the statement for its type and content
+// one after the other. SQLite leaves such a value unlocked; the connection is this thread's alone.
+bool read_cell(const Prepared& prepared, int column, Result& result) {
+  sqlite3_value* const value = sqlite3_column_value(prepared.statement.get(), column);
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      result.add_integer(sqlite3_value_int64(value));
+      return true;
+    case SQLITE_TEXT: {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+      if (text == nullptr) throw std::bad_alloc();
+      return result.add_text({text, static_cast<size_t>(sqlite3_value_bytes(value))});
+    }
+    case SQLITE_FLOAT:
+      result.add_real(sqlite3_value_double(value));
+      return true;
+    case SQLITE_BLOB: {
+      const auto* data = static_cast<const char*>(sqlite3_value_blob(value));
+      return result.add_blob({data, static_cast<size_t>(sqlite3_value_bytes(value))});
+    }
+    default:
+      if (prepared.expressions[static_cast<size_t>(column)])
+        result.add_empty_aggregate();
+      else
+        result.add_null();
+      return true;
+  }
+}
+
+bool read_row(const Prepared& prepared, Result& result) {
+  if (!result.begin_row()) return false;
+  const int columns = static_cast<int>(prepared.names->size());
+  for (int column = 0; column < columns; ++column) {
+    if (!read_cell(prepared, column, result)) return false;
+  }
+  result.end_row();
+  return true;
+}
+
 }  // namespace
 
 SqliteSession::SqliteSession(const DataSource& source, WriterQueue& writers, const Limits& limits)
@@ -76,45 +115,6 @@ int SqliteSession::query(Statement& statement, Result& result) {
     if (!read_row(*prepared, result)) return fail(kStatusTooLarge, "the result is too large");
   }
   return outcome(code);
-}
-
-bool SqliteSession::read_row(const Prepared& prepared, Result& result) {
-  if (!result.begin_row()) return false;
-  const int columns = static_cast<int>(prepared.names->size());
-  for (int column = 0; column < columns; ++column) {
-    if (!read_cell(prepared, column, result)) return false;
-  }
-  result.end_row();
-  return true;
-}
-
-// A value looked up once and then read as it is costs half of asking the statement for its type and content
-// one after the other. SQLite leaves such a value unlocked; the connection is this thread's alone.
-bool SqliteSession::read_cell(const Prepared& prepared, int column, Result& result) {
-  sqlite3_value* const value = sqlite3_column_value(prepared.statement.get(), column);
-  switch (sqlite3_value_type(value)) {
-    case SQLITE_INTEGER:
-      result.add_integer(sqlite3_value_int64(value));
-      return true;
-    case SQLITE_TEXT: {
-      const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-      if (text == nullptr) throw std::bad_alloc();
-      return result.add_text({text, static_cast<size_t>(sqlite3_value_bytes(value))});
-    }
-    case SQLITE_FLOAT:
-      result.add_real(sqlite3_value_double(value));
-      return true;
-    case SQLITE_BLOB: {
-      const auto* data = static_cast<const char*>(sqlite3_value_blob(value));
-      return result.add_blob({data, static_cast<size_t>(sqlite3_value_bytes(value))});
-    }
-    default:
-      if (prepared.expressions[static_cast<size_t>(column)])
-        result.add_empty_aggregate();
-      else
-        result.add_null();
-      return true;
-  }
 }
 
 int SqliteSession::would_change(Statement& statement, bool& would) {

@@ -38,8 +38,6 @@ class SqliteSession final : public Session {
   int compile(std::string_view key, const std::string& sql, std::vector<std::string> names,
               Prepared*& prepared);
   int bind(sqlite3_stmt* statement, std::span<const Argument> arguments);
-  bool read_row(const Prepared& prepared, Result& result);
-  bool read_cell(const Prepared& prepared, int column, Result& result);
   int write(Statement& statement, Change& change);
   int end_transaction(const char* sql);
   bool keeps_its_files();
