@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr int kRounds = 90;
+constexpr int kRounds = 60;
 constexpr unsigned kAdapter = 0x1000;  // a key that all share where records are listed by it
 constexpr int kBay = 2;
 
