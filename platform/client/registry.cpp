@@ -7,6 +7,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "client/per_thread.h"
 #include "client/status.h"
 #include "platform/ruvo_log.h"
 
@@ -135,12 +136,7 @@ class ThreadSessions {
   std::vector<std::shared_ptr<ThreadSession>> sessions_;
 };
 
-// Destructors of other thread-local objects may still call the client: they find no database.
-thread_local bool thread_ends = false;
-thread_local ThreadSessions thread_sessions;
-
 ThreadSessions::~ThreadSessions() {
-  thread_ends = true;
   for (const auto& session : sessions_) {
     const std::lock_guard lock(session->mutex);
     session->close();
@@ -197,9 +193,10 @@ bool close_handle(_zym_db_handle_t* handle) {
 }
 
 int Lease::acquire(_zym_db_handle_t* handle) {
-  if (thread_ends) return ZYM_DB_STATUS_NO_DB;
+  ThreadSessions* const sessions = PerThread<ThreadSessions>::get();
+  if (sessions == nullptr) return ZYM_DB_STATUS_NO_DB;
   Registry::instance().drop_inherited();
-  auto session = thread_sessions.get(handle);
+  auto session = sessions->get(handle);
   if (session == nullptr) return ZYM_DB_STATUS_NO_DB;
   held_ = std::move(session);
   lock_ = std::unique_lock(held_->mutex);

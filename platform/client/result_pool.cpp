@@ -3,10 +3,10 @@
 #include <array>
 #include <utility>
 
+#include "client/per_thread.h"
+
 namespace zymdb::client {
 namespace {
-
-thread_local bool thread_ends = false;
 
 struct Pool {
   std::array<zym_db_result_t*, 2> kept{};
@@ -15,28 +15,26 @@ struct Pool {
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
   ~Pool() {
-    thread_ends = true;
     for (zym_db_result_t* result : kept) delete result;
   }
 };
 
-thread_local Pool pool;
-
 }  // namespace
 
 ResultPtr take_result() {
-  if (!thread_ends) {
-    for (zym_db_result_t*& place : pool.kept) {
+  if (Pool* const pool = PerThread<Pool>::get(); pool != nullptr) {
+    for (zym_db_result_t*& place : pool->kept) {
       if (place != nullptr) return ResultPtr(std::exchange(place, nullptr));
     }
   }
   return ResultPtr(new zym_db_result_t);
 }
 
+// Of a thread that took one: what is given back elsewhere goes.
 void GiveBack::operator()(zym_db_result_t* result) const noexcept {
   result->forget_names();
-  if (!thread_ends && result->is_small()) {
-    for (zym_db_result_t*& place : pool.kept) {
+  if (Pool* const pool = PerThread<Pool>::known(); pool != nullptr && result->is_small()) {
+    for (zym_db_result_t*& place : pool->kept) {
       if (place != nullptr) continue;
       place = result;
       return;
