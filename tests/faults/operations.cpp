@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <stdexcept>
 #include <type_traits>
 
@@ -116,6 +115,11 @@ class ValueSet {
   zym_db_content_values_t* values_;
 };
 
+// Of a row's id, whichever it is, 1.
+int64_t row_or_none(int64_t id) {
+  return id > 0 ? 1 : id;
+}
+
 _ZYMDB_PCI_Firmware component() {
   _ZYMDB_PCI_Firmware record{};
   set(&_ZYMDB_PCI_Firmware::FirmwareName, record, "UEFI driver");
@@ -175,7 +179,7 @@ const std::vector<Operation> kOperations = {
      [] {
        const ValueSet values;
        return Outcome{
-           insert_db_record(get_dmdb_handle(), "PCIAdapter", values.with_name("new").get()) > 0 ? 1 : -1, ""};
+           row_or_none(insert_db_record(get_dmdb_handle(), "PCIAdapter", values.with_name("new").get())), ""};
      }},
     {"update_db_record",
      [] {
@@ -187,9 +191,10 @@ const std::vector<Operation> kOperations = {
     {"insert_or_update_db_record",
      [] {
        const ValueSet values;
-       return Outcome{insert_or_update_db_record(get_dmdb_handle(), "PCIAdapter", "PCIKey=65537",
-                                                 values.with_name("new").get(), "CardName!=\"new\""),
-                      ""};
+       return Outcome{
+           row_or_none(insert_or_update_db_record(get_dmdb_handle(), "PCIAdapter", "PCIKey=65537",
+                                                  values.with_name("new").get(), "CardName!=\"new\"")),
+           ""};
      }},
     {"delete_db_record",
      [] {
@@ -618,10 +623,9 @@ const std::vector<Operation> kOperations = {
      }},
     {"zymdb_get_pci_configSet_list",
      [] {
-       const auto records = std::make_unique<ZYMDB_PCI_Config_Setting[]>(2);
+       static ZYMDB_PCI_Config_Setting records[2];
        Output<unsigned short> filled;
-       return filled.after(
-           zymdb_get_pci_configSet_list(kFunction, nullptr, 2, records.get(), 0, filled.get()));
+       return filled.after(zymdb_get_pci_configSet_list(kFunction, nullptr, 2, records, 0, filled.get()));
      }},
     {"fileexist",
      [] {
