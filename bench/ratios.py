@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Prints what the benchmarks measured as tables: the library's time, and its ratios to what was measured beside it in the
-same run, each with its target. With --markdown, as docs/performance.md holds them."""
+same run, each with its target. With --markdown, as docs/performance.md holds them; with --write, into that page."""
+import contextlib
+import io
 import json
 import os
 import platform
@@ -128,10 +130,9 @@ def machine():
             f"Linux {platform.release()} on {platform.machine()}")
 
 
-def main():
-    markdown = sys.argv[1] == "--markdown"
+def print_all(paths, markdown):
     print(("Taken on: " if markdown else "") + machine() + "\n")
-    for path in sys.argv[2 if markdown else 1:]:
+    for path in paths:
         program = os.path.basename(path).removesuffix(".json")
         title, most_of = SECTIONS[program]
         print(f"### {title}\n" if markdown else title)
@@ -144,6 +145,27 @@ def main():
             grow(times, markdown)
         if rates:
             threads(rates, markdown)
+
+
+def write(page, paths):
+    """Replaces what stands under the page's heading of figures."""
+    figures = io.StringIO()
+    with contextlib.redirect_stdout(figures):
+        print_all(paths, markdown=True)
+    with open(page) as file:
+        text = file.read()
+    head, rest = text.split("\n## Figures\n", 1)
+    tail = rest[rest.index("\n## "):]
+    with open(page, "w") as file:
+        file.write(f"{head}\n## Figures\n\n{figures.getvalue().rstrip()}\n{tail}")
+
+
+def main():
+    form, *paths = sys.argv[1:]
+    if form == "--write":
+        write("docs/performance.md", paths)
+    else:
+        print_all(paths, markdown=form == "--markdown")
 
 
 if __name__ == "__main__":
