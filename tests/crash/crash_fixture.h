@@ -54,6 +54,14 @@ class Pipe {
   std::vector<Message> told_;
 };
 
+// With a sanitizer a process takes many times as long to begin and to end: what is tried is then a sample of
+// what the build that is shipped stands.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr int kSample = 5;
+#else
+inline constexpr int kSample = 1;
+#endif
+
 class CrashFixture : public InventoryTest {
  protected:
   // The system keeps what a killed process has written, flushed or not. Under load a device takes seconds for

@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kRounds = 50;
+constexpr int kRounds = 50 / kSample;
 
 // Which moment kills whom is the seed's business: a failure can be had again, as far as the scheduler lets
 // it.

@@ -99,12 +99,12 @@ TEST_F(PropertyMediaTest, ASaveThatTheManagerCannotKeepSaysSoInEveryEntry) {
   fs::create_directory(file(kName));
   const std::string log =
       log_of([&] { EXPECT_EQ(zymdb_save_pci_configSet_list(&entry, 1), ZYMDB_PCI_SETTING_BIOS_SET_FAIL); });
-  EXPECT_EQ(entry.Result, static_cast<uint32_t>(ZYM_DB_STATUS_NO_DB));
+  EXPECT_EQ(uint32_t{entry.Result}, static_cast<uint32_t>(ZYM_DB_STATUS_NO_DB));
   EXPECT_THAT(log, HasSubstr("cannot open the properties database " + file(kName) + ": it is not a file"));
   fs::remove(file(kName));
   fs::rename(file("aside.db"), file(kName));
   EXPECT_EQ(zymdb_save_pci_configSet_list(&entry, 1), 0);
-  EXPECT_EQ(entry.Result, 0U);
+  EXPECT_EQ(uint32_t{entry.Result}, 0U);
 }
 
 TEST_F(MediaTest, APlatformTableThatCannotBeReadIsNamedWithItsCause) {
