@@ -29,7 +29,8 @@ struct WordHash {
 };
 struct WordEqual {
   using is_transparent = void;
-  bool operator()(std::string_view a, std::string_view b) const { return same_word(a, b); }
+  // Most callers write a name as the schema does.
+  bool operator()(std::string_view a, std::string_view b) const { return a == b || same_word(a, b); }
 };
 
 class Table {

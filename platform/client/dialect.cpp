@@ -102,7 +102,7 @@ bool Translator::translate(const Token& token, const Token& next) {
 }
 
 bool Translator::translate_word(const Token& word, const Token& next) {
-  if (const Keyword* keyword = find_word(kKeywords, word.text)) {
+  if (const Keyword* keyword = find_keyword(word.text)) {
     turn(*keyword);
     return true;
   }

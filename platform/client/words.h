@@ -51,6 +51,20 @@ const Entry* find_word(const std::array<Entry, N>& entries, std::string_view wor
   return found == entries.end() ? nullptr : &*found;
 }
 
+// By the low bits of a first letter, the lengths of the keywords that begin with it, one bit each.
+inline constexpr auto kKeywordLengths = [] {
+  std::array<uint32_t, 32> lengths{};
+  for (const Keyword& keyword : kKeywords) lengths[keyword.text[0] & 0x1F] |= 1u << keyword.text.size();
+  return lengths;
+}();
+
+// Most words are none, which their first letter and length tell.
+inline const Keyword* find_keyword(std::string_view word) {
+  if (word.empty() || word.size() >= 32) return nullptr;
+  if ((kKeywordLengths[word[0] & 0x1F] >> word.size() & 1) == 0) return nullptr;
+  return find_word(kKeywords, word);
+}
+
 }  // namespace zymdb::client
 
 #endif
