@@ -232,6 +232,12 @@ int Lease::compose(const Request& request) {
 
 int Lease::query(const Request& request, Result& result) {
   if (const int status = compose(request)) return logged(status);
+  const int status = held_->session->query(held_->statement, result);
+  if (status == 0 || held_->session->is_usable(true) || held_->session->loss() == nullptr)
+    return logged(status);
+  // It failed on what is the database no longer.
+  if (const int unopened = reopen()) return unopened;
+  if (const int refused = compose(request)) return logged(refused);
   return logged(held_->session->query(held_->statement, result));
 }
 
@@ -242,11 +248,13 @@ int Lease::change(const Request& request, Change& change) {
   if (request.kind == Request::Kind::kUpdate && request.values->size() == 0) return 0;
   bool would = false;
   const int status = held_->session->would_change(held_->statement, would);
-  if (status != 0 || !would) return logged(status);
+  if (status == 0 && !would) return 0;
   if (!held_->session->is_usable(true)) {
     if (const int unopened = reopen()) return unopened;
     // Its names are those of the new session's catalog.
     if (const int refused = compose(request)) return logged(refused);
+  } else if (status != 0) {
+    return logged(status);
   }
   return logged(held_->session->change(held_->statement, change));
 }

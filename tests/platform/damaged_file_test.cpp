@@ -24,7 +24,7 @@ TEST_P(DamageTest, IsAStatusUntilTheFileIsReplaced) {
     EXPECT_THAT(save(6), testing::AnyOf(ZYM_DB_STATUS_NO_DB, kDamaged));
   });
   EXPECT_THAT(log, HasSubstr(file() + ": " + GetParam().cause));
-  fs::rename(file("backup.db"), file());
+  put_backup_back();
   EXPECT_EQ(value(), 5);
   EXPECT_EQ(save(6), 0);
   EXPECT_EQ(integrity_of(file()), "ok");
@@ -34,12 +34,13 @@ TEST_P(DamageTest, IsAStatusUntilTheFileIsReplaced) {
 TEST_P(DamageTest, UnderAnOpenDatabaseIsAStatusUntilTheFileIsReplaced) {
   make_backup(5);
   close_all();
-  ASSERT_EQ(save(6), 0);
+  given("PCIs", {{"BusNo", 1}});
   GetParam().inflict(file());
   const std::string log = log_of([] { std::thread([] { EXPECT_EQ(read(), kDamaged); }).join(); });
   EXPECT_THAT(log, HasSubstr(file() + ": " + GetParam().cause));
-  fs::rename(file("backup.db"), file());
+  put_backup_back();
   EXPECT_EQ(save(7), 0);
+  EXPECT_EQ(count("PCIs", "1"), 0);
   EXPECT_EQ(value(), 7);
   EXPECT_EQ(integrity_of(file()), "ok");
 }

@@ -139,6 +139,19 @@ TEST_F(UnderneathTest, WritesSurviveThatTheLogIsRemoved) {
   }
 }
 
+// The other way to put a database back: what the lost log holds belongs to the former content.
+TEST_F(UnderneathTest, ADatabaseThatIsCopiedOverTheOldOneIsTakenAsItIs) {
+  make_backup(5);
+  for (int row = 0; row < 50; ++row) given("PCIs", {{"BusNo", row}});
+  ASSERT_EQ(save(6), 0);
+  fs::copy_file(file("backup.db"), file(), fs::copy_options::overwrite_existing);
+  remove({"inventory.db-wal", "inventory.db-shm"});
+  EXPECT_EQ(log_of([] { EXPECT_EQ(save(7), 0); }), warning(kLostLog));
+  EXPECT_EQ(value_of_other(), 7);
+  EXPECT_EQ(count("PCIs", "1"), 0);
+  EXPECT_EQ(integrity_of(file()), "ok");
+}
+
 TEST_F(UnderneathTest, ATransactionOnALostDatabaseIsNotCommitted) {
   make_backup(5);
   for (const bool replaced : {true, false}) {

@@ -75,7 +75,10 @@ Files FileNames::identify() const {
   struct stat status {};
   const auto exists = [&status](const std::string& path) { return stat(path.c_str(), &status) == 0; };
   Files files;
-  if (exists(database) && status.st_size != 0) files.database = {status.st_dev, status.st_ino};
+  if (exists(database) && status.st_size != 0) {
+    files.database = {status.st_dev, status.st_ino};
+    files.written = int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+  }
   if (exists(log)) files.log = {status.st_dev, status.st_ino};
   if (exists(index)) files.index = {status.st_dev, status.st_ino};
   return files;

@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 
 #include "client/catalog.h"
@@ -26,9 +27,12 @@ struct FileId {
 struct Files {
   FileId database;  // {} for an empty one, too: either becomes a new database
   FileId log;
-  FileId index;  // of the log
+  FileId index;         // of the log
+  int64_t written = 0;  // when the database was, in nanoseconds
 
-  bool operator==(const Files&) const = default;
+  bool operator==(const Files& other) const {
+    return database == other.database && log == other.log && index == other.index;
+  }
 };
 
 struct FileNames {

@@ -199,7 +199,10 @@ bool SqliteSession::keeps_its_files() {
   if (loss_ != nullptr) return false;
   if (disowned_) return true;
   const Files found = names_.identify();
-  if (found == files_) return true;
+  if (found == files_) {
+    files_.written = found.written;
+    return true;
+  }
   abandon(found);
   return false;
 }
@@ -213,8 +216,9 @@ void SqliteSession::abandon(const Files& found) {
     if (own_log) unlink(names_.log.c_str());
   } else {
     loss_ = "lost its log";
-    // Nobody has begun another log: what only the lost one holds can still reach the database.
-    if (found.log == FileId{})
+    // What only the lost one holds can still reach the database, unless that was written meanwhile, by
+    // whomever: somebody may have copied another one over it.
+    if (found.log == FileId{} && found.written == files_.written)
       sqlite3_wal_checkpoint_v2(database_.get(), nullptr, SQLITE_CHECKPOINT_FULL, nullptr, nullptr);
   }
   // An index without its log would hide the next one's content.
@@ -311,8 +315,6 @@ int SqliteSession::fail_as_engine(int code) {
   Failure failure = failure_of(database_.get(), code);
   if (is_of_files(failure.status)) failure.reason = source_.path + ": " + failure.reason;
   if (is_lasting(status_of(code))) unusable_ = true;
-  // What a damaged file could still be repaired with.
-  if (failure.status == kStatusCorrupt) leave_log();
   return fail(failure.status, std::move(failure.reason));
 }
 
