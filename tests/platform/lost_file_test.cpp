@@ -170,6 +170,33 @@ TEST_F(UnderneathTest, ATransactionOnALostDatabaseIsNotCommitted) {
   }
 }
 
+// Every session of the process ends each time, whatever its thread is doing.
+TEST_F(MediaTest, ManyThreadsSurviveThatFilesAreReplacedUnderThem) {
+  make_backup(5);
+  std::atomic<bool> done{false};
+  std::vector<std::thread> threads;
+  const std::string log = log_of([&] {
+    for (int i = 0; i < 4; ++i) {
+      threads.emplace_back([&, i] {
+        while (!done) i % 2 == 0 ? save(i) : read();
+      });
+    }
+    for (int round = 0; round < 20; ++round) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      fs::copy_file(file("backup.db"), file("copy.db"));
+      fs::rename(file("copy.db"), file());
+      remove({"inventory.db-wal", "inventory.db-shm"});
+    }
+    done = true;
+    for (std::thread& thread : threads) thread.join();
+  });
+  EXPECT_THAT(log, HasSubstr(" was replaced: opened anew\n"));
+  std::this_thread::sleep_for(kNoticed);
+  EXPECT_EQ(save(9), 0);
+  EXPECT_EQ(value(), 9);
+  EXPECT_EQ(integrity_of(file()), "ok");
+}
+
 // Two processes have the database open; the one that notices first must not take the other's writes away.
 TEST_F(UnderneathTest, ProcessesLoseNothingWhenTheLogIsRemovedUnderThem) {
   int go[2];
