@@ -10,7 +10,7 @@
 // SQLite makes one of them sleeps and is woken up, and two threads read less than one alone; a mutex that
 // spins for a moment before it sleeps lets them read twice as much.
 struct sqlite3_mutex {
-  pthread_mutex_t mutex = PTHREAD_ADAPTIVE_MUTEX_INITIALIZER_NP;
+  pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 };
 
 namespace zymdb::client::sqlite {
@@ -20,6 +20,10 @@ namespace {
 constexpr int kFirstStatic = SQLITE_MUTEX_STATIC_MAIN;
 constexpr int kLastStatic = SQLITE_MUTEX_STATIC_VFS3;
 std::array<sqlite3_mutex, kLastStatic - kFirstStatic + 1> static_mutexes;
+
+// Some microseconds, which the system call of a file lock fits in. (The C library's own adaptive mutexes spin
+// too short for it.)
+constexpr int kSpins = 200;
 
 int do_nothing() {
   return SQLITE_OK;
@@ -38,7 +42,20 @@ void free(sqlite3_mutex* mutex) {
   delete mutex;
 }
 
+// Tells the processor that a loop waits.
+void pause() {
+#if defined(__x86_64__) || defined(__i386__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__) || defined(__arm__)
+  asm volatile("yield");
+#endif
+}
+
 void enter(sqlite3_mutex* mutex) {
+  for (int spins = 0; spins < kSpins; ++spins) {
+    if (pthread_mutex_trylock(&mutex->mutex) == 0) return;
+    pause();
+  }
   pthread_mutex_lock(&mutex->mutex);
 }
 
