@@ -37,6 +37,6 @@ endif()
 # What is measured is compiled as written; the tests around it stay as in every other build.
 set(ZYMDB_MEASURED_OPTIONS "")
 if(ZYMDB_COVERAGE)
-  set(ZYMDB_MEASURED_OPTIONS --coverage -O0 -U_FORTIFY_SOURCE)
+  set(ZYMDB_MEASURED_OPTIONS --coverage -fprofile-update=atomic -O0 -U_FORTIFY_SOURCE)
   add_link_options(--coverage)
 endif()

@@ -12,9 +12,8 @@
 #include "faults/example_rows.h"
 #include "faults/failing_allocator.h"
 #include "faults/operations.h"
+#include "faults/shared_files.h"
 #include "support/inventory.h"
-#include "support/parsing_marker.h"
-#include "support/turn.h"
 #include "zymdb_db.h"
 
 namespace faults {
@@ -28,12 +27,11 @@ namespace {
 
 constexpr int kNone = -1;
 
-// Where every allocation is watched as well, so many times slower, every few of them have to do.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kStride = 5;
-#else
-constexpr int kStride = 1;
-#endif
+// Every allocation fails, or, where a build makes each of them slow, every so-manieth.
+int stride() {
+  const char* const stated = std::getenv("ZYMDB_FAULT_STRIDE");
+  return stated != nullptr ? std::atoi(stated) : 1;
+}
 
 // More than a session keeps.
 constexpr int kMostStatements = 80;
@@ -128,8 +126,9 @@ class AllocationFaultTest : public InventoryTest {
 
   // The operation with each of its allocations failing.
   void sweep(const Operation& operation) {
+    const SharedFiles shared_files(operation.name);
     const Outcome usual = call_without_allocation(kNone, operation.call).outcome;
-    for (int number = 0;; number += kStride) {
+    for (int number = 0;; number += stride()) {
       forget_statements();
       const auto [outcome, failed] = call_without_allocation(number, operation.call);
       EXPECT_NE(outcome.outputs, "torn") << number;
@@ -164,10 +163,6 @@ class AllocationFaultTest : public InventoryTest {
         SQLITE_OK)
         << table << columns << values;
   }
-
-  // Files that operations look for are there for all programs of a machine.
-  ParsingMarker marker_;
-  Turn retimer_turn_{"/tmp/zymdb-test-retimer.lock"};
 };
 
 class AllocationFault : public AllocationFaultTest, public testing::WithParamInterface<Operation> {};
@@ -189,7 +184,7 @@ class OpeningWithoutMemory : public AllocationFaultTest {};
 
 TEST_F(OpeningWithoutMemory, IsToldAndTheNextCallOpensTheDatabase) {
   int failures = 0;
-  for (int number = 0;; number += kStride) {
+  for (int number = 0;; number += stride()) {
     Observed observed{};
     Outcome next{};
     std::thread([&] {

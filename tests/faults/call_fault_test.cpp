@@ -12,9 +12,8 @@
 #include "faults/example_rows.h"
 #include "faults/expected_outcomes.h"
 #include "faults/operations.h"
-#include "support/parsing_marker.h"
+#include "faults/shared_files.h"
 #include "support/scripted_client.h"
-#include "support/turn.h"
 
 using scripted::Answer;
 using scripted::Cell;
@@ -96,15 +95,11 @@ bool names(std::string_view pattern, const NumberedCall& call) {
   return false;
 }
 
-class CallFault : public testing::TestWithParam<Scenario> {
- protected:
-  // Files that the operations look for are there for all programs of a machine.
-  ParsingMarker marker_;
-  Turn retimer_turn_{"/tmp/zymdb-test-retimer.lock"};
-};
+class CallFault : public testing::TestWithParam<Scenario> {};
 
 TEST_P(CallFault, HasTheStatedOutcome) {
   const Scenario& scenario = GetParam();
+  const SharedFiles shared_files(scenario.operation);
   run(scenario);  // what is read once per process is read here
   const Observed success = run(scenario);
   EXPECT_EQ(success.outcome, scenario.success);

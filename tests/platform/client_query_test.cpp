@@ -32,6 +32,13 @@ TEST_F(QueryTest, AllColumnsAreReadByName) {
   EXPECT_EQ(slot, 7U);
 }
 
+TEST_F(QueryTest, AFractionIsReadAsText) {
+  given("Memory", {{"SlotNo", 7}});
+  given("Memory", {{"SlotNo", 8}});
+  const Rows mean = query("Memory", {"avg(SlotNo)"});
+  EXPECT_EQ(first(mean), "7.5");
+}
+
 TEST_F(QueryTest, MoreParametersThanPlaceholdersAreIgnored) {
   given("Memory", {{"SlotNo", 7}});
   EXPECT_NE(query("Memory", {"_id"}, "SlotNo=7", {u32(1), u32(2)}), nullptr);
