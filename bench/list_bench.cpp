@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <span>
 
 #include "comparison.h"
 #include "db/code_text.h"
@@ -444,19 +445,18 @@ void add_merged_drives(int rows) {
                 };
                 raw.each(1, read_reported, 3);
                 raw.each(2, read, 4);
-                const auto read_with_function = [&](Columns row) {
-                  _ZYMDB_AimDisk& drive = drives.add_zeroed();
-                  read_reported_drive(row, sensors, drive);
-                  raw.one(
-                      5,
-                      [&](Columns place) {
-                        for (int part = 0; part < 4; ++part)
-                          drive.PCIFuncKey = drive.PCIFuncKey << 8 | static_cast<uint8_t>(place.number());
-                      },
-                      2, drive.BayNo, 0x010802);
-                };
-                raw.each(3, read_with_function, 0, 1, 2);
+                const size_t first = drives.count();
+                raw.each(3, read_reported, 0, 1, 2);
                 raw.each(4, read, 0, 3, 1, 2);
+                // Looked up drive by drive once their lists are read, as the operation does.
+                for (_ZYMDB_AimDisk& drive : std::span(drives.begin(), drives.count()).subspan(first)) {
+                  const auto read_address = [&](Columns place) {
+                    drive.PCIFuncKey = 0;
+                    for (int part = 0; part < 4; ++part)
+                      drive.PCIFuncKey = drive.PCIFuncKey << 8 | static_cast<uint8_t>(place.number());
+                  };
+                  raw.one(5, read_address, 2, drive.BayNo, 0x010802);
+                }
                 raw.each(6, read, 1, 1);
                 return is_merged(drives.count(), drives.begin());
               }});

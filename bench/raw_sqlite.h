@@ -135,6 +135,7 @@ class GrowingArray {
 
   size_t count() const { return count_; }
   const Record* begin() const { return records_; }
+  Record* begin() { return records_; }
 
  private:
   Record* records_ = nullptr;

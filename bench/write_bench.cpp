@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 #include <stdexcept>
+#include <vector>
 
 #include "comparison.h"
 #include "db/database_client.h"
@@ -209,21 +210,20 @@ void add_settings() {
 #define MERGED_WITHOUT_SETTINGS \
   "FROM PCIAdapter WHERE AIMSupported=? AND PCIFuncKey NOT IN (SELECT PfaKey FROM PCISetting)"
 
-// The functions that have settings, each with the type of its adapter.
+// The functions that have settings, and then each with the type of its adapter.
 template <class Merge>
 int merge_raw(Statements& raw, Merge merge) {
   raw.one(0, kIgnore, 3);
   raw.one(1, kIgnore, 3);
-  int functions = 0;
-  raw.each(2, [&](Columns row) {
-    const uint32_t key = row.number();
+  std::vector<uint32_t> functions;
+  raw.each(2, [&](Columns row) { functions.push_back(row.number()); });
+  for (const uint32_t key : functions) {
     uint32_t type = 0;
     raw.one(
         3, [&](Columns adapter) { type = adapter.number(); }, key);
     if (type != 3) merge(key);
-    ++functions;
-  });
-  return functions;
+  }
+  return static_cast<int>(functions.size());
 }
 
 const std::vector<const char*> kMergeSql = {
