@@ -25,6 +25,8 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wconversion -Wshadow -Wformat=2 $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> -Werror)
 add_compile_options(-fno-omit-frame-pointer)
+# Lines for backtraces. The libraries, whose types debuggers and the comparison of interfaces ask for, say more.
+add_compile_options(-g1)
 
 if(ZYMDB_SANITIZE)
   add_compile_options(-fsanitize=${ZYMDB_SANITIZE} -fno-sanitize-recover=all)
