@@ -67,7 +67,7 @@ constexpr char kSettings[] =
     "PRAGMA journal_size_limit=4194304;";
 
 constexpr std::chrono::milliseconds kJournalWait{5};
-constexpr int kJournalTries = 1000;
+constexpr std::chrono::seconds kJournalLimit{5};
 
 }  // namespace
 
@@ -172,11 +172,12 @@ int Opening::examine(State& state) {
   return 0;
 }
 
-// Readers and writers do not wait for each other with a write-ahead log. The switch waits for no lock by
-// itself.
+// Readers and writers do not wait for each other with a write-ahead log. The switch waits for some locks by
+// itself and not for others, so that time is what ends it.
 int Opening::write_ahead() {
+  const auto deadline = std::chrono::steady_clock::now() + kJournalLimit;
   int code = SQLITE_OK;
-  for (int tries = 0; tries < kJournalTries; ++tries) {
+  do {
     sqlite3_stmt* raw = nullptr;
     code = sqlite3_prepare_v2(database.get(), "PRAGMA journal_mode=WAL", -1, &raw, nullptr);
     const StatementPtr statement(raw);
@@ -188,7 +189,7 @@ int Opening::write_ahead() {
       return fail_as_engine(code);
     }
     std::this_thread::sleep_for(kJournalWait);
-  }
+  } while (std::chrono::steady_clock::now() < deadline);
   return fail(kStatusBusy, "another process holds it");
 }
 
