@@ -27,31 +27,25 @@ namespace {
 
 constexpr int kNone = -1;
 
-// Every allocation fails, or, where a build makes each of them slow, every so-manieth.
-int stride() {
-  const char* const stated = std::getenv("ZYMDB_FAULT_STRIDE");
-  return stated != nullptr ? std::atoi(stated) : 1;
-}
-
-// More than a session keeps.
-constexpr int kMostStatements = 80;
-
 struct Observed {
   Outcome outcome;
   bool failed;  // an allocation did
 };
 
-// Drives all statements but its own out of the session's cache.
+// Drives all other statements out of the session's cache. These are short, because they are run for each
+// allocation that fails; the operators tell them apart.
 void forget_statements() {
-  std::string statement = "SELECT 1";
-  for (int i = 0; i < kMostStatements; ++i) {
-    zym_db_result_t* result = nullptr;
-    ASSERT_EQ(
-        zym_db_raw_query(get_dmdb_handle(), statement.c_str(), static_cast<int>(statement.size()), &result),
-        ZYM_DB_STATUS_OK);
-    zym_db_free_result(result);
-    statement += ",1";
-  }
+  constexpr const char* kOperators[] = {"=", "!=", "<", "<=", ">", ">=", "AND", "OR", "+"};
+  for (const char* first : kOperators)
+    for (const char* second : kOperators) {
+      const std::string statement = std::string("SELECT 1 ") + first + " 1 " + second + " 1";
+      zym_db_result_t* result = nullptr;
+      ASSERT_EQ(
+          zym_db_raw_query(get_dmdb_handle(), statement.c_str(), static_cast<int>(statement.size()), &result),
+          ZYM_DB_STATUS_OK)
+          << statement;
+      zym_db_free_result(result);
+    }
 }
 
 template <class Call>
@@ -128,7 +122,7 @@ class AllocationFaultTest : public InventoryTest {
   void sweep(const Operation& operation) {
     const SharedFiles shared_files(operation.name);
     const Outcome usual = call_without_allocation(kNone, operation.call).outcome;
-    for (int number = 0;; number += stride()) {
+    for (int number = 0;; ++number) {
       forget_statements();
       const auto [outcome, failed] = call_without_allocation(number, operation.call);
       EXPECT_NE(outcome.outputs, "torn") << number;
@@ -184,7 +178,7 @@ class OpeningWithoutMemory : public AllocationFaultTest {};
 
 TEST_F(OpeningWithoutMemory, IsToldAndTheNextCallOpensTheDatabase) {
   int failures = 0;
-  for (int number = 0;; number += stride()) {
+  for (int number = 0;; ++number) {
     Observed observed{};
     Outcome next{};
     std::thread([&] {
