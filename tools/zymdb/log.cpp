@@ -17,7 +17,7 @@ namespace {
 std::mutex mutex;
 std::string first_error;
 
-std::string format_line(const char* format, std::va_list arguments) {
+[[gnu::format(printf, 1, 0)]] std::string format_line(const char* format, std::va_list arguments) {
   char line[4096];
   const int length = std::vsnprintf(line, sizeof line, format, arguments);
   return length < 0 ? std::string(format) : std::string(line);
@@ -33,7 +33,7 @@ bool is_note(std::string_view line) {
   return line.starts_with("Find a physical port, ");
 }
 
-void log(bool error, const char* format, std::va_list arguments) {
+[[gnu::format(printf, 2, 0)]] void log(bool error, const char* format, std::va_list arguments) {
   const auto line = format_line(format, arguments);
   const std::lock_guard lock(mutex);
   if (error && first_error.empty() && !is_note(line)) {
