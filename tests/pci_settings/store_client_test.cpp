@@ -1,6 +1,8 @@
 // Storing a setting: its exact statements, and what it answers to every failure of the client.
 #include <gmock/gmock.h>
 
+#include <tuple>
+
 #include "pci_settings/setting.h"
 #include "support/scripted_client.h"
 
@@ -122,26 +124,33 @@ TEST_F(StoreSetting, WithoutAValueSetAsksNothing) {
   EXPECT_THAT(client().log, IsEmpty());
 }
 
-class FailingStore : public StoreSetting, public testing::WithParamInterface<int> {};
+// The column whose put fails, counted from 0, and whether there is a row of the setting.
+class StoreSettingThatCannotPut : public StoreSetting,
+                                  public testing::WithParamInterface<std::tuple<int, bool>> {};
 
-// Calls 1 to 30 put the columns; 31 to 34 look the row up (query, step, id) and write it.
-TEST_P(FailingStore, IsAnErrorThatNamesTheSetting) {
+TEST_P(StoreSettingThatCannotPut, IsAnErrorThatNamesTheSetting) {
+  const auto [column, exists] = GetParam();
+  client().failures = {{{"put", column}, kFailure}};
+  answer(exists ? Answer::of({Row(5)}) : Answer{});
   const Setting setting = filled_setting();
-  for (const bool exists : {false, true}) {
-    client().log.clear();
-    client().status_calls = 0;
-    client().failing_call = GetParam();
-    client().answers.clear();
-    answer(exists ? Answer::of({Row(5)}) : Answer{});
-    EXPECT_EQ(extract_PCISetting_info(&setting), ZYM_DB_STATUS_ERROR) << exists;
-    ASSERT_THAT(client().log, testing::Not(IsEmpty()));
-    EXPECT_EQ(client().log.back(),
-              "error: Failed to insert ZYMDB_PCI_Config_Setting info: ZYMDB_PCI_Setting_ID=SettingID*");
-  }
+  EXPECT_EQ(extract_PCISetting_info(&setting), ZYM_DB_STATUS_ERROR);
+  ASSERT_THAT(client().log, testing::Not(IsEmpty()));
+  EXPECT_EQ(client().log.back(),
+            "error: Failed to insert ZYMDB_PCI_Config_Setting info: ZYMDB_PCI_Setting_ID=SettingID*");
 }
 
-INSTANTIATE_TEST_SUITE_P(Puts, FailingStore, testing::Range(1, 31));
-INSTANTIATE_TEST_SUITE_P(Lookup, FailingStore, testing::Values(31));
+INSTANTIATE_TEST_SUITE_P(Columns, StoreSettingThatCannotPut,
+                         testing::Combine(testing::Range(0, 30), testing::Bool()));
+
+TEST_F(StoreSetting, ThatCannotBeLookedUpIsAnErrorThatNamesIt) {
+  client().failures = {{{"query", 0}, kFailure}};
+  answer({Row(5)});
+  const Setting setting = filled_setting();
+  EXPECT_EQ(extract_PCISetting_info(&setting), ZYM_DB_STATUS_ERROR);
+  ASSERT_THAT(client().log, testing::Not(IsEmpty()));
+  EXPECT_EQ(client().log.back(),
+            "error: Failed to insert ZYMDB_PCI_Config_Setting info: ZYMDB_PCI_Setting_ID=SettingID*");
+}
 
 TEST_F(StoreSetting, ThatCannotReadTheRowsIdOrWriteItFails) {
   const Setting setting = filled_setting();

@@ -87,10 +87,6 @@ class Client {
   // success without a result, of "failing result" a failed query that hands out a result all the same.
   std::map<NumberedCall, int> failures;
 
-  // Counted from 0 over all calls that answer a status: the call that fails, with `failing_status`.
-  std::optional<int> failing_call;
-  int failing_status = 77;
-
   // Whether a text read that is made to fail hands out the text all the same.
   bool failed_texts_arrive = false;
 
@@ -106,7 +102,6 @@ class Client {
   std::vector<NumberedCall> sequence;   // the calls that can fail, with their tables
   std::vector<std::string> log;         // "error: …", "info: …", "warning: …"
   int live_objects = 0;                 // results, value sets and connections not yet freed
-  int status_calls = 0;
 
   // Records a call; the status that the script makes it fail with, or 0.
   int called(const std::string& operation, const std::string& arguments, const std::string& table = "");
