@@ -94,9 +94,6 @@ constexpr const char* kFill[] = {
 }  // namespace
 
 Inventory::Inventory(int rows) {
-  std::string name = (std::filesystem::temp_directory_path() / "zymdb-bench-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  folder_ = name;
   open();
   const Connection connection = open_raw(path());
   execute(connection.get(), "BEGIN");
@@ -109,22 +106,18 @@ Inventory::Inventory(int rows) {
   execute(connection.get(), "COMMIT");
 }
 
-Inventory::~Inventory() {
-  std::filesystem::remove_all(folder_);
-}
-
 void Inventory::open() const {
   const char* const current = std::getenv("ZYMDB_INVENTORY");
   if (current != nullptr && current == path()) return;
   if (current != nullptr) zym_db_close(get_dmdb_handle());
   setenv("ZYMDB_INVENTORY", path().c_str(), 1);
-  if (get_dmdb_handle() == nullptr) throw std::runtime_error("no inventory in " + folder_.string());
+  if (get_dmdb_handle() == nullptr) throw std::runtime_error("no inventory in " + folder_.path().string());
 }
 
 std::string Inventory::contents() const {
   std::string all;
   for (const char* name : {"inventory.db", "inventory.db-wal"}) {
-    std::ifstream file(folder_ / name, std::ios::binary);
+    std::ifstream file(folder_.file(name), std::ios::binary);
     all.append(std::istreambuf_iterator<char>(file), {});
     all += '\n';
   }

@@ -4,8 +4,9 @@
 #define ZYMDB_BENCH_INVENTORY_H
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
+
+#include "support/temporary_folder.h"
 
 namespace bench {
 
@@ -25,11 +26,8 @@ class Inventory {
   // `rows` of everything that is listed: adapters (of four functions each), PCI functions, ports, components,
   // drives, settings. A quarter of the functions are NVMe drives, reported in bays and on M.2 carriers.
   explicit Inventory(int rows);
-  ~Inventory();
-  Inventory(const Inventory&) = delete;
-  Inventory& operator=(const Inventory&) = delete;
 
-  std::string path() const { return (folder_ / "inventory.db").string(); }
+  std::string path() const { return folder_.file("inventory.db"); }
 
   // Makes it the one that the library reads and writes from here on.
   void open() const;
@@ -41,7 +39,7 @@ class Inventory {
  private:
   std::string contents() const;
 
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
   std::string marked_;
 };
 

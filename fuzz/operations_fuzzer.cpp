@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <map>
 #include <set>
 #include <string>
@@ -19,6 +18,7 @@
 #include "db/database_client.h"
 #include "operations.h"
 #include "support/system_log.h"
+#include "support/temporary_folder.h"
 
 extern "C" {
 
@@ -84,17 +84,14 @@ class Inventory {
   static constexpr int kRows = 3;
 
   Inventory() {
-    std::string name = (std::filesystem::temp_directory_path() / "zymdb-fuzz-XXXXXX").string();
-    require(mkdtemp(name.data()) != nullptr, "no temporary folder", name);
-    folder() = name;
-    std::atexit([] { std::filesystem::remove_all(folder()); });
-    setenv("ZYMDB_INVENTORY", (folder() / "inventory.db").c_str(), 1);
-    require(get_dmdb_handle() != nullptr, "no inventory in", name);
-    sqlite3_open((folder() / "inventory.db").c_str(), &keeper_);
+    const std::string path = folder_.file("inventory.db");
+    setenv("ZYMDB_INVENTORY", path.c_str(), 1);
+    require(get_dmdb_handle() != nullptr, "no inventory", path);
+    sqlite3_open(path.c_str(), &keeper_);
     populate();
     zym_db_close(get_dmdb_handle());
     Changes::instance().watch_from_now_on();
-    require(get_dmdb_handle() != nullptr, "no inventory in", name);
+    require(get_dmdb_handle() != nullptr, "no inventory", path);
   }
 
   // Gives a table its first rows back.
@@ -133,11 +130,6 @@ class Inventory {
   }
 
  private:
-  static std::filesystem::path& folder() {
-    static std::filesystem::path path;
-    return path;
-  }
-
   // In the n-th row every number is n and every text "n", so that all keys lead to a row of every table.
   void populate() {
     const auto note = [](void* self, int, char** cells, char**) {

@@ -12,7 +12,6 @@
 #include <memory>
 #include <ostream>
 #include <sstream>
-#include <stdexcept>
 
 namespace zymdb::collect {
 namespace {
@@ -58,24 +57,6 @@ std::vector<RecordedFile> recorded_sysfs_archives() {
   std::vector<RecordedFile> files;
   add_folder(files, "sysfs", ".tar");
   return files;
-}
-
-TemporaryFolder::TemporaryFolder() {
-  std::string name = (fs::temp_directory_path() / "zymdb-collect-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-}
-
-std::string TemporaryFolder::write(const std::string& name, std::string_view content) const {
-  const fs::path path = path_ / name;
-  fs::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << content;
-  return path.string();
 }
 
 std::string read_file(const std::string& path) {

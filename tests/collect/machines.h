@@ -3,10 +3,11 @@
 #ifndef ZYMDB_TESTS_COLLECT_MACHINES_H
 #define ZYMDB_TESTS_COLLECT_MACHINES_H
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "support/temporary_folder.h"
 
 namespace zymdb::collect {
 
@@ -25,23 +26,6 @@ std::vector<RecordedFile> recorded_sysfs_archives();  // the recorded ones only
 inline std::string name_of(const RecordedFile& file) {
   return file.name;
 }
-
-// A folder that vanishes with the object.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-
-  // Writes a file below the folder, with the folders on its way; gives its path.
-  std::string write(const std::string& name, std::string_view content) const;
-
- private:
-  std::filesystem::path path_;
-};
 
 std::string read_file(const std::string& path);
 

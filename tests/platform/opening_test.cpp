@@ -12,7 +12,7 @@
 #include "client/engine.h"
 #include "client/status.h"
 #include "platform/child_process.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace zymdb::client {
 namespace {

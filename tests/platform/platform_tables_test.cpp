@@ -6,7 +6,7 @@
 #include <fstream>
 #include <string>
 
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 #include "zymdb_db.h"
 
 namespace {

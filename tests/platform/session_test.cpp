@@ -4,7 +4,7 @@
 
 #include "client/engine.h"
 #include "client/status.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace zymdb::client {
 namespace {

@@ -20,6 +20,7 @@
 #include "soak/process.h"
 #include "soak/work.h"
 #include "support/integrity.h"
+#include "support/temporary_folder.h"
 #include "zymdb_firmware.h"
 
 namespace soak {
@@ -142,31 +143,14 @@ class Soak {
   std::vector<File> files_;
 };
 
-// A folder of its own, in memory where there is such a file system: a device's spells are no concern here.
-class Folder {
- public:
-  Folder() {
-    const fs::path place = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : fs::temp_directory_path();
-    std::string name = place / "zymdb-soak-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = name;
-  }
-  ~Folder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
+// In memory where there is such a file system: a device's spells are no concern here.
+fs::path place_of_databases() {
+  return access("/dev/shm", W_OK) == 0 ? "/dev/shm" : fs::temp_directory_path();
+}
 
 int supervise(std::chrono::seconds duration, const std::string& leak) {
-  const Folder folder;
-  setenv("ZYMDB_INVENTORY", (folder.path() / "inventory.db").c_str(), 1);
+  const TemporaryFolder folder(place_of_databases());
+  setenv("ZYMDB_INVENTORY", folder.file("inventory.db").c_str(), 1);
   setenv("ZYMDB_LOG", "stderr", 1);
   prepare(folder.path());
   zym_db_close(get_dmdb_handle());

@@ -6,22 +6,18 @@
 #include "zymdb_platform.h"
 
 InventoryTest::InventoryTest() {
-  std::string name = (std::filesystem::temp_directory_path() / "zymdb-test-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  folder_ = name;
-  setenv("ZYMDB_INVENTORY", (folder_ / "inventory.db").c_str(), 1);
+  setenv("ZYMDB_INVENTORY", folder_.file("inventory.db").c_str(), 1);
   setenv("ZYMDB_LOG", "stderr", 1);
-  if (get_dmdb_handle() == nullptr) throw std::runtime_error("no inventory in " + name);
+  if (get_dmdb_handle() == nullptr) throw std::runtime_error("no inventory in " + folder().string());
 }
 
 InventoryTest::~InventoryTest() {
   if (_zym_db_handle_t* handle = get_dmdb_handle(); handle != nullptr) zym_db_close(handle);
-  std::filesystem::remove_all(folder_);
 }
 
 void InventoryTest::lose_database() {
   zym_db_close(get_dmdb_handle());
-  setenv("ZYMDB_INVENTORY", (folder_ / "missing" / "inventory.db").c_str(), 1);
+  setenv("ZYMDB_INVENTORY", folder_.file("missing/inventory.db").c_str(), 1);
   ASSERT_EQ(get_dmdb_handle(), nullptr);
 }
 

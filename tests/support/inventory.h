@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "db/database_client.h"
+#include "support/temporary_folder.h"
 
 class InventoryTest : public testing::Test {
  protected:
@@ -53,10 +54,10 @@ class InventoryTest : public testing::Test {
   // From here on there is no database.
   void lose_database();
 
-  const std::filesystem::path& folder() const { return folder_; }
+  const std::filesystem::path& folder() const { return folder_.path(); }
 
  private:
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
 };
 
 #endif

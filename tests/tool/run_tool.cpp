@@ -156,17 +156,6 @@ Outcome run_tool(const Words& arguments, const Setting& setting) {
   return run_program(command, setting);
 }
 
-Workplace::Workplace() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "zymdb-tool-XXXXXX").string();
-  require(mkdtemp(pattern.data()) != nullptr, "mkdtemp");
-  folder_ = pattern;
-}
-
-Workplace::~Workplace() {
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
-}
-
 Setting Workplace::with_inventory(Setting setting) const {
   setting.environment.emplace_back("ZYMDB_INVENTORY", inventory().string());
   return setting;

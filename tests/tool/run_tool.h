@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/temporary_folder.h"
+
 namespace zymdb::test {
 
 using Words = std::vector<std::string>;
@@ -51,12 +53,7 @@ Outcome run_tool(const Words& arguments, const Setting& setting = {});
 // A folder of its own, with an inventory in it that the tool is told of.
 class Workplace {
  public:
-  Workplace();
-  ~Workplace();
-  Workplace(const Workplace&) = delete;
-  Workplace& operator=(const Workplace&) = delete;
-
-  std::filesystem::path path(const std::string& name) const { return folder_ / name; }
+  std::filesystem::path path(const std::string& name) const { return folder_.path() / name; }
   std::filesystem::path inventory() const { return path("inventory.db"); }
 
   // `setting` with ZYMDB_INVENTORY added.
@@ -68,7 +65,7 @@ class Workplace {
   void collect_example() const;
 
  private:
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
 };
 
 // The recorded machine that the project brings along.
