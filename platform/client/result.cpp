@@ -1,10 +1,7 @@
 #include "client/result.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <iterator>
-#include <limits>
 
 #include "client/catalog.h"
 #include "zymdb_db.h"
@@ -19,103 +16,86 @@ constexpr size_t kSmallResult = 512 * 1024;
 void Result::start(ColumnNames names, size_t limit) {
   names_ = std::move(names);
   columns_ = static_cast<uint32_t>(names_->size());
-  limit_ = std::min<size_t>(limit, std::numeric_limits<uint32_t>::max());
-  memory_.clear();
+  limit_ = std::min<size_t>(limit, kLongest);
+  room_ = std::min(limit_, bytes_.capacity());
+  bytes_.clear();
   rows_ = 0;
-  first_ = last_ = nullptr;
   next_found_ = 0;
   reset();
 }
 
-bool Result::begin_row() {
-  if (memory_.used() > limit_) return false;
-  begun_ = static_cast<Row*>(memory_.allocate(sizeof(Row) + columns_ * sizeof(Cell)));
-  next_cell_ = begun_->cells();
-  return true;
-}
-
-void Result::end_row() {
-  begun_->next = nullptr;
-  if (last_ == nullptr)
-    first_ = next_ = begun_;
-  else
-    last_->next = begun_;
-  last_ = begun_;
-  ++rows_;
-}
-
-bool Result::add_bytes(Type type, std::string_view value) {
-  if (value.size() > limit_ || memory_.used() > limit_) return false;
-  char* const bytes = static_cast<char*>(memory_.allocate(value.size()));
-  if (!value.empty()) std::memcpy(bytes, value.data(), value.size());
-  Cell& cell = next_cell(type);
-  cell.length = static_cast<uint32_t>(value.size());
-  cell.bytes = bytes;
+bool Result::grow(size_t size) {
+  if (size > limit_ - std::min(limit_, bytes_.size())) return false;
+  bytes_.reserve(size);
+  room_ = std::min(limit_, bytes_.capacity());
   return true;
 }
 
 int Result::step() {
-  current_ = next_;
-  if (current_ == nullptr) return ZYM_DB_STATUS_DONE;
-  next_ = current_->next;
+  row_ = nullptr;
+  if (next_ == bytes_.size()) return ZYM_DB_STATUS_DONE;
+  row_ = bytes_.data() + next_;
+  next_ += load<RowSize>(row_);
   return ZYM_DB_STATUS_ROW;
 }
 
 void Result::reset() {
-  next_ = first_;
-  current_ = nullptr;
+  next_ = 0;
+  row_ = nullptr;
 }
 
-std::string_view Result::bytes(const Cell& cell, char (&buffer)[kNumberSize]) const {
+std::string_view Result::bytes(Cell cell, char (&buffer)[kNumberSize]) const {
+  const auto written = [&](std::to_chars_result end) { return std::string_view(buffer, end.ptr); };
   switch (cell.type) {
     case Type::kText:
     case Type::kBlob:
-      return {cell.bytes, cell.length};
+      return bytes(cell);
+    case Type::kNarrowInteger:
+      return written(std::to_chars(buffer, std::end(buffer), static_cast<int32_t>(cell.value)));
     case Type::kInteger:
-      return {buffer, std::to_chars(buffer, std::end(buffer), cell.integer).ptr};
+      return written(std::to_chars(buffer, std::end(buffer), load<int64_t>(row_ + cell.value)));
     case Type::kReal:
-      return {buffer, std::to_chars(buffer, std::end(buffer), cell.real, std::chars_format::general, 15).ptr};
+      return written(std::to_chars(buffer, std::end(buffer), load<double>(row_ + cell.value),
+                                   std::chars_format::general, 15));
     default:
       return {};
   }
 }
 
-int Result::read_text(int column, char* text, size_t size) const {
-  const Cell* found = cell(column);
+int Result::read_other_text(Cell cell, char* text, size_t size) const {
   text[0] = 0;
-  if (found == nullptr || found->type == Type::kBlob) return ZYM_DB_STATUS_ERROR;
+  if (cell.type == Type::kBlob) return ZYM_DB_STATUS_ERROR;
   char number[kNumberSize];
-  const std::string_view value = bytes(*found, number);
+  const std::string_view value = bytes(cell, number);
   if (value.data() == nullptr) return ZYM_DB_STATUS_ERROR;
-  const size_t length = std::min(value.size(), size - 1);
-  std::memcpy(text, value.data(), length);
-  text[length] = 0;
+  copy_text(value, text, size);
   return 0;
 }
 
 int Result::read_blob(int column, void* data, size_t size) const {
-  const Cell* found = cell(column);
-  if (found == nullptr || (found->type != Type::kBlob && found->type != Type::kText))
+  Cell cell;
+  if (!find(column, cell) || (cell.type != Type::kBlob && cell.type != Type::kText))
     return ZYM_DB_STATUS_ERROR;
-  const size_t length = std::min<size_t>(found->length, size);
-  if (length != 0) std::memcpy(data, found->bytes, length);
+  const std::string_view value = bytes(cell);
+  if (const size_t length = std::min(value.size(), size); length != 0)
+    std::memcpy(data, value.data(), length);
   return 0;
 }
 
 int Result::read_bytes(int column, int* length) const {
-  const Cell* found = cell(column);
-  if (found == nullptr) return ZYM_DB_STATUS_ERROR;
+  Cell cell;
   char number[kNumberSize];
-  const std::string_view value = bytes(*found, number);
+  if (!find(column, cell)) return ZYM_DB_STATUS_ERROR;
+  const std::string_view value = bytes(cell, number);
   if (value.data() == nullptr) return ZYM_DB_STATUS_ERROR;
   *length = static_cast<int>(value.size());
   return 0;
 }
 
 int Result::read_is_null(int column, int* is_null) const {
-  const Cell* found = cell(column);
-  if (found == nullptr) return ZYM_DB_STATUS_ERROR;
-  *is_null = found->type == Type::kNull || found->type == Type::kEmptyAggregate;
+  Cell cell;
+  if (!find(column, cell)) return ZYM_DB_STATUS_ERROR;
+  *is_null = cell.type == Type::kNull || cell.type == Type::kEmptyAggregate;
   return 0;
 }
 
@@ -133,7 +113,7 @@ int Result::find(std::string_view name) const {
 }
 
 bool Result::is_small() const {
-  return memory_.capacity() <= kSmallResult;
+  return bytes_.capacity() <= kSmallResult;
 }
 
 }  // namespace zymdb::client

@@ -42,8 +42,8 @@ class Run {
 
 // A value looked up once and then read as it is costs half of asking the statement for its type and content
 // one after the other. SQLite leaves such a value unlocked; the connection is this thread's alone.
-bool read_cell(const Prepared& prepared, int column, Result& result) {
-  sqlite3_value* const value = sqlite3_column_value(prepared.statement.get(), column);
+bool read_cell(const Prepared& prepared, sqlite3_stmt* row, int column, Result& result) {
+  sqlite3_value* const value = sqlite3_column_value(row, column);
   switch (sqlite3_value_type(value)) {
     case SQLITE_INTEGER:
       result.add_integer(sqlite3_value_int64(value));
@@ -71,9 +71,10 @@ bool read_cell(const Prepared& prepared, int column, Result& result) {
 
 bool read_row(const Prepared& prepared, Result& result) {
   if (!result.begin_row()) return false;
+  sqlite3_stmt* const row = prepared.statement.get();
   const int columns = static_cast<int>(prepared.names->size());
   for (int column = 0; column < columns; ++column) {
-    if (!read_cell(prepared, column, result)) return false;
+    if (!read_cell(prepared, row, column, result)) return false;
   }
   result.end_row();
   return true;
