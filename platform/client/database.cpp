@@ -12,7 +12,7 @@ void ThreadSession::close() {
 std::shared_ptr<ThreadSession> Database::join(const std::shared_ptr<Database>& database) {
   auto session = std::make_shared<ThreadSession>(database);
   const std::lock_guard lock(database->mutex_);
-  if (database->closed_) return nullptr;
+  if (database->closed_ || database->resting_) return nullptr;
   std::erase_if(database->sessions_, [](const auto& each) { return each.expired(); });
   database->sessions_.push_back(session);
   return session;
@@ -29,6 +29,13 @@ void Database::close() {
     const std::lock_guard lock(session->mutex);
     session->close();
   }
+}
+
+bool Database::rest(const ThreadSession& only) {
+  const std::lock_guard lock(mutex_);
+  const auto living = sessions();
+  if (closed_ || living.size() != 1 || living.front().get() != &only) return false;
+  return !resting_.exchange(true);
 }
 
 std::vector<std::shared_ptr<ThreadSession>> Database::sessions() const {

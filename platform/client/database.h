@@ -53,6 +53,12 @@ class Database {
   // Ends every thread's session once its operation is over.
   void close();
 
+  // A handle that was closed rests when one thread alone used it: that thread keeps the session, in case it
+  // opens the database again. False: others use it too, or it rests or is closed already.
+  bool rest(const ThreadSession& only);
+  bool is_resting() const { return resting_; }
+  void wake() { resting_ = false; }
+
   std::mutex& mutex() { return mutex_; }
   // For the owner of mutex().
   std::vector<std::shared_ptr<ThreadSession>> sessions() const;
@@ -63,6 +69,7 @@ class Database {
   std::mutex mutex_;
   std::vector<std::weak_ptr<ThreadSession>> sessions_;
   bool closed_ = false;
+  std::atomic<bool> resting_{false};
 };
 
 }  // namespace zymdb::client

@@ -50,6 +50,10 @@ class Session {
   // anew.
   virtual bool must_stay() const = 0;
 
+  // Whether it may stay open though its handle is closed: it has no transaction, and the file alone, as it
+  // may be copied, is all of the database.
+  virtual bool may_rest() const = 0;
+
   // Called in a child process on a session of its parent, before it is destroyed: nothing may reach the
   // database any more.
   virtual void disown() = 0;

@@ -6,7 +6,9 @@
 #include <atomic>
 #include <optional>
 #include <unordered_map>
+#include <utility>
 
+#include "client/coarse_clock.h"
 #include "client/per_thread.h"
 #include "client/status.h"
 #include "platform/ruvo_log.h"
@@ -30,13 +32,23 @@ class Registry {
   std::shared_ptr<_zym_db_handle_t> find(_zym_db_handle_t* handle) {
     const std::lock_guard lock(mutex_);
     const auto found = handles_.find(handle);
-    return found == handles_.end() ? nullptr : found->second;
+    return found == handles_.end() || found->second->is_resting() ? nullptr : found->second;
   }
 
-  std::shared_ptr<_zym_db_handle_t> remove(_zym_db_handle_t* handle) {
-    const std::lock_guard lock(mutex_);
-    auto node = handles_.extract(handle);
-    return node.empty() ? nullptr : std::move(node.mapped());
+  // For a handle that is open.
+  bool close(_zym_db_handle_t* handle) {
+    const auto database = find(handle);
+    return database != nullptr && end(database);
+  }
+
+  // For one that is open or rests. False: another thread was quicker.
+  bool end(const std::shared_ptr<Database>& database) {
+    {
+      const std::lock_guard lock(mutex_);
+      if (handles_.erase(static_cast<_zym_db_handle_t*>(database.get())) == 0) return false;
+    }
+    database->close();
+    return true;
   }
 
   // Drops what this process inherited, if it was forked since the last call.
@@ -132,11 +144,31 @@ class ThreadSessions {
   // Null when the handle is not open.
   std::shared_ptr<ThreadSession> get(_zym_db_handle_t* handle);
 
+  // Closes a handle, but for its session, when no other thread uses it. Opening and closing a database that
+  // nobody else has open makes and removes its log each time, and a drive list opens one twice.
+  bool rest(_zym_db_handle_t* handle);
+  // The handle that rests, open again, if it is of this database and that is still there; else null.
+  _zym_db_handle_t* wake(const DataSource& source);
+
  private:
+  static constexpr int64_t kRest = 1'000'000'000;
+
+  std::shared_ptr<ThreadSession> known(_zym_db_handle_t* handle) const {
+    const auto found = std::find_if(sessions_.begin(), sessions_.end(),
+                                    [&](const auto& each) { return each->database.get() == handle; });
+    return found == sessions_.end() ? nullptr : *found;
+  }
+  void end_rest() {
+    if (resting_ != nullptr) Registry::instance().end(std::exchange(resting_, nullptr)->database);
+  }
+
   std::vector<std::shared_ptr<ThreadSession>> sessions_;
+  std::shared_ptr<ThreadSession> resting_;  // one of them
+  int64_t resting_since_ = 0;
 };
 
 ThreadSessions::~ThreadSessions() {
+  end_rest();
   for (const auto& session : sessions_) {
     const std::lock_guard lock(session->mutex);
     session->close();
@@ -144,9 +176,8 @@ ThreadSessions::~ThreadSessions() {
 }
 
 std::shared_ptr<ThreadSession> ThreadSessions::get(_zym_db_handle_t* handle) {
-  const auto known = std::find_if(sessions_.begin(), sessions_.end(),
-                                  [&](const auto& each) { return each->database.get() == handle; });
-  if (known != sessions_.end()) return *known;
+  if (resting_ != nullptr && coarse_now() - resting_since_ > kRest) end_rest();
+  if (auto session = known(handle)) return session->database->is_resting() ? nullptr : session;
   std::erase_if(sessions_, [](const auto& each) { return each->closed.load(); });
   const auto database = Registry::instance().find(handle);
   if (database == nullptr) return nullptr;
@@ -155,9 +186,42 @@ std::shared_ptr<ThreadSession> ThreadSessions::get(_zym_db_handle_t* handle) {
   return session;
 }
 
+bool ThreadSessions::rest(_zym_db_handle_t* handle) {
+  auto session = known(handle);
+  if (session == nullptr) return false;
+  {
+    const std::lock_guard lock(session->mutex);
+    if (session->session == nullptr || !session->session->may_rest()) return false;
+  }
+  if (!session->database->rest(*session)) return false;
+  end_rest();
+  resting_ = std::move(session);
+  resting_since_ = coarse_now();
+  return true;
+}
+
+_zym_db_handle_t* ThreadSessions::wake(const DataSource& source) {
+  if (resting_ == nullptr || resting_->database->source().path != source.path) return nullptr;
+  const auto is_usable = [this] {
+    const std::lock_guard lock(resting_->mutex);
+    return resting_->session != nullptr && resting_->session->is_usable(true);
+  };
+  if (!is_usable()) {
+    end_rest();
+    return nullptr;
+  }
+  Database* const database = std::exchange(resting_, nullptr)->database.get();
+  database->wake();
+  return static_cast<_zym_db_handle_t*>(database);
+}
+
 }  // namespace
 
 _zym_db_handle_t* open_handle(const DataSource& source) {
+  Registry::instance().drop_inherited();
+  if (ThreadSessions* const sessions = PerThread<ThreadSessions>::get(); sessions != nullptr) {
+    if (_zym_db_handle_t* const awake = sessions->wake(source)) return awake;
+  }
   const auto handle = std::make_shared<_zym_db_handle_t>(source);
   Registry::instance().add(handle);
   if (Lease().acquire(handle.get()) == 0) return handle.get();
@@ -185,11 +249,9 @@ bool close_handle(_zym_db_handle_t* handle) {
   Registry& registry = Registry::instance();
   registry.drop_inherited();
   _zym_db_handle_t* shared = handle;
-  registry.shared.compare_exchange_strong(shared, nullptr);
-  const auto database = registry.remove(handle);
-  if (database == nullptr) return false;
-  database->close();
-  return true;
+  if (registry.shared.compare_exchange_strong(shared, nullptr)) return registry.close(handle);
+  ThreadSessions* const sessions = PerThread<ThreadSessions>::known();
+  return (sessions != nullptr && sessions->rest(handle)) || registry.close(handle);
 }
 
 int Lease::acquire(_zym_db_handle_t* handle) {

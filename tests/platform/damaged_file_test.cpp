@@ -1,4 +1,6 @@
 // Files whose content is damaged: the inventory, the property database, the platform tables.
+#include <thread>
+
 #include "platform/media_fixture.h"
 #include "platform/platform_tables.h"
 #include "platform/property_database.h"
@@ -54,7 +56,12 @@ class PropertyMediaTest : public MediaTest {
 
   PropertyMediaTest() { given_property(kPath, {"\4\0\0\0", 4}); }
 
-  static int property(unsigned& number) { return propdb_get_dword(kPath, &number); }
+  // A thread of its own opens the database anew.
+  static int property(unsigned& number) {
+    int status = 0;
+    std::thread([&] { status = propdb_get_dword(kPath, &number); }).join();
+    return status;
+  }
 };
 
 TEST_F(PropertyMediaTest, DamageIsAStatusUntilTheFileIsReplaced) {

@@ -1,7 +1,13 @@
 #include "platform/property_database.h"
 
+#include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <filesystem>
+#include <future>
+#include <thread>
+
+#include "platform/child_process.h"
 #include "platform/client_fixture.h"
 
 namespace {
@@ -69,6 +75,145 @@ TEST_F(PropertyDatabaseTest, NullArgumentsAreInvalid) {
   EXPECT_EQ(propdb_get_dword(nullptr, &dword), ZYM_DB_STATUS_INVALID_PARAM);
   EXPECT_EQ(propdb_get_dword("/a", nullptr), ZYM_DB_STATUS_INVALID_PARAM);
   EXPECT_EQ(propdb_get_byte("/a", nullptr), ZYM_DB_STATUS_INVALID_PARAM);
+}
+
+// Opening and closing costs most of a read where nobody else has the database open.
+class RestingPropertyDatabaseTest : public PropertyDatabaseTest {
+ protected:
+  RestingPropertyDatabaseTest() {
+    property("/a", "0408000000");
+    zym_db_close(get_dmdb_handle());
+  }
+
+  static _zym_db_handle_t* open() { return zym_db_open("localhost", "root", "", "propertiesdb", 0); }
+  static unsigned value() {
+    unsigned number = 0;
+    EXPECT_EQ(propdb_get_dword("/a", &number), 0);
+    return number;
+  }
+  // Open databases of this process have a log beside them.
+  bool is_open() const { return std::filesystem::exists(folder() / "propertiesdb.db-wal"); }
+
+  static void set(_zym_db_handle_t* handle, const char (&bytes)[6]) {
+    const Set values(zym_db_get_content_values(handle));
+    ASSERT_EQ(zym_db_content_put_blob(values.get(), "propValue", bytes, 5), 0);
+    ASSERT_EQ(zym_db_update(handle, "propertiesDCTbl", values.get(), "propName='/a'", nullptr, 0, nullptr),
+              0);
+  }
+};
+
+TEST_F(RestingPropertyDatabaseTest, StaysOpenForTheThreadThatReadItUntilTheThreadEnds) {
+  std::thread([this] {
+    EXPECT_EQ(value(), 8U);
+    EXPECT_TRUE(is_open());
+    EXPECT_EQ(value(), 8U);
+  }).join();
+  EXPECT_FALSE(is_open());
+}
+
+TEST_F(RestingPropertyDatabaseTest, IsClosedByTheThreadsNextCallWhenItRestedForASecond) {
+  EXPECT_EQ(value(), 8U);
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+  EXPECT_TRUE(is_open());
+  EXPECT_NE(get_dmdb_handle(), nullptr);
+  EXPECT_FALSE(is_open());
+  EXPECT_EQ(value(), 8U);
+}
+
+TEST_F(RestingPropertyDatabaseTest, HasNoHandleMeanwhile) {
+  _zym_db_handle_t* const handle = open();
+  ASSERT_EQ(zym_db_close(handle), 0);
+  ASSERT_TRUE(is_open());
+  zym_db_result_t* rows = nullptr;
+  EXPECT_EQ(zym_db_query(handle, "propertiesDCTbl", nullptr, 0, nullptr, nullptr, 0, 0, &rows),
+            ZYM_DB_STATUS_NO_DB);
+  EXPECT_EQ(zym_db_begin(handle), ZYM_DB_STATUS_NO_DB);
+  EXPECT_EQ(zym_db_close(handle), ZYM_DB_STATUS_NO_DB);
+  std::thread([handle] { EXPECT_EQ(zym_db_close(handle), ZYM_DB_STATUS_NO_DB); }).join();
+  EXPECT_EQ(value(), 8U);
+}
+
+TEST_F(RestingPropertyDatabaseTest, RestsOnceHoweverManyHandlesAreClosed) {
+  _zym_db_handle_t* const first = open();
+  _zym_db_handle_t* const second = open();
+  EXPECT_NE(first, second);
+  EXPECT_EQ(zym_db_close(first), 0);
+  EXPECT_EQ(zym_db_close(second), 0);
+  EXPECT_EQ(zym_db_close(first), ZYM_DB_STATUS_NO_DB);
+  EXPECT_EQ(value(), 8U);
+}
+
+TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceAfterAWriteSoThatTheFileIsWhole) {
+  EXPECT_EQ(value(), 8U);
+  _zym_db_handle_t* const handle = open();
+  set(handle, "\4\7\0\0\0");
+  EXPECT_EQ(zym_db_close(handle), 0);
+  EXPECT_FALSE(is_open());
+  EXPECT_EQ(value(), 7U);
+}
+
+TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceWithATransactionThatWasOpen) {
+  _zym_db_handle_t* const handle = open();
+  ASSERT_EQ(zym_db_begin(handle), 0);
+  set(handle, "\4\7\0\0\0");
+  EXPECT_EQ(zym_db_close(handle), 0);
+  EXPECT_FALSE(is_open());
+  EXPECT_EQ(value(), 8U);
+}
+
+TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceWhenTwoThreadsUsedIt) {
+  _zym_db_handle_t* const handle = open();
+  zym_db_result_t* rows = nullptr;
+  const auto read = [&] {
+    EXPECT_EQ(zym_db_query(handle, "propertiesDCTbl", nullptr, 0, nullptr, nullptr, 0, 0, &rows), 0);
+    zym_db_free_result(rows);
+  };
+  std::promise<void> has_read;
+  std::promise<void> has_closed;
+  std::thread other([&] {
+    read();
+    has_read.set_value();
+    has_closed.get_future().wait();
+    EXPECT_EQ(zym_db_begin(handle), ZYM_DB_STATUS_NO_DB);
+  });
+  has_read.get_future().wait();
+  EXPECT_EQ(zym_db_close(handle), 0);
+  EXPECT_FALSE(is_open());
+  has_closed.set_value();
+  other.join();
+}
+
+TEST_F(RestingPropertyDatabaseTest, IsLeftForTheFileThatTookItsPlace) {
+  EXPECT_EQ(value(), 8U);
+  std::filesystem::copy_file(folder() / "propertiesdb.db", folder() / "new.db");
+  std::filesystem::rename(folder() / "new.db", folder() / "propertiesdb.db");
+  const std::string log = log_of([] { EXPECT_EQ(value(), 8U); });
+  EXPECT_EQ(log, "");
+  std::filesystem::remove(folder() / "propertiesdb.db");
+  unsigned number = 0;
+  EXPECT_EQ(propdb_get_dword("/a", &number), ZYM_DB_STATUS_NOT_FOUND);
+}
+
+TEST_F(RestingPropertyDatabaseTest, IsLeftForThatOfAnotherInventory) {
+  EXPECT_EQ(value(), 8U);
+  std::filesystem::create_directory(folder() / "other");
+  setenv("ZYMDB_INVENTORY", (folder() / "other/inventory.db").c_str(), 1);
+  unsigned number = 0;
+  EXPECT_EQ(propdb_get_dword("/a", &number), ZYM_DB_STATUS_NOT_FOUND);
+  setenv("ZYMDB_INVENTORY", (folder() / "inventory.db").c_str(), 1);
+  EXPECT_EQ(value(), 8U);
+}
+
+TEST_F(RestingPropertyDatabaseTest, IsNotInheritedByAChild) {
+  EXPECT_EQ(value(), 8U);
+  ChildProcess child([this] {
+    unsigned number = 0;
+    if (propdb_get_dword("/a", &number) != 0 || number != 8) return 1;
+    set(open(), "\4\7\0\0\0");
+    return 0;
+  });
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_EQ(value(), 7U);
 }
 
 TEST_F(PropertyDatabaseTest, WithoutAFolderThereAreNoProperties) {

@@ -1,11 +1,12 @@
 #include "client/sqlite/session.h"
 
 #include <fcntl.h>
-#include <time.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <new>
 
+#include "client/coarse_clock.h"
 #include "client/status.h"
 
 namespace zymdb::client::sqlite {
@@ -17,13 +18,6 @@ constexpr char kWriterLasts[] = "another thread's transaction lasts";
 
 // A reader looks this often whether the file was replaced or removed; a writer does before each write.
 constexpr int64_t kCheckInterval = 250'000'000;
-
-// The cheap clock of some milliseconds' resolution, in nanoseconds.
-int64_t coarse_now() {
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-  return int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
-}
 
 // One run of a prepared statement. Its end, however it comes, ends the statement's own transaction.
 class Run {
@@ -194,6 +188,11 @@ bool SqliteSession::is_usable(bool now) {
 
 bool SqliteSession::must_stay() const {
   return in_transaction_ && names_.identify() == files_;
+}
+
+bool SqliteSession::may_rest() const {
+  struct stat log {};
+  return !in_transaction_ && !unusable_ && stat(names_.log.c_str(), &log) == 0 && log.st_size == 0;
 }
 
 bool SqliteSession::keeps_its_files() {

@@ -29,6 +29,7 @@ class SqliteSession final : public Session {
   bool is_usable(bool now) override;
   const char* loss() const override { return loss_; }
   bool must_stay() const override;
+  bool may_rest() const override;
   void disown() override;
   const std::string& error() const override { return error_; }
 
