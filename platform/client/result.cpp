@@ -99,14 +99,13 @@ int Result::read_is_null(int column, int* is_null) const {
   return 0;
 }
 
-int Result::find(std::string_view name) const {
+// Most callers write a name as the schema does.
+int Result::search(std::string_view name) const {
   const std::vector<std::string>& names = *names_;
   for (uint32_t tried = 0; tried < columns_; ++tried) {
-    const uint32_t place =
-        next_found_ + tried < columns_ ? next_found_ + tried : next_found_ + tried - columns_;
-    // Callers mostly write a name as the schema does.
+    const uint32_t place = (next_found_ + tried) % columns_;
     if (names[place] != name && !same_word(names[place], name)) continue;
-    next_found_ = place + 1 == columns_ ? 0 : place + 1;
+    next_found_ = place + 1;
     return static_cast<int>(place);
   }
   return -1;

@@ -76,7 +76,11 @@ class Result {
   int read_is_null(int column, int* is_null) const;
 
   // The column of this name, or -1. Names asked for in the order of the columns are found at once.
-  int find(std::string_view name) const;
+  int find(const char* name) const {
+    if (next_found_ == columns_ || std::strcmp((*names_)[next_found_].c_str(), name) != 0)
+      return search(name);
+    return static_cast<int>(next_found_++);
+  }
 
   // Whether keeping it for the next query is worth its memory.
   bool is_small() const;
@@ -145,6 +149,8 @@ class Result {
       return ZYM_DB_STATUS_ERROR;
     return 0;
   }
+
+  int search(std::string_view name) const;
 
   static void copy_text(std::string_view value, char* text, size_t size) {
     const size_t length = std::min(value.size(), size - 1);
