@@ -39,7 +39,6 @@ class ByteBuffer {
   void clear() { size_ = 0; }
 
   const uint8_t* data() const { return bytes_.get(); }
-  std::string_view text() const { return {reinterpret_cast<const char*>(bytes_.get()), size_}; }
   size_t size() const { return size_; }
   size_t capacity() const { return capacity_; }
 

@@ -76,20 +76,14 @@ int Statement::fill_placeholders() {
 
 // kind, columns, then what a probe shares with every other change of that condition: table and shape.
 void Statement::build_key() {
-  const auto add = [this](std::string_view part) {
-    key_.reserve(part.size() + sizeof kKeySeparator);
-    key_.append(part);
-    key_.append(kKeySeparator);
-  };
-  key_.clear();
-  key_.reserve(sizeof kind());
-  key_.append(kind());
-  for (const char* column : request_.columns) add(column);
-  for (size_t i = 0; i < value_count_; ++i) add(request_.values->column(i));
+  key_.assign(1, static_cast<char>(kind()));
+  // A caller's name brings the separator along.
+  for (const char* column : request_.columns) key_.append(column, std::strlen(column) + 1);
+  for (size_t i = 0; i < value_count_; ++i) key_.append(request_.values->column(i)).push_back(kKeySeparator);
   probe_begin_ = key_.size();
-  add(request_.where == nullptr ? "a" : "p");
-  add(table_ != nullptr ? table_->name() : std::string_view());
-  add(condition_.shape);
+  key_.push_back(request_.where == nullptr ? 'a' : 'p');
+  if (table_ != nullptr) key_.append(table_->name()).push_back(kKeySeparator);
+  key_.append(condition_.shape);
 }
 
 bool Statement::sql(std::string& out) {

@@ -8,7 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "client/byte_buffer.h"
 #include "client/content_values.h"
 #include "client/dialect.h"
 #include "zymdb_db.h"
@@ -38,7 +37,7 @@ class Statement {
   std::string_view reason() const { return reason_; }
 
   // Equal keys mean equal SQL.
-  std::string_view key() const { return key_.text(); }
+  std::string_view key() const { return key_; }
   std::span<const Argument> arguments() const { return arguments_; }
 
   // The engine's text. False when a column does not exist; then reason() tells.
@@ -50,7 +49,7 @@ class Statement {
   // A read that finds a row exactly when the update or delete would change one. It lets an unchanged report
   // end without a write. Only with a condition.
   bool has_probe() const { return is_change() && request_.where != nullptr; }
-  std::string_view probe_key() const { return key().substr(probe_begin_); }
+  std::string_view probe_key() const { return std::string_view(key_).substr(probe_begin_); }
   std::string probe_sql() const;
   std::span<const Argument> probe_arguments() const { return std::span(arguments_).subspan(value_count_); }
 
@@ -76,7 +75,7 @@ class Statement {
   Translation condition_;
   std::vector<Argument> arguments_;
   size_t value_count_ = 0;
-  ByteBuffer key_;
+  std::string key_;
   size_t probe_begin_ = 0;
   std::vector<std::string> column_names_;
   std::string_view reason_;
