@@ -21,6 +21,7 @@ SECTIONS = {
     "list_bench": ("Lists", lambda name, rows: 1.3 if rows >= 1000 else 0),
     "write_bench": ("Reports, settings and the merge",
                     lambda name, rows: 1.5 if name == "unchanged presence of a drive" else 0),
+    "parser_bench": ("A drive's vital product data, beside copies from known places", lambda name, rows: 0),
     "start_bench": ("From the start of a process to its first answer", lambda name, rows: 0),
     "bus_bench": ("Beside an inventory daemon on the message bus", lambda name, rows: 0),
 }
@@ -87,8 +88,8 @@ def medians(path):
     return times, rates
 
 
-def compare(times, most_of, least_per_call, markdown):
-    columns = ("", "rows", "library", "limit", "to the limit", "target", "than per call")
+def compare(times, most_of, least_per_call, size, markdown):
+    columns = ("", size, "library", "limit", "to the limit", "target", "than per call")
     table = Table(columns + (("target", "the limit itself") if least_per_call else ()))
     for (what, rows), time in times.items():
         ratio = time["library"] / time[RAW]
@@ -145,7 +146,8 @@ def print_all(paths, markdown):
         if program == "bus_bench":
             bus(times, markdown)
             continue
-        compare(times, most_of, LEAST_PER_CALL.get(program), markdown)
+        size = "bytes" if program == "parser_bench" else "rows"
+        compare(times, most_of, LEAST_PER_CALL.get(program), size, markdown)
         if program == "list_bench":
             grow(times, markdown)
         if rates:
