@@ -14,7 +14,7 @@
 #include <thread>
 
 #include "bus.h"
-#include "inventory.h"
+#include "comparison.h"
 #include "process.h"
 
 using bench::Process;
@@ -169,15 +169,8 @@ bool is_list(size_t count, const _ZYMDB_PCI_Adapter* adapters) {
          std::strcmp(adapters[kAdapters - 1].ConnectorTypeName, "PCI-E Gen 3 x16") == 0;
 }
 
-template <class Call>
-void add(const char* name, Call is_right) {
-  benchmark::RegisterBenchmark(name, [is_right](benchmark::State& state) {
-    int adapter = 0;
-    for (auto _ : state) {
-      if (!is_right(adapter)) state.SkipWithError("wrong result");
-      adapter = (adapter + 37) % kAdapters;
-    }
-  })->UseRealTime();
+int adapter_of(int turn) {
+  return bench::row_of(turn, kAdapters);
 }
 
 }  // namespace
@@ -186,30 +179,35 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   Peer peer;
   sd_bus* const bus = peer.bus();
-  add("one adapter/256/library", [](int adapter) {
-    _ZYMDB_PCI_Generic function{};
-    zymdb_get_pci_generic_info(bench::function_key(adapter), &function);
-    return is_function(function, adapter);
-  });
-  add("one adapter/256/bus", [bus](int adapter) {
-    _ZYMDB_PCI_Generic function{};
-    const Message reply = call(bus, kName, function_path(adapter).c_str(), "org.freedesktop.DBus.Properties",
-                               "GetAll", kFunction);
-    if (reply != nullptr) read_properties(reply.get(), kFunctionProperties, &function);
-    return is_function(function, adapter);
-  });
-  add("adapter list/256/library", [](int) {
-    _ZYMDB_PCI_Adapter_List list{};
-    zymdb_get_pci_adapter_list(&list);
-    const bool is_right = is_list(list.count, list.adapters);
-    std::free(list.adapters);
-    return is_right;
-  });
-  add("adapter list/256/bus", [bus](int) {
-    const std::unique_ptr<_ZYMDB_PCI_Adapter[]> adapters(new _ZYMDB_PCI_Adapter[kAdapters]());
-    const Message reply =
-        call(bus, kName, kRoot, "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", nullptr);
-    return reply != nullptr && is_list(read_objects(reply.get(), adapters.get()), adapters.get());
-  });
+  bench::add("one adapter", kAdapters,
+             {{bench::kLibrary,
+               [](int turn) {
+                 _ZYMDB_PCI_Generic function{};
+                 zymdb_get_pci_generic_info(bench::function_key(adapter_of(turn)), &function);
+                 return is_function(function, adapter_of(turn));
+               }},
+              {bench::kBus, [bus](int turn) {
+                 _ZYMDB_PCI_Generic function{};
+                 const Message reply = call(bus, kName, function_path(adapter_of(turn)).c_str(),
+                                            "org.freedesktop.DBus.Properties", "GetAll", kFunction);
+                 if (reply != nullptr) read_properties(reply.get(), kFunctionProperties, &function);
+                 return is_function(function, adapter_of(turn));
+               }}});
+  bench::add(
+      "adapter list", kAdapters,
+      {{bench::kLibrary,
+        [](int) {
+          _ZYMDB_PCI_Adapter_List list{};
+          zymdb_get_pci_adapter_list(&list);
+          const bool is_right = is_list(list.count, list.adapters);
+          std::free(list.adapters);
+          return is_right;
+        }},
+       {bench::kBus, [bus](int) {
+          const std::unique_ptr<_ZYMDB_PCI_Adapter[]> adapters(new _ZYMDB_PCI_Adapter[kAdapters]());
+          const Message reply =
+              call(bus, kName, kRoot, "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", nullptr);
+          return reply != nullptr && is_list(read_objects(reply.get(), adapters.get()), adapters.get());
+        }}});
   benchmark::RunSpecifiedBenchmarks();
 }

@@ -1,5 +1,6 @@
-// A benchmark of the library beside the database engine's own interface, with its statements kept open and
-// prepared for each call.
+// Benchmarks of one thing done in several ways. Each repetition runs all of them, one after the other and for
+// some milliseconds each, so that a slower or faster spell of the machine falls on all alike: their ratio is
+// taken within the repetition.
 #ifndef ZYMDB_BENCH_COMPARISON_H
 #define ZYMDB_BENCH_COMPARISON_H
 
@@ -13,9 +14,24 @@
 
 namespace bench {
 
-// Both sides do the same with the inventory and answer whether it came out right: a read that found nothing
-// would be fast, and worthless. `turn` counts the calls, for whoever does not want to touch the same row each
-// time.
+// One way. It answers whether it came out right: a read that found nothing would be fast, and worthless.
+// `turn` counts the calls of all sides, for whoever does not want to touch the same row, or write the same
+// value, each time.
+struct Side {
+  const char* name;
+  std::function<bool(int turn)> run;
+};
+
+inline constexpr char kLibrary[] = "library";
+inline constexpr char kLimit[] = "limit";
+inline constexpr char kPerCall[] = "per call";
+inline constexpr char kBus[] = "bus";
+
+// Registers "name/size", which reports the nanoseconds of a call of each side.
+void add(const std::string& name, int size, std::vector<Side> sides);
+
+// The library beside the database engine's own interface, with its statements kept open and prepared for each
+// call.
 struct Comparison {
   std::string name;
   int rows;  // of the inventory
@@ -28,7 +44,6 @@ struct Comparison {
   std::function<void()> restore = {};
 };
 
-// Registers the three of them as "name/rows/who".
 void add(const Comparison& comparison);
 
 // A row for each turn, far from the one before.

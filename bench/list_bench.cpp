@@ -467,8 +467,8 @@ void add_merged_drives(int rows) {
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  // Arrays of megabytes, freed, stay at hand for either side. Left alone, the allocator gives them back to the
-  // system or not, by what came before, and new pages cost as much as what is measured.
+  // Arrays of megabytes, freed, stay at hand for either side. Left alone, the allocator gives them back to
+  // the system or not, by what came before, and new pages cost as much as what is measured.
   mallopt(M_MMAP_THRESHOLD, 1 << 30);
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
   // The drive lists write a line of information for each drive, which no comparator does.

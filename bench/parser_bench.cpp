@@ -5,8 +5,8 @@
 
 #include <cstdio>
 #include <cstring>
-#include <functional>
 
+#include "comparison.h"
 #include "support/drive_image.h"
 #include "zymdb_storage.h"
 
@@ -55,22 +55,18 @@ void copy_vendor(const Image& image, _ZYMDB_AimDisk& drive) {
 
 void add(const std::string& name, const Image& image, bool (*is_right)(const _ZYMDB_AimDisk&),
          void (*copy_fields)(const Image&, _ZYMDB_AimDisk&)) {
-  const auto repeat = [=](benchmark::State& state, auto decode) {
-    for (auto _ : state) {
-      _ZYMDB_AimDisk drive{};
-      decode(drive);
-      if (!is_right(drive)) return state.SkipWithError("wrong result");
-    }
-  };
-  const std::string prefix = name + "/" + std::to_string(image.size()) + "/";
-  benchmark::RegisterBenchmark((prefix + "library").c_str(), [=](benchmark::State& state) {
-    repeat(state, [&](_ZYMDB_AimDisk& drive) {
-      parse_nvme_drive_vpd(image.data(), static_cast<unsigned>(image.size()), &drive);
-    });
-  });
-  benchmark::RegisterBenchmark((prefix + "kept").c_str(), [=](benchmark::State& state) {
-    repeat(state, [&](_ZYMDB_AimDisk& drive) { copy_fields(image, drive); });
-  });
+  bench::add(name, static_cast<int>(image.size()),
+             {{bench::kLibrary,
+               [=](int) {
+                 _ZYMDB_AimDisk drive{};
+                 parse_nvme_drive_vpd(image.data(), static_cast<unsigned>(image.size()), &drive);
+                 return is_right(drive);
+               }},
+              {bench::kLimit, [=](int) {
+                 _ZYMDB_AimDisk drive{};
+                 copy_fields(image, drive);
+                 return is_right(drive);
+               }}});
 }
 
 }  // namespace

@@ -10,8 +10,8 @@ import re
 import statistics
 import sys
 
-UNITS = {"ns": 1e-3, "us": 1, "ms": 1e3, "s": 1e6}
-RAW = "kept"  # statements kept open: the limit
+LIBRARY = "library"
+RAW = "limit"  # statements kept open
 PER_CALL = "per call"
 BUS = "bus"
 
@@ -66,38 +66,56 @@ def at_least(ratio, least):
     return verdict(ratio, f">= {least}", ratio >= least) if least else ""
 
 
-def medians(path):
-    """Microseconds by (what, rows) and by who did it; items per second by number of threads."""
+class Sides:
+    """What the repetitions took, in microseconds, by who did it. Ratios are taken within a repetition."""
+
+    def __init__(self):
+        self.samples = {}
+
+    def __contains__(self, who):
+        return who in self.samples
+
+    def add(self, run):
+        for who in (LIBRARY, RAW, PER_CALL, BUS):
+            if who in run:
+                self.samples.setdefault(who, []).append(run[who] / 1e3)
+
+    def time(self, who):
+        return statistics.median(self.samples[who])
+
+    def ratio(self, who, other):
+        return statistics.median(a / b for a, b in zip(self.samples[who], self.samples[other]))
+
+
+def read(path):
+    """Sides by (what, rows); items per second by number of threads."""
     with open(path) as file:
         runs = json.load(file)["benchmarks"]
-    samples = {}
+    times, rates = {}, {}
     # They ran in a random order.
     for run in sorted(runs, key=lambda run: run["family_index"]):
         if run.get("error_occurred"):
             sys.exit(f"{run['name']}: {run['error_message']}")
-        if run["run_type"] == "iteration":
-            samples.setdefault(run["run_name"], []).append(run)
-    times, rates = {}, {}
-    for name, repeated in samples.items():
-        if threads := re.search(r"threads:(\d+)", name):
-            rates[int(threads[1])] = statistics.median(run["items_per_second"] for run in repeated)
+        if run["run_type"] != "iteration":
             continue
-        what, rows, who = name.split("/")[:3]
-        times.setdefault((what, int(rows)), {})[who] = statistics.median(
-            run["real_time"] * UNITS[run["time_unit"]] for run in repeated)
-    return times, rates
+        if by_threads := re.search(r"threads:(\d+)", run["run_name"]):
+            rates.setdefault(int(by_threads[1]), []).append(run["items_per_second"])
+        else:
+            what, rows = run["run_name"].split("/")[:2]
+            times.setdefault((what, int(rows)), Sides()).add(run)
+    return times, {threads: statistics.median(samples) for threads, samples in rates.items()}
 
 
 def compare(times, most_of, least_per_call, size, markdown):
     columns = ("", size, "library", "limit", "to the limit", "target", "than per call")
     table = Table(columns + (("target", "the limit itself") if least_per_call else ()))
     for (what, rows), time in times.items():
-        ratio = time["library"] / time[RAW]
-        per_call = time[PER_CALL] / time["library"] if PER_CALL in time else 0
-        cells = [what, f"{rows:,}", time_text(time["library"]), time_text(time[RAW]), f"{ratio:.2f} x",
+        ratio = time.ratio(LIBRARY, RAW)
+        per_call = time.ratio(PER_CALL, LIBRARY) if PER_CALL in time else 0
+        cells = [what, f"{rows:,}", time_text(time.time(LIBRARY)), time_text(time.time(RAW)), f"{ratio:.2f} x",
                  at_most(ratio, most_of(what, rows)), f"{per_call:.1f} x faster" if per_call else ""]
         if least_per_call:
-            cells += [at_least(per_call, least_per_call), f"{time[PER_CALL] / time[RAW]:.1f} x faster"]
+            cells += [at_least(per_call, least_per_call), f"{time.ratio(PER_CALL, RAW):.1f} x faster"]
         table.add(*cells)
     table.print(markdown)
 
@@ -105,8 +123,8 @@ def compare(times, most_of, least_per_call, size, markdown):
 def grow(times, markdown):
     table = Table(("", "a row of 100", "a row of 10,000", "growth", "target", "the limit's growth"))
     for what in dict.fromkeys(what for what, rows in times if rows == 10000):
-        small, large = (times[what, rows]["library"] / rows for rows in (100, 10000))
-        raw_small, raw_large = (times[what, rows][RAW] / rows for rows in (100, 10000))
+        small, large = (times[what, rows].time(LIBRARY) / rows for rows in (100, 10000))
+        raw_small, raw_large = (times[what, rows].time(RAW) / rows for rows in (100, 10000))
         table.add(what, time_text(small), time_text(large), f"{large / small:.2f} x",
                   at_most(large / small, MOST_GROWTH), f"{raw_large / raw_small:.2f} x")
     table.print(markdown)
@@ -115,8 +133,8 @@ def grow(times, markdown):
 def bus(times, markdown):
     table = Table(("", "rows", "library", "over the bus", "faster", "target"))
     for (what, rows), time in times.items():
-        ratio = time[BUS] / time["library"]
-        table.add(what, f"{rows:,}", time_text(time["library"]), time_text(time[BUS]), f"{ratio:.1f} x",
+        ratio = time.ratio(BUS, LIBRARY)
+        table.add(what, f"{rows:,}", time_text(time.time(LIBRARY)), time_text(time.time(BUS)), f"{ratio:.1f} x",
                   at_least(ratio, LEAST_BUS[what]))
     table.print(markdown)
 
@@ -142,7 +160,7 @@ def print_all(paths, markdown):
         program = os.path.basename(path).removesuffix(".json")
         title, most_of = SECTIONS[program]
         print(f"### {title}\n" if markdown else title)
-        times, rates = medians(path)
+        times, rates = read(path)
         if program == "bus_bench":
             bus(times, markdown)
             continue
