@@ -6,7 +6,7 @@ namespace zymdb::client {
 
 void ThreadSession::close() {
   closed = true;
-  session.reset();
+  set(nullptr);
 }
 
 std::shared_ptr<ThreadSession> Database::join(const std::shared_ptr<Database>& database) {
@@ -19,13 +19,15 @@ std::shared_ptr<ThreadSession> Database::join(const std::shared_ptr<Database>& d
 }
 
 void Database::close() {
-  std::vector<std::shared_ptr<ThreadSession>> ending;
+  std::vector<std::weak_ptr<ThreadSession>> ending;
   {
     const std::lock_guard lock(mutex_);
     closed_ = true;
-    ending = sessions();
+    ending.swap(sessions_);
   }
-  for (const auto& session : ending) {
+  for (const auto& each : ending) {
+    const auto session = each.lock();
+    if (session == nullptr) continue;
     const std::lock_guard lock(session->mutex);
     session->close();
   }
@@ -33,17 +35,9 @@ void Database::close() {
 
 bool Database::rest(const ThreadSession& only) {
   const std::lock_guard lock(mutex_);
-  const auto living = sessions();
-  if (closed_ || living.size() != 1 || living.front().get() != &only) return false;
-  return !resting_.exchange(true);
-}
-
-std::vector<std::shared_ptr<ThreadSession>> Database::sessions() const {
-  std::vector<std::shared_ptr<ThreadSession>> living;
-  for (const auto& each : sessions_) {
-    if (auto session = each.lock()) living.push_back(std::move(session));
-  }
-  return living;
+  bool is_alone = !closed_;
+  for_each_session([&](const auto& session) { is_alone = is_alone && session.get() == &only; });
+  return is_alone && !resting_.exchange(true);
 }
 
 }  // namespace zymdb::client

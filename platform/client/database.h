@@ -9,7 +9,14 @@
 // the files, and opens anew. Merely forgetting the inherited connections would not do: SQLite counts the
 // locks of a process per file, and the child would take its parent's locks for its own.
 //
-// Locks are taken in this order: the opening of the shared handle, the registry, a database, a session.
+// SQLite shares the index of the log between all connections of a process to a file, and takes the one beside
+// a file of the same name for its own: a connection to the file that took another's place would cut the index
+// short under those to the old one, whose next read is a bus error. Therefore databases are opened one at a
+// time, and between finding its file and using it, an opening ends the sessions with any other file that was
+// there.
+//
+// Locks are taken in this order: the opening of the shared handle, openings, the registry, a database, a
+// session.
 #ifndef ZYMDB_PLATFORM_CLIENT_DATABASE_H
 #define ZYMDB_PLATFORM_CLIENT_DATABASE_H
 
@@ -33,10 +40,16 @@ struct ThreadSession {
   std::mutex mutex;
   std::shared_ptr<Database> database;
   std::unique_ptr<Session> session;  // null until used, and after a failure that it cannot outlive
+  std::atomic<uint64_t> file{0};     // of the session, for those who do not wait for its lock
   Statement statement;
   std::atomic<bool> closed{false};
 
-  // For the lock's owner: ends it for good.
+  // For the lock's owner.
+  void set(std::unique_ptr<Session> opened) {
+    session = std::move(opened);
+    file = session != nullptr ? session->file() : 0;
+  }
+  // Ends it for good.
   void close();
 };
 
@@ -60,8 +73,13 @@ class Database {
   void wake() { resting_ = false; }
 
   std::mutex& mutex() { return mutex_; }
-  // For the owner of mutex().
-  std::vector<std::shared_ptr<ThreadSession>> sessions() const;
+  // For the owner of mutex(): the living ones, as std::shared_ptr<ThreadSession>.
+  template <class Visit>
+  void for_each_session(Visit visit) const {
+    for (const auto& each : sessions_) {
+      if (auto session = each.lock()) visit(std::move(session));
+    }
+  }
 
  private:
   DataSource source_;

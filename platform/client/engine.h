@@ -3,6 +3,7 @@
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_H
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,6 +21,9 @@ struct Change {
   int64_t rows = 0;
   int64_t id = 0;
 };
+
+// What a session can lose its database by.
+inline constexpr char kReplaced[] = "was replaced";
 
 // A connection of one thread. Operations answer a status; error() then tells the engine's own words.
 class Session {
@@ -42,7 +46,10 @@ class Session {
   // at from time to time, and each time when `now` is set. A transaction goes on: its commit tells.
   virtual bool is_usable(bool now) = 0;
 
-  // What became of the database that it was opened on ("was replaced"), once is_usable() has noticed; else
+  // The number of the file that it was opened on.
+  virtual uint64_t file() const = 0;
+
+  // What became of the database that it was opened on (kReplaced), once is_usable() has noticed; else
   // null.
   virtual const char* loss() const = 0;
 
@@ -68,7 +75,13 @@ struct Opened {
 };
 
 // Opens a session, creating or upgrading the database as its schema tells. `writers` outlives the session.
-Opened open_session(const DataSource& source, WriterQueue& writers, const Limits& limits = {});
+// `connected` is called once the file is open, before anything in it or beside it is used.
+Opened open_session(
+    const DataSource& source, WriterQueue& writers, const Limits& limits = {},
+    const std::function<void()>& connected = [] {});
+
+// The number of the file that a path leads to; 0 for none.
+uint64_t file_at(const std::string& path);
 
 }  // namespace zymdb::client
 

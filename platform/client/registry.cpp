@@ -58,7 +58,12 @@ class Registry {
   // process, so that none of them is any better than the oldest.
   void drop_sessions(const std::string& path);
 
-  std::mutex opening;  // of the shared handle
+  // Ends the sessions with another file than lies at the path now. True: there were some. Waits for no
+  // others.
+  bool drop_sessions_of_other_files(const std::string& path);
+
+  std::mutex opening;   // of the shared handle
+  std::mutex openings;  // of any: one at a time
   std::atomic<_zym_db_handle_t*> shared{nullptr};
 
  private:
@@ -86,20 +91,22 @@ Registry::Standstill::Standstill(Registry& registry) {
   locks.emplace_back(registry.mutex_);
   for (const auto& [handle, database] : registry.handles_) {
     locks.emplace_back(handle->mutex());
-    for (auto& session : handle->sessions()) {
+    handle->for_each_session([this](std::shared_ptr<ThreadSession> session) {
       sessions.push_back(std::move(session));
       locks.emplace_back(sessions.back()->mutex);
-    }
+    });
   }
 }
 
 void Registry::before_fork() {
   instance().opening.lock();
+  instance().openings.lock();
   instance().fork_.emplace(instance());
 }
 
 void Registry::in_parent() {
   instance().fork_.reset();
+  instance().openings.unlock();
   instance().opening.unlock();
 }
 
@@ -112,8 +119,28 @@ void Registry::drop_sessions(const std::string& path) {
   const Standstill standstill(*this);
   for (const auto& each : standstill.sessions) {
     if (each->session == nullptr || each->database->source().path != path) continue;
-    if (!each->session->must_stay()) each->session.reset();
+    if (!each->session->must_stay()) each->set(nullptr);
   }
+}
+
+bool Registry::drop_sessions_of_other_files(const std::string& path) {
+  const uint64_t current = file_at(path);
+  std::vector<std::shared_ptr<ThreadSession>> others;
+  {
+    const std::lock_guard lock(mutex_);
+    for (const auto& [handle, database] : handles_) {
+      if (database->source().path != path) continue;
+      const std::lock_guard database_lock(handle->mutex());
+      handle->for_each_session([&](std::shared_ptr<ThreadSession> session) {
+        if (session->file != 0 && session->file != current) others.push_back(std::move(session));
+      });
+    }
+  }
+  for (const auto& other : others) {
+    const std::lock_guard lock(other->mutex);
+    other->set(nullptr);
+  }
+  return !others.empty();
 }
 
 // The child has one thread yet.
@@ -123,11 +150,11 @@ void Registry::drop_inherited() {
   if (!inherited_.load(std::memory_order_relaxed)) return;
   for (const auto& [handle, database] : handles_) {
     const std::lock_guard database_lock(handle->mutex());
-    for (const auto& session : handle->sessions()) {
+    handle->for_each_session([](const auto& session) {
       const std::lock_guard session_lock(session->mutex);
       if (session->session != nullptr) session->session->disown();
-      session->session.reset();
-    }
+      session->set(nullptr);
+    });
     handle->writers().reset_after_fork();
   }
   inherited_.store(false, std::memory_order_relaxed);
@@ -222,11 +249,11 @@ _zym_db_handle_t* open_handle(const DataSource& source) {
   if (ThreadSessions* const sessions = PerThread<ThreadSessions>::get(); sessions != nullptr) {
     if (_zym_db_handle_t* const awake = sessions->wake(source)) return awake;
   }
-  const auto handle = std::make_shared<_zym_db_handle_t>(source);
-  Registry::instance().add(handle);
-  if (Lease().acquire(handle.get()) == 0) return handle.get();
-  close_handle(handle.get());
-  return nullptr;
+  const auto database = std::make_shared<_zym_db_handle_t>(source);
+  Registry::instance().add(database);
+  const auto close = [](_zym_db_handle_t* unusable) { close_handle(unusable); };
+  std::unique_ptr<_zym_db_handle_t, decltype(close)> handle(database.get());
+  return Lease().acquire(handle.get()) == 0 ? handle.release() : nullptr;
 }
 
 _zym_db_handle_t* shared_handle() {
@@ -270,16 +297,18 @@ int Lease::acquire(_zym_db_handle_t* handle) {
 int Lease::reopen() {
   Database& database = *held_->database;
   const DataSource& source = database.source();
-  const char* loss = nullptr;
-  if (held_->session != nullptr) {
-    loss = held_->session->loss();
-    lock_.unlock();
-    Registry::instance().drop_sessions(source.path);
-    lock_.lock();
-    if (held_->closed) return ZYM_DB_STATUS_NO_DB;
-  }
-  Opened opened = open_session(source, database.writers());
-  held_->session = std::move(opened.session);
+  Registry& registry = Registry::instance();
+  const bool was_open = held_->session != nullptr;
+  const char* loss = was_open ? held_->session->loss() : nullptr;
+  lock_.unlock();
+  const std::lock_guard opening(registry.openings);
+  if (was_open) registry.drop_sessions(source.path);
+  Opened opened = open_session(source, database.writers(), {}, [&] {
+    if (registry.drop_sessions_of_other_files(source.path)) loss = kReplaced;
+  });
+  lock_.lock();
+  if (held_->closed) return ZYM_DB_STATUS_NO_DB;
+  held_->set(std::move(opened.session));
   if (opened.status != 0) {
     ruvo_log::logErr("%s", opened.error.c_str());
   } else if (loss != nullptr) {

@@ -65,6 +65,21 @@ TEST_F(UnderneathTest, AReplacedDatabaseIsTheOneThatIsWritten) {
   EXPECT_EQ(integrity_of(file()), "ok");
 }
 
+// Whether or not they would notice yet: two files cannot share the index of a log.
+TEST_F(UnderneathTest, AThreadThatOpensTheReplacementEndsTheOthersSessions) {
+  make_backup(5);
+  ASSERT_EQ(save(6), 0);
+  EXPECT_EQ(value_of_other(), 6);
+  fs::rename(file("backup.db"), file());
+  EXPECT_EQ(log_of([] { std::thread([] { EXPECT_EQ(value(), 5); }).join(); }), warning(kReplaced));
+  EXPECT_EQ(log_of([this] {
+              EXPECT_EQ(value(), 5);
+              EXPECT_EQ(value_of_other(), 5);
+            }),
+            "");
+  EXPECT_EQ(integrity_of(file()), "ok");
+}
+
 // The old log still lies beside the new database, and would be applied to it.
 TEST_F(UnderneathTest, NothingOfTheOldLogReachesTheReplacement) {
   make_backup(5);

@@ -66,25 +66,53 @@ constexpr char kSettings[] =
     "PRAGMA temp_store=MEMORY;"
     "PRAGMA journal_size_limit=4194304;";
 
+constexpr int kMostAttempts = 20;
+
 constexpr std::chrono::milliseconds kJournalWait{5};
 constexpr std::chrono::seconds kJournalLimit{5};
 
 }  // namespace
 
-Files FileNames::identify() const {
+FileId file_id(const std::string& path) {
   struct stat status {};
-  const auto exists = [&status](const std::string& path) { return stat(path.c_str(), &status) == 0; };
+  return stat(path.c_str(), &status) == 0 ? FileId{status.st_dev, status.st_ino} : FileId{};
+}
+
+Files FileNames::identify() const {
   Files files;
-  if (exists(database) && status.st_size != 0) {
+  struct stat status {};
+  if (stat(database.c_str(), &status) == 0 && status.st_size != 0) {
     files.database = {status.st_dev, status.st_ino};
     files.written = int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
   }
-  if (exists(log)) files.log = {status.st_dev, status.st_ino};
-  if (exists(index)) files.index = {status.st_dev, status.st_ino};
+  files.log = file_id(log);
+  files.index = file_id(index);
   return files;
 }
 
+// What came of an opening is about the file that was found first: somebody may have put another one in its
+// place meanwhile, and the log and the index beside it are that one's.
 int Opening::run() {
+  for (int attempt = 1;; ++attempt) {
+    const int status = try_once();
+    if (attempt == kMostAttempts || !is_replaced()) return status;
+    let_go();
+  }
+}
+
+bool Opening::is_replaced() const {
+  return connected_to_ != FileId{} && file_id(source_.path) != connected_to_;
+}
+
+// Nothing of what lies at the path is this connection's to tidy up.
+void Opening::let_go() {
+  if (database != nullptr) sqlite3_db_config(database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  database.reset();
+  catalog = {};
+  connected_to_ = {};
+}
+
+int Opening::try_once() {
   using Step = int (Opening::*)();
   constexpr Step kSteps[] = {&Opening::create_file,      &Opening::connect,      &Opening::configure,
                              &Opening::bring_up_to_date, &Opening::read_catalog, &Opening::note_files};
@@ -114,10 +142,14 @@ int Opening::connect() {
     return fail(kStatusIo, std::strerror(errno));
   share_permissions();
   configure_process();
+  connected_to_ = file_id(source_.path);
   sqlite3* opened = nullptr;
   const int code = sqlite3_open_v2(source_.path.c_str(), &opened, kOpenFlags, nullptr);
   database.reset(opened);
-  return code == SQLITE_OK ? 0 : fail_as_engine(code);
+  if (code != SQLITE_OK) return fail_as_engine(code);
+  if (is_replaced()) return fail(kStatusIo, "it was replaced again and again");
+  connected_();
+  return 0;
 }
 
 // SQLite makes log and index with the mode of the file. What was made while that could not be written would
@@ -236,6 +268,7 @@ int Opening::note_files() {
   const std::string file = sqlite3_db_filename(database.get(), "main");
   names = {source_.path, file + kLogSuffix, file + kIndexSuffix};
   files = names.identify();
+  files.database = connected_to_;
   return 0;
 }
 

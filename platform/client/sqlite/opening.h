@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "client/catalog.h"
@@ -21,6 +22,8 @@ struct FileId {
 
   bool operator==(const FileId&) const = default;
 };
+
+FileId file_id(const std::string& path);
 
 // The files of a database in use. None of them changes as long as a connection is open, unless somebody else
 // interferes: SQLite looks for none of that and would mix the files of two databases.
@@ -45,7 +48,8 @@ struct FileNames {
 
 class Opening {
  public:
-  Opening(const DataSource& source, Guard& guard) : source_(source), guard_(guard) {}
+  Opening(const DataSource& source, Guard& guard, const std::function<void()>& connected)
+      : source_(source), guard_(guard), connected_(connected) {}
 
   // Returns 0 with database, catalog and file filled, or a status; error() then tells why.
   int run();
@@ -59,6 +63,10 @@ class Opening {
 
  private:
   enum class State { kReady, kNew, kOlder, kForeign, kNewer };
+
+  int try_once();
+  bool is_replaced() const;
+  void let_go();
 
   int create_file();
   int connect();
@@ -79,6 +87,8 @@ class Opening {
 
   const DataSource& source_;
   Guard& guard_;
+  const std::function<void()>& connected_;
+  FileId connected_to_;
   int64_t version_ = 0;
   std::string error_;
 };

@@ -88,8 +88,8 @@ SqliteSession::~SqliteSession() {
   if (in_transaction_) writers_.leave();
 }
 
-int SqliteSession::open() {
-  Opening opening(source_, guard_);
+int SqliteSession::open(const std::function<void()>& connected) {
+  Opening opening(source_, guard_, connected);
   if (const int status = opening.run()) return fail(status, opening.error());
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);
@@ -212,7 +212,7 @@ bool SqliteSession::keeps_its_files() {
 void SqliteSession::abandon(const Files& found) {
   const bool own_log = found.log == files_.log;
   if (found.database != files_.database) {
-    loss_ = found.database == FileId{} ? "was removed or emptied" : "was replaced";
+    loss_ = found.database == FileId{} ? "was removed or emptied" : kReplaced;
     if (own_log) unlink(names_.log.c_str());
   } else {
     loss_ = "lost its log";
@@ -322,11 +322,16 @@ int SqliteSession::fail_as_engine(int code) {
 
 namespace zymdb::client {
 
-Opened open_session(const DataSource& source, WriterQueue& writers, const Limits& limits) {
+Opened open_session(const DataSource& source, WriterQueue& writers, const Limits& limits,
+                    const std::function<void()>& connected) {
   auto session = std::make_unique<sqlite::SqliteSession>(source, writers, limits);
-  const int status = session->open();
+  const int status = session->open(connected);
   if (status != 0) return {nullptr, status, session->error()};
   return {std::move(session), 0, {}};
+}
+
+uint64_t file_at(const std::string& path) {
+  return sqlite::file_id(path).inode;
 }
 
 }  // namespace zymdb::client

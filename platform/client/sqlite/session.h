@@ -17,7 +17,7 @@ class SqliteSession final : public Session {
   SqliteSession(const DataSource& source, WriterQueue& writers, const Limits& limits);
   ~SqliteSession() override;
 
-  int open();
+  int open(const std::function<void()>& connected);
 
   const Catalog& catalog() const override { return catalog_; }
   int query(Statement& statement, Result& result) override;
@@ -27,6 +27,7 @@ class SqliteSession final : public Session {
   int commit() override;
   int rollback() override;
   bool is_usable(bool now) override;
+  uint64_t file() const override { return files_.database.inode; }
   const char* loss() const override { return loss_; }
   bool must_stay() const override;
   bool may_rest() const override;
