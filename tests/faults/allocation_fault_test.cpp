@@ -27,6 +27,9 @@ namespace {
 
 constexpr int kNone = -1;
 
+// More than any operation makes.
+constexpr int kMostAllocations = 10'000;
+
 struct Observed {
   Outcome outcome;
   bool failed;  // an allocation did
@@ -123,6 +126,7 @@ class AllocationFaultTest : public InventoryTest {
     const SharedFiles shared_files(operation.name);
     const Outcome usual = call_without_allocation(kNone, operation.call).outcome;
     for (int number = 0;; ++number) {
+      ASSERT_LT(number, kMostAllocations) << "failed calls leave something behind";
       forget_statements();
       const auto [outcome, failed] = call_without_allocation(number, operation.call);
       EXPECT_NE(outcome.outputs, "torn") << number;
