@@ -172,6 +172,7 @@ class Inventory {
             "cannot prepare the inventory", sqlite3_errmsg(keeper_));
   }
 
+  TemporaryFolder folder_;
   sqlite3* keeper_ = nullptr;  // not watched
   std::map<std::string, std::vector<std::string>> text_columns_;
 };
