@@ -106,7 +106,7 @@ void zymdb_get_merged_disk_list(_ZYMDB_AimDisk_List* list) {
 
   *list = {};
   if (total == 0) return;
-  CallerArray<Record> merged = allocate_zeroed_array<Record>(total);
+  CallerArray<Record> merged = allocate_array<Record>(total);
   if (merged == nullptr) return;
   Record* end = merged.get();
   for (const List& part : parts) end = std::ranges::copy(drives_of(part), end).out;
