@@ -30,7 +30,7 @@ class Result {
   bool begin_row() {
     begun_ = bytes_.size();
     const size_t cells = sizeof(RowSize) + columns_ * sizeof(Cell);
-    if (!make_room(cells + columns_ * sizeof(int64_t))) return false;
+    if (!make_room(cells)) return false;
     next_cell_ = begun_ + sizeof(RowSize);
     bytes_.skip(cells);
     return true;
@@ -115,13 +115,17 @@ class Result {
     bytes_.append(value);
   }
   bool add_bytes(Type type, std::string_view value) {
-    if (!make_room(value.size() + columns_ * sizeof(int64_t))) return false;
+    if (!make_room(value.size())) return false;
     add(Cell(type, value.size(), bytes_.size() - begun_));
     bytes_.append(value);
     return true;
   }
 
-  bool make_room(size_t size) { return size <= room_ - std::min(room_, bytes_.size()) || grow(size); }
+  // For so many bytes, and wide numbers in all columns that may follow: those are then added unasked.
+  bool make_room(size_t size) {
+    size += columns_ * sizeof(int64_t);
+    return size <= room_ - std::min(room_, bytes_.size()) || grow(size);
+  }
   bool grow(size_t size);
 
   template <class Value>

@@ -199,5 +199,31 @@ TEST_F(OpeningWithoutMemory, IsToldAndTheNextCallOpensTheDatabase) {
   EXPECT_GT(failures, 100);
 }
 
+// What opens and closes by itself leaves nothing behind, however far it comes: the third try without the same
+// allocation holds no more than the second.
+TEST_F(OpeningWithoutMemory, OfAnotherDatabaseHoldsNothing) {
+  const auto open_and_close = [] { zym_db_close(zym_db_open("localhost", "root", "", "propertiesdb", 0)); };
+  open_and_close();
+  for (int number = 0;; ++number) {
+    ASSERT_LT(number, kMostAllocations);
+    bool failed = false;
+    const auto try_without = [&] {
+      // A thread of its own has no connection that rests.
+      std::thread([&] {
+        failing_allocator::fail(number);
+        open_and_close();
+        failed = failing_allocator::stop();
+      }).join();
+      return failing_allocator::live();
+    };
+    try_without();
+    const long held = try_without();
+    EXPECT_EQ(try_without(), held) << number;
+    if (failed) continue;
+    EXPECT_GT(number, 100);
+    return;
+  }
+}
+
 }  // namespace
 }  // namespace faults

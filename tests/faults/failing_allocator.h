@@ -11,6 +11,9 @@ void fail(int number);
 // Ends it; true when that allocation was reached.
 bool stop();
 
+// Allocations of the process that were not released yet.
+long live();
+
 }  // namespace failing_allocator
 
 #endif

@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <climits>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -240,6 +242,45 @@ TEST_F(UpgradeTest, AVersionWithoutAStepIsRefused) {
   { ASSERT_NE(open(first).session, nullptr); }
   const Schema current{"inventory", kMark, 2, "", {}};
   EXPECT_THAT(open(current).error, HasSubstr("its version is too old"));
+}
+
+// The file is replaced as soon as it is open; the session must know which of them is its own.
+class ReplacedOpeningTest : public OpeningTest {
+ protected:
+  ReplacedOpeningTest() {
+    EXPECT_NE(open().session, nullptr);
+    std::filesystem::copy_file(path(), folder_.file("copy.db"));
+  }
+
+  std::string path() const { return folder_.file("inventory.db"); }
+
+  // Replaces it at the first so many attempts.
+  Opened open_replacing(int times) {
+    return open_session({path(), &kInventorySchema}, writers_, {}, [this, times] {
+      if (++attempts_ > times) return;
+      std::filesystem::copy_file(folder_.file("copy.db"), folder_.file("next.db"));
+      std::filesystem::rename(folder_.file("next.db"), path());
+    });
+  }
+
+  int attempts_ = 0;
+};
+
+TEST_F(ReplacedOpeningTest, BeginsAnewWithTheFileThatIsThere) {
+  const Opened opened = open_replacing(3);
+  ASSERT_NE(opened.session, nullptr) << opened.error;
+  EXPECT_EQ(attempts_, 4);
+  EXPECT_EQ(opened.session->file(), file_at(path()));
+  EXPECT_TRUE(opened.session->is_usable(true));
+}
+
+TEST_F(ReplacedOpeningTest, EndsSomeTimeAndKnowsThatItsFileIsGone) {
+  const Opened opened = open_replacing(INT_MAX);
+  EXPECT_EQ(attempts_, 20);
+  ASSERT_NE(opened.session, nullptr) << opened.error;
+  EXPECT_NE(opened.session->file(), file_at(path()));
+  EXPECT_FALSE(opened.session->is_usable(true));
+  EXPECT_STREQ(opened.session->loss(), kReplaced);
 }
 
 // The frozen schema of version 1: whatever the current version becomes, such a file still opens, and is then

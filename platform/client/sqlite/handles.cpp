@@ -48,6 +48,10 @@ int status_by_cause(int status, int error) {
 
 }  // namespace
 
+void leave_log(sqlite3* database) {
+  if (database != nullptr) sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
 int status_of(int code) {
   if (code == SQLITE_IOERR_NOMEM) return ZYM_DB_STATUS_NO_MEMORY;
   for (const Mapping& mapping : kMappings) {

@@ -14,6 +14,10 @@ struct CloseDatabase {
 };
 using DatabasePtr = std::unique_ptr<sqlite3, CloseDatabase>;
 
+// For a connection, which may be null, to files that are not its own any more: closing it then neither
+// checkpoints nor removes the log, it only lets go of memory and descriptors.
+void leave_log(sqlite3* database);
+
 struct FinalizeStatement {
   void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };

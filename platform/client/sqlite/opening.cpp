@@ -106,7 +106,7 @@ bool Opening::is_replaced() const {
 
 // Nothing of what lies at the path is this connection's to tidy up.
 void Opening::let_go() {
-  if (database != nullptr) sqlite3_db_config(database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  leave_log(database.get());
   database.reset();
   catalog = {};
   connected_to_ = {};

@@ -224,17 +224,13 @@ void SqliteSession::abandon(const Files& found) {
   // An index without its log would hide the next one's content.
   if (found.index == files_.index) unlink(names_.index.c_str());
   unusable_ = true;
-  leave_log();
-}
-
-void SqliteSession::leave_log() {
-  sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  leave_log(database_.get());
 }
 
 void SqliteSession::disown() {
   disowned_ = true;
   unusable_ = true;
-  leave_log();
+  leave_log(database_.get());
 }
 
 int SqliteSession::prepare(Statement& statement, Prepared*& prepared) {

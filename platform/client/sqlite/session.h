@@ -45,8 +45,6 @@ class SqliteSession final : public Session {
   bool keeps_its_files();
   bool is_read_only() const { return sqlite3_db_readonly(database_.get(), "main") == 1; }
   void abandon(const Files& found);
-  // Closing then neither checkpoints nor removes the log: it only lets go of memory and descriptors.
-  void leave_log();
   int execute(const char* sql);
   int fail(int status, std::string why);
   int fail_as_engine(int code);
