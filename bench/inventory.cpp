@@ -7,7 +7,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "raw_sqlite.h"
 
 namespace bench {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "comparison.h"
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "pci_settings/setting_columns.h"
 #include "zymdb_pci.h"
 #include "zymdb_pci_settings.h"

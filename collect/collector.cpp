@@ -1,4 +1,4 @@
-#include "collector.h"
+#include "collect/collector.h"
 
 #include <algorithm>
 #include <iterator>
@@ -7,23 +7,23 @@
 #include <string>
 #include <utility>
 
-#include "db/database_client.h"
-#include "drive_rows.h"
-#include "firmware_rows.h"
-#include "inventory_rows.h"
-#include "inventory_writer.h"
-#include "lspci_dump.h"
-#include "machine.h"
-#include "network_rows.h"
-#include "nvme_health.h"
-#include "pci_ids.h"
-#include "port_context.h"
-#include "smbios.h"
-#include "source_file.h"
-#include "sysfs_drives.h"
-#include "sysfs_firmware.h"
-#include "sysfs_network.h"
-#include "sysfs_pci.h"
+#include "collect/model/machine.h"
+#include "collect/rows/drive_rows.h"
+#include "collect/rows/firmware_rows.h"
+#include "collect/rows/inventory_rows.h"
+#include "collect/rows/network_rows.h"
+#include "collect/rows/port_context.h"
+#include "collect/sources/pci/lspci_dump.h"
+#include "collect/sources/pci/pci_ids.h"
+#include "collect/sources/smbios/smbios.h"
+#include "collect/sources/sysfs/nvme_health.h"
+#include "collect/sources/sysfs/sysfs_drives.h"
+#include "collect/sources/sysfs/sysfs_firmware.h"
+#include "collect/sources/sysfs/sysfs_network.h"
+#include "collect/sources/sysfs/sysfs_pci.h"
+#include "collect/write/inventory_writer.h"
+#include "common/source_file.h"
+#include "controller/database_client.h"
 
 namespace zymdb::collect {
 namespace {
@@ -47,7 +47,7 @@ class Collector {
     const PciIds names = machine.functions ? find_names() : PciIds();
     auto tables = inventory_rows(machine, names);
     _zym_db_handle_t* handle = get_dmdb_handle();
-    if (handle == nullptr) throw WriteError("the inventory cannot be opened");
+    if (handle == nullptr) throw DatabaseError("the inventory cannot be opened");
     if (machine.functions && !sources_.sysfs.empty()) {
       std::ranges::move(port_rows(handle, machine, sources_.sysfs), std::back_inserter(tables));
       tables.push_back(component_rows(machine, names, sources_.sysfs));
@@ -158,7 +158,7 @@ Summary collect_inventory(const Sources& sources, const Observer& observer) {
     summary.tables = Collector(sources, observer).collect();
   } catch (const SourceError& error) {
     summary.error = error.what();
-  } catch (const WriteError& error) {
+  } catch (const DatabaseError& error) {
     summary.error = error.what();
   }
   return summary;

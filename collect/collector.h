@@ -25,20 +25,19 @@ struct Sources {
 struct Observer {
   std::function<void(std::string_view line)> notice;  // one line without a line end: a source that is missing
                                                       // and skipped, a PCI domain that got another number
-  std::function<void(std::size_t done, std::size_t total)>
-      progress;  // rows compared with the inventory so far;
-                 // first (0, total), last (total, total)
+  std::function<void(size_t done, size_t total)> progress;  // rows compared with the inventory so far;
+                                                            // first (0, total), last (total, total)
 };
 
 // What became of the rows of one table.
 struct TableSummary {
   std::string_view table;  // the table's name
-  std::size_t inserted = 0;
-  std::size_t updated = 0;
-  std::size_t removed = 0;
-  std::size_t unchanged = 0;
+  size_t inserted = 0;
+  size_t updated = 0;
+  size_t removed = 0;
+  size_t unchanged = 0;
 
-  std::size_t changed() const { return inserted + updated + removed; }
+  size_t changed() const { return inserted + updated + removed; }
 };
 
 struct Summary {

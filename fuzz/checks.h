@@ -18,7 +18,7 @@ inline void require(bool holds, const char* what, std::string_view text = {}) {
 }
 
 // Every text ends within its field.
-template <std::size_t... Sizes>
+template <size_t... Sizes>
 void require_ended(const char (&... texts)[Sizes]) {
   (require(strnlen(texts, Sizes) < Sizes, "a text goes on beyond its field", {texts, Sizes}), ...);
 }

@@ -17,9 +17,9 @@
 #include <vector>
 
 #include "checks.h"
-#include "client/dialect.h"
-#include "client/schema.h"
-#include "client/statement.h"
+#include "client/dialect/dialect.h"
+#include "client/dialect/statement.h"
+#include "client/engine/schema.h"
 
 namespace {
 

@@ -68,7 +68,7 @@ void check_minutes(const std::string& text) {
   int of_month = 0;
   int of_day = 0;
   get_manuf_date(reinterpret_cast<const unsigned char*>(minutes.get()), &of_year, &of_month, &of_day);
-  const auto byte = [&](std::size_t place) { return static_cast<unsigned char>(minutes[place]); };
+  const auto byte = [&](size_t place) { return static_cast<unsigned char>(minutes[place]); };
   const sys_days expected =
       sys_days(1996y / January / 1) + days((byte(0) | byte(1) << 8 | byte(2) << 16) / (24 * 60));
   const year_month_day day = year(of_year) / of_month / of_day;
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   return 0;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string bytes(reinterpret_cast<const char*>(data), size);
   check_field(bytes);
   check_minutes(bytes);

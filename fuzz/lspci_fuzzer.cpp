@@ -5,13 +5,14 @@
 #include <utility>
 
 #include "checks.h"
-#include "collect/bytes.h"
-#include "collect/lspci_dump.h"
-#include "collect/machine.h"
-#include "collect/source_file.h"
+#include "collect/model/machine.h"
+#include "collect/sources/pci/lspci_dump.h"
+#include "common/bytes.h"
+#include "common/source_file.h"
 
 namespace {
 
+using namespace zymdb;
 using namespace zymdb::collect;
 using zymdb::fuzz::require;
 
@@ -19,7 +20,7 @@ void check(std::vector<PciFunction> functions) {
   Findings findings;
   findings.functions = std::move(functions);
   const Machine machine = build_machine(std::move(findings));
-  std::set<std::uint32_t> keys;
+  std::set<uint32_t> keys;
   for (const auto& function : *machine.functions) {
     require(function.key < 1U << 31 && keys.insert(function.key).second, "a key that is not its own");
     require(function.device_key == (function.key & ~0xFFU), "a function of another device");
@@ -30,7 +31,7 @@ void check(std::vector<PciFunction> functions) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   try {
     check(parse_lspci_dump(as_text({data, size}), "input"));
   } catch (const SourceError&) {

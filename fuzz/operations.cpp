@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "checks.h"
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "zymdb_cpu_mem.h"
 #include "zymdb_firmware.h"
 #include "zymdb_network.h"
@@ -100,30 +100,30 @@ void take(Record* records, uint32_t count) {
   std::free(records);
 }
 
-template <std::size_t Size>
+template <size_t Size>
 void put(char (&field)[Size], const std::string& text) {
   field[text.copy(field, Size - 1)] = '\0';
 }
 
 // A text that fills its field has no NUL.
-template <std::size_t Size>
+template <size_t Size>
 void put_whole(char (&field)[Size], const std::string& text) {
-  const std::size_t length = text.copy(field, Size);
+  const size_t length = text.copy(field, Size);
   std::fill(field + length, field + Size, '\0');
 }
 
 // The texts in turn, over again when there are fewer than fields.
-const std::string& in_turn(const Texts& texts, std::size_t place) {
+const std::string& in_turn(const Texts& texts, size_t place) {
   return texts[texts.size() > 0 ? place % texts.size() : 0];
 }
-template <std::size_t... Sizes>
+template <size_t... Sizes>
 void fill(const Texts& texts, char (&... fields)[Sizes]) {
-  std::size_t place = 0;
+  size_t place = 0;
   (put(fields, in_turn(texts, place++)), ...);
 }
-template <std::size_t... Sizes>
+template <size_t... Sizes>
 void fill_whole(const Texts& texts, char (&... fields)[Sizes]) {
-  std::size_t place = 0;
+  size_t place = 0;
   (put_whole(fields, in_turn(texts, place++)), ...);
 }
 
@@ -342,9 +342,9 @@ void run_function_keys(Texts& texts) {
 }
 void run_card_name(Texts&) {
   for (int size = 1; size <= 140; size += 46) {
-    const auto name = std::make_unique<char[]>(static_cast<std::size_t>(size));
+    const auto name = std::make_unique<char[]>(static_cast<size_t>(size));
     require_status(zymdb_get_pci_cardname_by_funkey(1, name.get(), size));
-    require(strnlen(name.get(), static_cast<std::size_t>(size)) < static_cast<std::size_t>(size),
+    require(strnlen(name.get(), static_cast<size_t>(size)) < static_cast<size_t>(size),
             "a name goes on beyond its buffer");
   }
 }
@@ -581,9 +581,9 @@ constexpr Operation kOperations[] = {
 
 }  // namespace
 
-Texts::Texts(std::string_view lines, std::size_t most) {
+Texts::Texts(std::string_view lines, size_t most) {
   while (texts_.size() < most) {
-    const std::size_t end = texts_.size() + 1 < most ? lines.find('\n') : lines.npos;
+    const size_t end = texts_.size() + 1 < most ? lines.find('\n') : lines.npos;
     // The operations' texts end at a NUL.
     texts_.emplace_back(std::string(lines.substr(0, end)).c_str());
     if (end == lines.npos) return;
@@ -591,11 +591,11 @@ Texts::Texts(std::string_view lines, std::size_t most) {
   }
 }
 
-const std::string& Texts::operator[](std::size_t place) const {
+const std::string& Texts::operator[](size_t place) const {
   return place < texts_.size() ? texts_[place] : empty_;
 }
 
-const char* Texts::or_null(std::size_t place) const {
+const char* Texts::or_null(size_t place) const {
   return place < texts_.size() ? texts_[place].c_str() : nullptr;
 }
 

@@ -15,17 +15,17 @@ namespace zymdb::fuzz {
 class Texts {
  public:
   // Cuts at line ends into at most `most` texts; the last one keeps its line ends.
-  Texts(std::string_view lines, std::size_t most);
+  Texts(std::string_view lines, size_t most);
 
-  std::size_t size() const { return texts_.size(); }
+  size_t size() const { return texts_.size(); }
 
   // Empty when there is none.
-  const std::string& operator[](std::size_t place) const;
+  const std::string& operator[](size_t place) const;
   // Null when there is none.
-  const char* or_null(std::size_t place) const;
+  const char* or_null(size_t place) const;
   // What an operation takes writable.
-  unsigned char* bytes(std::size_t place) { return reinterpret_cast<unsigned char*>(text(place)); }
-  char* text(std::size_t place) { return place < texts_.size() ? texts_[place].data() : empty_.data(); }
+  unsigned char* bytes(size_t place) { return reinterpret_cast<unsigned char*>(text(place)); }
+  char* text(size_t place) { return place < texts_.size() ? texts_[place].data() : empty_.data(); }
 
  private:
   std::vector<std::string> texts_;
@@ -42,7 +42,7 @@ struct Operation {
   const char* name;
   Kind kind;
   const char* table;  // null: the first text names it
-  std::size_t texts;  // the most that it makes use of
+  size_t texts;       // the most that it makes use of
   void (*run)(Texts& texts);
 };
 

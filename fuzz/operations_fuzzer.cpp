@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "checks.h"
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "operations.h"
 #include "support/system_log.h"
 #include "support/temporary_folder.h"
@@ -107,10 +107,10 @@ class Inventory {
   // Gives the texts of every row of a table.
   void store(const char* table, const Texts& texts) const {
     zym_db_content_values_t* const values = zym_db_get_content_values(get_dmdb_handle());
-    std::size_t place = 0;
+    size_t place = 0;
     for (const std::string& column : text_columns_.at(table))
       zym_db_content_put_text(values, column.c_str(),
-                              texts[place++ % std::max<std::size_t>(texts.size(), 1)].c_str());
+                              texts[place++ % std::max<size_t>(texts.size(), 1)].c_str());
     require(zym_db_update(get_dmdb_handle(), table, values, nullptr, nullptr, 0, nullptr) == 0,
             "cannot store");
     zym_db_free_content_values(values);
@@ -206,7 +206,7 @@ void run(const Inventory& inventory, const Operation& operation, Texts texts) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const Inventory inventory;
   const std::string_view input(reinterpret_cast<const char*>(data), size);
   const std::string_view name = input.substr(0, input.find('\n'));

@@ -6,17 +6,18 @@
 #include <string>
 
 #include "checks.h"
-#include "collect/bytes.h"
-#include "collect/pci_vpd.h"
+#include "collect/sources/pci/pci_vpd.h"
+#include "common/bytes.h"
 
 namespace {
 
+using namespace zymdb;
 using namespace zymdb::collect;
 using zymdb::fuzz::require;
 
 void check(const std::string& data) {
   // A copy of its own size, so that a read beyond it is noticed.
-  const auto copy = std::make_unique<std::uint8_t[]>(data.size());
+  const auto copy = std::make_unique<uint8_t[]>(data.size());
   data.copy(reinterpret_cast<char*>(copy.get()), data.size());
   const auto vpd = parse_pci_vpd({copy.get(), data.size()});
   if (!vpd) return;
@@ -35,17 +36,17 @@ void check(const std::string& data) {
 
 // The first byte of the checksum's field makes the sum of all bytes up to it 0.
 std::string with_checksum(std::string data) {
-  const std::size_t field = data.find("RV");
+  const size_t field = data.find("RV");
   if (field == data.npos || field + 3 >= data.size()) return data;
-  std::uint8_t sum = 0;
-  for (std::size_t at = 0; at < field + 3; ++at) sum = static_cast<std::uint8_t>(sum + data[at]);
+  uint8_t sum = 0;
+  for (size_t at = 0; at < field + 3; ++at) sum = static_cast<uint8_t>(sum + data[at]);
   data[field + 3] = static_cast<char>(-sum);
   return data;
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   const std::string data(reinterpret_cast<const char*>(bytes), size);
   check(data);
   check(with_checksum(data));

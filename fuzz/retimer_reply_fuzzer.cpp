@@ -20,13 +20,13 @@ namespace {
 
 using zymdb::fuzz::require;
 
-constexpr std::size_t kRequest = 159;
-constexpr std::size_t kHead = 19;
+constexpr size_t kRequest = 159;
+constexpr size_t kHead = 19;
 
 // A service that has replied and hung up.
 class Service {
  public:
-  Service(std::string_view reply, std::size_t at_once) : at_once_(at_once) {
+  Service(std::string_view reply, size_t at_once) : at_once_(at_once) {
     require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends_) == 0, "no sockets");
     const ssize_t sent = ::send(ends_[1], reply.data(), reply.size(), MSG_DONTWAIT);
     require(sent == static_cast<ssize_t>(reply.size()), "the reply is too long");
@@ -46,25 +46,23 @@ class Service {
   }
 
   int callers_end() const { return ends_[0]; }
-  std::size_t at_once() const { return at_once_; }
+  size_t at_once() const { return at_once_; }
 
   std::string request() const {
     char bytes[2 * kRequest];
-    return {bytes, static_cast<std::size_t>(
-                       std::max<ssize_t>(recv(ends_[1], bytes, sizeof bytes, MSG_DONTWAIT), 0))};
+    return {bytes,
+            static_cast<size_t>(std::max<ssize_t>(recv(ends_[1], bytes, sizeof bytes, MSG_DONTWAIT), 0))};
   }
   bool is_hung_up_on() const { return fcntl(ends_[0], F_GETFD) == -1; }
 
  private:
   int ends_[2] = {-1, -1};
-  std::size_t at_once_;
+  size_t at_once_;
 };
 
-int32_t expected_result(std::string_view reply, std::size_t at_once) {
+int32_t expected_result(std::string_view reply, size_t at_once) {
   if (std::min(reply.size(), at_once) < kHead) return -1;
-  const auto byte = [&](std::size_t place) {
-    return static_cast<uint32_t>(static_cast<uint8_t>(reply[place]));
-  };
+  const auto byte = [&](size_t place) { return static_cast<uint32_t>(static_cast<uint8_t>(reply[place])); };
   if (reply.size() - kHead < (byte(0) | byte(1) << 8)) return -1;
   return static_cast<int32_t>(byte(7) | byte(8) << 8 | byte(9) << 16 | byte(10) << 24);
 }
@@ -91,10 +89,10 @@ __attribute__((visibility("default"))) ssize_t read(int descriptor, void* data, 
 
 }  // extern "C"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   system_log().clear();
-  const std::size_t at_once = data[0] != 0 ? data[0] : SIZE_MAX;
+  const size_t at_once = data[0] != 0 ? data[0] : SIZE_MAX;
   const std::string_view reply(reinterpret_cast<const char*>(data) + 1, size - 1);
   const Service service(reply, at_once);
   _ZYMDB_Retimer_Update_Req request{};

@@ -6,11 +6,12 @@
 #include <string>
 
 #include "checks.h"
-#include "collect/source_file.h"
-#include "tools/zymdb/settings_file.h"
+#include "common/source_file.h"
+#include "files/settings_file.h"
 
 namespace {
 
+using namespace zymdb;
 using namespace zymdb::tool;
 using zymdb::fuzz::require;
 using Json = nlohmann::json;
@@ -24,10 +25,10 @@ void check_field(const SettingField& field, const Value& value, const Json& sett
     require(*text == (given ? found->get<std::string>() : ""), differ, *text);
     require(text->size() < field.size, "a text goes on beyond its field", *text);
     require(text->find('"') == text->npos, "a text that cannot be stored", *text);
-  } else if (const auto* const number = std::get_if<std::uint64_t>(&value)) {
+  } else if (const auto* const number = std::get_if<uint64_t>(&value)) {
     require(given ? *found == *number : *number == 0, differ, field.column.info.field);
   } else {
-    const auto signed_number = std::get<std::int64_t>(value);
+    const auto signed_number = std::get<int64_t>(value);
     require(given ? *found == signed_number : signed_number == 0, differ, field.column.info.field);
   }
 }
@@ -35,7 +36,7 @@ void check_field(const SettingField& field, const Value& value, const Json& sett
 void check(const std::vector<SettingRecord>& settings, const Json& file) {
   require(file.is_array() && file.size() == settings.size(), "another number of settings");
   std::set<std::string> ids;
-  for (std::size_t i = 0; i < settings.size(); ++i) {
+  for (size_t i = 0; i < settings.size(); ++i) {
     for (const SettingField& field : kSettingFields)
       check_field(field, field.column.read(settings[i]), file[i]);
     require(settings[i].SettingID[0] != '\0' && ids.insert(settings[i].SettingID).second,
@@ -45,11 +46,11 @@ void check(const std::vector<SettingRecord>& settings, const Json& file) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   try {
     check(parse_settings(text, "input"), Json::parse(text));
-  } catch (const zymdb::collect::SourceError&) {
+  } catch (const zymdb::SourceError&) {
     // A refused file is as good as a read one.
   }
   return 0;

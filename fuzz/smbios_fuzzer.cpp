@@ -6,27 +6,28 @@
 #include <vector>
 
 #include "checks.h"
-#include "collect/bytes.h"
-#include "collect/machine.h"
-#include "collect/source_file.h"
+#include "collect/model/machine.h"
+#include "common/bytes.h"
+#include "common/source_file.h"
 
 namespace {
 
+using namespace zymdb;
 using namespace zymdb::collect;
 using zymdb::fuzz::require;
 
 void check(SmbiosTables tables) {
   for (const auto& structure : tables.structures()) {
-    for (std::size_t offset = 0; offset < structure.length(); ++offset)
+    for (size_t offset = 0; offset < structure.length(); ++offset)
       if (const auto text = structure.text(offset)) require(!text->empty(), "an empty text");
-    for (std::size_t offset = 0; offset <= 0xFF; ++offset)
-      require(structure.field<std::uint8_t>(offset).has_value() == (offset < structure.length()),
+    for (size_t offset = 0; offset <= 0xFF; ++offset)
+      require(structure.field<uint8_t>(offset).has_value() == (offset < structure.length()),
               "a field beside its structure");
   }
   Findings findings;
   findings.functions.emplace();
   findings.smbios = std::move(tables);
-  std::set<std::pair<Location, std::uint16_t>> numbers;
+  std::set<std::pair<Location, uint16_t>> numbers;
   for (const auto& slot : build_machine(std::move(findings)).slots) {
     require(slot.number && numbers.emplace(slot.location, *slot.number).second,
             "a slot's number comes twice");
@@ -35,7 +36,7 @@ void check(SmbiosTables tables) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   try {
     check(SmbiosTables::parse_dump(as_text({data, size}), "input"));
   } catch (const SourceError&) {

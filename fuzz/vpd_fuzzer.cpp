@@ -10,7 +10,7 @@
 
 using namespace zymdb::fuzz;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   system_log().clear();
   // A copy of its own size, so that a read beyond it is noticed.
   const auto bytes = std::make_unique<unsigned char[]>(size);

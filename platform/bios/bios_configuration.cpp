@@ -1,15 +1,16 @@
-#include "platform/bios_configuration.h"
+#include "controller/bios_configuration.h"
 
 #include <atomic>
 #include <span>
 
+#include "client/api/local_database.h"
 #include "client/guarded.h"
-#include "client/local_database.h"
 #include "client/status.h"
 #include "zymdb_platform.h"
 
 namespace {
 
+using namespace zymdb;
 using namespace zymdb::client;
 
 using Requests = std::span<cmr_attribute_request_t>;
@@ -18,7 +19,7 @@ std::atomic<int> sessions{0};
 
 // While no attribute is listed, the firmware's list is not known and every name is accepted.
 int read_listed(_zym_db_handle_t* handle, bool& listed) {
-  RowsPtr rows;
+  zymdb::ResultPtr rows;
   const int status = select(handle, "biosAttribute", "_id", "1 LIMIT 1", rows);
   listed = zym_db_result_row_count(rows.get()) != 0;
   return status;
@@ -28,7 +29,7 @@ int check(_zym_db_handle_t* handle, const cmr_attribute_request_t& request, bool
   if (request.name == nullptr || request.name[0] == 0 || request.value == nullptr)
     return ZYM_DB_STATUS_INVALID_PARAM;
   if (!listed) return 0;
-  RowsPtr rows;
+  zymdb::ResultPtr rows;
   const int status = select(handle, "biosAttribute", "_id", equals("name", request.name), rows);
   if (status != 0) return status;
   return zym_db_result_row_count(rows.get()) != 0 ? 0 : ZYM_DB_STATUS_NOT_FOUND;

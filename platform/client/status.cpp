@@ -1,6 +1,6 @@
 #include "client/status.h"
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 
 namespace zymdb::client {
 namespace {

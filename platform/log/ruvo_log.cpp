@@ -1,4 +1,4 @@
-#include "platform/ruvo_log.h"
+#include "controller/ruvo_log.h"
 
 #include <syslog.h>
 

@@ -1,13 +1,14 @@
-#include "platform/property_database.h"
+#include "controller/property_database.h"
 
 #include <cstdint>
 #include <cstring>
 
+#include "client/api/local_database.h"
 #include "client/guarded.h"
-#include "client/local_database.h"
 
 namespace {
 
+using namespace zymdb;
 using namespace zymdb::client;
 
 // Byte 0 of a property's blob describes it; the value follows, least significant byte first. A value that is
@@ -18,7 +19,7 @@ constexpr int kBlobSize = kValueOffset + 4;
 int read_value(const char* path, uint32_t& value) {
   const HandlePtr handle = open_properties();
   if (handle == nullptr) return ZYM_DB_STATUS_NO_DB;
-  RowsPtr rows;
+  zymdb::ResultPtr rows;
   if (const int status =
           select(handle.get(), "propertiesDCTbl", "propValue", equals("propName", path), rows)) {
     return status;

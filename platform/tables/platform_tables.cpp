@@ -1,4 +1,4 @@
-#include "platform/platform_tables.h"
+#include "controller/platform_tables.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -11,7 +11,7 @@
 #include <string>
 
 #include "client/guarded.h"
-#include "platform/ruvo_log.h"
+#include "controller/ruvo_log.h"
 #include "zymdb_db.h"
 
 namespace {

@@ -1,6 +1,6 @@
+#include "controller/platform_tables.h"
 #include "cpu_mem/row_ids.h"
 #include "db/query.h"
-#include "platform/platform_tables.h"
 #include "zymdb_cpu_mem.h"
 
 using namespace zymdb;

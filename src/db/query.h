@@ -6,8 +6,8 @@
 #include <initializer_list>
 #include <span>
 
+#include "controller/database_client.h"
 #include "db/column.h"
-#include "db/database_client.h"
 #include "db/filter.h"
 
 namespace zymdb {

@@ -1,9 +1,9 @@
 #include <exception>
 #include <string>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
+#include "controller/ruvo_log.h"
 #include "db/query.h"
-#include "platform/ruvo_log.h"
 
 using zymdb::Query;
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <span>
 
+#include "controller/database_client.h"
 #include "db/column.h"
-#include "db/database_client.h"
 
 namespace zymdb {
 

@@ -2,12 +2,12 @@
 
 #include <span>
 
+#include "controller/ruvo_log.h"
 #include "db/code_text.h"
 #include "db/query.h"
 #include "db/rows.h"
 #include "db/values.h"
 #include "firmware/classification.h"
-#include "platform/ruvo_log.h"
 #include "zymdb_firmware.h"
 #include "zymdb_pci.h"
 

@@ -1,9 +1,9 @@
 #include <cstring>
 
+#include "controller/ruvo_log.h"
 #include "db/query.h"
 #include "db/rows.h"
 #include "db/values.h"
-#include "platform/ruvo_log.h"
 #include "zymdb_firmware.h"
 
 using namespace zymdb;

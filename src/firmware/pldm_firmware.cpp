@@ -1,10 +1,10 @@
 #include <syslog.h>
 
+#include "controller/ruvo_log.h"
 #include "db/filter.h"
 #include "db/rows.h"
 #include "db/values.h"
 #include "firmware/pldm_list.h"
-#include "platform/ruvo_log.h"
 
 using namespace zymdb;
 

@@ -1,6 +1,6 @@
+#include "controller/ruvo_log.h"
 #include "db/query.h"
 #include "db/values.h"
-#include "platform/ruvo_log.h"
 #include "zymdb_network.h"
 
 using namespace zymdb;

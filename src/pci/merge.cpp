@@ -1,9 +1,9 @@
 #include <cstring>
 
+#include "controller/ruvo_log.h"
 #include "db/column.h"
 #include "db/query.h"
 #include "db/values.h"
-#include "platform/ruvo_log.h"
 #include "zymdb_pci.h"
 
 using namespace zymdb;

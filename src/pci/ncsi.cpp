@@ -1,7 +1,7 @@
+#include "controller/ruvo_log.h"
 #include "db/query.h"
 #include "db/rows.h"
 #include "db/values.h"
-#include "platform/ruvo_log.h"
 #include "zymdb_pci.h"
 
 using namespace zymdb;

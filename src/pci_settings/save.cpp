@@ -1,10 +1,10 @@
 #include <span>
 
+#include "controller/bios_configuration.h"
+#include "controller/ruvo_log.h"
 #include "db/filter.h"
 #include "db/rows.h"
 #include "db/values.h"
-#include "platform/bios_configuration.h"
-#include "platform/ruvo_log.h"
 #include "zymdb_pci_settings.h"
 
 using namespace zymdb;

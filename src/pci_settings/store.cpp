@@ -2,9 +2,9 @@
 #include <exception>
 #include <string>
 
+#include "controller/ruvo_log.h"
 #include "db/values.h"
 #include "pci_settings/setting_columns.h"
-#include "platform/ruvo_log.h"
 
 using namespace zymdb;
 

@@ -1,6 +1,6 @@
 #include <cstdlib>
 
-#include "platform/ruvo_log.h"
+#include "controller/ruvo_log.h"
 #include "storage/properties.h"
 #include "zymdb_storage.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/property_database.h"
+#include "controller/property_database.h"
 #include "storage/properties.h"
 
 namespace zymdb {

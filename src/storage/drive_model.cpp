@@ -59,7 +59,7 @@ char* trim_drive_model(char* model) {
   char* vendor_end = model;
   for (char* at = start; *at != '\0'; ++at) {
     if (!is_separator(*at)) continue;
-    if (vendor_end != model) return (at - vendor_end > std::ptrdiff_t{kSeriesName} ? vendor_end : at) + 1;
+    if (vendor_end != model) return (at - vendor_end > ptrdiff_t{kSeriesName} ? vendor_end : at) + 1;
     const size_t length = static_cast<size_t>(at - start);
     if (length > kLongestVendorWord) return start;
     if (is_vendor_word(start, length)) vendor_end = at;

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "db/growing_list.h"
 #include "zymdb_storage.h"
 

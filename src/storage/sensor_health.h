@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "db/growing_list.h"
 
 namespace zymdb {

@@ -64,14 +64,14 @@ class CollectorTest : public InventoryTest {
   // The example server's dump without one function, or with other bytes in it.
   std::string dump_without(const std::string& slot) const {
     std::string dump = read_file(ZYMDB_EXAMPLE_SERVER "/server.lspci");
-    const std::size_t at = dump.find(slot + " ");
+    const size_t at = dump.find(slot + " ");
     dump.erase(at, dump.find("\n\n", at) + 2 - at);
     return files_.write("changed.lspci", dump);
   }
 
   std::string dump_with(const std::string& slot, const std::string& before, const std::string& after) const {
     std::string dump = read_file(ZYMDB_EXAMPLE_SERVER "/server.lspci");
-    const std::size_t at = dump.find(before, dump.find(slot + " "));
+    const size_t at = dump.find(before, dump.find(slot + " "));
     dump.replace(at, before.size(), after);
     return files_.write("changed.lspci", dump);
   }
@@ -128,8 +128,8 @@ TEST_F(CollectorTest, ListsEveryAdapterWithItsPlace) {
   ASSERT_TRUE(collect().ok());
   _ZYMDB_PCI_Adapter_List list{};
   ASSERT_EQ(zymdb_get_pci_adapter_list(&list), ZYM_DB_STATUS_OK);
-  std::map<std::uint32_t, std::string> adapters;
-  for (std::uint32_t i = 0; i < list.count; ++i) {
+  std::map<uint32_t, std::string> adapters;
+  for (uint32_t i = 0; i < list.count; ++i) {
     adapters[list.adapters[i].PCIKey] =
         std::string(list.adapters[i].CardName) + ", " + list.adapters[i].ConnectorTypeName;
   }
@@ -261,12 +261,12 @@ TEST_F(CollectorTest, SaysThatThereIsNoDatabase) {
 }
 
 TEST_F(CollectorTest, ReportsItsProgressFromFirstToLast) {
-  std::vector<std::pair<std::size_t, std::size_t>> steps;
+  std::vector<std::pair<size_t, size_t>> steps;
   collect_inventory(
       sources_, {.notice = {}, .progress = [&](auto done, auto total) { steps.emplace_back(done, total); }});
-  constexpr std::size_t kRows = 147;
+  constexpr size_t kRows = 147;
   ASSERT_EQ(steps.size(), kRows + 1);
-  for (std::size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], std::pair(i, kRows));
+  for (size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], std::pair(i, kRows));
 }
 
 // ---- A sysfs tree

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "collect/machines.h"
-#include "collect/slots.h"
-#include "collect/smbios_decode.h"
-#include "collect/smbios_memory.h"
-#include "collect/text.h"
+#include "collect/model/slots.h"
+#include "collect/sources/smbios/smbios_decode.h"
+#include "collect/sources/smbios/smbios_memory.h"
+#include "common/text.h"
 
 namespace zymdb::collect {
 namespace {
@@ -21,7 +21,7 @@ std::vector<Fields> structures(const std::string& path, unsigned type) {
   std::vector<Fields> result;
   const std::string prefix = ", DMI type " + std::to_string(type) + ",";
   for (const auto& line : lines_of(output_of("dmidecode --from-dump '" + path + "'"))) {
-    const std::size_t colon = line.find(": ");
+    const size_t colon = line.find(": ");
     if (line.starts_with("Handle 0x")) {
       result.emplace_back();
       if (line.find(prefix) != std::string::npos) result.back()["Handle"] = line.substr(7, 6);
@@ -55,7 +55,7 @@ template <typename T>
 void expect_number(const Fields& fields, const char* name, const std::optional<T>& read) {
   const auto field = fields.find(name);
   const auto number = field == fields.end() ? std::nullopt : leading_number(field->second);
-  EXPECT_EQ(read ? std::optional<std::uint64_t>(*read) : std::nullopt, number) << name;
+  EXPECT_EQ(read ? std::optional<uint64_t>(*read) : std::nullopt, number) << name;
 }
 
 std::string id_text(const SmbiosProcessor& processor) {
@@ -70,9 +70,9 @@ std::string id_text(const SmbiosProcessor& processor) {
 }
 
 // "40 MB" and "2560 kB" in KB.
-std::optional<std::uint32_t> size_in_kb(const Fields& fields, const char* name) {
+std::optional<uint32_t> size_in_kb(const Fields& fields, const char* name) {
   const std::string size = fields.at(name);
-  const auto number = static_cast<std::uint32_t>(leading_number(size).value());
+  const auto number = static_cast<uint32_t>(leading_number(size).value());
   return size.ends_with(" MB") ? number << 10 : size.ends_with(" GB") ? number << 20 : number;
 }
 
@@ -81,7 +81,7 @@ TEST_P(RecordedTables, HaveTheSameProcessors) {
   const auto all = expected(4);
   ASSERT_EQ(read.size(), all.size());
   ASSERT_FALSE(read.empty());
-  for (std::size_t i = 0; i < read.size(); ++i) {
+  for (size_t i = 0; i < read.size(); ++i) {
     const auto& processor = read[i];
     const auto& fields = all[i];
     EXPECT_EQ(processor.socket, text(fields, "Socket Designation"));
@@ -107,8 +107,8 @@ TEST_P(RecordedTables, HaveTheSameCaches) {
   for (const auto& cache : expected(7)) caches[cache.at("Handle")] = cache;
   const auto read = decode_processors(tables());
   const auto processors = expected(4);
-  for (std::size_t i = 0; i < read.size(); ++i) {
-    for (const std::size_t level : {0U, 1U, 2U}) {
+  for (size_t i = 0; i < read.size(); ++i) {
+    for (const size_t level : {0U, 1U, 2U}) {
       const auto handle = processors[i].find("L" + std::to_string(level + 1) + " Cache Handle");
       const auto cache = handle == processors[i].end() ? caches.end() : caches.find(handle->second);
       ASSERT_EQ(read[i].caches[level].installed.has_value(), cache != caches.end());
@@ -123,7 +123,7 @@ TEST_P(RecordedTables, HaveTheSameSlots) {
   const auto read = decode_slots(tables());
   const auto all = expected(9);
   ASSERT_EQ(read.size(), all.size());
-  for (std::size_t i = 0; i < read.size(); ++i) {
+  for (size_t i = 0; i < read.size(); ++i) {
     const auto& fields = all[i];
     EXPECT_EQ(read[i].designation, text(fields, "Designation"));
     if (fields.contains("ID")) {
@@ -139,7 +139,7 @@ TEST_P(RecordedTables, HaveTheSameDevicesOnTheBoard) {
   const auto read = decode_onboard_devices(tables());
   const auto all = expected(41);
   ASSERT_EQ(read.size(), all.size());
-  for (std::size_t i = 0; i < read.size(); ++i) {
+  for (size_t i = 0; i < read.size(); ++i) {
     EXPECT_EQ(read[i].designation, text(all[i], "Reference Designation"));
     if (read[i].address) {
       EXPECT_EQ(to_string(*read[i].address), all[i].at("Bus Address"));
@@ -148,7 +148,7 @@ TEST_P(RecordedTables, HaveTheSameDevicesOnTheBoard) {
 }
 
 // "64 GB" and "512 kB" in megabytes; 0 without a module, nothing when the size is not known.
-std::optional<std::uint32_t> size_in_mb(const Fields& fields) {
+std::optional<uint32_t> size_in_mb(const Fields& fields) {
   const std::string size = fields.at("Size");
   if (size == "No Module Installed") return 0;
   if (size == "Unknown") return std::nullopt;
@@ -156,11 +156,11 @@ std::optional<std::uint32_t> size_in_mb(const Fields& fields) {
 }
 
 // "126 GB" in bytes; 0 for "None", nothing when it is not known or the table has no such field.
-std::optional<std::uint64_t> size_in_bytes(const Fields& fields, const char* name) {
+std::optional<uint64_t> size_in_bytes(const Fields& fields, const char* name) {
   const auto field = fields.find(name);
   if (field == fields.end() || field->second == "Unknown") return std::nullopt;
   if (field->second == "None") return 0;
-  return std::uint64_t{*size_in_kb(fields, name)} << 10;
+  return uint64_t{*size_in_kb(fields, name)} << 10;
 }
 
 TEST_P(RecordedTables, HaveTheSameMemory) {
@@ -168,7 +168,7 @@ TEST_P(RecordedTables, HaveTheSameMemory) {
   const auto all = expected(17);
   ASSERT_EQ(read.size(), all.size());
   ASSERT_FALSE(read.empty());
-  for (std::size_t i = 0; i < read.size(); ++i) {
+  for (size_t i = 0; i < read.size(); ++i) {
     SCOPED_TRACE(all[i].at("Handle"));
     const auto& module = read[i];
     const auto& fields = all[i];
@@ -191,7 +191,7 @@ TEST_P(RecordedTables, HaveTheSamePersistentMemory) {
   const auto read = decode_memory(tables());
   const auto all = expected(17);
   ASSERT_EQ(read.size(), all.size());
-  for (std::size_t i = 0; i < read.size(); ++i) {
+  for (size_t i = 0; i < read.size(); ++i) {
     SCOPED_TRACE(all[i].at("Handle"));
     const auto technology = all[i].find("Memory Technology");
     const bool is_persistent =
@@ -223,7 +223,7 @@ TEST(SlotTypes, AreBaysWhereDmidecodeNamesADriveConnector) {
     ASSERT_EQ(printed.size(), 1U);
     const std::string name = printed.front().at("Type");
     const bool drive = name.find("SFF-8639") != std::string::npos || name.find("EDSFF") != std::string::npos;
-    EXPECT_EQ(is_drive_bay(static_cast<std::uint8_t>(type), ""), drive) << name;
+    EXPECT_EQ(is_drive_bay(static_cast<uint8_t>(type), ""), drive) << name;
   }
 }
 

@@ -7,9 +7,9 @@
 #include <map>
 
 #include "collect/collector.h"
-#include "collect/drive_rows.h"
 #include "collect/machines.h"
-#include "collect/sysfs_drives.h"
+#include "collect/rows/drive_rows.h"
+#include "collect/sources/sysfs/sysfs_drives.h"
 #include "support/inventory.h"
 #include "zymdb_storage.h"
 

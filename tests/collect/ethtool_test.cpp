@@ -1,5 +1,5 @@
 // What ethtool's kernel interface tells, and what its numbers mean.
-#include "collect/ethtool.h"
+#include "collect/sources/sysfs/ethtool.h"
 
 #include <gtest/gtest.h>
 #include <linux/ethtool.h>
@@ -14,8 +14,8 @@
 namespace zymdb::collect {
 namespace {
 
-std::array<std::uint32_t, 4> modes(std::initializer_list<unsigned> numbers) {
-  std::array<std::uint32_t, 4> set{};
+std::array<uint32_t, 4> modes(std::initializer_list<unsigned> numbers) {
+  std::array<uint32_t, 4> set{};
   for (const unsigned number : numbers) set[number / 32] |= 1U << number % 32;
   return set;
 }
@@ -23,7 +23,7 @@ std::array<std::uint32_t, 4> modes(std::initializer_list<unsigned> numbers) {
 TEST(LinkModes, TheFastestOfThemIsThePortsSpeed) {
   struct Case {
     std::initializer_list<unsigned> modes;
-    std::optional<std::uint32_t> speed;
+    std::optional<uint32_t> speed;
   } const cases[] = {
       {{}, {}},
       {{ETHTOOL_LINK_MODE_Autoneg_BIT, ETHTOOL_LINK_MODE_TP_BIT, ETHTOOL_LINK_MODE_Pause_BIT,
@@ -59,7 +59,7 @@ TEST(LinkModes, BeyondTheAnswersEndAreNotSet) {
 TEST(Connectors, FollowFromTheMediumAndForModulesFromTheSpeed) {
   struct Case {
     unsigned medium;
-    std::optional<std::uint32_t> speed;
+    std::optional<uint32_t> speed;
     std::optional<Connector> connector;
   } const cases[] = {
       {PORT_TP, 10'000, Connector::kRj45},
@@ -84,8 +84,8 @@ TEST(Connectors, FollowFromTheMediumAndForModulesFromTheSpeed) {
 }
 
 TEST(Addresses, AreWrittenInUpperCaseWithColons) {
-  EXPECT_EQ(address_text(std::array<std::uint8_t, 6>{0x3C, 0xFD, 0xFE, 0, 0, 1}), "3C:FD:FE:00:00:01");
-  EXPECT_EQ(address_text(std::array<std::uint8_t, 6>{}), std::nullopt);
+  EXPECT_EQ(address_text(std::array<uint8_t, 6>{0x3C, 0xFD, 0xFE, 0, 0, 1}), "3C:FD:FE:00:00:01");
+  EXPECT_EQ(address_text(std::array<uint8_t, 6>{}), std::nullopt);
   EXPECT_EQ(address_text({}), std::nullopt);
 }
 

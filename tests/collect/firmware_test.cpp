@@ -4,10 +4,10 @@
 #include <filesystem>
 
 #include "collect/collector.h"
-#include "collect/ethtool.h"
-#include "collect/firmware_rows.h"
 #include "collect/machines.h"
-#include "collect/sysfs_firmware.h"
+#include "collect/rows/firmware_rows.h"
+#include "collect/sources/sysfs/ethtool.h"
+#include "collect/sources/sysfs/sysfs_firmware.h"
 #include "support/inventory.h"
 
 namespace zymdb::collect {
@@ -21,7 +21,7 @@ using testing::UnorderedElementsAre;
 // "17:00.0 network 22.31.1014", with "-" for no version.
 std::string text_of(const FirmwareComponent& component) {
   constexpr const char* kKinds[] = {"nvme", "network", "fabric", "video", "rom"};
-  return to_string(component.function) + " " + kKinds[static_cast<std::size_t>(component.kind)] + " " +
+  return to_string(component.function) + " " + kKinds[static_cast<size_t>(component.kind)] + " " +
          component.version.value_or("-");
 }
 

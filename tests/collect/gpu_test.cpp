@@ -5,8 +5,8 @@
 
 #include "collect/collector.h"
 #include "collect/machines.h"
-#include "collect/pci_ids.h"
-#include "collect/sysfs_gpu.h"
+#include "collect/sources/pci/pci_ids.h"
+#include "collect/sources/sysfs/sysfs_gpu.h"
 #include "support/inventory.h"
 #include "zymdb_pci.h"
 

@@ -1,4 +1,4 @@
-#include "collect/lspci_dump.h"
+#include "collect/sources/pci/lspci_dump.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <string>
 
 #include "collect/machines.h"
-#include "collect/source_file.h"
+#include "common/source_file.h"
 
 namespace zymdb::collect {
 namespace {
@@ -57,7 +57,7 @@ TEST(LspciDump, TakesDomainsOfUpToEightDigits) {
 
 TEST(LspciDump, TakesLinesThatEndInCarriageReturns) {
   std::string text = function_text("02:00.0");
-  for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 2)) {
+  for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 2)) {
     text.insert(at, "\r");
   }
   EXPECT_EQ(parse_lspci_dump(text, "dump").size(), 1U);
@@ -118,7 +118,7 @@ TEST(LspciDump, DecodesNoCapabilityBeyondTheBytesThatWereRead) {
 
 TEST(LspciDump, EndsOnACapabilityListThatIsALoop) {
   PciFunction function;
-  std::vector<std::uint8_t> config(256);
+  std::vector<uint8_t> config(256);
   config[0x06] = 0x10;
   config[0x34] = 0x40;
   config[0x40] = 0x01;
@@ -131,7 +131,7 @@ TEST(LspciDump, EndsOnACapabilityListThatIsALoop) {
 TEST(LspciDump, RefusesEveryPrefixThatEndsInsideAFunction) {
   std::string whole = read_file(ZYMDB_EXAMPLE_SERVER "/server.lspci");
   whole.resize(whole.find("\n\n", 3000) + 2);
-  for (std::size_t size = 0; size < whole.size(); ++size) {
+  for (size_t size = 0; size < whole.size(); ++size) {
     const std::string prefix = whole.substr(0, size);
     const bool ends_with_a_function = prefix.ends_with("\n\n");
     EXPECT_EQ(refusal(prefix) == "accepted", ends_with_a_function) << size;
@@ -142,7 +142,7 @@ TEST(LspciDump, ReadsOrRefusesFlippedBytes) {
   const std::string whole = read_file(ZYMDB_EXAMPLE_SERVER "/server.lspci").substr(0, 4000);
   const std::string start = whole.substr(0, whole.rfind("\n\n") + 2);
   unsigned refused = 0;
-  for (std::size_t at = 0; at < start.size(); ++at) {
+  for (size_t at = 0; at < start.size(); ++at) {
     std::string damaged = start;
     damaged[at] = static_cast<char>(damaged[at] ^ 0x41);
     const std::string message = refusal(damaged);

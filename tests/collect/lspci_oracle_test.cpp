@@ -4,9 +4,9 @@
 #include <map>
 #include <string>
 
-#include "collect/lspci_dump.h"
 #include "collect/machines.h"
-#include "collect/text.h"
+#include "collect/sources/pci/lspci_dump.h"
+#include "common/text.h"
 
 namespace zymdb::collect {
 namespace {
@@ -31,7 +31,7 @@ using Fields = std::map<std::string, std::string>;
 std::vector<Fields> blocks(const std::string& text) {
   std::vector<Fields> result(1);
   for (const auto& line : lines_of(text)) {
-    const std::size_t colon = line.find(":\t");
+    const size_t colon = line.find(":\t");
     if (colon != std::string::npos) {
       result.back()[line.substr(0, colon)] = line.substr(colon + 2);
     } else if (!result.back().empty()) {
@@ -42,7 +42,7 @@ std::vector<Fields> blocks(const std::string& text) {
   return result;
 }
 
-std::uint32_t number(const Fields& fields, const char* name) {
+uint32_t number(const Fields& fields, const char* name) {
   const auto field = fields.find(name);
   return field == fields.end() ? 0 : hex_number(field->second).value();
 }
@@ -51,7 +51,7 @@ TEST_P(RecordedLspci, HasTheSameFunctionsIdsAndClasses) {
   const auto read = functions();
   const auto expected = blocks(lspci("-n -vmm"));
   ASSERT_EQ(read.size(), expected.size());
-  for (std::size_t i = 0; i < read.size(); ++i) {
+  for (size_t i = 0; i < read.size(); ++i) {
     const auto& fields = expected[i];
     SCOPED_TRACE(fields.at("Slot"));
     EXPECT_EQ(to_string(read[i].address), fields.at("Slot"));
@@ -67,9 +67,9 @@ TEST_P(RecordedLspci, HasTheSameFunctionsIdsAndClasses) {
 
 // What stands in a line after `before`, up to the next comma or the end; empty without `before`.
 std::string after(const std::string& line, const std::string& before) {
-  const std::size_t at = line.find(before);
+  const size_t at = line.find(before);
   if (at == std::string::npos) return "";
-  const std::size_t start = at + before.size();
+  const size_t start = at + before.size();
   return line.substr(start, line.find(',', start) - start);
 }
 
@@ -108,8 +108,7 @@ TEST_P(RecordedLspci, HasTheSameLinks) {
     }
   }
   std::map<std::string, std::string> read;
-  const auto text = [](const char* what, std::optional<std::uint8_t> generation,
-                       std::optional<std::uint8_t> width) {
+  const auto text = [](const char* what, std::optional<uint8_t> generation, std::optional<uint8_t> width) {
     return std::string(what) + " " + std::to_string(generation.value_or(0)) + " x" +
            std::to_string(width.value_or(0)) + ";";
   };

@@ -1,13 +1,13 @@
-#include "collect/machine.h"
+#include "collect/model/machine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "collect/lspci_dump.h"
 #include "collect/machines.h"
-#include "collect/source_file.h"
+#include "collect/sources/pci/lspci_dump.h"
+#include "common/source_file.h"
 
 namespace zymdb::collect {
 namespace {
@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-PciFunction endpoint(PciAddress address, std::uint32_t class_code = 0x020000) {
+PciFunction endpoint(PciAddress address, uint32_t class_code = 0x020000) {
   PciFunction function;
   function.address = address;
   function.vendor = 0x15b3;
@@ -25,7 +25,7 @@ PciFunction endpoint(PciAddress address, std::uint32_t class_code = 0x020000) {
   return function;
 }
 
-PciFunction bridge(PciAddress address, std::uint8_t secondary, PortType type = PortType::kRootPort) {
+PciFunction bridge(PciAddress address, uint8_t secondary, PortType type = PortType::kRootPort) {
   PciFunction function = endpoint(address, 0x060400);
   function.secondary_bus = secondary;
   function.port_type = type;
@@ -101,7 +101,7 @@ TEST(Machine, NumbersLargeDomainsAnewAndSaysSo) {
 
 TEST(Machine, LeavesDomainsOutThatFitNowhere) {
   std::vector<PciFunction> functions;
-  for (std::uint32_t domain = 0; domain < 129; ++domain) functions.push_back(endpoint({domain, 1, 0, 0}));
+  for (uint32_t domain = 0; domain < 129; ++domain) functions.push_back(endpoint({domain, 1, 0, 0}));
   const auto machine = machine_of(functions);
   EXPECT_EQ(machine.functions->size(), 128U);
   EXPECT_THAT(machine.notices, ElementsAre(HasSubstr("PCI domain 0x80 is left out")));
@@ -176,7 +176,7 @@ TEST_F(ExampleServer, TellsLinksFromTheCapabilities) {
 }
 
 TEST_F(ExampleServer, HasNoTwoDevicesUnderOneKey) {
-  std::map<std::uint32_t, PciAddress> devices;
+  std::map<uint32_t, PciAddress> devices;
   for (const auto& function : *machine_.functions) {
     const auto [device, first] = devices.emplace(function.device_key, function.pci.address);
     EXPECT_TRUE(first || device->second.same_device(function.pci.address)) << to_string(function.pci.address);

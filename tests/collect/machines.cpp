@@ -71,7 +71,7 @@ std::string output_of(const std::string& command) {
   std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen((command + " 2>/dev/null").c_str(), "re"), nullptr);
   std::string output;
   std::array<char, 4096> block;
-  for (std::size_t count; (count = fread(block.data(), 1, block.size(), pipe.get())) > 0;) {
+  for (size_t count; (count = fread(block.data(), 1, block.size(), pipe.get())) > 0;) {
     output.append(block.data(), count);
   }
   EXPECT_EQ(WEXITSTATUS(pclose(pipe.release())), 0) << command;

@@ -1,5 +1,5 @@
 // What the names of real boards tell of a module's place.
-#include "collect/memory_position.h"
+#include "collect/sources/smbios/memory_position.h"
 
 #include <gtest/gtest.h>
 

@@ -7,36 +7,36 @@
 
 #include "collect/collector.h"
 #include "collect/machines.h"
-#include "collect/smbios_memory.h"
+#include "collect/sources/smbios/smbios_memory.h"
 #include "support/inventory.h"
 #include "zymdb_cpu_mem.h"
 
 namespace zymdb::collect {
 namespace {
 
-constexpr std::size_t kWholeDevice = 0x5C;
-constexpr std::uint64_t kUnknownSize = ~std::uint64_t{0};
+constexpr size_t kWholeDevice = 0x5C;
+constexpr uint64_t kUnknownSize = ~uint64_t{0};
 
 // A memory device (type 17): 64 GiB at 3200 MT/s of DDR4 until a test says otherwise.
 class Device {
  public:
-  explicit Device(std::size_t length = kWholeDevice) : bytes_(length, '\0') {
-    set<std::uint8_t>(0x00, 17).set(0x01, static_cast<std::uint8_t>(length));
-    set<std::uint16_t>(0x02, 0x1100).set<std::uint16_t>(0x04, 0x1000);
-    set<std::uint16_t>(0x08, 72).set<std::uint16_t>(0x0A, 64);
-    set<std::uint16_t>(0x0C, 0x7FFF).set<std::uint32_t>(0x1C, 64 << 10);
-    set<std::uint8_t>(0x0E, 9).set<std::uint8_t>(0x12, 0x1A).set<std::uint16_t>(0x13, 0x2080);
-    set<std::uint16_t>(0x15, 3200).set<std::uint16_t>(0x20, 2933);
+  explicit Device(size_t length = kWholeDevice) : bytes_(length, '\0') {
+    set<uint8_t>(0x00, 17).set(0x01, static_cast<uint8_t>(length));
+    set<uint16_t>(0x02, 0x1100).set<uint16_t>(0x04, 0x1000);
+    set<uint16_t>(0x08, 72).set<uint16_t>(0x0A, 64);
+    set<uint16_t>(0x0C, 0x7FFF).set<uint32_t>(0x1C, 64 << 10);
+    set<uint8_t>(0x0E, 9).set<uint8_t>(0x12, 0x1A).set<uint16_t>(0x13, 0x2080);
+    set<uint16_t>(0x15, 3200).set<uint16_t>(0x20, 2933);
   }
 
   // A field that the structure is long enough for.
   template <typename T>
-  Device& set(std::size_t offset, T value) {
+  Device& set(size_t offset, T value) {
     if (offset + sizeof value <= bytes_.size()) std::memcpy(&bytes_[offset], &value, sizeof value);
     return *this;
   }
 
-  Device& text(std::size_t offset, const std::string& text) {
+  Device& text(size_t offset, const std::string& text) {
     texts_ += text + '\0';
     return set(offset, ++text_count_);
   }
@@ -46,15 +46,15 @@ class Device {
  private:
   std::string bytes_;
   std::string texts_;
-  std::uint8_t text_count_ = 0;
+  uint8_t text_count_ = 0;
 };
 
-Device persistent_device(std::uint8_t technology = 7) {
+Device persistent_device(uint8_t technology = 7) {
   return Device()
-      .set<std::uint16_t>(0x13, 0x1080)
-      .set<std::uint8_t>(0x28, technology)
-      .set<std::uint64_t>(0x34, 48ULL << 30)
-      .set<std::uint64_t>(0x3C, 16ULL << 30)
+      .set<uint16_t>(0x13, 0x1080)
+      .set<uint8_t>(0x28, technology)
+      .set<uint64_t>(0x34, 48ULL << 30)
+      .set<uint64_t>(0x3C, 16ULL << 30)
       .text(0x2B, "2.2.0.1553");
 }
 
@@ -64,8 +64,8 @@ std::string dump_of(const std::vector<Device>& devices) {
   for (const auto& device : devices) table += device.bytes();
   table += std::string("\x7f\x04\xff\xff\0\0", 6);
   std::string entry("_SM3_\0\x18\x03\x03\0\1\0", 12);
-  const auto size = static_cast<std::uint32_t>(table.size());
-  const std::uint64_t offset = 32;
+  const auto size = static_cast<uint32_t>(table.size());
+  const uint64_t offset = 32;
   entry.append(reinterpret_cast<const char*>(&size), sizeof size);
   entry.append(reinterpret_cast<const char*>(&offset), sizeof offset);
   entry[5] = static_cast<char>(-checksum(as_bytes(entry)));
@@ -80,7 +80,7 @@ SmbiosMemoryDevice decoded(const Device& device) {
 }
 
 TEST(MemoryDevice, HasItsSizeInMebibytes) {
-  const auto size_of = [](std::uint16_t first, std::uint32_t second) {
+  const auto size_of = [](uint16_t first, uint32_t second) {
     return decoded(Device().set(0x0C, first).set(0x1C, second)).size;
   };
   EXPECT_EQ(size_of(4096, 0), 4096U);
@@ -94,21 +94,21 @@ TEST(MemoryDevice, HasItsSizeInMebibytes) {
 
 TEST(MemoryDevice, TakesASpeedOutOfItsSecondFieldWhereTheFirstOverflows) {
   const auto device = decoded(Device()
-                                  .set<std::uint16_t>(0x15, 0xFFFF)
-                                  .set<std::uint32_t>(0x54, 70000)
-                                  .set<std::uint16_t>(0x20, 0xFFFF)
-                                  .set<std::uint32_t>(0x58, 66000));
+                                  .set<uint16_t>(0x15, 0xFFFF)
+                                  .set<uint32_t>(0x54, 70000)
+                                  .set<uint16_t>(0x20, 0xFFFF)
+                                  .set<uint32_t>(0x58, 66000));
   EXPECT_EQ(device.max_speed, 70000U);
   EXPECT_EQ(device.configured_speed, 66000U);
 }
 
 TEST(MemoryDevice, DoesNotKnowWhatFirmwareLeavesOpen) {
   const auto device = decoded(Device()
-                                  .set<std::uint16_t>(0x04, 0x2000)
-                                  .set<std::uint16_t>(0x08, 0xFFFF)
-                                  .set<std::uint16_t>(0x0A, 0)
-                                  .set<std::uint16_t>(0x15, 0)
-                                  .set<std::uint16_t>(0x20, 0));
+                                  .set<uint16_t>(0x04, 0x2000)
+                                  .set<uint16_t>(0x08, 0xFFFF)
+                                  .set<uint16_t>(0x0A, 0)
+                                  .set<uint16_t>(0x15, 0)
+                                  .set<uint16_t>(0x20, 0));
   EXPECT_EQ(device.array, std::nullopt) << "no array has that handle";
   EXPECT_EQ(device.total_width, std::nullopt);
   EXPECT_EQ(device.data_width, std::nullopt);
@@ -118,7 +118,7 @@ TEST(MemoryDevice, DoesNotKnowWhatFirmwareLeavesOpen) {
 }
 
 TEST(MemoryDevice, OfAnOldTableHasTheFieldsThatItsLengthAllows) {
-  const auto device = decoded(Device(0x1B).set<std::uint16_t>(0x0C, 2048));
+  const auto device = decoded(Device(0x1B).set<uint16_t>(0x0C, 2048));
   EXPECT_EQ(device.size, 2048U);
   EXPECT_EQ(device.max_speed, 3200U);
   EXPECT_EQ(device.configured_speed, std::nullopt);
@@ -126,7 +126,7 @@ TEST(MemoryDevice, OfAnOldTableHasTheFieldsThatItsLengthAllows) {
 }
 
 TEST(MemoryDevice, IsNothingButAPositionWhenItIsEmpty) {
-  const auto device = decoded(persistent_device().set<std::uint16_t>(0x0C, 0).text(0x10, "DIMM_A1"));
+  const auto device = decoded(persistent_device().set<uint16_t>(0x0C, 0).text(0x10, "DIMM_A1"));
   EXPECT_FALSE(device.populated());
   EXPECT_EQ(device.locator, "DIMM_A1");
   EXPECT_EQ(device.form_factor, 9);
@@ -144,8 +144,7 @@ TEST(PersistentMemory, HasItsCapacitiesInBytes) {
 }
 
 TEST(PersistentMemory, HasTheSizeOfALogicalDeviceWhereThatIsStated) {
-  EXPECT_EQ(decoded(persistent_device().set<std::uint64_t>(0x4C, 1ULL << 40)).persistent.capacity,
-            1ULL << 40);
+  EXPECT_EQ(decoded(persistent_device().set<uint64_t>(0x4C, 1ULL << 40)).persistent.capacity, 1ULL << 40);
   EXPECT_EQ(decoded(persistent_device().set(0x4C, kUnknownSize)).persistent.capacity, 64ULL << 30);
 }
 
@@ -156,11 +155,11 @@ TEST(PersistentMemory, DoesNotKnowPartsThatTheTableDoesNotKnow) {
 }
 
 TEST(PersistentMemory, IsToldByItsTechnologyAndElseByItsTypeDetail) {
-  for (std::uint8_t technology = 4; technology <= 7; ++technology) {
+  for (uint8_t technology = 4; technology <= 7; ++technology) {
     EXPECT_TRUE(decoded(persistent_device(technology)).persistent.capacity) << unsigned{technology};
   }
   EXPECT_TRUE(decoded(persistent_device(2)).persistent.capacity) << "not known: the type detail tells";
-  EXPECT_FALSE(decoded(persistent_device(2).set<std::uint16_t>(0x13, 0x0080)).persistent.capacity);
+  EXPECT_FALSE(decoded(persistent_device(2).set<uint16_t>(0x13, 0x0080)).persistent.capacity);
   EXPECT_FALSE(decoded(persistent_device(3)).persistent.capacity) << "DRAM";
 }
 
@@ -187,8 +186,7 @@ class MemoryCollection : public InventoryTest {
 };
 
 TEST_F(MemoryCollection, NumbersThePositionsInTheOrderOfTheTable) {
-  collect(
-      {Device().text(0x10, "CPU1_DIMM_A1"), Device().set<std::uint16_t>(0x0C, 0).text(0x10, "CPU1_DIMM_B1")});
+  collect({Device().text(0x10, "CPU1_DIMM_A1"), Device().set<uint16_t>(0x0C, 0).text(0x10, "CPU1_DIMM_B1")});
   EXPECT_STREQ(module_in(1).DevLocator, "CPU1_DIMM_A1");
   EXPECT_EQ(module_in(1).ArrayId, 0x1000U);
   EXPECT_STREQ(module_in(2).DevLocator, "CPU1_DIMM_B1");
@@ -210,7 +208,7 @@ TEST_F(MemoryCollection, KeepsWhatAModuleReportedOfItself) {
   auto module = module_in(1);
   module.HealthStatus = 2;
   ASSERT_EQ(zymdb_update_dcpmm_smart_info(&module, 8), ZYM_DB_STATUS_OK);
-  collect({Device(device).set<std::uint16_t>(0x20, 2666)});
+  collect({Device(device).set<uint16_t>(0x20, 2666)});
   EXPECT_EQ(module_in(1).ClockSpeed, 2666);
   EXPECT_EQ(module_in(1).HealthStatus, 2);
 }

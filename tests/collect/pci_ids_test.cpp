@@ -1,9 +1,9 @@
-#include "collect/pci_ids.h"
+#include "collect/sources/pci/pci_ids.h"
 
 #include <gtest/gtest.h>
 
 #include "collect/machines.h"
-#include "collect/source_file.h"
+#include "common/source_file.h"
 
 namespace zymdb::collect {
 namespace {

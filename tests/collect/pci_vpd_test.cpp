@@ -1,4 +1,4 @@
-#include "collect/pci_vpd.h"
+#include "collect/sources/pci/pci_vpd.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 namespace zymdb::collect {
 namespace {
 
-std::string large(std::uint8_t tag, const std::string& content) {
+std::string large(uint8_t tag, const std::string& content) {
   std::string bytes;
   bytes += static_cast<char>(tag);
   bytes += static_cast<char>(content.size() & 0xFF);
@@ -22,7 +22,7 @@ std::string field(const std::string& keyword, const std::string& content) {
 // Vital product data with a correct checksum.
 std::string card(const std::string& fields) {
   std::string data = large(0x82, "A network card") + large(0x90, fields + field("RV", std::string(3, '\0')));
-  const std::size_t at = data.size() - 3;
+  const size_t at = data.size() - 3;
   data[at] = static_cast<char>(-checksum(as_bytes(data)));
   return data + large(0x91, field("RW", "free")) + "\x78";
 }
@@ -62,7 +62,7 @@ TEST(PciVpd, BelievesNothingWithAWrongChecksum) {
 
 TEST(PciVpd, BelievesNoPrefix) {
   const std::string whole = card(kFields);
-  for (std::size_t size = 0; size < whole.size(); ++size) {
+  for (size_t size = 0; size < whole.size(); ++size) {
     EXPECT_FALSE(parse_pci_vpd(as_bytes(whole).first(size))) << size;
   }
 }
@@ -79,7 +79,7 @@ TEST(PciVpd, EndsOnAnyBytes) {
   unsigned refused = 0;
   for (unsigned seed = 0; seed < 2000; ++seed) {
     std::string bytes(64, '\0');
-    std::uint32_t state = seed * 2654435761U + 1;
+    uint32_t state = seed * 2654435761U + 1;
     for (char& byte : bytes) {
       state = state * 1664525U + 1013904223U;
       byte = static_cast<char>(state >> 24);

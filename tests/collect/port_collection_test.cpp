@@ -10,7 +10,7 @@
 
 #include "collect/collector.h"
 #include "collect/machines.h"
-#include "collect/network_rows.h"
+#include "collect/rows/network_rows.h"
 #include "support/inventory.h"
 #include "zymdb_network.h"
 
@@ -251,10 +251,10 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RecordedPorts);
 
 TEST(Utilisation, IsInPercentOfWhatTheLinkCarries) {
   struct Case {
-    std::uint64_t bytes;
-    std::int64_t duration;
-    std::uint32_t speed;
-    std::uint32_t percent;
+    uint64_t bytes;
+    int64_t duration;
+    uint32_t speed;
+    uint32_t percent;
   } const cases[] = {
       {0, 1000, 1000, 0},           {125'000'000, 1000, 1000, 100},
       {62'500'000, 1000, 1000, 50}, {625'000, 1000, 1000, 1},

@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "collect/collector.h"
-#include "collect/lspci_dump.h"
 #include "collect/machines.h"
+#include "collect/sources/pci/lspci_dump.h"
 #include "support/inventory.h"
 #include "zymdb_cpu_mem.h"
 #include "zymdb_pci.h"
@@ -51,12 +51,12 @@ INSTANTIATE_TEST_SUITE_P(Machines, RecordedMachine, testing::ValuesIn(recorded_s
 
 TEST_P(RecordedMachine, IsCollectedOnceAndUnchangedTheSecondTime) {
   Sources sources = GetParam().second;
-  std::size_t expected = 0;
+  size_t expected = 0;
   if (!sources.sysfs.empty()) {
     sources.sysfs = unpack(sources.sysfs);
     if (sources.sysfs.empty()) return;  // an archive of other parts of sysfs
     const auto folders = fs::directory_iterator(sources.sysfs + "/bus/pci/devices");
-    expected = static_cast<std::size_t>(std::distance(begin(folders), end(folders)));
+    expected = static_cast<size_t>(std::distance(begin(folders), end(folders)));
   }
   if (!sources.lspci.empty()) expected = parse_lspci_dump(read_file(sources.lspci), sources.lspci).size();
   const auto first = collect_inventory(sources);

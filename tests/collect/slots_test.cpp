@@ -1,4 +1,4 @@
-#include "collect/slots.h"
+#include "collect/model/slots.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,23 +10,23 @@ namespace {
 
 using testing::ElementsAre;
 
-std::vector<std::uint16_t> numbers(std::vector<Slot> slots, const std::set<std::uint32_t>& taken = {}) {
+std::vector<uint16_t> numbers(std::vector<Slot> slots, const std::set<uint32_t>& taken = {}) {
   std::vector<Slot*> pointers;
   for (auto& slot : slots) pointers.push_back(&slot);
-  number_slots(pointers, [&taken](std::uint32_t key) { return !taken.contains(key); });
-  std::vector<std::uint16_t> result;
+  number_slots(pointers, [&taken](uint32_t key) { return !taken.contains(key); });
+  std::vector<uint16_t> result;
   for (const auto& slot : slots) result.push_back(slot.number.value());
   return result;
 }
 
-SmbiosSlot described(const char* designation, std::uint16_t id, std::uint8_t type = 0xB6) {
+SmbiosSlot described(const char* designation, uint16_t id, uint8_t type = 0xB6) {
   return {.designation = designation, .type = type, .data_bus_width = 0x0D, .id = id, .address = {}};
 }
 
 TEST(DesignatedNumber, FollowsTheWordSlotOrBayElseIsTheOnlyOne) {
   const struct {
     const char* designation;
-    std::optional<std::uint16_t> number;
+    std::optional<uint16_t> number;
   } kCases[] = {
       {"PCIe Slot 3", 3},
       {"CPU1 SLOT6 PCI-E 3.0 X16", 6},
@@ -51,9 +51,9 @@ TEST(DesignatedNumber, FollowsTheWordSlotOrBayElseIsTheOnlyOne) {
 }
 
 TEST(DriveBay, IsToldByTypeOrDesignation) {
-  for (const std::uint8_t type : std::initializer_list<std::uint8_t>{0x1F, 0x20, 0x24, 0x25, 0xC5, 0xC6})
+  for (const uint8_t type : std::initializer_list<uint8_t>{0x1F, 0x20, 0x24, 0x25, 0xC5, 0xC6})
     EXPECT_TRUE(is_drive_bay(type, "")) << +type;
-  for (const std::uint8_t type : std::initializer_list<std::uint8_t>{0x06, 0x17, 0x21, 0x26, 0xB6})
+  for (const uint8_t type : std::initializer_list<uint8_t>{0x06, 0x17, 0x21, 0x26, 0xB6})
     EXPECT_FALSE(is_drive_bay(type, "")) << +type;
   for (const char* name :
        {"NVMe Bay 3", "BAY1", "CPU0_PE1_NVME0", "U.2 port 1", "Front E1.S 4", "Backplane 1"}) {

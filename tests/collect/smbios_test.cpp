@@ -1,4 +1,4 @@
-#include "collect/smbios.h"
+#include "collect/sources/smbios/smbios.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,8 +6,8 @@
 #include <string>
 
 #include "collect/machines.h"
-#include "collect/smbios_decode.h"
-#include "collect/source_file.h"
+#include "collect/sources/smbios/smbios_decode.h"
+#include "common/source_file.h"
 
 namespace zymdb::collect {
 namespace {
@@ -17,16 +17,16 @@ using testing::HasSubstr;
 template <typename T>
 std::string le(T value) {
   std::string bytes;
-  for (std::size_t i = 0; i < sizeof(T); ++i) bytes += static_cast<char>(value >> (8 * i));
+  for (size_t i = 0; i < sizeof(T); ++i) bytes += static_cast<char>(value >> (8 * i));
   return bytes;
 }
 
 // A structure: its formatted area after the header, and its texts with their NULs.
-std::string structure(std::uint8_t type, const std::string& formatted, const std::string& texts = "") {
+std::string structure(uint8_t type, const std::string& formatted, const std::string& texts = "") {
   std::string bytes;
   bytes += static_cast<char>(type);
   bytes += static_cast<char>(formatted.size() + 4);
-  bytes += le(std::uint16_t{0x0100});
+  bytes += le(uint16_t{0x0100});
   return bytes + formatted + (texts.empty() ? std::string(2, '\0') : texts + '\0');
 }
 
@@ -34,24 +34,23 @@ std::string end_structure() {
   return structure(127, "");
 }
 
-void set_checksum(std::string& bytes, std::size_t at, std::size_t first, std::size_t size) {
+void set_checksum(std::string& bytes, size_t at, size_t first, size_t size) {
   bytes[at] = 0;
   bytes[at] = static_cast<char>(-checksum(as_bytes(bytes).subspan(first, size)));
 }
 
 std::string dump64(const std::string& table) {
   std::string entry = std::string("_SM3_") + '\0' + "\x18\x03\x03" + '\0' + '\1' + '\0' +
-                      le(static_cast<std::uint32_t>(table.size())) + le(std::uint64_t{32});
+                      le(static_cast<uint32_t>(table.size())) + le(uint64_t{32});
   set_checksum(entry, 5, 0, 24);
   entry.resize(32);
   return entry + table;
 }
 
 std::string dump32(const std::string& table) {
-  std::string entry =
-      std::string("_SM_") + '\0' + "\x1F\x02\x08" + le(std::uint16_t{64}) + std::string(6, '\0');
-  entry += std::string("_DMI_") + '\0' + le(static_cast<std::uint16_t>(table.size())) +
-           le(std::uint32_t{32}) + le(std::uint16_t{1}) + '\x28';
+  std::string entry = std::string("_SM_") + '\0' + "\x1F\x02\x08" + le(uint16_t{64}) + std::string(6, '\0');
+  entry += std::string("_DMI_") + '\0' + le(static_cast<uint16_t>(table.size())) + le(uint32_t{32}) +
+           le(uint16_t{1}) + '\x28';
   set_checksum(entry, 0x15, 0x10, 15);
   set_checksum(entry, 4, 0, 31);
   entry.resize(32);
@@ -83,9 +82,9 @@ TEST(SmbiosTables, FindsStructuresOfBothEntryPointForms) {
 TEST(SmbiosTables, ReadsNothingWhereAStructureIsTooShort) {
   const auto tables = SmbiosTables::parse_dump(dump64(structure(11, "\x01") + end_structure()), "tables");
   const auto& first = tables.structures().front();
-  EXPECT_EQ(first.field<std::uint8_t>(4), 1);
-  EXPECT_FALSE(first.field<std::uint16_t>(4));
-  EXPECT_FALSE(first.field<std::uint8_t>(5));
+  EXPECT_EQ(first.field<uint8_t>(4), 1);
+  EXPECT_FALSE(first.field<uint16_t>(4));
+  EXPECT_FALSE(first.field<uint8_t>(5));
   EXPECT_FALSE(first.text(4)) << "there are no texts";
   EXPECT_FALSE(first.text(200));
 }
@@ -139,8 +138,8 @@ TEST_P(RecordedSmbios, RefusesEveryPrefixThatLacksTheEndStructure) {
   const auto tables = SmbiosTables::parse_dump(whole, "tables");
   ASSERT_EQ(tables.structures().back().type(), 127);
   const std::string end("\x7f\x04", 2);
-  const std::size_t needed = whole.rfind(end) + 6;
-  for (std::size_t size = 0; size < whole.size(); ++size) {
+  const size_t needed = whole.rfind(end) + 6;
+  for (size_t size = 0; size < whole.size(); ++size) {
     ASSERT_EQ(refusal(whole.substr(0, size)) == "accepted", size >= needed) << size;
   }
 }
@@ -148,7 +147,7 @@ TEST_P(RecordedSmbios, RefusesEveryPrefixThatLacksTheEndStructure) {
 TEST_P(RecordedSmbios, ReadsOrRefusesFlippedBytes) {
   const std::string whole = read_file(GetParam().path);
   unsigned refused = 0;
-  for (std::size_t at = 0; at < whole.size(); ++at) {
+  for (size_t at = 0; at < whole.size(); ++at) {
     std::string damaged = whole;
     damaged[at] = static_cast<char>(~damaged[at]);
     try {
@@ -170,11 +169,9 @@ std::string processor_structure(const std::string& formatted_from_handle) {
 }
 
 // A type 4 structure of 48 bytes with these fields set.
-std::string processor_bytes(std::uint8_t status, std::uint8_t family, std::uint8_t cores) {
+std::string processor_bytes(uint8_t status, uint8_t family, uint8_t cores) {
   std::string bytes(44, '\0');
-  const auto set = [&bytes](std::size_t offset, std::uint8_t value) {
-    bytes[offset - 4] = static_cast<char>(value);
-  };
+  const auto set = [&bytes](size_t offset, uint8_t value) { bytes[offset - 4] = static_cast<char>(value); };
   set(0x04, 1);
   set(0x05, 3);
   set(0x06, family);
@@ -224,8 +221,8 @@ TEST(SmbiosProcessor, InventsNothingForAnEmptySocket) {
   EXPECT_FALSE(processor.caches[0].installed);
 }
 
-std::optional<PciAddress> address_in_slot(std::uint16_t segment, std::uint8_t bus, std::uint8_t position) {
-  std::string bytes = std::string("\x01\xb6\x0d\x04\x04", 5) + le(std::uint16_t{7}) + std::string(2, '\0');
+std::optional<PciAddress> address_in_slot(uint16_t segment, uint8_t bus, uint8_t position) {
+  std::string bytes = std::string("\x01\xb6\x0d\x04\x04", 5) + le(uint16_t{7}) + std::string(2, '\0');
   bytes += le(segment) + static_cast<char>(bus) + static_cast<char>(position);
   const std::string table = structure(9, bytes, std::string("SLOT7\0", 6)) + end_structure();
   return decode_slots(SmbiosTables::parse_dump(dump64(table), "tables")).front().address;

@@ -1,5 +1,5 @@
 // Network ports of sysfs trees.
-#include "collect/sysfs_network.h"
+#include "collect/sources/sysfs/sysfs_network.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 #include <string>
 
 #include "collect/machines.h"
-#include "collect/sysfs_ports.h"
+#include "collect/sources/sysfs/sysfs_ports.h"
 
 namespace zymdb::collect {
 namespace {
@@ -96,7 +96,7 @@ TEST_F(SysfsPorts, WhatAnInterfaceDoesNotTellIsUnknown) {
 struct LinkCase {
   Attributes attributes;
   std::optional<bool> has_link;
-  std::optional<std::uint32_t> speed;
+  std::optional<uint32_t> speed;
 };
 
 TEST_F(SysfsPorts, LinksAreToldByTheCarrierAndWhereThatIsSilentByTheState) {

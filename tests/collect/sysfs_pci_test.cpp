@@ -1,4 +1,4 @@
-#include "collect/sysfs_pci.h"
+#include "collect/sources/sysfs/sysfs_pci.h"
 
 #include <gtest/gtest.h>
 

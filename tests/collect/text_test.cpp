@@ -1,4 +1,4 @@
-#include "collect/text.h"
+#include "common/text.h"
 
 #include <gtest/gtest.h>
 

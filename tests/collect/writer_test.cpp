@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "collect/inventory_writer.h"
+#include "collect/write/inventory_writer.h"
 #include "support/inventory.h"
 
 namespace zymdb::collect {
@@ -12,7 +12,7 @@ namespace {
 class WriterTest : public InventoryTest {
  protected:
   // Rows of VPDs: a hardware id and a serial number.
-  static TableContent vpds(std::initializer_list<std::pair<std::uint32_t, const char*>> rows) {
+  static TableContent vpds(std::initializer_list<std::pair<uint32_t, const char*>> rows) {
     TableContent content;
     content.table = "VPDs";
     content.columns = {{"HardwareId", Role::kKey},
@@ -87,7 +87,7 @@ TEST_F(WriterTest, AFailingWriteRollsEverythingBack) {
                     {"NoSuchColumn", Role::kInitial},
                     {"SegNo", Role::kValue},
                     {"BusNo", Role::kValue}};
-  EXPECT_THROW(write_inventory(get_dmdb_handle(), {vpds({{3, "c"}}), broken}, {}), WriteError);
+  EXPECT_THROW(write_inventory(get_dmdb_handle(), {vpds({{3, "c"}}), broken}, {}), DatabaseError);
   EXPECT_EQ(rows("VPDs", {"HardwareId"}), "1\n2\n");
   EXPECT_EQ(write(vpds({{1, "a"}, {2, "b"}})).unchanged, 2U) << "the transaction is not left open";
 }
@@ -98,7 +98,7 @@ TEST_F(WriterTest, SaysWhichTableCannotBeRead) {
   try {
     write(content);
     FAIL() << "a table that is not there was read";
-  } catch (const WriteError& error) {
+  } catch (const DatabaseError& error) {
     EXPECT_THAT(error.what(), testing::StartsWith("cannot read table NoSuchTable: "));
   }
 }

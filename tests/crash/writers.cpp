@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "zymdb_firmware.h"
 #include "zymdb_network.h"
 #include "zymdb_pci.h"

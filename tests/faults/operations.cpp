@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "faults/example_rows.h"
 #include "zymdb_cpu_mem.h"
 #include "zymdb_db.h"

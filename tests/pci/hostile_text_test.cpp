@@ -66,7 +66,7 @@ TEST_P(HostileFilter, ReadsRowsOfItsTableOrFails) {
 INSTANTIATE_TEST_SUITE_P(Operations, HostileFilter, testing::Range(0, static_cast<int>(std::size(kReads))),
                          [](const auto& test) { return std::string(kReads[test.param].first); });
 
-constexpr std::size_t kShown = 2047;  // of a longer text, by rows()
+constexpr size_t kShown = 2047;  // of a longer text, by rows()
 
 using Write = int (*)(const char*, int);
 constexpr std::tuple<const char*, Write, const char*, const char*> kWrites[] = {

@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 
 namespace {
 

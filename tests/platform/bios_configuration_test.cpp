@@ -1,4 +1,4 @@
-#include "platform/bios_configuration.h"
+#include "controller/bios_configuration.h"
 
 #include "platform/client_fixture.h"
 

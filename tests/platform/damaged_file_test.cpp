@@ -1,9 +1,9 @@
 // Files whose content is damaged: the inventory, the property database, the platform tables.
 #include <thread>
 
+#include "controller/platform_tables.h"
+#include "controller/property_database.h"
 #include "platform/media_fixture.h"
-#include "platform/platform_tables.h"
-#include "platform/property_database.h"
 #include "zymdb_cpu_mem.h"
 #include "zymdb_pci_settings.h"
 

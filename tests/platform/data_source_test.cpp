@@ -1,4 +1,4 @@
-#include "client/data_source.h"
+#include "client/engine/data_source.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Filter text in, the engine's text and values out.
-#include "client/dialect.h"
+#include "client/dialect/dialect.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

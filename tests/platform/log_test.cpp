@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/ruvo_log.h"
+#include "controller/ruvo_log.h"
 
 namespace {
 

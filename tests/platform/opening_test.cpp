@@ -11,7 +11,7 @@
 #include <functional>
 #include <iterator>
 
-#include "client/engine.h"
+#include "client/engine/engine.h"
 #include "client/status.h"
 #include "platform/child_process.h"
 #include "support/temporary_folder.h"

@@ -1,4 +1,4 @@
-#include "platform/platform_tables.h"
+#include "controller/platform_tables.h"
 
 #include <gtest/gtest.h>
 

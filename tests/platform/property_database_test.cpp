@@ -1,4 +1,4 @@
-#include "platform/property_database.h"
+#include "controller/property_database.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>

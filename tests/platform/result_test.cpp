@@ -1,4 +1,4 @@
-#include "client/result.h"
+#include "client/result/result.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "client/engine.h"
+#include "client/engine/engine.h"
 #include "client/status.h"
 #include "support/temporary_folder.h"
 

@@ -1,4 +1,4 @@
-#include "client/sqlite/statement_cache.h"
+#include "client/engine/sqlite/statement_cache.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Calls of the client as statements of the engine.
-#include "client/statement.h"
+#include "client/dialect/statement.h"
 
 #include <gtest/gtest.h>
 

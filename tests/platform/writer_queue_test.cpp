@@ -1,4 +1,4 @@
-#include "client/writer_queue.h"
+#include "client/engine/writer_queue.h"
 
 #include <gtest/gtest.h>
 

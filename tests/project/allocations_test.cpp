@@ -8,7 +8,7 @@
 #include <cstring>
 #include <new>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "support/inventory.h"
 #include "zymdb_pci.h"
 #include "zymdb_platform.h"

@@ -18,7 +18,7 @@ def listed(path):
 
 def declared(root):
     """Plain names of the controller interfaces, as the declarations that the library compiles against give them."""
-    headers = ["src/db/database_client.h", *sorted(str(p.relative_to(root)) for p in (root / "src/platform").glob("*.h"))]
+    headers = ["controller/database_client.h", *sorted(str(p.relative_to(root)) for p in (root / "src/platform").glob("*.h"))]
     names = set()
     for header in headers:
         text = re.sub(r"//[^\n]*", "", (root / header).read_text())

@@ -8,10 +8,10 @@ namespace {
 
 int64_t median_of_quarter(const std::vector<int64_t>& samples, size_t quarter) {
   const auto place = [&](size_t of) {
-    return samples.begin() + static_cast<std::ptrdiff_t>(samples.size() * of / 4);
+    return samples.begin() + static_cast<ptrdiff_t>(samples.size() * of / 4);
   };
   std::vector<int64_t> part(place(quarter - 1), place(quarter));
-  const auto middle = part.begin() + static_cast<std::ptrdiff_t>(part.size() / 2);
+  const auto middle = part.begin() + static_cast<ptrdiff_t>(part.size() / 2);
   std::nth_element(part.begin(), middle, part.end());
   return *middle;
 }

@@ -15,7 +15,7 @@
 #include <new>
 #include <thread>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "soak/growth.h"
 #include "soak/process.h"
 #include "soak/work.h"

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "collect/collector.h"
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "faults/operations.h"
 #include "zymdb_network.h"
 #include "zymdb_pci_settings.h"

@@ -14,7 +14,7 @@
 #include <variant>
 #include <vector>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "support/temporary_folder.h"
 
 class InventoryTest : public testing::Test {

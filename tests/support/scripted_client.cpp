@@ -8,10 +8,10 @@
 #include <optional>
 #include <sstream>
 
-#include "platform/bios_configuration.h"
-#include "platform/platform_tables.h"
-#include "platform/property_database.h"
-#include "platform/ruvo_log.h"
+#include "controller/bios_configuration.h"
+#include "controller/platform_tables.h"
+#include "controller/property_database.h"
+#include "controller/ruvo_log.h"
 
 using scripted::Answer;
 using scripted::Cell;

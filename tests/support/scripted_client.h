@@ -15,7 +15,7 @@
 #include <variant>
 #include <vector>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 
 namespace scripted {
 

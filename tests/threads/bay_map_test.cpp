@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstdlib>
 
-#include "platform/property_database.h"
+#include "controller/property_database.h"
 #include "support/inventory.h"
 #include "threads/in_threads.h"
 #include "zymdb_storage.h"

@@ -29,7 +29,7 @@ std::vector<SummaryLine> summary_of(const Outcome& outcome) {
   auto lines = lines_of(outcome.out);
   EXPECT_THAT(lines.at(0), testing::ContainsRegex("^TABLE +INSERTED +UPDATED +REMOVED +UNCHANGED$"));
   std::vector<SummaryLine> summary;
-  for (std::size_t i = 1; i < lines.size(); ++i) {
+  for (size_t i = 1; i < lines.size(); ++i) {
     auto& row = summary.emplace_back();
     std::istringstream(lines[i]) >> row.table >> row.inserted >> row.updated >> row.removed >> row.unchanged;
   }
@@ -49,8 +49,8 @@ TEST(Collect, TheSummaryCountsTheRowsOfEveryTable) {
   ASSERT_EQ(outcome.status, 0) << outcome;
   const auto summary = summary_of(outcome);
   const auto& functions = line_of(summary, "PCIs");
-  EXPECT_EQ(static_cast<std::size_t>(functions.inserted), records(workplace, kListings[2]).size());
-  EXPECT_EQ(static_cast<std::size_t>(line_of(summary, "Processor").inserted),
+  EXPECT_EQ(static_cast<size_t>(functions.inserted), records(workplace, kListings[2]).size());
+  EXPECT_EQ(static_cast<size_t>(line_of(summary, "Processor").inserted),
             records(workplace, kListings[0]).size());
   for (const auto& line : summary) EXPECT_EQ(line.updated + line.removed + line.unchanged, 0) << line.table;
 }
@@ -61,7 +61,7 @@ TEST(Collect, ASecondRunChangesNoRow) {
   const auto bytes = read_file(workplace.inventory());
   const auto second = summary_of(workplace.tool(kCollect));
   ASSERT_EQ(second.size(), first.size());
-  for (std::size_t i = 0; i < first.size(); ++i) {
+  for (size_t i = 0; i < first.size(); ++i) {
     EXPECT_EQ(second[i].unchanged, first[i].inserted) << first[i].table;
     EXPECT_EQ(second[i].inserted + second[i].updated + second[i].removed, 0) << first[i].table;
   }

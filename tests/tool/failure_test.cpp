@@ -62,14 +62,14 @@ TEST(Inventory, ADamagedInventoryIsRefused) {
   const Workplace workplace;
   workplace.collect_example();
   auto content = read_file(workplace.inventory());
-  for (std::size_t i = 100; i < content.size(); ++i) content[i] = static_cast<char>(i * 31);
+  for (size_t i = 100; i < content.size(); ++i) content[i] = static_cast<char>(i * 31);
   write_file(workplace.inventory(), content);
   expect_every_command_fails(workplace, workplace.inventory());
 }
 
 // A part of the hardware must never be taken for the whole.
 TEST(Inventory, ADamagedPageIsToldUnlessTheListingDoesNotNeedIt) {
-  constexpr std::size_t kPage = 4096;
+  constexpr size_t kPage = 4096;
   const Workplace workplace;
   workplace.collect_example();
   const auto sound = read_file(workplace.inventory());
@@ -78,7 +78,7 @@ TEST(Inventory, ADamagedPageIsToldUnlessTheListingDoesNotNeedIt) {
     SCOPED_TRACE(listing);
     const auto whole = workplace.tool({"show", listing, "--json"}).out;
     int told = 0;
-    for (std::size_t page = kPage; page < sound.size(); page += kPage) {
+    for (size_t page = kPage; page < sound.size(); page += kPage) {
       auto content = sound;
       write_file(damaged, content.replace(page, kPage, kPage, '\x55'));
       const auto outcome = workplace.tool({"show", listing, "--json", "--inventory", damaged});

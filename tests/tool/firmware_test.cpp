@@ -112,7 +112,7 @@ class RetimerCommand : public Firmware {
   static constexpr char kProgressPath[] = "/tmp/.rt_upd_state";
   ~RetimerCommand() override { std::filesystem::remove(kProgressPath); }
 
-  std::string request(std::size_t size) const {
+  std::string request(size_t size) const {
     write_file(workplace_.path("request"), std::string(size, 'r'));
     return workplace_.path("request").string();
   }

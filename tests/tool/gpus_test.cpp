@@ -71,7 +71,7 @@ TEST(Cards, AreThoseOfTheLibrary) {
   const Workplace workplace;
   const auto cards = records(workplace, kCards);
   ASSERT_THAT(cards, SizeIs(37));
-  for (std::size_t i = 0; i < cards.size(); ++i) {
+  for (size_t i = 0; i < cards.size(); ++i) {
     EXPECT_THAT(keys_of(cards[i]), ElementsAreArray(declared_fields(kCards)));
     EXPECT_EQ(cards[i].at("CardName"), hc_card_table[i].CardName);
     EXPECT_EQ(cards[i].at("DeviceId"), hc_card_table[i].DeviceId);

@@ -33,7 +33,7 @@ TEST(HostileText, IsWholeInJsonAndHarmlessInTheTable) {
   const auto cells = column(workplace, kListings[0], "VERSION");
   ASSERT_EQ(rows.size(), std::size(kTexts));
   ASSERT_EQ(cells.size(), std::size(kTexts));
-  for (std::size_t i = 0; i < cells.size(); ++i) {
+  for (size_t i = 0; i < cells.size(); ++i) {
     EXPECT_EQ(rows[i].at("Version"), kTexts[i].json);
     EXPECT_EQ(cells[i], kTexts[i].cell);
   }

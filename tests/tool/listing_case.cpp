@@ -53,9 +53,9 @@ Json records(const Workplace& workplace, const ListingCase& listing) {
 bool shows(const std::string& cell, const Json& value) {
   if (value.is_null()) return cell.empty();
   if (value.is_string()) return cell == stripped(value.get<std::string>());
-  std::size_t used = 0;
+  size_t used = 0;
   const int base = cell.starts_with("0x") ? 16 : 10;
-  return !cell.empty() && std::stoull(cell, &used, base) == value.get<std::uint64_t>() && used == cell.size();
+  return !cell.empty() && std::stoull(cell, &used, base) == value.get<uint64_t>() && used == cell.size();
 }
 
 }  // namespace zymdb::test

@@ -83,7 +83,7 @@ TEST_F(Ports, OfSomethingThatIsNoFunctionAreWrongUsage) {
 }
 
 // Every field of the record, and before them the function that has the port.
-void expect_complete_json(const Workplace& workplace, const ListingCase& listing, std::size_t count) {
+void expect_complete_json(const Workplace& workplace, const ListingCase& listing, size_t count) {
   const auto ports = records(workplace, listing);
   ASSERT_EQ(ports.size(), count);
   auto fields = declared_fields(listing);
@@ -107,8 +107,7 @@ TEST_F(Ports, JsonAndTableSayTheSame) {
     for (const auto& [field, first] : ports.at(0).items()) {
       const auto cells = column(workplace_, listing, field);
       ASSERT_EQ(cells.size(), ports.size()) << field;
-      for (std::size_t i = 0; i < cells.size(); ++i)
-        EXPECT_TRUE(shows(cells[i], ports[i].at(field))) << field;
+      for (size_t i = 0; i < cells.size(); ++i) EXPECT_TRUE(shows(cells[i], ports[i].at(field))) << field;
     }
   }
 }

@@ -1,5 +1,5 @@
 // The progress bar, with a clock and a terminal of the test's own.
-#include "progress.h"
+#include "terminal/progress.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ struct ProgressTest : testing::Test {
   std::string screen;
   Progress::Clock::time_point time{};
 
-  Progress make(std::size_t width = 27) {
+  Progress make(size_t width = 27) {
     return Progress([this](std::string_view text) { screen += text; }, width, [this] { return time; });
   }
   void pass(milliseconds duration) { time += duration; }

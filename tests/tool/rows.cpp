@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 
 namespace zymdb::test {
 namespace {

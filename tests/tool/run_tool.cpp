@@ -31,7 +31,7 @@ std::string read_descriptor(int descriptor) {
     const ssize_t size = read(descriptor, block, sizeof block);
     // A terminal whose last program has ended answers EIO.
     if (size <= 0) return text;
-    text.append(block, static_cast<std::size_t>(size));
+    text.append(block, static_cast<size_t>(size));
   }
 }
 

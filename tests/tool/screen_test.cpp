@@ -1,5 +1,5 @@
 // What is drawn on a terminal when a table changes.
-#include "screen.h"
+#include "terminal/screen.h"
 
 #include <gtest/gtest.h>
 

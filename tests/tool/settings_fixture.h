@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "db/database_client.h"
+#include "controller/database_client.h"
 #include "support/parsing_marker.h"
 #include "tool/listing_case.h"
 #include "tool/run_tool.h"

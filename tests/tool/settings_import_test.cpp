@@ -127,7 +127,7 @@ TEST_F(Settings, WithHostileTextsAreStoredByteForByte) {
     given(settings.dump());
     const auto listed = Json::parse(list({"--json"}).out).at("settings");
     ASSERT_EQ(listed.size(), settings.size());
-    for (std::size_t i = 0; i < listed.size(); ++i) {
+    for (size_t i = 0; i < listed.size(); ++i) {
       EXPECT_EQ(listed[i].at("SettingID"), settings[i].at("SettingID"));
       EXPECT_EQ(listed[i].at("SuppressIf"), settings[i].at("SuppressIf"));
     }

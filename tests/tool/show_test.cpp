@@ -42,7 +42,7 @@ TEST_P(Show, EveryCellOfTheTableIsTheValueInJson) {
     SCOPED_TRACE(field);
     const auto cells = column(workplace, GetParam(), field);
     ASSERT_THAT(cells, SizeIs(rows.size()));
-    for (std::size_t i = 0; i < cells.size(); ++i) {
+    for (size_t i = 0; i < cells.size(); ++i) {
       EXPECT_TRUE(shows(cells[i], rows[i].at(field))) << cells[i] << " for " << rows[i].at(field);
     }
   }
@@ -54,15 +54,15 @@ TEST_P(Show, TheTableWithAllColumnsIsMadeOfTheSingleOnes) {
   workplace.collect_example();
   const auto table = lines_of(workplace.tool({"show", GetParam().name, "--columns", "all"}).out);
   ASSERT_GT(table.size(), 1u);
-  std::size_t begin = 0;
+  size_t begin = 0;
   for (const auto& heading : headings(workplace, GetParam())) {
     SCOPED_TRACE(heading);
     const auto cells = column(workplace, GetParam(), heading);
     ASSERT_EQ(cells.size() + 1, table.size());
-    std::size_t width = heading.size();
+    size_t width = heading.size();
     for (const auto& cell : cells) width = std::max(width, cell.size());
     EXPECT_EQ(stripped(table[0].substr(begin, width)), heading);
-    for (std::size_t i = 0; i < cells.size(); ++i) {
+    for (size_t i = 0; i < cells.size(); ++i) {
       EXPECT_EQ(stripped(table[i + 1].substr(std::min(begin, table[i + 1].size()), width)), cells[i]);
     }
     begin += width + 1;
@@ -99,7 +99,7 @@ TEST_P(Show, NoHeadingsLeavesOutTheFirstLineOnly) {
     std::erase(line, ' ');
     return line;
   };
-  for (std::size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(without_blanks(bare[i]), without_blanks(lines[i]));
+  for (size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(without_blanks(bare[i]), without_blanks(lines[i]));
 }
 
 TEST_P(Show, HelpListsEveryColumnAndEveryKey) {

@@ -63,8 +63,8 @@ TEST(Terminal, ColorsAreForTerminalsAndForThoseWhoAsk) {
   }
 }
 
-std::size_t widest_line(const std::string& text) {
-  std::size_t widest = 0;
+size_t widest_line(const std::string& text) {
+  size_t widest = 0;
   for (const auto& line : lines_of(text)) widest = std::max(widest, stripped(line).size());
   return widest;
 }
@@ -73,7 +73,7 @@ TEST(Terminal, TablesAreCutToItsWidth) {
   const Workplace workplace;
   disable_processor(workplace);
   const Words command{"show", "processors", "--color", "never"};
-  for (const std::uint16_t columns : std::initializer_list<std::uint16_t>{60, 80, 100}) {
+  for (const uint16_t columns : std::initializer_list<uint16_t>{60, 80, 100}) {
     const auto table = workplace.tool(command, printing_to(Stream::terminal(columns))).out;
     EXPECT_LE(widest_line(table), columns);
     EXPECT_GT(widest_line(table) + 15, columns);

@@ -55,7 +55,7 @@ class Terminal {
       char block[4096];
       const ssize_t count = read(master_, block, sizeof block);
       if (count <= 0) break;
-      printed.append(block, static_cast<std::size_t>(count));
+      printed.append(block, static_cast<size_t>(count));
     }
     return printed;
   }

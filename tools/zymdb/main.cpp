@@ -4,10 +4,10 @@
 #include <new>
 #include <sstream>
 
-#include "commands.h"
-#include "failure.h"
-#include "log.h"
-#include "terminal.h"
+#include "commands/commands.h"
+#include "terminal/failure.h"
+#include "terminal/log.h"
+#include "terminal/terminal.h"
 
 namespace {
 

@@ -1,0 +1,26 @@
+// The rows of the inventory's tables that describe firmware.
+#ifndef ZYMDB_COLLECT_ROWS_FIRMWARE_ROWS_H
+#define ZYMDB_COLLECT_ROWS_FIRMWARE_ROWS_H
+
+#include <vector>
+
+#include "collect/model/machine.h"
+#include "collect/rows/table_content.h"
+#include "collect/sources/pci/pci_ids.h"
+#include "collect/sources/smbios/smbios_decode.h"
+#include "collect/sources/sysfs/sysfs_firmware.h"
+
+namespace zymdb::collect {
+
+// Firmwares: the components of `machine`'s functions. The collector's rows have software ids of their own,
+// "OS:NVME" and the like; all others belong to whoever reported them. Where no driver could be asked, the
+// functions that only drivers tell of keep the rows that they have.
+TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareComponent>& components,
+                           const PciIds& names, bool drivers_asked);
+
+// EmbeddedDeviceFirmware: the system's firmware, and that of its embedded controller where it tells one.
+TableContent embedded_firmware_rows(const std::vector<SmbiosFirmware>& firmware);
+
+}  // namespace zymdb::collect
+
+#endif

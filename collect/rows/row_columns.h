@@ -1,0 +1,65 @@
+// Which part of a record fills which column of a row.
+#ifndef ZYMDB_COLLECT_ROWS_ROW_COLUMNS_H
+#define ZYMDB_COLLECT_ROWS_ROW_COLUMNS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "collect/rows/table_content.h"
+
+namespace zymdb::collect {
+
+template <typename Record>
+struct Column {
+  ColumnSpec spec;
+  Value (*read)(const Record&);
+};
+
+template <typename T>
+Value number_or_null(const std::optional<T>& number) {
+  return number ? Value::number(*number) : Value();
+}
+
+// The client puts 32 bits at most: the column makes a number of the text, where it is one of numbers.
+inline Value wide_number(uint64_t number) {
+  return Value::text(std::to_string(number));
+}
+
+// The host is one node.
+template <typename Record>
+Value only_node(const Record&) {
+  return Value::number(0);
+}
+
+inline Value text_or_null(const std::optional<std::string>& text) {
+  return text ? Value::text(*text) : Value();
+}
+
+template <typename Record, size_t N>
+TableContent make_content(const char* table, const Column<Record> (&columns)[N]) {
+  TableContent content;
+  content.table = table;
+  for (const auto& column : columns) content.columns.push_back(column.spec);
+  return content;
+}
+
+// Rows whose `column` says so belong to other writers.
+inline void set_owner(TableContent& content, const char* column, bool (*is_foreign)(const std::string*)) {
+  content.owner_column = column;
+  content.is_foreign = is_foreign;
+}
+
+template <typename Record, size_t N>
+void add_row(TableContent& content, const Column<Record> (&columns)[N], const Record& record,
+             bool place_known) {
+  Row row{.values = {}, .place_known = place_known};
+  for (const auto& column : columns) row.values.push_back(column.read(record));
+  content.rows.push_back(std::move(row));
+}
+
+}  // namespace zymdb::collect
+
+#endif

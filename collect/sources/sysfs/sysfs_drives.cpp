@@ -1,0 +1,125 @@
+#include "collect/sources/sysfs/sysfs_drives.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "collect/sources/sysfs/sysfs_ports.h"
+#include "common/source_file.h"
+#include "common/text.h"
+
+namespace zymdb::collect {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uint64_t kSectorSize = 512;  // whatever the disk's own is
+constexpr size_t kPageHeader = 4;      // of the page with the serial number
+
+std::optional<std::string> read_text(const fs::path& file) {
+  const auto content = read_attribute(file.string());
+  return content ? known_text(*content) : std::nullopt;
+}
+
+std::optional<uint64_t> read_capacity(const fs::path& disk) {
+  const auto sectors = read_number((disk / "size").string());
+  if (!sectors || *sectors == 0 || *sectors > UINT64_MAX / kSectorSize) return std::nullopt;
+  return *sectors * kSectorSize;
+}
+
+// The namespaces lie in the folder of their drive.
+std::optional<uint64_t> namespaces_capacity(const fs::path& drive) {
+  std::optional<uint64_t> total;
+  for (const auto& entry : folder_entries(drive).value_or(std::vector<fs::path>{})) {
+    if (!entry.filename().string().starts_with("nvme")) continue;
+    if (const auto capacity = read_capacity(entry)) total = total.value_or(0) + *capacity;
+  }
+  return total;
+}
+
+std::optional<Drive> read_nvme_drive(const fs::path& folder, const HealthReader& health) {
+  const auto function = function_of(folder);
+  if (!function) return std::nullopt;
+  Drive drive;
+  drive.bus = DriveBus::kNvme;
+  drive.name = folder.filename().string();
+  drive.function = *function;
+  drive.model = read_text(folder / "model");
+  drive.serial = read_text(folder / "serial");
+  drive.firmware = read_text(folder / "firmware_rev");
+  drive.capacity = namespaces_capacity(folder);
+  if (health) drive.health = health(drive.name);
+  if (drive.health && drive.health->capacity) drive.capacity = drive.health->capacity;
+  return drive;
+}
+
+// The number after `mark` in a part of the path: 3 of "…/ata3/…" with "ata".
+std::optional<uint16_t> numbered_part(const fs::path& path, std::string_view mark) {
+  for (const auto& part : path) {
+    const std::string name = part.string();
+    if (!name.starts_with(mark)) continue;
+    const auto number = leading_number(std::string_view(name).substr(mark.size()));
+    if (number && *number <= UINT16_MAX) return static_cast<uint16_t>(*number);
+  }
+  return std::nullopt;
+}
+
+// The third number of "0:0:5:0".
+std::optional<uint16_t> target_of(const std::string& name) {
+  const auto channel = name.find(':');
+  const auto target = channel == std::string::npos ? channel : name.find(':', channel + 1);
+  if (target == std::string::npos) return std::nullopt;
+  const auto number = leading_number(std::string_view(name).substr(target + 1));
+  return number && *number <= UINT16_MAX ? std::optional(static_cast<uint16_t>(*number)) : std::nullopt;
+}
+
+std::optional<std::string> read_serial(const fs::path& device) {
+  const auto page = read_attribute((device / "vpd_pg80").string());
+  return page && page->size() > kPageHeader ? known_text(std::string_view(*page).substr(kPageHeader))
+                                            : std::nullopt;
+}
+
+bool is_servers_own(const fs::path& disk, const fs::path& device) {
+  const std::string path = device.string();
+  return read_number((disk / "removable").string()).value_or(0) == 0 &&
+         path.find("/usb") == std::string::npos;
+}
+
+std::optional<Drive> read_disk(const fs::path& disk) {
+  std::error_code error;
+  const fs::path device = fs::canonical(disk / "device", error);
+  if (error || !disk.filename().string().starts_with("sd") || !is_servers_own(disk, device))
+    return std::nullopt;
+  const auto function = function_of(device);
+  if (!function) return std::nullopt;
+  Drive drive;
+  const auto vendor = read_text(device / "vendor");
+  drive.bus = vendor == "ATA" ? DriveBus::kSata : DriveBus::kSas;
+  drive.name = disk.filename().string();
+  drive.function = *function;
+  drive.port = numbered_part(device, "ata");
+  if (!drive.port) drive.port = target_of(device.filename().string());
+  drive.model = read_text(device / "model");
+  if (drive.bus == DriveBus::kSas) drive.maker = vendor;
+  drive.serial = read_serial(device);
+  drive.firmware = read_text(device / "rev");
+  drive.unique_id = read_text(device / "wwid");
+  drive.capacity = read_capacity(disk);
+  drive.rotates = read_number((disk / "queue/rotational").string()).value_or(0) != 0;
+  return drive;
+}
+
+}  // namespace
+
+std::optional<std::vector<Drive>> read_sysfs_drives(const std::string& root, const HealthReader& health) {
+  const auto nvme = folder_entries(fs::path(root) / "class/nvme");
+  const auto disks = folder_entries(fs::path(root) / "block");
+  if (!nvme && !disks) return std::nullopt;
+  std::vector<Drive> drives;
+  for (const auto& folder : nvme.value_or(std::vector<fs::path>{}))
+    if (auto drive = read_nvme_drive(folder, health)) drives.push_back(std::move(*drive));
+  for (const auto& disk : disks.value_or(std::vector<fs::path>{}))
+    if (auto drive = read_disk(disk)) drives.push_back(std::move(*drive));
+  return drives;
+}
+
+}  // namespace zymdb::collect

@@ -1,0 +1,98 @@
+#include "collect/sources/sysfs/sysfs_firmware.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "collect/sources/sysfs/sysfs_ports.h"
+#include "common/source_file.h"
+#include "common/text.h"
+
+namespace zymdb::collect {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kVideoBios = "Video BIOS:";
+
+std::vector<fs::path> entries_of(const fs::path& folder) {
+  return folder_entries(folder).value_or(std::vector<fs::path>{});
+}
+
+std::optional<std::string> read_version(const fs::path& file) {
+  const auto content = read_attribute(file.string());
+  return content ? known_text(*content) : std::nullopt;
+}
+
+// The value on the line of a name in a driver's list of them.
+std::optional<std::string> find_value(std::string_view text, std::string_view name) {
+  const size_t start = text.find(name);
+  if (start == std::string_view::npos) return std::nullopt;
+  text.remove_prefix(start + name.size());
+  return known_text(text.substr(0, text.find('\n')));
+}
+
+class FirmwareReader {
+ public:
+  FirmwareReader(fs::path root, const FirmwareDrivers& drivers) : root_(std::move(root)), drivers_(drivers) {}
+
+  std::vector<FirmwareComponent> read() {
+    read_class("nvme", FirmwareKind::kNvme, "firmware_rev");
+    read_class("infiniband", FirmwareKind::kFabric, "fw_ver");
+    if (drivers_.network) read_interfaces();
+    for (const fs::path& folder : entries_of(root_ / "bus/pci/devices")) read_function(folder);
+    for (const fs::path& folder : entries_of(drivers_.nvidia_folder)) read_nvidia_card(folder);
+    return std::move(components_);
+  }
+
+ private:
+  // A function with several interfaces or devices has but one firmware for them.
+  void add(const std::optional<PciAddress>& function, FirmwareKind kind,
+           const std::optional<std::string>& version) {
+    const bool is_known = std::ranges::any_of(components_, [&](const FirmwareComponent& component) {
+      return component.function == function && component.kind == kind;
+    });
+    if (function && version && !is_known) components_.push_back({*function, kind, version});
+  }
+
+  void read_class(const char* name, FirmwareKind kind, const char* attribute) {
+    for (const fs::path& folder : entries_of(root_ / "class" / name))
+      add(function_of(folder), kind, read_version(folder / attribute));
+  }
+
+  void read_interfaces() {
+    for (const fs::path& folder : entries_of(root_ / "class/net")) {
+      if (const auto function = function_of(folder))
+        add(function, FirmwareKind::kNetwork, drivers_.network(folder.filename().string()));
+    }
+  }
+
+  void read_function(const fs::path& folder) {
+    const auto function = parse_pci_address(folder.filename().string());
+    add(function, FirmwareKind::kVideo, read_version(folder / "vbios_version"));
+    std::error_code error;
+    if (function && fs::exists(folder / "rom", error))
+      components_.push_back({*function, FirmwareKind::kOptionRom, std::nullopt});
+  }
+
+  void read_nvidia_card(const fs::path& folder) {
+    const auto information = read_attribute((folder / "information").string());
+    if (information)
+      add(parse_pci_address(folder.filename().string()), FirmwareKind::kVideo,
+          find_value(*information, kVideoBios));
+  }
+
+  fs::path root_;
+  const FirmwareDrivers& drivers_;
+  std::vector<FirmwareComponent> components_;
+};
+
+}  // namespace
+
+std::vector<FirmwareComponent> read_sysfs_firmware(const std::string& root, const FirmwareDrivers& drivers) {
+  return FirmwareReader(root, drivers).read();
+}
+
+}  // namespace zymdb::collect

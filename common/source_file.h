@@ -1,0 +1,39 @@
+// Reading the files that describe a machine, and saying what is wrong with them.
+#ifndef ZYMDB_COMMON_SOURCE_FILE_H
+#define ZYMDB_COMMON_SOURCE_FILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zymdb {
+
+// A source that cannot be used. Its text is one line: the file, the line or offset, and the reason.
+class SourceError : public std::runtime_error {
+ public:
+  SourceError(std::string_view file, std::string_view reason);
+
+  static SourceError at_line(std::string_view file, size_t line, std::string_view reason);
+  static SourceError at_offset(std::string_view file, size_t offset, std::string_view reason);
+};
+
+// The whole file; throws SourceError when it cannot be read or is larger than any source is (64 MiB).
+std::string read_source(const std::string& path);
+
+// The same for the attribute files of sysfs, which come and go; nothing when it cannot be read.
+std::optional<std::string> read_attribute(const std::string& path);
+
+// The number that an attribute file holds, in decimal or with a "0x" prefix; text after it is ignored.
+std::optional<uint64_t> read_number(const std::string& path);
+
+// The entries of a folder, by name; nothing when it cannot be read.
+std::optional<std::vector<std::filesystem::path>> folder_entries(const std::filesystem::path& folder);
+
+}  // namespace zymdb
+
+#endif

@@ -1,0 +1,147 @@
+#include "common/text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace zymdb {
+namespace {
+
+// Lower case. What firmware leaves in a text that nobody filled in.
+constexpr std::string_view kPlaceholders[] = {
+    "to be filled by o.e.m.",
+    "to be filled by oem",
+    "to be filled by o.e.m",
+    "default string",
+    "not specified",
+    "not provided",
+    "not available",
+    "not applicable",
+    "not present",
+    "no dimm",
+    "n/a",
+    "na",
+    "unknown",
+    "none",
+    "null",
+    "undefined",
+    "unspecified",
+    "invalid",
+    "empty",
+    "oem",
+    "o.e.m.",
+    "<bad index>",
+    "system serial number",
+    "asset tag",
+    "no asset tag",
+    "part number",
+    "serial number",
+    "asset tag#",
+    "0123456789",
+    "fill by oem",
+    "filled by o.e.m.",
+    "unknow",
+};
+
+constexpr bool is_blank(char c) {
+  return static_cast<unsigned char>(c) <= ' ' || c == '\x7f';
+}
+
+bool is_filler(char c) {
+  return std::string_view(".-_*#?xX0 \xff").find(c) != std::string_view::npos;
+}
+
+bool is_placeholder(std::string_view text) {
+  const std::string lower = lower_case(text);
+  return std::ranges::find(kPlaceholders, lower) != std::end(kPlaceholders);
+}
+
+// Rows of one filler character: "........", "--", "0000". A single "0" or "X" may mean something.
+bool is_filler_row(std::string_view text) {
+  const bool one_character = text.find_first_not_of(text.front()) == std::string_view::npos;
+  const bool punctuation = text.find_first_not_of(".-_*#? ") == std::string_view::npos;
+  return punctuation || (one_character && is_filler(text.front()) && text.size() > 1);
+}
+
+// The length of the UTF-8 character that `text` starts with; 0 when it is none.
+size_t utf8_length(std::string_view text) {
+  const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char first = byte(0);
+  if (first < 0x80) return 1;
+  const size_t length = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF5 ? 4 : 0;
+  if (length > text.size()) return 0;
+  for (size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) return 0;
+  }
+  const bool overlong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xF0 && byte(1) < 0x90);
+  const bool surrogate = first == 0xED && byte(1) >= 0xA0;
+  const bool beyond = first == 0xF4 && byte(1) >= 0x90;
+  return overlong || surrogate || beyond ? 0 : length;
+}
+
+std::string printable(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const size_t length = utf8_length(text);
+    const bool kept = length > 1 || (length == 1 && !(is_blank(text.front()) && text.front() != ' '));
+    result.append(kept ? text.substr(0, length) : "?");
+    text.remove_prefix(std::max<size_t>(length, 1));
+  }
+  return result;
+}
+
+}  // namespace
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::string lower_case(std::string_view text) {
+  std::string result(text);
+  std::ranges::transform(result, result.begin(),
+                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return result;
+}
+
+std::string hex_text(uint64_t number) {
+  std::array<char, 16> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
+  std::string result(digits.data(), end);
+  std::ranges::transform(result, result.begin(),
+                         [](char c) { return c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c; });
+  return "0x" + result;
+}
+
+std::optional<uint64_t> leading_number(std::string_view text) {
+  text = trimmed(text);
+  const bool hex = text.starts_with("0x") || text.starts_with("0X");
+  if (hex) text.remove_prefix(2);
+  uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, hex ? 16 : 10);
+  if (error != std::errc{} || end == text.data()) return std::nullopt;
+  return number;
+}
+
+std::optional<uint32_t> hex_number(std::string_view digits) {
+  uint32_t number = 0;
+  const char* const last = digits.data() + digits.size();
+  const auto [end, error] = std::from_chars(digits.data(), last, number, 16);
+  if (digits.empty() || digits.size() > 8 || error != std::errc{} || end != last) return std::nullopt;
+  return number;
+}
+
+std::string_view cut(std::string_view text, size_t size) {
+  if (text.size() <= size) return text;
+  while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80) --size;
+  return text.substr(0, size);
+}
+
+std::optional<std::string> known_text(std::string_view text) {
+  text = trimmed(text.substr(0, text.find('\0')));
+  if (text.empty() || is_placeholder(text) || is_filler_row(text)) return std::nullopt;
+  return printable(text);
+}
+
+}  // namespace zymdb

@@ -1,0 +1,37 @@
+// Small rules for texts that firmware and drivers wrote.
+#ifndef ZYMDB_COMMON_TEXT_H
+#define ZYMDB_COMMON_TEXT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zymdb {
+
+// Without white space and control characters at both ends.
+std::string_view trimmed(std::string_view text);
+
+std::string lower_case(std::string_view text);
+
+// "0x" and upper-case digits.
+std::string hex_text(uint64_t number);
+
+// The number at the start, decimal or with a "0x" prefix; nothing when there is none or it exceeds 64 bits.
+std::optional<uint64_t> leading_number(std::string_view text);
+
+// A hexadecimal number without prefix, of at most 8 digits and nothing else.
+std::optional<uint32_t> hex_number(std::string_view digits);
+
+// Cut to `size` bytes, never inside a UTF-8 character.
+std::string_view cut(std::string_view text, size_t size);
+
+// The text trimmed and with control characters and invalid UTF-8 replaced by "?"; nothing when firmware
+// filled it with a placeholder ("To Be Filled By O.E.M.", "Not Specified", "N/A", "--", rows of dots,
+// blanks).
+std::optional<std::string> known_text(std::string_view text);
+
+}  // namespace zymdb
+
+#endif

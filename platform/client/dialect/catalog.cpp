@@ -1,0 +1,33 @@
+#include "client/dialect/catalog.h"
+
+#include <cstdint>
+
+namespace zymdb::client {
+
+// FNV-1a; one bit makes letters of either case alike, and a few other characters, which does no harm.
+size_t WordHash::operator()(std::string_view word) const {
+  uint64_t hash = 14695981039346656037U;
+  for (const char c : word) hash = (hash ^ static_cast<unsigned char>(c | 0x20)) * 1099511628211U;
+  return static_cast<size_t>(hash);
+}
+
+void Table::add_column(std::string name) {
+  places_.emplace(name, columns_.size());
+  columns_.push_back(std::move(name));
+}
+
+const std::string* Table::column(std::string_view word) const {
+  const auto place = places_.find(word);
+  return place == places_.end() ? nullptr : &columns_[place->second];
+}
+
+void Catalog::add_column(const std::string& table, std::string column) {
+  tables_.try_emplace(table, table).first->second.add_column(std::move(column));
+}
+
+const Table* Catalog::table(std::string_view word) const {
+  const auto found = tables_.find(word);
+  return found == tables_.end() ? nullptr : &found->second;
+}
+
+}  // namespace zymdb::client

@@ -1,0 +1,255 @@
+#include "client/dialect/dialect.h"
+
+#include <algorithm>
+#include <array>
+
+#include "client/dialect/words.h"
+#include "client/status.h"
+
+namespace zymdb::client {
+namespace {
+
+constexpr size_t kMaxNesting = 50;
+constexpr size_t kMaxArguments = 30000;
+
+enum class Clause : uint8_t { kCondition, kSelectList, kFrom, kTail };
+
+class Translator {
+ public:
+  Translator(const Catalog& catalog, Translation& out) : catalog_(catalog), out_(out) {}
+
+  int run(std::string_view text, const Table* table, Clause start);
+
+ private:
+  bool read_tokens(std::string_view text);
+  bool collect_tables();
+  bool translate(const Token& token, const Token& next);
+  bool translate_word(const Token& word, const Token& next);
+  bool translate_operator(const Token& token);
+  void turn(const Keyword& keyword);
+  void number(const Token& token);
+  std::string_view unescape(const Token& token);
+  const std::string* find_column(std::string_view word) const;
+
+  void emit(std::string_view text) { out_.shape.append(text).push_back(' '); }
+  bool emit_name(std::string_view name);
+  bool lift(const Argument& argument);
+  bool refuse(std::string_view reason, int status = ZYM_DB_STATUS_ERROR);
+
+  const Catalog& catalog_;
+  Translation& out_;
+  const Table* table_ = nullptr;
+  std::vector<const Table*> more_tables_;
+  std::array<Clause, kMaxNesting + 1> clauses_{};
+  size_t depth_ = 0;
+  int status_ = 0;
+};
+
+int Translator::run(std::string_view text, const Table* table, Clause start) {
+  out_.clear();
+  table_ = table;
+  clauses_[0] = start;
+  if (!read_tokens(text) || !collect_tables()) return status_;
+  for (size_t i = 0; i + 1 < out_.tokens.size(); ++i) {
+    if (!translate(out_.tokens[i], out_.tokens[i + 1])) return status_;
+  }
+  if (depth_ != 0) refuse("a parenthesis is not closed");
+  return status_;
+}
+
+bool Translator::read_tokens(std::string_view text) {
+  Lexer lexer(text);
+  do {
+    out_.tokens.push_back(lexer.next());
+    if (out_.tokens.back().kind == TokenKind::kInvalid) return refuse(out_.tokens.back().text);
+    // Views of unescaped texts stay valid: the storage never grows beyond what is reserved here.
+    if (out_.tokens.back().quote != 0) out_.unescaped.reserve(text.size());
+  } while (out_.tokens.back().kind != TokenKind::kEnd);
+  if (out_.tokens.size() == 1) return refuse("an empty condition or statement");
+  return true;
+}
+
+// A sub-select names its columns before its table.
+bool Translator::collect_tables() {
+  for (size_t i = 0; i + 1 < out_.tokens.size(); ++i) {
+    if (out_.tokens[i].kind != TokenKind::kWord || !same_word(out_.tokens[i].text, "FROM")) continue;
+    const Token& name = out_.tokens[i + 1];
+    const Table* table = name.kind == TokenKind::kWord ? catalog_.table(name.text) : nullptr;
+    if (table == nullptr) return refuse("no such table after FROM");
+    more_tables_.push_back(table);
+  }
+  return true;
+}
+
+bool Translator::translate(const Token& token, const Token& next) {
+  switch (token.kind) {
+    case TokenKind::kWord:
+      return translate_word(token, next);
+    case TokenKind::kInteger:
+    case TokenKind::kReal:
+      number(token);
+      return status_ == 0;
+    case TokenKind::kText:
+      return lift(Argument::of(token.quote != 0 ? unescape(token) : token.text));
+    case TokenKind::kPlaceholder: {
+      Argument argument;
+      argument.type = Argument::Type::kPlaceholder;
+      return lift(argument);
+    }
+    default:
+      return translate_operator(token);
+  }
+}
+
+bool Translator::translate_word(const Token& word, const Token& next) {
+  if (const Keyword* keyword = find_keyword(word.text)) {
+    turn(*keyword);
+    return true;
+  }
+  if (next.is('(')) {
+    const Function* function = find_word(kFunctions, word.text);
+    if (function == nullptr) return refuse("an unknown function");
+    emit(function->text);
+    return true;
+  }
+  if (clauses_[depth_] == Clause::kFrom) {
+    const Table* table = catalog_.table(word.text);
+    return table != nullptr ? emit_name(table->name()) : refuse("an unknown table");
+  }
+  if (const std::string* column = find_column(word.text)) return emit_name(*column);
+  if (clauses_[depth_] != Clause::kCondition) return refuse("an unknown column");
+  return lift(Argument::of(word.text));
+}
+
+bool Translator::translate_operator(const Token& token) {
+  if (token.is('(')) {
+    if (depth_ == kMaxNesting) return refuse("parentheses nest too deep", kStatusTooLarge);
+    ++depth_;
+    clauses_[depth_] = clauses_[depth_ - 1];
+  } else if (token.is(')')) {
+    if (depth_ == 0) return refuse("a parenthesis was never opened");
+    --depth_;
+  }
+  emit(token.text);
+  return true;
+}
+
+void Translator::turn(const Keyword& keyword) {
+  Clause& clause = clauses_[depth_];
+  switch (keyword.turn) {
+    case Turn::kNone:
+      break;
+    case Turn::kSelect:
+      clause = Clause::kSelectList;
+      break;
+    case Turn::kFrom:
+      clause = Clause::kFrom;
+      break;
+    case Turn::kCondition:
+      clause = Clause::kCondition;
+      break;
+    case Turn::kGroup:
+      clause = Clause::kTail;
+      out_.grouped |= depth_ == 0;
+      break;
+    case Turn::kTail:
+      clause = Clause::kTail;
+      if (depth_ == 0) out_.tail = std::min(out_.tail, out_.shape.size());
+      break;
+  }
+  emit(keyword.text);
+}
+
+void Translator::number(const Token& token) {
+  if (clauses_[depth_] == Clause::kTail) return emit(token.text);
+  Argument argument = Argument::of(token.integer);
+  if (token.kind == TokenKind::kReal) {
+    argument.type = Argument::Type::kReal;
+    argument.real = token.real;
+  }
+  lift(argument);
+}
+
+std::string_view Translator::unescape(const Token& token) {
+  const size_t begin = out_.unescaped.size();
+  for (size_t i = 0; i < token.text.size(); ++i) {
+    out_.unescaped.push_back(token.text[i]);
+    if (token.text[i] == token.quote) ++i;
+  }
+  return std::string_view(out_.unescaped).substr(begin);
+}
+
+const std::string* Translator::find_column(std::string_view word) const {
+  const std::string* column = table_ != nullptr ? table_->column(word) : nullptr;
+  for (size_t i = 0; column == nullptr && i < more_tables_.size(); ++i)
+    column = more_tables_[i]->column(word);
+  return column;
+}
+
+bool Translator::emit_name(std::string_view name) {
+  append_identifier(out_.shape, name);
+  out_.shape.push_back(' ');
+  return true;
+}
+
+bool Translator::lift(const Argument& argument) {
+  if (out_.arguments.size() == kMaxArguments) return refuse("too many values", kStatusTooLarge);
+  out_.arguments.push_back(argument);
+  emit("?");
+  return true;
+}
+
+bool Translator::refuse(std::string_view reason, int status) {
+  out_.reason = reason;
+  status_ = status;
+  return false;
+}
+
+}  // namespace
+
+Argument Argument::of(int64_t value) {
+  Argument argument;
+  argument.type = Type::kInteger;
+  argument.integer = value;
+  return argument;
+}
+
+Argument Argument::of(std::string_view value) {
+  Argument argument;
+  argument.type = Type::kText;
+  argument.text = value;
+  return argument;
+}
+
+void Translation::clear() {
+  shape.clear();
+  arguments.clear();
+  tail = std::string::npos;
+  grouped = false;
+  reason = {};
+  tokens.clear();
+  unescaped.clear();
+}
+
+int translate_condition(const Catalog& catalog, const Table& table, std::string_view text, Translation& out) {
+  return Translator(catalog, out).run(text, &table, Clause::kCondition);
+}
+
+int translate_select(const Catalog& catalog, std::string_view text, Translation& out) {
+  const Token first = Lexer(text).next();
+  if (first.kind != TokenKind::kWord || !same_word(first.text, "SELECT")) {
+    out.clear();
+    out.reason = "not a SELECT";
+    return ZYM_DB_STATUS_ERROR;
+  }
+  return Translator(catalog, out).run(text, nullptr, Clause::kSelectList);
+}
+
+void append_identifier(std::string& sql, std::string_view name) {
+  sql.push_back('"');
+  for (size_t quote; (quote = name.find('"')) != name.npos; name.remove_prefix(quote + 1))
+    sql.append(name.substr(0, quote)).append("\"\"");
+  sql.append(name).push_back('"');
+}
+
+}  // namespace zymdb::client

@@ -1,0 +1,82 @@
+#include "client/engine/sqlite/guard.h"
+
+#include <thread>
+
+#include "client/dialect/dialect.h"
+
+namespace zymdb::client::sqlite {
+namespace {
+
+// Virtual machine instructions between two looks at the clock: well below a millisecond.
+constexpr int kInstructions = 10000;
+
+// Short, so that another process's writers, which lock for about the time of one flush, cannot starve ours.
+constexpr std::chrono::microseconds kWait{700};
+
+std::string_view text(const char* value) {
+  return value != nullptr ? value : "";
+}
+
+bool is_internal_table(std::string_view table) {
+  return table.starts_with("sqlite_");
+}
+
+}  // namespace
+
+void Guard::attach(sqlite3* database) {
+  sqlite3_set_authorizer(database, authorize, this);
+  sqlite3_progress_handler(database, kInstructions, check_time, this);
+  sqlite3_busy_handler(database, wait_for_writer, this);
+}
+
+void Guard::watch(Request::Kind kind, std::string_view table) {
+  watching_ = true;
+  kind_ = kind;
+  table_ = table;
+  started_ = {};
+}
+
+int Guard::authorize(void* self, int action, const char* first, const char* second, const char*,
+                     const char*) {
+  return static_cast<Guard*>(self)->allows(action, text(first), text(second)) ? SQLITE_OK : SQLITE_DENY;
+}
+
+bool Guard::allows(int action, std::string_view first, std::string_view second) const {
+  if (!watching_) return true;
+  switch (action) {
+    case SQLITE_SELECT:
+      return true;
+    case SQLITE_READ:
+      return !is_internal_table(first);
+    case SQLITE_FUNCTION:
+      return second == "like" || is_function(second);
+    case SQLITE_INSERT:
+      return kind_ == Request::Kind::kInsert && first == table_;
+    case SQLITE_UPDATE:
+      return kind_ == Request::Kind::kUpdate && first == table_;
+    case SQLITE_DELETE:
+      return kind_ == Request::Kind::kDelete && first == table_;
+    default:
+      return false;
+  }
+}
+
+// The clock starts with the first look: a statement that ends before it never pays for one.
+int Guard::check_time(void* self) {
+  auto& guard = *static_cast<Guard*>(self);
+  if (!guard.watching_) return 0;
+  const auto now = Clock::now();
+  if (guard.started_ == Clock::time_point{}) guard.started_ = now;
+  return now - guard.started_ > guard.limits_.statement;
+}
+
+int Guard::wait_for_writer(void* self, int tries) {
+  auto& guard = *static_cast<Guard*>(self);
+  const auto now = Clock::now();
+  if (tries == 0) guard.waiting_since_ = now;
+  if (now - guard.waiting_since_ > guard.limits_.writer) return 0;
+  std::this_thread::sleep_for(kWait);
+  return 1;
+}
+
+}  // namespace zymdb::client::sqlite

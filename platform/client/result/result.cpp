@@ -1,0 +1,118 @@
+#include "client/result/result.h"
+
+#include <charconv>
+#include <iterator>
+
+#include "client/dialect/catalog.h"
+#include "zymdb_db.h"
+
+namespace zymdb::client {
+namespace {
+
+constexpr size_t kSmallResult = 512 * 1024;
+
+}  // namespace
+
+void Result::start(ColumnNames names, size_t limit) {
+  names_ = std::move(names);
+  columns_ = static_cast<uint32_t>(names_->size());
+  limit_ = std::min<size_t>(limit, kLongest);
+  room_ = std::min(limit_, bytes_.capacity());
+  bytes_.clear();
+  rows_ = 0;
+  next_found_ = 0;
+  reset();
+}
+
+bool Result::grow(size_t size) {
+  if (size > limit_ - std::min(limit_, bytes_.size())) return false;
+  bytes_.reserve(size);
+  room_ = std::min(limit_, bytes_.capacity());
+  return true;
+}
+
+int Result::step() {
+  row_ = nullptr;
+  if (next_ == bytes_.size()) return ZYM_DB_STATUS_DONE;
+  row_ = bytes_.data() + next_;
+  next_ += load<RowSize>(row_);
+  return ZYM_DB_STATUS_ROW;
+}
+
+void Result::reset() {
+  next_ = 0;
+  row_ = nullptr;
+}
+
+std::string_view Result::bytes(Cell cell, char (&buffer)[kNumberSize]) const {
+  const auto written = [&](std::to_chars_result end) { return std::string_view(buffer, end.ptr); };
+  switch (cell.type) {
+    case Type::kText:
+    case Type::kBlob:
+      return bytes(cell);
+    case Type::kNarrowInteger:
+      return written(std::to_chars(buffer, std::end(buffer), static_cast<int32_t>(cell.value)));
+    case Type::kInteger:
+      return written(std::to_chars(buffer, std::end(buffer), load<int64_t>(row_ + cell.value)));
+    case Type::kReal:
+      return written(std::to_chars(buffer, std::end(buffer), load<double>(row_ + cell.value),
+                                   std::chars_format::general, 15));
+    default:
+      return {};
+  }
+}
+
+int Result::read_other_text(Cell cell, char* text, size_t size) const {
+  text[0] = 0;
+  if (cell.type == Type::kBlob) return ZYM_DB_STATUS_ERROR;
+  char number[kNumberSize];
+  const std::string_view value = bytes(cell, number);
+  if (value.data() == nullptr) return ZYM_DB_STATUS_ERROR;
+  copy_text(value, text, size);
+  return 0;
+}
+
+int Result::read_blob(int column, void* data, size_t size) const {
+  Cell cell;
+  if (!find(column, cell) || (cell.type != Type::kBlob && cell.type != Type::kText))
+    return ZYM_DB_STATUS_ERROR;
+  const std::string_view value = bytes(cell);
+  if (const size_t length = std::min(value.size(), size); length != 0)
+    std::memcpy(data, value.data(), length);
+  return 0;
+}
+
+int Result::read_bytes(int column, int* length) const {
+  Cell cell;
+  char number[kNumberSize];
+  if (!find(column, cell)) return ZYM_DB_STATUS_ERROR;
+  const std::string_view value = bytes(cell, number);
+  if (value.data() == nullptr) return ZYM_DB_STATUS_ERROR;
+  *length = static_cast<int>(value.size());
+  return 0;
+}
+
+int Result::read_is_null(int column, int* is_null) const {
+  Cell cell;
+  if (!find(column, cell)) return ZYM_DB_STATUS_ERROR;
+  *is_null = cell.type == Type::kNull || cell.type == Type::kEmptyAggregate;
+  return 0;
+}
+
+// Most callers write a name as the schema does.
+int Result::search(std::string_view name) const {
+  const std::vector<std::string>& names = *names_;
+  for (uint32_t tried = 0; tried < columns_; ++tried) {
+    const uint32_t place = (next_found_ + tried) % columns_;
+    if (names[place] != name && !same_word(names[place], name)) continue;
+    next_found_ = place + 1;
+    return static_cast<int>(place);
+  }
+  return -1;
+}
+
+bool Result::is_small() const {
+  return bytes_.capacity() <= kSmallResult;
+}
+
+}  // namespace zymdb::client

@@ -1,0 +1,112 @@
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "collect/collector.h"
+#include "commands/commands.h"
+#include "show/inventory.h"
+#include "terminal/failure.h"
+#include "terminal/progress.h"
+#include "terminal/table.h"
+#include "terminal/terminal.h"
+
+namespace zymdb::tool {
+namespace {
+
+constexpr char kFooter[] =
+    "Without --lspci, --smbios and --sysfs it is this machine that is looked at; as soon as one of them is\n"
+    "given, only what is given is. What no source describes stays in the inventory as it is. All changes "
+    "are\n"
+    "made at once: others see the inventory as it was or as it is afterwards, and after a failure as it "
+    "was.\n"
+    "\n"
+    "Examples:\n"
+    "  zymdb collect                                        this machine (as root: SMBIOS, VPD)\n"
+    "  zymdb collect --lspci server.lspci --smbios server.smbios --inventory server.db\n"
+    "\n"
+    "Recording a machine:\n"
+    "  lspci -xxxx >server.lspci && dmidecode --dump-bin server.smbios";
+
+using collect::TableSummary;
+
+Value table_name(const TableSummary& summary) {
+  return std::string(summary.table);
+}
+
+template <size_t TableSummary::*Count>
+constexpr Column<TableSummary> count(const char* heading) {
+  return field<TableSummary, Count>(heading, heading, "", Shown::kByDefault);
+}
+
+constexpr Column<TableSummary> kSummary[] = {
+    derived<TableSummary>("TABLE", "", Shown::kByDefault, table_name),
+    count<&TableSummary::inserted>("INSERTED"),
+    count<&TableSummary::updated>("UPDATED"),
+    count<&TableSummary::removed>("REMOVED"),
+    count<&TableSummary::unchanged>("UNCHANGED"),
+};
+
+void write_to_stderr(std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
+collect::Observer observe(std::optional<Progress>& progress) {
+  if (stderr_is_terminal()) progress.emplace(write_to_stderr, stderr_width());
+  return {.notice =
+              [&progress](std::string_view line) {
+                if (progress) progress->clear();
+                complain(line);
+              },
+          .progress =
+              [&progress](size_t done, size_t total) {
+                if (progress) progress->update(done, total);
+              }};
+}
+
+collect::Summary collect_observed(const collect::Sources& sources) {
+  std::optional<Progress> progress;
+  return collect::collect_inventory(sources, observe(progress));
+}
+
+// A folder that lacks a source costs a notice; a folder that is not there is a slip of the user's.
+void require_folder(const std::string& path) {
+  std::error_code ignored;
+  if (path.empty() || std::filesystem::is_directory(path, ignored)) return;
+  throw Failure(path + ": there is no such folder");
+}
+
+void run(const collect::Sources& sources, bool quiet) {
+  require_folder(sources.sysfs);
+  const auto summary = quiet ? collect::collect_inventory(sources) : collect_observed(sources);
+  if (!summary.ok()) throw Failure(with_logged_error(summary.error));
+  if (!quiet) write_output(render_table(make_sheet<TableSummary>(kSummary, summary.tables), {}));
+}
+
+}  // namespace
+
+void add_collect(CommandTree& tree) {
+  auto& command = *tree.app.add_subcommand("collect", "Fill the inventory with the hardware of a machine");
+  command.footer(kFooter);
+  const auto sources = std::make_shared<collect::Sources>();
+  const auto quiet = std::make_shared<bool>(false);
+  command
+      .add_option("--lspci", sources->lspci, "A recorded machine: PCI functions as `lspci -xxxx` prints them")
+      ->type_name(kFileType);
+  command
+      .add_option("--smbios", sources->smbios,
+                  "A recorded machine: tables as `dmidecode --dump-bin` writes them")
+      ->type_name(kFileType);
+  command.add_option("--sysfs", sources->sysfs, "A recorded machine: the root of a copy of /sys")
+      ->type_name(kFolderType);
+  add_pci_ids_option(command, sources->pci_ids);
+  command.add_flag("--quiet", *quiet, "Print neither notices nor a summary");
+  command.callback([sources, quiet] { run(*sources, *quiet); });
+}
+
+void add_pci_ids_option(CLI::App& command, std::string& path) {
+  command.add_option("--pci-ids", path, "Names of PCI vendors, devices and classes")
+      ->type_name(kFileType)
+      ->capture_default_str();
+}
+
+}  // namespace zymdb::tool

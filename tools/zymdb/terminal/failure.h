@@ -1,0 +1,20 @@
+// How a command ends early. Nothing here crosses into the library: it is caught in main().
+#ifndef ZYMDB_TOOL_TERMINAL_FAILURE_H
+#define ZYMDB_TOOL_TERMINAL_FAILURE_H
+
+#include <stdexcept>
+
+namespace zymdb::tool {
+
+// The command could not do its work. The message is one line, without the program's name.
+class Failure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Whoever read standard output has closed it, and so has what it wanted.
+struct ReaderGone {};
+
+}  // namespace zymdb::tool
+
+#endif

@@ -1,0 +1,106 @@
+#include "terminal/table.h"
+
+#include <libsmartcols.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace zymdb::tool {
+namespace {
+
+struct TableRelease {
+  void operator()(libscols_table* table) const { scols_unref_table(table); }
+};
+using Table = std::unique_ptr<libscols_table, TableRelease>;
+
+struct TextRelease {
+  void operator()(char* text) const { std::free(text); }
+};
+
+// The table library's calls fail for want of memory only.
+template <class T>
+T* require(T* made) {
+  if (made == nullptr) throw std::bad_alloc();
+  return made;
+}
+
+void require_ok(int result) {
+  if (result != 0) throw std::bad_alloc();
+}
+
+const char* color_of(Tone tone) {
+  switch (tone) {
+    case Tone::kFaint:
+      return "\033[2m";
+    case Tone::kWarning:
+      return "\033[33m";
+    case Tone::kPlain:
+      break;
+  }
+  return nullptr;
+}
+
+int flags_of(Kind kind) {
+  switch (kind) {
+    case Kind::kNumber:
+      return SCOLS_FL_RIGHT;
+    case Kind::kLongText:
+      return SCOLS_FL_TRUNC;
+    case Kind::kText:
+      break;
+  }
+  return 0;
+}
+
+std::string cell_text(const ColumnInfo& column, const Value& value) {
+  if (const auto* text = std::get_if<std::string>(&value)) return *text;
+  if (const auto* number = std::get_if<int64_t>(&value)) return std::to_string(*number);
+  const auto number = static_cast<unsigned long long>(std::get<uint64_t>(value));
+  if (column.hex_digits == 0) return std::to_string(number);
+  char hex[20];
+  std::snprintf(hex, sizeof hex, "0x%0*llx", static_cast<int>(column.hex_digits), number);
+  return hex;
+}
+
+void add_columns(libscols_table* table, const std::vector<ColumnInfo>& columns) {
+  for (const auto& column : columns) {
+    require(scols_table_new_column(table, column.heading, 0, flags_of(column.kind)));
+  }
+}
+
+void add_row(libscols_table* table, const Sheet& sheet, const std::vector<Cell>& row) {
+  auto* line = require(scols_table_new_line(table, nullptr));
+  for (size_t i = 0; i < row.size(); ++i) {
+    auto* cell = require(scols_line_get_cell(line, i));
+    require_ok(scols_cell_set_data(cell, cell_text(sheet.columns[i], row[i].value).c_str()));
+    require_ok(scols_cell_set_color(cell, color_of(row[i].tone)));
+  }
+}
+
+std::string print(libscols_table* table) {
+  char* text = nullptr;
+  require_ok(scols_print_table_to_string(table, &text));
+  const std::unique_ptr<char, TextRelease> owner(require(text));
+  return std::string(text) + "\n";
+}
+
+}  // namespace
+
+std::string render_table(const Sheet& sheet, const TableStyle& style) {
+  const bool empty = sheet.rows.empty();
+  if (empty && !style.headings) return {};
+  const Table table(require(scols_new_table()));
+  scols_table_enable_noheadings(table.get(), style.headings ? 0 : 1);
+  scols_table_enable_colors(table.get(), style.colors ? 1 : 0);
+  add_columns(table.get(), sheet.columns);
+  for (const auto& row : sheet.rows) add_row(table.get(), sheet, row);
+  // A table without lines would be printed without its headings: give it a blank line, and take that away.
+  if (empty) add_row(table.get(), sheet, {});
+  auto text = print(table.get());
+  if (empty) text.erase(text.find('\n') + 1);
+  return text;
+}
+
+}  // namespace zymdb::tool

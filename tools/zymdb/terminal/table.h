@@ -1,0 +1,22 @@
+// Tables for people, aligned and cut to the terminal.
+#ifndef ZYMDB_TOOL_TERMINAL_TABLE_H
+#define ZYMDB_TOOL_TERMINAL_TABLE_H
+
+#include <string>
+
+#include "show/listing.h"
+
+namespace zymdb::tool {
+
+struct TableStyle {
+  bool headings = true;
+  bool colors = false;
+};
+
+// On a terminal the lines are as long as it is wide, and texts that do not fit are cut; elsewhere everything
+// is printed in full. Bytes that the terminal could take for commands are shown as \xHH.
+std::string render_table(const Sheet& sheet, const TableStyle& style);
+
+}  // namespace zymdb::tool
+
+#endif
