@@ -38,6 +38,21 @@ int zym_db_rollback(_zym_db_handle_t* handle);
  */
 int zym_db_content_put_blob(zym_db_content_values_t* values, const char* column, const void* data, int size);
 
+/**
+ * The last failure of an operation of this client on the calling thread, as one line without control
+ * characters: what was logged, or the status's text where nothing was. Failed openings, queries, changes,
+ * transactions and value sets count, and whatever is given an invalid argument there; reads of a result do
+ * not. Successes leave it as it is.
+ *
+ * @param status  receives the failure's status, 0 for none; may be null
+ * @return the line, never null; empty when nothing failed since the thread began or zym_db_clear_error().
+ *         Valid until this thread's next call of the client.
+ */
+const char* zym_db_last_error(int* status);
+
+/** Forgets the calling thread's last failure. */
+void zym_db_clear_error(void);
+
 #ifdef __cplusplus
 }
 #endif

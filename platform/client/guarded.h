@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "client/last_error.h"
 #include "zymdb_db.h"
 
 namespace zymdb::client {
@@ -13,9 +14,9 @@ int guarded(Body body) noexcept {
   try {
     return body();
   } catch (const std::bad_alloc&) {
-    return ZYM_DB_STATUS_NO_MEMORY;
+    return note_failure(ZYM_DB_STATUS_NO_MEMORY);
   } catch (...) {
-    return ZYM_DB_STATUS_ERROR;
+    return note_failure(ZYM_DB_STATUS_ERROR);
   }
 }
 
@@ -24,9 +25,12 @@ template <class Body>
 auto guarded_pointer(Body body) noexcept -> decltype(body()) {
   try {
     return body();
+  } catch (const std::bad_alloc&) {
+    note_failure(ZYM_DB_STATUS_NO_MEMORY);
   } catch (...) {
-    return nullptr;
+    note_failure(ZYM_DB_STATUS_ERROR);
   }
+  return nullptr;
 }
 
 }  // namespace zymdb::client

@@ -7,23 +7,14 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "log/one_line.h"
+
 namespace ruvo_log {
 namespace {
-
-constexpr size_t kLineSize = 2048;
 
 bool to_standard_error() {
   const char* target = std::getenv("ZYMDB_LOG");
   return target != nullptr && std::strcmp(target, "stderr") == 0;
-}
-
-// One message is one line: values that were logged with it must not begin another.
-void keep_on_one_line(char* line) {
-  size_t length = std::strlen(line);
-  while (length > 0 && line[length - 1] == '\n') line[--length] = 0;
-  for (char* c = line; *c != 0; ++c) {
-    if (static_cast<unsigned char>(*c) < 0x20 || *c == 0x7F) *c = ' ';
-  }
 }
 
 __attribute__((format(printf, 3, 0))) void log(int priority, const char* level, const char* format,

@@ -15,6 +15,7 @@
 #include "faults/shared_files.h"
 #include "support/inventory.h"
 #include "zymdb_db.h"
+#include "zymdb_platform.h"
 
 namespace faults {
 
@@ -197,6 +198,35 @@ TEST_F(OpeningWithoutMemory, IsToldAndTheNextCallOpensTheDatabase) {
         << observed.outcome << " without allocation " << number;
   }
   EXPECT_GT(failures, 100);
+}
+
+// What is told about a failure needs no memory: it is the failure that the call answered, whichever
+// allocation was missing.
+TEST_F(OpeningWithoutMemory, IsTheThreadsLastError) {
+  const auto fails = [] {
+    zym_db_result_t* rows = nullptr;
+    return zym_db_query(get_dmdb_handle(), "PCIs", nullptr, 0, "FunKey=1 AND", nullptr, 0, 0, &rows);
+  };
+  for (int number = 0;; ++number) {
+    ASSERT_LT(number, kMostAllocations);
+    int answered = 0;
+    int told = 0;
+    std::string text;
+    bool failed = false;
+    std::thread([&] {
+      failing_allocator::fail(number);
+      answered = fails();
+      failed = failing_allocator::stop();
+      text = zym_db_last_error(&told);
+    }).join();
+    EXPECT_NE(answered, 0) << number;
+    EXPECT_EQ(told, answered) << number;
+    EXPECT_NE(text, "") << number;
+    if (failed) continue;
+    EXPECT_EQ(text, "query of PCIs where FunKey=1 AND failed: incomplete input (status 1)");
+    EXPECT_GT(number, 100);
+    return;
+  }
 }
 
 // What opens and closes by itself leaves nothing behind, however far it comes: the third try without the same

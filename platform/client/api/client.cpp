@@ -7,13 +7,14 @@
 #include "client/result/result_pool.h"
 #include "client/session/registry.h"
 #include "controller/database_client.h"
-#include "controller/ruvo_log.h"
 #include "zymdb_platform.h"
 
 using zymdb::client::Change;
 using zymdb::client::guarded;
 using zymdb::client::guarded_pointer;
 using zymdb::client::Lease;
+using zymdb::client::note_failure;
+using zymdb::client::report_failure;
 using zymdb::client::Request;
 using zymdb::client::ResultPtr;
 using zymdb::client::take_result;
@@ -47,7 +48,7 @@ int run_change(_zym_db_handle_t* handle, const Request& request, Change& change)
 }
 
 int run_transaction(_zym_db_handle_t* handle, int (Lease::*step)()) {
-  if (handle == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (handle == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   return guarded([&] {
     Lease lease;
     const int status = lease.acquire(handle);
@@ -73,34 +74,39 @@ _zym_db_handle_t* get_dmdb_handle() {
 }
 
 _zym_db_handle_t* zym_db_open(const char* host, const char*, const char*, const char* database, int) {
-  if (host == nullptr || database == nullptr) return nullptr;
+  if (host == nullptr || database == nullptr) {
+    note_failure(ZYM_DB_STATUS_INVALID_PARAM);
+    return nullptr;
+  }
   return guarded_pointer([&]() -> _zym_db_handle_t* {
     zymdb::client::DataSource source;
     std::string error = "no database server at " + std::string(host);
     const bool local = std::strcmp(host, "localhost") == 0;
     if (local && zymdb::client::locate_database(database, source, error))
       return zymdb::client::open_handle(source);
-    ruvo_log::logErr("cannot open %s: %s", database, error.c_str());
+    report_failure(ZYM_DB_STATUS_NO_DB, "cannot open %s: %s", database, error.c_str());
     return nullptr;
   });
 }
 
 int zym_db_close(_zym_db_handle_t* handle) {
-  if (handle == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
-  return guarded([&]() -> int { return zymdb::client::close_handle(handle) ? 0 : ZYM_DB_STATUS_NO_DB; });
+  if (handle == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
+  return guarded(
+      [&]() -> int { return zymdb::client::close_handle(handle) ? 0 : note_failure(ZYM_DB_STATUS_NO_DB); });
 }
 
 int zym_db_query(_zym_db_handle_t* handle, const char* table, const char* const* columns, int ncolumns,
                  const char* where, const _zym_db_param_t* params, int nparams, int,
                  zym_db_result_t** result) {
   const bool listed = columns != nullptr && ncolumns > 0;
-  if (handle == nullptr || table == nullptr || result == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
-  if (!listed && ncolumns != 0) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (handle == nullptr || table == nullptr || result == nullptr)
+    return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
+  if (!listed && ncolumns != 0) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   Request request;
   request.table = table;
   if (listed) request.columns = {columns, static_cast<size_t>(ncolumns)};
   if (std::count(request.columns.begin(), request.columns.end(), nullptr) != 0)
-    return ZYM_DB_STATUS_INVALID_PARAM;
+    return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   request.where = where;
   request.params = params_of(params, nparams);
   return run_query(handle, request, result);
@@ -108,7 +114,7 @@ int zym_db_query(_zym_db_handle_t* handle, const char* table, const char* const*
 
 int zym_db_raw_query(_zym_db_handle_t* handle, const char* sql, int size, zym_db_result_t** result) {
   if (handle == nullptr || sql == nullptr || size <= 0 || result == nullptr)
-    return ZYM_DB_STATUS_INVALID_PARAM;
+    return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   Request request;
   request.kind = Request::Kind::kRaw;
   request.sql = {sql, strnlen(sql, static_cast<size_t>(size))};
@@ -117,7 +123,8 @@ int zym_db_raw_query(_zym_db_handle_t* handle, const char* sql, int size, zym_db
 
 int zym_db_insert(_zym_db_handle_t* handle, const char* table, const zym_db_content_values_t* values, int,
                   int64_t* id) {
-  if (handle == nullptr || table == nullptr || values == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (handle == nullptr || table == nullptr || values == nullptr)
+    return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   Change change;
   const int status =
       run_change(handle, change_request(Request::Kind::kInsert, table, values, nullptr, {}), change);
@@ -127,7 +134,8 @@ int zym_db_insert(_zym_db_handle_t* handle, const char* table, const zym_db_cont
 
 int zym_db_update(_zym_db_handle_t* handle, const char* table, const zym_db_content_values_t* values,
                   const char* where, const _zym_db_param_t* params, int nparams, int64_t* changed) {
-  if (handle == nullptr || table == nullptr || values == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (handle == nullptr || table == nullptr || values == nullptr)
+    return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   Change change;
   const int status = run_change(
       handle, change_request(Request::Kind::kUpdate, table, values, where, params_of(params, nparams)),
@@ -138,7 +146,7 @@ int zym_db_update(_zym_db_handle_t* handle, const char* table, const zym_db_cont
 
 int zym_db_delete(_zym_db_handle_t* handle, const char* table, const char* where,
                   const _zym_db_param_t* params, int nparams, int64_t* count) {
-  if (handle == nullptr || table == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (handle == nullptr || table == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   Change change;
   const int status = run_change(
       handle, change_request(Request::Kind::kDelete, table, nullptr, where, params_of(params, nparams)),
@@ -158,18 +166,22 @@ int zym_db_rollback(_zym_db_handle_t* handle) {
 }
 
 zym_db_content_values_t* zym_db_get_content_values(_zym_db_handle_t* handle) {
-  if (handle == nullptr) return nullptr;
+  if (handle == nullptr) {
+    note_failure(ZYM_DB_STATUS_INVALID_PARAM);
+    return nullptr;
+  }
   return guarded_pointer([] { return new zym_db_content_values_t; });
 }
 
 int zym_db_content_clear(zym_db_content_values_t* values) {
-  if (values == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (values == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   values->clear();
   return 0;
 }
 
 int zym_db_content_put_text(zym_db_content_values_t* values, const char* column, const char* value) {
-  if (values == nullptr || column == nullptr || value == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (values == nullptr || column == nullptr || value == nullptr)
+    return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   return guarded([&] {
     values->put_text(column, value);
     return 0;
@@ -178,7 +190,7 @@ int zym_db_content_put_text(zym_db_content_values_t* values, const char* column,
 
 int zym_db_content_put_blob(zym_db_content_values_t* values, const char* column, const void* data, int size) {
   if (values == nullptr || column == nullptr || data == nullptr || size < 0)
-    return ZYM_DB_STATUS_INVALID_PARAM;
+    return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   return guarded([&] {
     values->put_blob(column, {static_cast<const char*>(data), static_cast<size_t>(size)});
     return 0;
@@ -186,7 +198,7 @@ int zym_db_content_put_blob(zym_db_content_values_t* values, const char* column,
 }
 
 static int put_integer(zym_db_content_values_t* values, const char* column, int64_t value) {
-  if (values == nullptr || column == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (values == nullptr || column == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   return guarded([&] {
     values->put_integer(column, value);
     return 0;
@@ -210,7 +222,7 @@ int zym_db_content_put_short_uint(zym_db_content_values_t* values, const char* c
 }
 
 int zym_db_content_put_null(zym_db_content_values_t* values, const char* column) {
-  if (values == nullptr || column == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (values == nullptr || column == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   return guarded([&] {
     values->put_null(column);
     return 0;
@@ -218,7 +230,7 @@ int zym_db_content_put_null(zym_db_content_values_t* values, const char* column)
 }
 
 int zym_db_free_content_values(zym_db_content_values_t* values) {
-  if (values == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (values == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
   delete values;
   return 0;
 }

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "client/coarse_clock.h"
+#include "client/last_error.h"
 #include "client/per_thread.h"
 #include "client/status.h"
 #include "controller/ruvo_log.h"
@@ -264,7 +265,7 @@ _zym_db_handle_t* shared_handle() {
   DataSource source;
   std::string error;
   if (!locate_inventory(source, error)) {
-    ruvo_log::logErr("%s", error.c_str());
+    report_failure(ZYM_DB_STATUS_NO_DB, "%s", error.c_str());
     return nullptr;
   }
   _zym_db_handle_t* handle = open_handle(source);
@@ -283,13 +284,13 @@ bool close_handle(_zym_db_handle_t* handle) {
 
 int Lease::acquire(_zym_db_handle_t* handle) {
   ThreadSessions* const sessions = PerThread<ThreadSessions>::get();
-  if (sessions == nullptr) return ZYM_DB_STATUS_NO_DB;
+  if (sessions == nullptr) return note_failure(ZYM_DB_STATUS_NO_DB);
   Registry::instance().drop_inherited();
   auto session = sessions->get(handle);
-  if (session == nullptr) return ZYM_DB_STATUS_NO_DB;
+  if (session == nullptr) return note_failure(ZYM_DB_STATUS_NO_DB);
   held_ = std::move(session);
   lock_ = std::unique_lock(held_->mutex);
-  if (held_->closed) return ZYM_DB_STATUS_NO_DB;
+  if (held_->closed) return note_failure(ZYM_DB_STATUS_NO_DB);
   if (held_->session != nullptr && held_->session->is_usable(false)) return 0;
   return reopen();
 }
@@ -307,10 +308,10 @@ int Lease::reopen() {
     if (registry.drop_sessions_of_other_files(source.path)) loss = kReplaced;
   });
   lock_.lock();
-  if (held_->closed) return ZYM_DB_STATUS_NO_DB;
+  if (held_->closed) return note_failure(ZYM_DB_STATUS_NO_DB);
   held_->set(std::move(opened.session));
   if (opened.status != 0) {
-    ruvo_log::logErr("%s", opened.error.c_str());
+    report_failure(opened.status, "%s", opened.error.c_str());
   } else if (loss != nullptr) {
     ruvo_log::logWarn("the %s database %s %s: opened anew", source.schema->name, source.path.c_str(), loss);
   }
@@ -359,7 +360,7 @@ int Lease::begin() {
 
 int Lease::logged(int status, const char* operation) const {
   if (status != 0) {
-    ruvo_log::logErr("%s failed: %s (status %d)", operation, held_->session->error().c_str(), status);
+    report_failure(status, "%s failed: %s (status %d)", operation, held_->session->error().c_str(), status);
   }
   return status;
 }
@@ -368,8 +369,8 @@ int Lease::logged(int status) const {
   if (status == 0) return 0;
   const Statement& statement = held_->statement;
   const std::string reason(statement.reason().empty() ? held_->session->error() : statement.reason());
-  ruvo_log::logErr("%s failed: %s (status %d)", statement.describe().c_str(), reason.c_str(), status);
-  return status;
+  return report_failure(status, "%s failed: %s (status %d)", statement.describe().c_str(), reason.c_str(),
+                        status);
 }
 
 }  // namespace zymdb::client

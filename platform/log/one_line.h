@@ -1,0 +1,22 @@
+// One message is one line: values that were logged with it must not begin another.
+#ifndef ZYMDB_PLATFORM_LOG_ONE_LINE_H
+#define ZYMDB_PLATFORM_LOG_ONE_LINE_H
+
+#include <cstddef>
+#include <cstring>
+
+namespace ruvo_log {
+
+inline constexpr size_t kLineSize = 2048;
+
+inline void keep_on_one_line(char* line) {
+  size_t length = std::strlen(line);
+  while (length > 0 && line[length - 1] == '\n') line[--length] = 0;
+  for (char* c = line; *c != 0; ++c) {
+    if (static_cast<unsigned char>(*c) < 0x20 || *c == 0x7F) *c = ' ';
+  }
+}
+
+}  // namespace ruvo_log
+
+#endif
