@@ -15,17 +15,6 @@ using namespace zymdb::tool;
 
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 
-// The command that the user was about: the innermost one named.
-std::string command_of(const CLI::App& app) {
-  std::string name = app.get_name();
-  const CLI::App* command = &app;
-  while (!command->get_subcommands().empty()) {
-    command = command->get_subcommands().back();
-    name += " " + command->get_name();
-  }
-  return name;
-}
-
 // Help and version are "errors" of the parser that succeed.
 int end_parse(const CLI::App& app, const CLI::ParseError& error) {
   std::ostringstream text;
@@ -34,9 +23,7 @@ int end_parse(const CLI::App& app, const CLI::ParseError& error) {
     write_output(text.str());
     return kDone;
   }
-  const auto unknown = app.remaining(true);
-  const auto problem = unknown.empty() ? error.what() : "unknown command or option '" + unknown.front() + "'";
-  complain(problem + " (try '" + command_of(app) + " --help')");
+  complain(explain(app, error));
   return kWrongUsage;
 }
 
@@ -45,8 +32,6 @@ int run(CommandTree& tree, int argc, char** argv) {
   try {
     build_command_tree(tree);
     tree.app.parse(argc, argv);
-    // An error that did not keep the command from its work is still the user's to know.
-    if (const auto logged = first_logged_error(); !logged.empty()) complain(logged);
     return kDone;
   } catch (const CLI::ParseError& error) {
     return end_parse(tree.app, error);

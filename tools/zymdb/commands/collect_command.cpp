@@ -4,6 +4,8 @@
 
 #include "collect/collector.h"
 #include "commands/commands.h"
+#include "records/record.h"
+#include "show/functions.h"
 #include "show/inventory.h"
 #include "terminal/failure.h"
 #include "terminal/progress.h"
@@ -29,21 +31,22 @@ constexpr char kFooter[] =
 
 using collect::TableSummary;
 
-Value table_name(const TableSummary& summary) {
-  return std::string(summary.table);
-}
+using records::Field;
 
 template <size_t TableSummary::*Count>
-constexpr Column<TableSummary> count(const char* heading) {
-  return field<TableSummary, Count>(heading, heading, "", Shown::kByDefault);
+constexpr Field<TableSummary> count(const char* key, const char* heading) {
+  return {.info = {.key = key, .heading = heading, .meaning = "", .kind = records::Kind::kNumber},
+          .read = [](const TableSummary& summary) { return records::value_of(uint64_t{summary.*Count}); }};
 }
 
-constexpr Column<TableSummary> kSummary[] = {
-    derived<TableSummary>("TABLE", "", Shown::kByDefault, table_name),
-    count<&TableSummary::inserted>("INSERTED"),
-    count<&TableSummary::updated>("UPDATED"),
-    count<&TableSummary::removed>("REMOVED"),
-    count<&TableSummary::unchanged>("UNCHANGED"),
+constexpr Field<TableSummary> kSummary[] = {
+    records::derived<TableSummary>(
+        "Table", "TABLE", "",
+        [](const TableSummary& each) -> records::Value { return std::string(each.table); }),
+    count<&TableSummary::inserted>("Inserted", "INSERTED"),
+    count<&TableSummary::updated>("Updated", "UPDATED"),
+    count<&TableSummary::removed>("Removed", "REMOVED"),
+    count<&TableSummary::unchanged>("Unchanged", "UNCHANGED"),
 };
 
 void write_to_stderr(std::string_view text) {
@@ -77,9 +80,10 @@ void require_folder(const std::string& path) {
 
 void run(const collect::Sources& sources, bool quiet) {
   require_folder(sources.sysfs);
+  open_inventory(Opening::kCreating);
   const auto summary = quiet ? collect::collect_inventory(sources) : collect_observed(sources);
-  if (!summary.ok()) throw Failure(with_logged_error(summary.error));
-  if (!quiet) write_output(render_table(make_sheet<TableSummary>(kSummary, summary.tables), {}));
+  if (!summary.ok()) throw Failure(summary.error);
+  if (!quiet) write_output(render_table(records::make_sheet<TableSummary>(kSummary, summary.tables), {}));
 }
 
 }  // namespace
@@ -101,12 +105,6 @@ void add_collect(CommandTree& tree) {
   add_pci_ids_option(command, sources->pci_ids);
   command.add_flag("--quiet", *quiet, "Print neither notices nor a summary");
   command.callback([sources, quiet] { run(*sources, *quiet); });
-}
-
-void add_pci_ids_option(CLI::App& command, std::string& path) {
-  command.add_option("--pci-ids", path, "Names of PCI vendors, devices and classes")
-      ->type_name(kFileType)
-      ->capture_default_str();
 }
 
 }  // namespace zymdb::tool

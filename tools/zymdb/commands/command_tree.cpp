@@ -49,15 +49,11 @@ void build_command_tree(CommandTree& tree) {
   auto& show = *app.add_subcommand("show", "Print what the inventory holds");
   show.footer(kShowFooter);
   show.require_subcommand(1);
-  add_show_processors(tree, show);
-  add_show_adapters(tree, show);
+  add_show_whole(tree, show);
   add_show_functions(tree, show);
   add_show_ports(tree, show);
   add_show_drives(tree, show);
-  add_show_backplanes(tree, show);
-  add_show_firmware(tree, show);
-  add_show_memory(tree, show);
-  add_show_gpus(tree, show);
+  add_show_pldm(tree, show);
   add_show_cards(tree, show);
   add_link(tree);
   add_watch(tree);

@@ -6,7 +6,9 @@
 #include <memory>
 
 #include "commands/commands.h"
+#include "records/firmware.h"
 #include "show/inventory.h"
+#include "show/listing.h"
 #include "terminal/failure.h"
 #include "terminal/terminal.h"
 #include "zymdb_firmware.h"
@@ -38,32 +40,6 @@ struct DpuOptions {
 
 using Options = std::shared_ptr<DpuOptions>;
 
-// "2024-05-01 12:00:00", in UTC.
-Value time_text(const Event& event) {
-  const time_t seconds = event.Timestamp;
-  tm parts{};
-  std::array<char, 32> text{};
-  if (gmtime_r(&seconds, &parts) != nullptr)
-    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
-  return std::string(text.data());
-}
-
-constexpr Column<Event> kEventColumns[] = {
-    field<Event, &Event::Id>("Id", "ID", "number of the event", Shown::kByDefault),
-    derived<Event>("TIME", "when it happened, UTC", Shown::kByDefault, time_text),
-    field<Event, &Event::Timestamp>("Timestamp", "TIMESTAMP", "the same in seconds since 1970"),
-    field<Event, &Event::GenID>("GenID", "GENERATOR", "who reported it", Shown::kByDefault),
-    long_text(field<Event, &Event::Message>("Message", "MESSAGE", "what happened", Shown::kByDefault)),
-};
-
-std::vector<Event> read_events(int slot) {
-  _ZYMDB_DPU_Event_List list{};
-  const int status = dpu_get_log_by_slot(slot, &list);
-  auto events = take_array(list.Events, list.Count);
-  require_status(status, "read the events");
-  return events;
-}
-
 template <size_t N>
 void copy_argument(char (&field)[N], const std::string& text, const char* option) {
   if (text.size() > N) throw CLI::ValidationError(option, "longer than " + std::to_string(N) + " bytes");
@@ -75,24 +51,24 @@ void append(const DpuOptions& options) {
   event.Timestamp = options.time != 0 ? options.time : static_cast<uint32_t>(std::time(nullptr));
   copy_argument(event.GenID, options.generator, "--generator");
   copy_argument(event.Message, options.message, "--message");
-  open_inventory();
+  open_inventory(Opening::kCreating);
   require_status(dpu_insert_log(options.slot, &event, nullptr), "append the event");
 }
 
 void clear(const DpuOptions& options) {
-  open_inventory();
+  open_inventory(Opening::kExisting);
   require_status(dpu_clear_logs_by_slot(options.slot), "clear the events");
 }
 
 void uefi(const DpuOptions& options, bool is_given) {
   const auto slot = static_cast<unsigned>(options.slot);
   const std::string where = "slot " + std::to_string(options.slot);
-  open_inventory();
+  open_inventory(Opening::kExisting);
   if (is_given) {
     const int status = zymdb_update_dpu_uefi_version(slot, options.version.c_str());
     if (status == ZYM_DB_STATUS_NOT_FOUND) throw Failure("there is no DPU in " + where);
     require_status(status, "record the UEFI version of " + where);
-    require_no_logged_error("record the UEFI version of " + where);
+    require_no_client_error("record the UEFI version of " + where);
     return;
   }
   std::array<char, 64> version{};
@@ -104,7 +80,7 @@ void uefi(const DpuOptions& options, bool is_given) {
 
 void add_slot(CLI::App& command, const Options& options) {
   command.add_option("SLOT", options->slot, "Number of the DPU's slot")
-      ->check(CLI::Range(1, INT_MAX).description({}))
+      ->check(whole_number(1, INT_MAX))
       ->type_name("")
       ->required();
 }
@@ -118,10 +94,9 @@ CLI::App& add_command(CLI::App& dpu, const char* name, const char* description, 
 
 void add_log(CommandTree& tree, CLI::App& dpu) {
   const auto options = std::make_shared<DpuOptions>();
-  auto listing = make_listing<Event>("events", "Print the events of the DPU in a slot", kEventColumns,
-                                     [options] { return read_events(options->slot); });
-  listing.command = "log";
-  add_slot(add_listing(tree, dpu, std::move(listing), kLogExamples), options);
+  add_slot(
+      add_listing(tree, dpu, {records::dpu_events([options] { return options->slot; }), kLogExamples, "log"}),
+      options);
 }
 
 void add_append(CLI::App& dpu) {
@@ -130,7 +105,8 @@ void add_append(CLI::App& dpu) {
   command.add_option("--message", options->message, "What happened")->type_name("TEXT")->required();
   command.add_option("--generator", options->generator, "Who reports it (default: zymdb)")->type_name("NAME");
   command.add_option("--time", options->time, "When, in seconds since 1970 (default: now)")
-      ->type_name("SECONDS");
+      ->type_name("SECONDS")
+      ->check(whole_number(0, UINT32_MAX));
   command.callback([options] { append(*options); });
 }
 

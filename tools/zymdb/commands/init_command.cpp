@@ -6,8 +6,8 @@ namespace zymdb::tool {
 namespace {
 
 constexpr char kFooter[] =
-    "Every command creates the inventory when there is none; this one does nothing else and prints where it\n"
-    "is. The folder must exist.\n"
+    "Makes an empty inventory when there is none, and prints where it is. `collect` and the commands that\n"
+    "write do so, too; those that only read do not. The folder must exist.\n"
     "\n"
     "Examples:\n"
     "  zymdb init\n"
@@ -15,7 +15,7 @@ constexpr char kFooter[] =
     "  zymdb init --inventory /tmp/test.db";
 
 void init() {
-  open_inventory();
+  open_inventory(Opening::kCreating);
   write_output(inventory_location() + "\n");
 }
 

@@ -1,10 +1,11 @@
 #include <charconv>
+#include <climits>
 #include <memory>
 
 #include "commands/commands.h"
+#include "records/network.h"
+#include "show/functions.h"
 #include "show/inventory.h"
-#include "show/pci_text.h"
-#include "show/ports.h"
 #include "terminal/failure.h"
 #include "terminal/table.h"
 #include "terminal/terminal.h"
@@ -33,21 +34,6 @@ struct LinkOptions {
   std::string function;
   int port = kOnlyPort;
   std::vector<std::string> changes;
-};
-
-Value status(const State& state) {
-  return link_status_text(state.LinkStatus);
-}
-Value speed(const State& state) {
-  return link_speed_text(state.LinkSpeed);
-}
-
-constexpr Column<State> kColumns[] = {
-    field<State, &State::Idx>("Idx", "PORT", "", Shown::kByDefault),
-    derived<State>("LINK", "", Shown::kByDefault, status),
-    derived<State>("SPEED", "", Shown::kByDefault, speed),
-    field<State, &State::TxUtil>("TxUtil", "TX%", "", Shown::kByDefault),
-    field<State, &State::RxUtil>("RxUtil", "RX%", "", Shown::kByDefault),
 };
 
 struct Setting {
@@ -86,14 +72,14 @@ void apply(const std::string& change, State& state) {
 }
 
 // "port 1 of 0000:3b:00.0".
-std::string port_text(uint32_t function, int port) {
-  const auto address = address_text(function);
+std::string port_text(FunctionKey function, int port) {
+  const auto address = function.text();
   return port == kOnlyPort ? "the port of " + address : "port " + std::to_string(port) + " of " + address;
 }
 
-State read_state(uint32_t function, int port) {
+State read_state(FunctionKey function, int port) {
   State state{};
-  const int status = zymdb_get_network_physical_port_link_state(function, &state, port);
+  const int status = zymdb_get_network_physical_port_link_state(function.value, &state, port);
   if (status == ZYM_DB_STATUS_NOT_FOUND)
     throw Failure("the inventory has no state of " + port_text(function, port) +
                   (port == kOnlyPort ? ", or of several (see --port)" : ""));
@@ -102,17 +88,18 @@ State read_state(uint32_t function, int port) {
 }
 
 void run(const LinkOptions& options) {
-  const auto function = parse_function(options.function);
   State named{};
   for (const auto& change : options.changes) apply(change, named);
-  open_inventory();
+  open_inventory(Opening::kExisting);
+  const auto function = find_function(options.function);
   State state = read_state(function, options.port);
   if (options.changes.empty()) {
-    write_output(render_table(make_sheet<State>(kColumns, std::span<const State>(&state, 1)), {}));
+    const auto type = records::link_states([&] { return std::vector{state}; });
+    write_output(render_table(type.list(records::default_fields(type)), {}));
     return;
   }
   for (const auto& change : options.changes) apply(change, state);
-  require_status(zymdb_set_network_physical_port_link_state(function, &state, options.port),
+  require_status(zymdb_set_network_physical_port_link_state(function.value, &state, options.port),
                  "write the state of " + port_text(function, options.port));
 }
 
@@ -122,11 +109,9 @@ void add_link(CommandTree& tree) {
   auto& command = *tree.app.add_subcommand("link", "Print or write the state of a network port's link");
   command.footer(kFooter);
   const auto options = std::make_shared<LinkOptions>();
-  command.add_option("FUNCTION", options->function, "The port's function: address or function key")
-      ->type_name("")
-      ->required();
+  add_function_argument(command, options->function, "The port's function: address or function key");
   command.add_option("--port", options->port, "Index of the port (default: the function's only one)")
-      ->check(CLI::NonNegativeNumber.description({}))
+      ->check(whole_number(0, INT_MAX))
       ->type_name("N");
   auto* set = command.add_option("--set", options->changes, "Write these values")->type_name("NAME=VALUE");
   tree.words[set] = {"status=up", "status=down", "status=unknown", "speed=", "tx=", "rx="};

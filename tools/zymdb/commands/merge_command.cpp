@@ -1,15 +1,14 @@
 #include <algorithm>
-#include <cstdint>
-#include <iterator>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "commands/commands.h"
-#include "commands/settings.h"
-#include "show/functions.h"
+#include "common/pci_address.h"
+#include "records/pci.h"
+#include "records/pci_settings.h"
 #include "show/inventory.h"
+#include "terminal/failure.h"
 #include "terminal/terminal.h"
-#include "zymdb_pci.h"
 
 namespace zymdb::tool {
 namespace {
@@ -25,33 +24,52 @@ constexpr char kFooter[] =
     "  zymdb settings import adapters.json && zymdb merge";
 
 constexpr char kAction[] = "merge the settings into the adapters";
+constexpr unsigned kNotManaged = 0;
 constexpr unsigned kMerged = 3;
 
-// The functions that are merged at the moment, by key.
-std::vector<uint32_t> merged_functions() {
-  std::vector<uint32_t> merged;
-  for (const auto& function : all_functions(kAction)) {
-    unsigned type = 0;
-    const int status = zymdb_get_pci_function_oob_type(key_of(function), &type);
-    if (status == ZYM_DB_STATUS_OK && type == kMerged) merged.push_back(key_of(function));
+using Functions = std::set<FunctionKey>;
+
+unsigned management_of(FunctionKey function) {
+  unsigned type = kNotManaged;
+  zymdb_get_pci_function_oob_type(function.value, &type);
+  return type;
+}
+
+// The functions that are merged at the moment.
+Functions merged_functions() {
+  const records::Reading reading("functions");
+  Functions merged;
+  for (const auto& function : records::list_functions(reading)) {
+    const auto key = FunctionKey::of(function);
+    if (management_of(key) == kMerged) merged.insert(key);
   }
+  reading.require_whole();
   return merged;
 }
 
-size_t count_missing(const std::vector<uint32_t>& from, const std::vector<uint32_t>& in) {
-  std::vector<uint32_t> missing;
-  std::ranges::set_difference(from, in, std::back_inserter(missing));
-  return missing.size();
+size_t count_missing(const Functions& from, const Functions& in) {
+  return static_cast<size_t>(
+      std::ranges::count_if(from, [&](FunctionKey each) { return !in.contains(each); }));
+}
+
+// The merge ends at a function that it cannot find, and answers 0 all the same: what it has left undone
+// tells.
+void require_all_merged() {
+  const records::Reading reading("settings");
+  for (const FunctionKey function : records::functions_with_settings(reading)) {
+    if (management_of(function) == kNotManaged)
+      throw Failure(std::string("cannot ") + kAction + ": function " + function.text() +
+                    " has settings, but is not on the bus, or its device has no adapter");
+  }
 }
 
 void merge() {
-  require_settled_settings();
-  open_inventory();
+  records::require_settled_settings();
+  open_inventory(Opening::kExisting);
   const auto before = merged_functions();
-  const int status = zymdb_merge_aim_ucm_pfa();
-  require_status(status, kAction);
-  // A function that is not found ends the merge with status 0.
-  require_no_logged_error(kAction);
+  require_status(zymdb_merge_aim_ucm_pfa(), kAction);
+  require_no_client_error(kAction);
+  require_all_merged();
   const auto after = merged_functions();
   write_output(std::to_string(after.size()) + " functions merged, " +
                std::to_string(count_missing(after, before)) + " of them new; " +

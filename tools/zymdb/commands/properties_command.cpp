@@ -1,9 +1,9 @@
 #include <memory>
 
 #include "commands/commands.h"
+#include "common/client_objects.h"
 #include "common/source_file.h"
 #include "common/transaction.h"
-#include "controller/database_client.h"
 #include "files/properties_file.h"
 #include "platform/zymdb_platform.h"
 #include "show/inventory.h"
@@ -22,23 +22,8 @@ constexpr char kFooter[] =
     "Examples:\n"
     "  zymdb properties import backplanes.properties";
 
-struct CloseDatabase {
-  void operator()(_zym_db_handle_t* handle) const { zym_db_close(handle); }
-};
-using Database = std::unique_ptr<_zym_db_handle_t, CloseDatabase>;
-
-struct FreeValues {
-  void operator()(zym_db_content_values_t* values) const { zym_db_free_content_values(values); }
-};
-
-Database open_properties() {
-  Database database(zym_db_open("localhost", "root", "", "propertiesdb", 0));
-  if (database == nullptr) throw Failure(with_logged_error("cannot open the property database"));
-  return database;
-}
-
 void store(_zym_db_handle_t* database, const Property& property) {
-  const std::unique_ptr<zym_db_content_values_t, FreeValues> values(zym_db_get_content_values(database));
+  const ValuesPtr values(zym_db_get_content_values(database));
   if (values == nullptr) throw std::bad_alloc();
   const std::string action = "store the property '" + property.path + "'";
   require_status(zym_db_content_put_text(values.get(), "propName", property.path.c_str()), action);
@@ -46,13 +31,17 @@ void store(_zym_db_handle_t* database, const Property& property) {
                                          static_cast<int>(property.value.size())),
                  action);
   const std::string where = "propName=\"" + property.path + "\"";
-  if (insert_or_update_db_record(database, "propertiesDCTbl", where.c_str(), values.get(), nullptr) < 1)
-    throw Failure(with_logged_error("cannot " + action));
+  if (insert_or_update_db_record(database, "propertiesDCTbl", where.c_str(), values.get(), nullptr) >= 1)
+    return;
+  require_no_client_error(action);
+  throw Failure("cannot " + action);
 }
 
 void import_file(const std::string& path) {
   const auto properties = parse_properties(read_source(path), path);
-  const Database database = open_properties();
+  open_inventory(Opening::kCreating);
+  const HandlePtr database = open_properties();
+  if (database == nullptr) require_no_client_error("open the property database");
   Transaction transaction(database.get());
   for (const auto& property : properties) store(database.get(), property);
   transaction.commit();

@@ -1,10 +1,5 @@
 #include "commands/settings.h"
 
-#include "files/parsing_marker.h"
-#include "show/inventory.h"
-#include "terminal/failure.h"
-#include "zymdb_pci_settings.h"
-
 namespace zymdb::tool {
 namespace {
 
@@ -25,19 +20,6 @@ void add_settings(CommandTree& tree) {
   add_settings_list(tree, settings);
   add_settings_set(settings);
   add_settings_pending(tree, settings);
-}
-
-void require_settled_settings() {
-  if (fileexist(kParsingMarker))
-    throw Failure(std::string("the settings are being parsed right now (") + kParsingMarker +
-                  " exists); try again");
-}
-
-void require_settings_status(int status, const std::string& action) {
-  if (status == ZYMDB_PCI_SETTING_PARSING) require_settled_settings();
-  if (status == ZYMDB_PCI_SETTING_PARSING || status == ZYMDB_PCI_SETTING_COUNT_MISMATCH)
-    throw Failure("cannot " + action + ": they changed meanwhile; try again");
-  require_status(status, action);
 }
 
 }  // namespace zymdb::tool

@@ -32,7 +32,7 @@ void store(const std::vector<SettingRecord>& settings) {
 
 void import_file(const std::string& path) {
   const auto settings = read_settings_file(path);
-  open_inventory();
+  open_inventory(Opening::kCreating);
   store(settings);
   write_output(std::to_string(settings.size()) + " settings stored\n");
 }

@@ -4,6 +4,7 @@
 
 #include "commands/settings.h"
 #include "controller/database_client.h"
+#include "records/pci_settings.h"
 #include "show/inventory.h"
 #include "terminal/failure.h"
 #include "terminal/table.h"
@@ -12,6 +13,10 @@
 
 namespace zymdb::tool {
 namespace {
+
+using records::Attention;
+using records::Field;
+using records::value_of;
 
 using Entry = ZYMDB_PCI_Config_Set;
 
@@ -30,21 +35,21 @@ std::string id_of(const Entry& entry) {
   return entry.SettingID;
 }
 
-Value result_text(const Entry& entry) {
+std::string result_text(const Entry& entry) {
   const uint32_t result = entry.Result;
-  return result == 0 ? std::string("accepted") : "refused (status " + std::to_string(result) + ")";
+  return result == 0 ? "accepted" : "refused (status " + std::to_string(result) + ")";
 }
 
-Tone result_tone(const Entry& entry) {
-  return entry.Result == 0 ? Tone::kPlain : Tone::kWarning;
+Attention result_attention(const Entry& entry) {
+  return entry.Result == 0 ? Attention::kNone : Attention::kWarning;
 }
 
-constexpr Column<Entry> kColumns[] = {
-    derived<Entry>("SETTING", "", Shown::kByDefault,
-                   [](const Entry& entry) -> Value { return id_of(entry); }),
-    derived<Entry>("VALUE", "", Shown::kByDefault,
-                   [](const Entry& entry) -> Value { return std::string(entry.PendingValue); }),
-    derived<Entry>("RESULT", "", Shown::kByDefault, result_text, result_tone),
+constexpr Field<Entry> kFields[] = {
+    ZYMDB_RECORD_FIELD(Entry, SettingID, "SETTING", ""),
+    ZYMDB_RECORD_FIELD(Entry, PendingValue, "VALUE", ""),
+    records::derived<Entry>("Outcome", "RESULT", "",
+                            [](const Entry& each) { return value_of(result_text(each)); })
+        .noted(result_attention),
 };
 
 // Statements hold these texts between single quotes.
@@ -87,18 +92,19 @@ std::vector<Entry> parse_all(const std::vector<std::string>& assignments) {
     if (find_db_record(get_dmdb_handle(), "PCISetting", address.c_str()) == 0)
       throw Failure("no setting '" + id_of(entry) + "'; nothing was changed");
   }
-  throw Failure(with_logged_error(std::string("cannot ") + kAction));
+  require_no_client_error(kAction);
+  throw Failure(std::string("cannot ") + kAction + ": they changed meanwhile; try again");
 }
 
 void save(const std::vector<std::string>& assignments) {
   auto entries = parse_all(assignments);
-  open_inventory();
-  require_settled_settings();
+  open_inventory(Opening::kExisting);
+  records::require_settled_settings();
   const int status = zymdb_save_pci_configSet_list(entries.data(), static_cast<unsigned>(entries.size()));
   if (status == ZYMDB_PCI_SETTING_ID_NOEXIT) fail_for_unknown(entries);
   const bool is_refused = status == ZYMDB_PCI_SETTING_BIOS_SET_FAIL;
   if (!is_refused) require_status(status, kAction);
-  write_output(render_table(make_sheet<Entry>(kColumns, entries), {.colors = want_colors("auto")}));
+  write_output(render_table(records::make_sheet<Entry>(kFields, entries), {.colors = want_colors("auto")}));
   if (is_refused) throw Failure("the BIOS configuration manager did not accept all values");
 }
 

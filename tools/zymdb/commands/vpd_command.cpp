@@ -2,10 +2,11 @@
 #include <cctype>
 #include <memory>
 #include <optional>
-#include <span>
 
 #include "commands/commands.h"
 #include "common/source_file.h"
+#include "records/json.h"
+#include "records/storage.h"
 #include "terminal/failure.h"
 #include "terminal/table.h"
 #include "terminal/terminal.h"
@@ -35,27 +36,6 @@ struct VpdOptions {
   std::string path;
   bool json = false;
 };
-
-Value maker_by_model(const Record& drive) {
-  return std::string(driveModel2Manufacture(drive.Model));
-}
-
-Value trimmed_model(const Record& drive) {
-  std::string model = drive.Model;
-  return std::string(trim_drive_model(model.data()));
-}
-
-constexpr Column<Record> kColumns[] = {
-    field<Record, &Record::FruNo>("FruNo", "FRU", ""),
-    field<Record, &Record::PartNo>("PartNo", "PART", ""),
-    field<Record, &Record::SerialNo>("SerialNo", "SERIAL", ""),
-    field<Record, &Record::Model>("Model", "MODEL", ""),
-    field<Record, &Record::Manufacture>("Manufacture", "MAKER", ""),
-    field<Record, &Record::Capacity>("Capacity", "CAPACITY", ""),
-    derived<Record>("MAKERBYMODEL", "", Shown::kByDefault, maker_by_model),
-    derived<Record>("TRIMMEDMODEL", "", Shown::kByDefault, trimmed_model),
-};
-constexpr size_t kFields = 6;
 
 // The bytes that hexadecimal digits stand for; nothing when the text holds anything but digits and space.
 std::optional<std::string> from_hex(const std::string& text) {
@@ -87,12 +67,11 @@ Record decode(const std::string& path) {
 }
 
 void print(const VpdOptions& options) {
-  const Record drives[] = {decode(options.path)};
-  const std::span<const Column<Record>> columns(kColumns);
+  const auto type = records::drive_identity([&] { return std::vector{decode(options.path)}; });
   if (options.json)
-    write_output(render_json("vpd", make_sheet<Record>(columns.first(kFields), drives)));
+    write_output(records::to_json(type.name, type.list(records::all_fields(type))));
   else
-    write_output(render_table(make_sheet<Record>(columns, drives), {}));
+    write_output(render_table(type.list(records::default_fields(type)), {}));
 }
 
 void print_date(const std::string& code) {

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "commands/commands.h"
+#include "records/network.h"
 #include "show/inventory.h"
 #include "show/ports.h"
 #include "terminal/screen.h"
@@ -15,6 +16,8 @@
 
 namespace zymdb::tool {
 namespace {
+
+using records::RecordType;
 
 constexpr char kFooter[] =
     "Reads the inventory again and again, and shows what has changed, until it is interrupted (Ctrl-C).\n"
@@ -64,42 +67,50 @@ size_t terminal_height() {
   return known ? size.ws_row : 24;
 }
 
-std::string read_table(const Listing& listing) {
-  auto text = render_table(listing.read(default_columns(listing)), {});
-  require_no_logged_error("read the " + listing.name);
-  return text;
+std::string read_table(const RecordType& type) {
+  return render_table(type.list(records::default_fields(type)), {});
+}
+
+// What the screen has room for, and how much it has not.
+Lines fitting(const std::string& table, size_t height) {
+  auto lines = split_lines(table);
+  if (lines.size() <= height) return lines;
+  const size_t left = lines.size() - height + 1;
+  lines.resize(height - 1);
+  lines.push_back("... and " + std::to_string(left) + " more; --adapter and --function show some of them");
+  return lines;
 }
 
 bool is_end(int signal) {
   return signal == SIGINT || signal == SIGTERM;
 }
 
-void watch_on_terminal(const Listing& listing, unsigned interval) {
+void watch_on_terminal(const RecordType& type, unsigned interval) {
   const Signals signals;
   Screen screen(write_output);
   for (int signal = 0; !is_end(signal); signal = signals.wait(interval)) {
     if (signal != 0) screen.forget();
-    screen.show(split_lines(read_table(listing), terminal_height()));
+    screen.show(fitting(read_table(type), terminal_height()));
   }
 }
 
-void watch_in_file(const Listing& listing, unsigned interval) {
+void watch_in_file(const RecordType& type, unsigned interval) {
   const Signals signals;
   std::string printed;
   do {
-    const auto text = read_table(listing);
+    const auto text = read_table(type);
     if (text != printed) write_output((printed.empty() ? "" : "\n") + text);
     printed = text;
   } while (!is_end(signals.wait(interval)));
 }
 
 void run(const WatchOptions& options) {
-  const auto listing = physical_port_listing(options.ports);
-  open_inventory();
+  const auto type = records::physical_ports(port_choice(options.ports));
+  open_inventory(Opening::kExisting);
   if (isatty(STDOUT_FILENO) != 0)
-    watch_on_terminal(listing, options.interval);
+    watch_on_terminal(type, options.interval);
   else
-    watch_in_file(listing, options.interval);
+    watch_in_file(type, options.interval);
 }
 
 }  // namespace
@@ -113,7 +124,7 @@ void add_watch(CommandTree& tree) {
   const auto options = std::make_shared<WatchOptions>();
   add_port_options(ports, *options->ports);
   ports.add_option("--interval", options->interval, "Seconds between two looks (default: 1)")
-      ->check(CLI::Range(1U, 86400U).description({}))
+      ->check(whole_number(1, 86400))
       ->type_name("SECONDS");
   ports.callback([options] { run(*options); });
 }

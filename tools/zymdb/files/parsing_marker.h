@@ -4,9 +4,11 @@
 
 #include <csignal>
 
+#include "records/pci_settings.h"
+
 namespace zymdb::tool {
 
-inline constexpr char kParsingMarker[] = "/tmp/dp.ucmparsing";
+using records::kParsingMarker;
 
 // Stands while the object lives. The signals that end a program from outside (SIGINT, SIGTERM, SIGHUP) take
 // the marker away first; SIGKILL cannot. One at a time.

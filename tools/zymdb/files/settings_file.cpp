@@ -12,6 +12,10 @@
 namespace zymdb::tool {
 namespace {
 
+using records::kSettingFields;
+using records::SettingField;
+using records::SettingType;
+
 constexpr size_t kFieldCount = std::size(kSettingFields);
 using FieldSet = std::bitset<kFieldCount>;
 
@@ -60,7 +64,7 @@ class Cursor {
 
 size_t index_of_field(const std::string& name) {
   const auto* const found = std::find_if(std::begin(kSettingFields), std::end(kSettingFields),
-                                         [&](const auto& field) { return name == field.column.info.field; });
+                                         [&](const auto& field) { return name == field.field.info.key; });
   return static_cast<size_t>(found - std::begin(kSettingFields));
 }
 
@@ -186,7 +190,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   void require(size_t field) const {
     if (!given_.test(field))
       throw SourceError::at_line(path_, first_line_,
-                                 std::string(kSettingFields[field].column.info.field) + ": is missing");
+                                 std::string(kSettingFields[field].field.info.key) + ": is missing");
   }
 
   void remember_id(const std::string& id) {

@@ -6,9 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "show/setting_fields.h"
+#include "records/pci_settings.h"
 
 namespace zymdb::tool {
+
+using records::SettingRecord;
 
 // The settings of a text, in its order. "SettingID" (unique in the file) and "PfaKey" are required; other
 // fields that are left out are empty or 0, and a text may be null for an empty one.

@@ -2,39 +2,29 @@
 #ifndef ZYMDB_TOOL_SHOW_INVENTORY_H
 #define ZYMDB_TOOL_SHOW_INVENTORY_H
 
-#include <cstddef>
-#include <cstdlib>
-#include <memory>
 #include <string>
-#include <vector>
 
 namespace zymdb::tool {
 
-// From now on the inventory is the one at `path`.
+// From now on the inventory is the one at `path`. Throws CLI::ValidationError for an empty one.
 void choose_inventory(const std::string& path);
 
 // The chosen one, else that of ZYMDB_INVENTORY, else the system's.
 std::string inventory_location();
 
-// Opens the inventory, creating it when there is none. Throws Failure.
-void open_inventory();
+// Only who fills an inventory creates what is not there: a slip in a name must not leave an empty inventory
+// behind.
+enum class Opening { kExisting, kCreating };
 
-// `message`, and what the database client logged as the cause, if it did.
-std::string with_logged_error(const std::string& message);
+// Throws Failure when the inventory cannot be opened.
+void open_inventory(Opening opening);
 
-// Throws Failure unless `status` is 0. `action` says what was tried: "read the processors".
+// Throws Failure unless `status` is 0. `action` says what was tried: "append the event".
 void require_status(int status, const std::string& action);
 
-// Throws Failure when the client has logged an error. List operations answer 0 when the rows end early, and
-// a part of the hardware must not be taken for the whole.
-void require_no_logged_error(const std::string& action);
-
-// Takes over an array that an operation of the library handed out.
-template <class T>
-std::vector<T> take_array(T* array, size_t count) {
-  const std::unique_ptr<T, decltype(&std::free)> owner(array, &std::free);
-  return array == nullptr ? std::vector<T>() : std::vector<T>(array, array + count);
-}
+// Throws Failure when a call of the database client has failed since the inventory was opened: some
+// operations answer 0 all the same.
+void require_no_client_error(const std::string& action);
 
 }  // namespace zymdb::tool
 

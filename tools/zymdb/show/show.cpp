@@ -1,12 +1,19 @@
+#include <strings.h>
+
 #include <memory>
 
-#include "commands/commands.h"
+#include "records/json.h"
 #include "show/inventory.h"
+#include "show/listing.h"
 #include "terminal/table.h"
 #include "terminal/terminal.h"
 
 namespace zymdb::tool {
 namespace {
+
+using records::FieldInfo;
+using records::RecordType;
+using records::Selection;
 
 struct ShowOptions {
   bool json = false;
@@ -15,61 +22,79 @@ struct ShowOptions {
   std::string color = "auto";
 };
 
-Sheet read_sheet(const Listing& listing, const Selection& selection) {
-  const auto action = "read the " + listing.name;
-  if (listing.is_stored) open_inventory();
-  auto sheet = listing.read(selection);
-  require_no_logged_error(action);
-  return sheet;
+std::string rendered(const Listing& listing, const ShowOptions& options, const Selection& columns) {
+  if (listing.is_stored) open_inventory(Opening::kExisting);
+  const auto& type = listing.type;
+  if (options.json) return records::to_json(type.name, type.list(records::all_fields(type)));
+  return render_table(type.list(columns),
+                      {.headings = !options.no_headings, .colors = want_colors(options.color)});
 }
 
 void show(const Listing& listing, const ShowOptions& options, bool columns_given) {
-  if (options.json) {
-    write_output(render_json(listing.name, read_sheet(listing, record_fields(listing))));
-    return;
-  }
-  const auto selection = columns_given ? parse_columns(listing, options.columns) : default_columns(listing);
-  write_output(render_table(read_sheet(listing, selection),
-                            {.headings = !options.no_headings, .colors = want_colors(options.color)}));
+  const auto columns =
+      columns_given ? parse_columns(listing.type, options.columns) : records::default_fields(listing.type);
+  write_output(rendered(listing, options, columns));
 }
 
-std::vector<std::string> column_words(const Listing& listing) {
-  std::vector<std::string> words;
-  for (const auto& column : listing.columns) words.emplace_back(column.heading);
-  words.emplace_back("all");
-  return words;
+std::vector<std::string> headings_of(const RecordType& type) {
+  std::vector<std::string> headings;
+  for (const auto& field : type.fields) headings.emplace_back(field.heading);
+  headings.emplace_back("all");
+  return headings;
 }
 
-std::string help_line(const ColumnInfo& column) {
-  std::string line = column.shown == Shown::kByDefault ? "* " : "  ";
-  line += column.heading;
+std::string help_line(const FieldInfo& field) {
+  std::string line = field.shown == records::Shown::kByDefault ? "* " : "  ";
+  line += field.heading;
   line.resize(std::max(line.size() + 1, size_t{18}), ' ');
-  line += column.help;
-  if (column.field != nullptr) line += std::string(" [") + column.field + "]";
-  return line + "\n";
+  line += field.meaning;
+  if (field.unit[0] != '\0') line += std::string(", ") + field.unit;
+  return line + " [" + field.key + "]\n";
 }
 
-std::string help_footer(const Listing& listing, const std::string& examples) {
+std::string help_footer(const Listing& listing) {
   std::string text = "Columns (*: shown by default; in brackets the key that --json prints):\n";
-  for (const auto& column : listing.columns) text += help_line(column);
-  return text + "\nExamples:\n" + examples;
+  for (const auto& field : listing.type.fields) text += help_line(field);
+  return text + "\nExamples:\n" + listing.examples;
+}
+
+std::string trimmed_name(const std::string& name) {
+  const auto first = name.find_first_not_of(" \t");
+  if (first == std::string::npos) return {};
+  return name.substr(first, name.find_last_not_of(" \t") - first + 1);
 }
 
 }  // namespace
 
-CLI::App& add_listing(CommandTree& tree, CLI::App& parent, Listing listing, const std::string& examples) {
-  auto& command = *parent.add_subcommand(listing.command, listing.description);
-  command.footer(help_footer(listing, examples));
+Selection parse_columns(const RecordType& type, std::string_view names) {
+  Selection selection;
+  for (const auto& part : CLI::detail::split(std::string(names), ',')) {
+    const auto name = trimmed_name(part);
+    if (strcasecmp(name.c_str(), "all") == 0) {
+      const auto all = records::all_fields(type);
+      selection.insert(selection.end(), all.begin(), all.end());
+    } else if (const auto field = records::find_field(type, name)) {
+      selection.push_back(*field);
+    } else {
+      throw CLI::ValidationError("--columns", unknown_word("column", name, headings_of(type)));
+    }
+  }
+  return selection;
+}
+
+CLI::App& add_listing(CommandTree& tree, CLI::App& parent, Listing listing) {
+  auto& command = *parent.add_subcommand(listing.command, listing.type.description);
+  command.footer(help_footer(listing));
   const auto options = std::make_shared<ShowOptions>();
-  auto* json = command.add_flag("--json", options->json, "Print JSON: every field of the records");
+  auto* json = command.add_flag("--json", options->json, "Print JSON: everything that is known of each");
   auto* columns = command.add_option("--columns", options->columns,
-                                     "Columns to print, by heading or field, separated by commas; or all");
+                                     "Columns to print, by heading or key, separated by commas; or all");
   columns->type_name(kListType)->excludes(json);
-  tree.words[columns] = column_words(listing);
+  tree.words[columns] = headings_of(listing.type);
   command.add_flag("--no-headings", options->no_headings, "Print no headings")->excludes(json);
   const std::vector<std::string> choices{"auto", "always", "never"};
   tree.words[command.add_option("--color", options->color, "Colour: auto (on a terminal), always, never")
-                 ->check(CLI::IsMember(choices).description({}))
+                 ->check(one_of(choices))
                  ->type_name("WHEN")] = choices;
   command.callback(
       [listing = std::move(listing), options, columns] { show(listing, *options, columns->count() > 0); });

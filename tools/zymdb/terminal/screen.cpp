@@ -45,9 +45,9 @@ std::string redraw_line(size_t number, std::string_view before, std::string_view
 
 }  // namespace
 
-Lines split_lines(std::string_view text, size_t most) {
+Lines split_lines(std::string_view text) {
   Lines lines;
-  while (!text.empty() && lines.size() < most) {
+  while (!text.empty()) {
     const size_t end = std::min(text.find('\n'), text.size());
     lines.emplace_back(text.substr(0, end));
     text.remove_prefix(std::min(end + 1, text.size()));

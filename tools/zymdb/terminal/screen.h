@@ -12,8 +12,7 @@ namespace zymdb::tool {
 
 using Lines = std::vector<std::string>;
 
-// The lines of a text, `most` of them.
-Lines split_lines(std::string_view text, size_t most);
+Lines split_lines(std::string_view text);
 
 // What makes a terminal that shows `before` show `after`: for each run of characters that differ the way
 // there and the characters. Every character is taken to be one column wide.

@@ -10,6 +10,10 @@
 namespace zymdb::tool {
 namespace {
 
+using records::Attention;
+using records::Kind;
+using records::Sheet;
+
 struct TableRelease {
   void operator()(libscols_table* table) const { scols_unref_table(table); }
 };
@@ -30,13 +34,13 @@ void require_ok(int result) {
   if (result != 0) throw std::bad_alloc();
 }
 
-const char* color_of(Tone tone) {
-  switch (tone) {
-    case Tone::kFaint:
+const char* color_of(Attention attention) {
+  switch (attention) {
+    case Attention::kAbsent:
       return "\033[2m";
-    case Tone::kWarning:
+    case Attention::kWarning:
       return "\033[33m";
-    case Tone::kPlain:
+    case Attention::kNone:
       break;
   }
   return nullptr;
@@ -54,28 +58,18 @@ int flags_of(Kind kind) {
   return 0;
 }
 
-std::string cell_text(const ColumnInfo& column, const Value& value) {
-  if (const auto* text = std::get_if<std::string>(&value)) return *text;
-  if (const auto* number = std::get_if<int64_t>(&value)) return std::to_string(*number);
-  const auto number = static_cast<unsigned long long>(std::get<uint64_t>(value));
-  if (column.hex_digits == 0) return std::to_string(number);
-  char hex[20];
-  std::snprintf(hex, sizeof hex, "0x%0*llx", static_cast<int>(column.hex_digits), number);
-  return hex;
-}
-
-void add_columns(libscols_table* table, const std::vector<ColumnInfo>& columns) {
-  for (const auto& column : columns) {
-    require(scols_table_new_column(table, column.heading, 0, flags_of(column.kind)));
+void add_columns(libscols_table* table, const std::vector<records::FieldInfo>& fields) {
+  for (const auto& field : fields) {
+    require(scols_table_new_column(table, field.heading, 0, flags_of(field.kind)));
   }
 }
 
-void add_row(libscols_table* table, const Sheet& sheet, const std::vector<Cell>& row) {
+void add_row(libscols_table* table, const Sheet& sheet, const std::vector<records::Cell>& row) {
   auto* line = require(scols_table_new_line(table, nullptr));
   for (size_t i = 0; i < row.size(); ++i) {
     auto* cell = require(scols_line_get_cell(line, i));
-    require_ok(scols_cell_set_data(cell, cell_text(sheet.columns[i], row[i].value).c_str()));
-    require_ok(scols_cell_set_color(cell, color_of(row[i].tone)));
+    require_ok(scols_cell_set_data(cell, text_of(sheet.fields[i], row[i].value).c_str()));
+    require_ok(scols_cell_set_color(cell, color_of(row[i].attention)));
   }
 }
 
@@ -94,7 +88,7 @@ std::string render_table(const Sheet& sheet, const TableStyle& style) {
   const Table table(require(scols_new_table()));
   scols_table_enable_noheadings(table.get(), style.headings ? 0 : 1);
   scols_table_enable_colors(table.get(), style.colors ? 1 : 0);
-  add_columns(table.get(), sheet.columns);
+  add_columns(table.get(), sheet.fields);
   for (const auto& row : sheet.rows) add_row(table.get(), sheet, row);
   // A table without lines would be printed without its headings: give it a blank line, and take that away.
   if (empty) add_row(table.get(), sheet, {});

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "show/listing.h"
+#include "records/record.h"
 
 namespace zymdb::tool {
 
@@ -15,7 +15,7 @@ struct TableStyle {
 
 // On a terminal the lines are as long as it is wide, and texts that do not fit are cut; elsewhere everything
 // is printed in full. Bytes that the terminal could take for commands are shown as \xHH.
-std::string render_table(const Sheet& sheet, const TableStyle& style);
+std::string render_table(const records::Sheet& sheet, const TableStyle& style);
 
 }  // namespace zymdb::tool
 

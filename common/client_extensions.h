@@ -1,0 +1,19 @@
+// What our own database client offers beyond the controller's interface. Another client in the process may
+// lack any of it: then nothing happens, and nothing is known.
+#ifndef ZYMDB_COMMON_CLIENT_EXTENSIONS_H
+#define ZYMDB_COMMON_CLIENT_EXTENSIONS_H
+
+#include <string>
+
+namespace zymdb {
+
+// What the client says of the calling thread's last failure; empty when there is none.
+std::string last_client_error();
+void clear_client_error();
+
+// Whether those who open a database that is not there create it.
+void allow_creation(bool allowed);
+
+}  // namespace zymdb
+
+#endif

@@ -1,0 +1,85 @@
+#include <algorithm>
+#include <map>
+#include <tuple>
+
+#include "records/pci.h"
+#include "records/stored_rows.h"
+#include "records/text.h"
+
+namespace zymdb::records {
+namespace {
+
+struct Adapter : _ZYMDB_PCI_Adapter {
+  std::optional<FunctionKey> first_function;
+};
+
+Value place(const Adapter& adapter) {
+  return place_text(adapter.Location, adapter.SlotNo);
+}
+
+Value address(const Adapter& adapter) {
+  return adapter.first_function ? Value(adapter.first_function->text()) : Value();
+}
+
+constexpr Field<Adapter> kFields[] = {
+    derived<Adapter>("Place", "PLACE", "slot, drive bay or system board (Location and SlotNo)", place)
+        .shown()
+        .place(),
+    derived<Adapter>("Address", "ADDRESS", "bus address of the adapter's first function", address).place(),
+    ZYMDB_RECORD_FIELD(Adapter, PCIKey, "KEY", "PCI key, shared by the adapter's functions")
+        .hex(8)
+        .shown()
+        .place(),
+    ZYMDB_RECORD_FIELD(Adapter, NodeNo, "NODE", "node that the adapter belongs to"),
+    ZYMDB_RECORD_FIELD(Adapter, SlotNo, "SLOTNO", "slot number within the location").place(),
+    ZYMDB_RECORD_FIELD(Adapter, ConnectorType, "CONNECTORTYPE", "connector or slot type code")
+        .hex(4)
+        .zero_is_unknown(),
+    ZYMDB_RECORD_FIELD(Adapter, ConnectorTypeName, "CONNECTOR", "connector or slot type")
+        .shown()
+        .unknown_at("Unknown"),
+    ZYMDB_RECORD_FIELD(Adapter, CardName, "NAME", "name").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Adapter, AIMSupported, "AIM", "how it is managed: 1 out of band"),
+    ZYMDB_RECORD_FIELD(Adapter, Location, "LOCATION", "0 system board, 1 slot, 2 drive bay").place(),
+    ZYMDB_RECORD_FIELD(Adapter, HealthStatus, "HEALTH", "health, as its writer codes it").changing(),
+    ZYMDB_RECORD_FIELD(Adapter, NcsiIdValid, "NCSI", "1: the slot has NC-SI package ids"),
+    ZYMDB_RECORD_FIELD(Adapter, PackageID1, "PACKAGE1", "first NC-SI package id").unknown_at(255),
+    ZYMDB_RECORD_FIELD(Adapter, PackageID2, "PACKAGE2", "second NC-SI package id").unknown_at(255),
+};
+
+// The lowest function of each device.
+std::map<uint32_t, FunctionKey> first_functions(const Reading& reading) {
+  std::map<uint32_t, FunctionKey> functions;
+  for (const auto& [function, row] : read_stored_rows(reading, "PCIs", "FunKey", {"DevKey"})) {
+    const auto* const device = std::get_if<uint64_t>(&row.at("DevKey"));
+    if (device != nullptr) functions.emplace(static_cast<uint32_t>(*device), FunctionKey(function));
+  }
+  return functions;
+}
+
+std::vector<Adapter> list_adapters() {
+  const Reading reading("adapters");
+  _ZYMDB_PCI_Adapter_List list{};
+  const int status = zymdb_get_pci_adapter_list(&list);
+  const auto found = take_array(list.adapters, list.count);
+  reading.require(status);
+  const auto functions = first_functions(reading);
+  std::vector<Adapter> adapters;
+  for (const auto& each : found) {
+    const auto function = functions.find(each.PCIKey);
+    adapters.push_back({each, function != functions.end() ? std::optional(function->second) : std::nullopt});
+  }
+  reading.require_whole();
+  std::ranges::sort(adapters, {},
+                    [](const Adapter& each) { return std::tuple(each.Location, each.SlotNo, each.PCIKey); });
+  return adapters;
+}
+
+}  // namespace
+
+RecordType adapters() {
+  return describe<Adapter>("adapters", "Adapters: cards, drives and on-board devices", kFields,
+                           list_adapters);
+}
+
+}  // namespace zymdb::records

@@ -1,0 +1,182 @@
+#include "records/firmware.h"
+
+#include <array>
+#include <ctime>
+#include <utility>
+
+#include "records/pci.h"
+#include "records/text.h"
+
+namespace zymdb::records {
+namespace {
+
+struct Component : _ZYMDB_PCI_Firmware {
+  uint32_t PCIFuncKey = 0;
+};
+using Device = _ZYMDB_PLDM_Firmware;
+using Embedded = _ZYMDB_Embedded_Firmware;
+using Event = _ZYMDB_DPU_Event;
+
+Value function_address(const Component& component) {
+  return FunctionKey(component.PCIFuncKey).text();
+}
+
+Value device_place(const Device& device) {
+  return place_text(device.Location, device.SlotNo);
+}
+
+bool has_failed(const Device& device) {
+  return device.Updated != 0 && device.UpdateErrCode != 0;
+}
+
+Value update_state(const Device& device) {
+  constexpr uint32_t kPending = 2;
+  std::string text = device.Updated == 0 ? "" : has_failed(device) ? "failed" : "succeeded";
+  if (device.Status == kPending) text += text.empty() ? "pending" : ", pending";
+  return value_of(text);
+}
+
+Attention update_attention(const Device& device) {
+  return has_failed(device) ? Attention::kWarning : Attention::kNone;
+}
+
+// "2024-05-01 12:00:00", in UTC.
+Value time_text(const Event& event) {
+  const time_t seconds = event.Timestamp;
+  tm parts{};
+  std::array<char, 32> text{};
+  if (gmtime_r(&seconds, &parts) != nullptr)
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
+  return value_of(std::string(text.data()));
+}
+
+constexpr Field<Component> kComponentFields[] = {
+    derived<Component>("Function", "FUNCTION", "address of the PCI function", function_address)
+        .shown()
+        .place(),
+    ZYMDB_RECORD_FIELD(Component, PCIFuncKey, "KEY", "function key").hex(8).place(),
+    ZYMDB_RECORD_FIELD(Component, FirmwareName, "NAME", "name of the component").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Component, VersionString, "VERSION", "installed version").shown(),
+    ZYMDB_RECORD_FIELD(Component, Description, "DESCRIPTION", "description"),
+    ZYMDB_RECORD_FIELD(Component, ReleaseDate, "DATE", "release date").shown(),
+    ZYMDB_RECORD_FIELD(Component, Classification, "CLASSCODE", "classification code")
+        .hex(4)
+        .zero_is_unknown(),
+    ZYMDB_RECORD_FIELD(Component, ClassificationString, "CLASS", "classification")
+        .shown()
+        .unknown_at("Unknown"),
+    ZYMDB_RECORD_FIELD(Component, Manufacture, "MAKER", "maker").shown(),
+    ZYMDB_RECORD_FIELD(Component, SoftwareID, "SOFTWARE", "software id").shown(),
+};
+
+constexpr Field<Device> kDeviceFields[] = {
+    derived<Device>("Place", "PLACE", "slot, drive bay or system board (Location and SlotNo)", device_place)
+        .shown()
+        .place(),
+    ZYMDB_RECORD_FIELD(Device, DeviceName, "DEVICE", "name").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Device, DeviceType, "TYPE", "device type code").unknown_at(23),
+    ZYMDB_RECORD_FIELD(Device, PCIKey, "KEY", "PCI key").hex(8).place(),
+    ZYMDB_RECORD_FIELD(Device, PCIFuncKey, "FUNCTIONKEY", "function key").hex(8).place(),
+    ZYMDB_RECORD_FIELD(Device, Location, "LOCATION", "0 system board, 1 slot, 2 drive bay").place(),
+    ZYMDB_RECORD_FIELD(Device, SlotNo, "SLOT", "slot number within the location").place(),
+    ZYMDB_RECORD_FIELD(Device, Manufacture, "MAKER", "maker"),
+    ZYMDB_RECORD_FIELD(Device, SoftwareID, "SOFTWARE", "software id").shown(),
+    ZYMDB_RECORD_FIELD(Device, VersionString, "VERSION", "installed version").shown(),
+    ZYMDB_RECORD_FIELD(Device, PendingVersionString, "NEXT", "version staged for the next activation")
+        .shown(),
+    ZYMDB_RECORD_FIELD(Device, PkgVersionString, "PACKAGE", "version of the package"),
+    ZYMDB_RECORD_FIELD(Device, ReleaseDate, "DATE", "release date"),
+    ZYMDB_RECORD_FIELD(Device, PendingReleaseDate, "NEXTDATE", "release date of the staged version"),
+    ZYMDB_RECORD_FIELD(Device, UpdateSupport, "UPDATABLE", "0: cannot be updated"),
+    derived<Device>("Update", "UPDATE", "what became of the last update", update_state)
+        .shown()
+        .noted(update_attention)
+        .changing(),
+    ZYMDB_RECORD_FIELD(Device, Updated, "UPDATED", "not 0: an update was applied").changing(),
+    ZYMDB_RECORD_FIELD(Device, UpdateMethod, "METHOD", "update method code").hex(4),
+    ZYMDB_RECORD_FIELD(Device, UpdateAuxInfo, "AUXINFO", "auxiliary information"),
+    ZYMDB_RECORD_FIELD(Device, UpdateErrCode, "ERRORCODE", "0: the update succeeded").changing(),
+    ZYMDB_RECORD_FIELD(Device, UpdateErrString, "ERROR", "why the update failed").changing(),
+    ZYMDB_RECORD_FIELD(Device, Status, "STATUS", "2: an update is pending").changing(),
+};
+
+constexpr Field<Embedded> kEmbeddedFields[] = {
+    ZYMDB_RECORD_FIELD(Embedded, DeviceName, "DEVICE", "name").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Embedded, DeviceIndex, "INDEX", "tells devices of a software id apart").shown(),
+    ZYMDB_RECORD_FIELD(Embedded, StructRev, "REVISION", "revision of its description"),
+    ZYMDB_RECORD_FIELD(Embedded, Version, "VERSION", "version").shown(),
+    ZYMDB_RECORD_FIELD(Embedded, SoftwareID, "SOFTWARE", "software id").shown(),
+    ZYMDB_RECORD_FIELD(Embedded, Class, "CLASS", "class code").hex(4),
+    ZYMDB_RECORD_FIELD(Embedded, Category, "CATEGORY", "category code"),
+    ZYMDB_RECORD_FIELD(Embedded, SubCategory, "SUBCATEGORY", "subcategory code"),
+    ZYMDB_RECORD_FIELD(Embedded, Checksum, "CHECKSUM", "checksum").hex(2),
+};
+
+constexpr Field<Event> kEventFields[] = {
+    ZYMDB_RECORD_FIELD(Event, Id, "ID", "number of the event").shown(),
+    derived<Event>("Time", "TIME", "when it happened, UTC", time_text).shown(),
+    ZYMDB_RECORD_FIELD(Event, Timestamp, "TIMESTAMP", "the same in seconds since 1970"),
+    ZYMDB_RECORD_FIELD(Event, GenID, "GENERATOR", "who reported it").shown(),
+    ZYMDB_RECORD_FIELD(Event, Message, "MESSAGE", "what happened").long_text().shown(),
+};
+
+std::vector<Component> list_components() {
+  const Reading reading("firmware");
+  std::vector<Component> components;
+  for (const auto& function : list_functions(reading)) {
+    const uint32_t key = FunctionKey::of(function).value;
+    _ZYMDB_PCI_Firmware_List list{};
+    const int status = zymdb_get_pci_firmware_list(key, &list);
+    const auto of_function = take_array(list.Firmwares, list.Count);
+    reading.require(status);
+    for (const auto& component : of_function) components.push_back({component, key});
+  }
+  reading.require_whole();
+  return components;
+}
+
+// What an operation of the library lists.
+template <class List>
+auto list_whole(const char* what, int (*read)(List*)) {
+  const Reading reading(what);
+  List list{};
+  const int status = read(&list);
+  auto devices = take_array(list.Firmwares, list.Count);
+  reading.require(status);
+  reading.require_whole();
+  return devices;
+}
+
+std::vector<Event> list_events(int slot) {
+  const Reading reading("events");
+  _ZYMDB_DPU_Event_List list{};
+  const int status = dpu_get_log_by_slot(slot, &list);
+  auto events = take_array(list.Events, list.Count);
+  reading.require(status);
+  reading.require_whole();
+  return events;
+}
+
+}  // namespace
+
+RecordType firmware_components() {
+  return describe<Component>("firmware", "Firmware and software components of PCI functions",
+                             kComponentFields, list_components);
+}
+
+RecordType pldm_devices(std::function<PldmReader()> which) {
+  return describe<Device>("pldm", "Firmware of devices that are updated over PLDM", kDeviceFields,
+                          [which = std::move(which)] { return list_whole("PLDM devices", which()); });
+}
+
+RecordType embedded_devices() {
+  return describe<Embedded>("embedded", "Firmware of devices on the system board", kEmbeddedFields,
+                            [] { return list_whole("embedded devices", zymdb_get_embedded_firmware_list); });
+}
+
+RecordType dpu_events(std::function<int()> slot) {
+  return describe<Event>("events", "Print the events of the DPU in a slot", kEventFields,
+                         [slot = std::move(slot)] { return list_events(slot()); });
+}
+
+}  // namespace zymdb::records

@@ -1,0 +1,115 @@
+#include <initializer_list>
+#include <map>
+#include <utility>
+
+#include "records/pci_settings.h"
+#include "records/reading.h"
+
+namespace zymdb::records {
+namespace {
+
+struct Pending {
+  std::string SettingID;
+  uint32_t PfaKey = 0;
+  std::string CurrentValue;
+  std::string PendingValue;
+  std::string AcceptedValue;
+};
+
+bool has_function(const Pending& pending) {
+  return pending.PfaKey != 0;
+}
+
+Value function_address(const Pending& pending) {
+  return FunctionKey(pending.PfaKey).text();
+}
+
+constexpr Field<Pending> kFields[] = {
+    ZYMDB_RECORD_FIELD(Pending, SettingID, "SETTING", "the setting").shown(),
+    derived<Pending>("Function", "FUNCTION", "address of the adapter's function (PfaKey)", function_address)
+        .known_if(has_function)
+        .shown(),
+    ZYMDB_RECORD_FIELD(Pending, PfaKey, "KEY", "function key of the adapter").hex(8).known_if(has_function),
+    ZYMDB_RECORD_FIELD(Pending, CurrentValue, "CURRENT", "value in force").shown(),
+    ZYMDB_RECORD_FIELD(Pending, PendingValue, "PENDING", "value that a user has set").shown(),
+    ZYMDB_RECORD_FIELD(Pending, AcceptedValue, "ACCEPTED",
+                       "value that the BIOS configuration manager holds for the firmware")
+        .shown(),
+};
+
+// The rows of a query, read by name.
+class Rows {
+ public:
+  Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
+       std::initializer_list<const char*> columns) {
+    zym_db_result_t* result = nullptr;
+    const int status = zym_db_query(handle, table, columns.begin(), static_cast<int>(columns.size()), nullptr,
+                                    nullptr, 0, 0, &result);
+    result_.reset(result);
+    reading.require(status);
+  }
+
+  bool step() { return result_ != nullptr && zym_db_result_step(result_.get()) == ZYM_DB_STATUS_ROW; }
+
+  std::string text(const char* column) {
+    char text[1025] = "";
+    extract_str_column_from_result(result_.get(), column, text, sizeof text);
+    return text;
+  }
+  uint32_t number(const char* column) {
+    uint32_t number = 0;
+    extract_uint_column_from_result(result_.get(), column, &number);
+    return number;
+  }
+
+ private:
+  ResultPtr result_;
+};
+
+using PendingById = std::map<std::string, Pending>;
+
+void add_settings_that_differ(const Reading& reading, PendingById& pending) {
+  Rows rows(reading, get_dmdb_handle(), "PCISetting",
+            {"SettingID", "PfaKey", "CurrentValue", "PendingValue"});
+  while (rows.step()) {
+    Pending setting{rows.text("SettingID"),
+                    rows.number("PfaKey"),
+                    rows.text("CurrentValue"),
+                    rows.text("PendingValue"),
+                    {}};
+    const auto accepted = pending.find(setting.SettingID);
+    const bool differs = !setting.PendingValue.empty() && setting.PendingValue != setting.CurrentValue;
+    if (accepted != pending.end()) setting.AcceptedValue = accepted->second.AcceptedValue;
+    if (accepted != pending.end() || differs) pending[setting.SettingID] = std::move(setting);
+  }
+}
+
+void add_accepted_values(const Reading& reading, PendingById& pending) {
+  const HandlePtr manager = open_properties();
+  if (manager == nullptr) reading.require(ZYM_DB_STATUS_NO_DB);
+  Rows rows(reading, manager.get(), "biosPendingValue", {"name", "value"});
+  while (rows.step()) {
+    const auto id = rows.text("name");
+    pending[id] = {id, 0, {}, {}, rows.text("value")};
+  }
+}
+
+std::vector<Pending> list_pending() {
+  const Reading reading("pending values");
+  require_settled_settings();
+  PendingById by_id;
+  add_accepted_values(reading, by_id);
+  add_settings_that_differ(reading, by_id);
+  reading.require_whole();
+  std::vector<Pending> all;
+  for (auto& [id, pending] : by_id) all.push_back(std::move(pending));
+  return all;
+}
+
+}  // namespace
+
+RecordType pending_settings() {
+  return describe<Pending>("pending", "Values that are to take effect later", kFields, list_pending);
+}
+
+}  // namespace zymdb::records

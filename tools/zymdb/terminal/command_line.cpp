@@ -1,0 +1,130 @@
+#include "terminal/command_line.h"
+
+#include <algorithm>
+#include <charconv>
+#include <numeric>
+#include <optional>
+
+namespace zymdb::tool {
+namespace {
+
+using Words = std::vector<std::string>;
+
+// Letters to change, add or leave out to make one word of another.
+size_t distance(const std::string& from, const std::string& to) {
+  std::vector<size_t> row(to.size() + 1);
+  std::iota(row.begin(), row.end(), size_t{0});
+  for (size_t i = 0; i < from.size(); ++i) {
+    size_t diagonal = std::exchange(row[0], i + 1);
+    for (size_t j = 0; j < to.size(); ++j) {
+      const size_t replaced = diagonal + (std::tolower(from[i]) == std::tolower(to[j]) ? 0 : 1);
+      diagonal = std::exchange(row[j + 1], std::min({replaced, row[j] + 1, row[j + 1] + 1}));
+    }
+  }
+  return row.back();
+}
+
+// A third of the letters may be wrong, and a word of two letters still has one.
+std::optional<std::string> closest(const std::string& word, const Words& known) {
+  const size_t most = std::max<size_t>(1, word.size() / 3);
+  const auto found =
+      std::ranges::min_element(known, {}, [&](const auto& each) { return distance(word, each); });
+  if (word.empty() || found == known.end() || distance(word, *found) > most) return std::nullopt;
+  return *found;
+}
+
+// The command that the user was about, below the program and above it: the innermost one named comes last.
+std::vector<const CLI::App*> path_of(const CLI::App& app) {
+  std::vector<const CLI::App*> path{&app};
+  while (!path.back()->get_subcommands().empty()) path.push_back(path.back()->get_subcommands().back());
+  return path;
+}
+
+Words commands_of(const CLI::App& command) {
+  Words names;
+  for (const auto* each :
+       command.get_subcommands([](const CLI::App* below) { return !below->get_name().empty(); }))
+    names.push_back(each->get_name());
+  return names;
+}
+
+Words options_of(const std::vector<const CLI::App*>& path) {
+  Words names;
+  for (const auto* command : path) {
+    for (const auto* option : command->get_options()) {
+      for (const auto& name : option->get_lnames()) names.push_back("--" + name);
+    }
+  }
+  return names;
+}
+
+std::string explain_word(const std::vector<const CLI::App*>& path, const std::string& word) {
+  if (word.starts_with('-')) {
+    const auto meant = closest(word, options_of(path));
+    return "unknown option '" + word + "'" + (meant ? "; did you mean '" + *meant + "'?" : "");
+  }
+  const auto commands = commands_of(*path.back());
+  return commands.empty() ? "'" + word + "' is more than the command takes"
+                          : unknown_word("command", word, commands);
+}
+
+bool cut_end(std::string& text, std::string_view end) {
+  if (!text.ends_with(end)) return false;
+  text.erase(text.size() - end.size());
+  return true;
+}
+
+std::string joined(const Words& words) {
+  return CLI::detail::join(words, ", ");
+}
+
+// What the parser says, in the words of the other messages.
+std::string in_our_words(const std::vector<const CLI::App*>& path, std::string text) {
+  if (text == "A subcommand is required")
+    return "a command is missing; there are " + joined(commands_of(*path.back()));
+  if (cut_end(text, " is required")) return text + " is missing";
+  if (cut_end(text, " missing")) return text.substr(0, text.find(':')) + ": its value is missing";
+  if (const auto at = text.find(" excludes "); at != std::string::npos)
+    return text.substr(0, at) + " and " + text.substr(at + 10) + " do not go together";
+  if (text.starts_with("Could not convert: ")) return text.substr(19) + " is no number that it takes";
+  return text;
+}
+
+}  // namespace
+
+CLI::Validator whole_number(uint64_t least, uint64_t most) {
+  return {[=](const std::string& text) -> std::string {
+            uint64_t number = 0;
+            const char* const last = text.data() + text.size();
+            const auto [end, error] = std::from_chars(text.data(), last, number);
+            if (error == std::errc() && end == last && number >= least && number <= most) return {};
+            return "'" + text + "' is no whole number from " + std::to_string(least) + " to " +
+                   std::to_string(most);
+          },
+          ""};
+}
+
+CLI::Validator one_of(const Words& words) {
+  return {[words](const std::string& text) -> std::string {
+            if (std::ranges::find(words, text) != words.end()) return {};
+            return "'" + text + "' is none of " + joined(words);
+          },
+          ""};
+}
+
+std::string unknown_word(const std::string& kind, const std::string& word, const Words& known) {
+  const auto meant = closest(word, known);
+  return "unknown " + kind + " '" + word + "'; " +
+         (meant ? "did you mean '" + *meant + "'?" : "there are " + joined(known));
+}
+
+std::string explain(const CLI::App& app, const CLI::ParseError& error) {
+  const auto path = path_of(app);
+  const auto left = app.remaining(true);
+  std::string command;
+  for (const auto* each : path) command += (command.empty() ? "" : " ") + each->get_name();
+  const auto problem = left.empty() ? in_our_words(path, error.what()) : explain_word(path, left.front());
+  return problem + " (try '" + command + " --help')";
+}
+
+}  // namespace zymdb::tool
