@@ -1,8 +1,7 @@
-#include <syslog.h>
-
 #include "controller/ruvo_log.h"
 #include "db/filter.h"
 #include "db/rows.h"
+#include "db/system_log.h"
 #include "db/values.h"
 #include "firmware/pldm_list.h"
 
@@ -142,9 +141,10 @@ int zymdb_insert_or_update_pldm_firmware(unsigned int vendorId, unsigned int dev
   // The software id stands bare: the database takes a word that is no column for a text.
   const Filter<64> filter("PCIKey!=%u OR SoftwareID!=%s", pci_key, rec->SoftwareID);
   // Discovery goes on whatever becomes of one row: only the log tells.
-  if (values.insert_or_update("PldmDeviceFirmware", where, filter) <= 0)
-    syslog(LOG_USER | LOG_INFO, "%s: Failed to insert/update PLDM FW info, where:%s, filter:%s\n\n",
-           "zymdb_insert_or_update_pldm_firmware", static_cast<const char*>(where),
-           static_cast<const char*>(filter));
+  if (values.insert_or_update("PldmDeviceFirmware", where, filter) <= 0) {
+    log_to_system(kLogInformation, "%s: Failed to insert/update PLDM FW info, where:%s, filter:%s\n\n",
+                  "zymdb_insert_or_update_pldm_firmware", where.text(), filter.text());
+    log_if_cut(filter);
+  }
   return ZYM_DB_STATUS_OK;
 }

@@ -4,7 +4,6 @@
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <syslog.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,12 +11,15 @@
 #include <cstring>
 
 #include "zymdb_firmware.h"
+#include "db/system_log.h"
+#include "zymdb_firmware.h"
+
+using namespace zymdb;
 
 namespace {
 
 constexpr char kSocketPath[] = "/tmp/rtcfgproxy.sock";
 constexpr char kProgressPath[] = "/tmp/.rt_upd_state";
-constexpr int kInfo = LOG_USER | LOG_INFO;
 constexpr time_t kLongestWait = 3600;  // seconds
 constexpr time_t kReceiveTimeout = 5;  // seconds
 constexpr size_t kBodyChunk = 512;
@@ -92,7 +94,8 @@ bool connect_to_service(int descriptor) {
   const int result = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
   if (result == 0) return true;
   const int error = errno;
-  syslog(kInfo, "%s, connect error, rc=%d(%s)\n\n", "retimer_hal_proxy", result, strerror(error));
+  log_to_system(kLogInformation, "%s, connect error, rc=%d(%s)\n\n", "retimer_hal_proxy", result,
+                strerror(error));
   return false;
 }
 
@@ -131,7 +134,7 @@ int32_t exchange(const Request& request, int32_t& result) {
 
   const ssize_t written = transfer([&] { return write(connection.get(), &request, sizeof request); });
   if (written != static_cast<ssize_t>(sizeof request)) {
-    syslog(kInfo, "%s, write error\n\n", "retimer_hal_proxy");
+    log_to_system(kLogInformation, "%s, write error\n\n", "retimer_hal_proxy");
     return kNotWritten;
   }
   if (const int32_t failure = wait_for_reply(connection.get()); failure != 0) return failure;
@@ -149,8 +152,8 @@ int32_t exchange(const Request& request, int32_t& result) {
 // Reads one byte of the progress file; `what` names it in the log.
 bool read_byte(int descriptor, const char* what, uint8_t& byte) {
   if (transfer([&] { return read(descriptor, &byte, 1); }) == 1) return true;
-  syslog(kInfo, "%s, read %s from retimer update progress file failed\n\n", "retimer_get_fw_update_progress",
-         what);
+  log_to_system(kLogInformation, "%s, read %s from retimer update progress file failed\n\n",
+                "retimer_get_fw_update_progress", what);
   return false;
 }
 
@@ -164,8 +167,8 @@ int32_t retimer_update_fw(const _ZYMDB_Retimer_Update_Req* req) {
   int32_t result = 0;
   const int32_t failure = exchange(request_of(*req), result);
   if (failure == 0) return result;
-  syslog(kInfo, "%s, retimer_hal_proxy fails, rc = 0x%x\n\n", "retimer_update_fw",
-         static_cast<unsigned>(failure));
+  log_to_system(kLogInformation, "%s, retimer_hal_proxy fails, rc = 0x%x\n\n", "retimer_update_fw",
+                static_cast<unsigned>(failure));
   return failure;
 }
 
@@ -174,7 +177,8 @@ int32_t retimer_get_fw_update_progress(uint32_t slotNo, _ZYMDB_Retimer_Progress*
   const Descriptor file(open(kProgressPath, O_RDONLY | O_CLOEXEC));
   if (file.get() < 0) {
     // The line has always spoken of another device; log readers look for it.
-    syslog(kInfo, "%s, open raid update progress file failed\n\n", "retimer_get_fw_update_progress");
+    log_to_system(kLogInformation, "%s, open raid update progress file failed\n\n",
+                  "retimer_get_fw_update_progress");
     return -1;
   }
 

@@ -1,8 +1,9 @@
-#include <syslog.h>
+#include <utility>
 
 #include "db/code_text.h"
 #include "db/query.h"
 #include "db/rows.h"
+#include "db/system_log.h"
 #include "db/values.h"
 #include "zymdb_pci.h"
 
@@ -70,8 +71,7 @@ int update_nvidia_card(const char* operation, const char* table, const char* col
   int status = ZYM_DB_STATUS_OK;
   const uint32_t hardware_id = select_number(handle, statement, status);
   if (hardware_id == 0) {
-    syslog(LOG_USER | LOG_ERR, "%s: rc = %d, sql failed. %s\n\n", operation, status,
-           static_cast<const char*>(statement));
+    log_to_system(kLogError, "%s: rc = %d, sql failed. %s\n\n", operation, status, statement.text());
     return ZYM_DB_STATUS_NOT_FOUND;
   }
 

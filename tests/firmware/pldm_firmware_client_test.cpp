@@ -405,6 +405,16 @@ TEST_F(PldmDiscovery, AFailureIsToldToTheSystemLogAlone) {
     EXPECT_EQ(record(), ZYM_DB_STATUS_OK);
     EXPECT_EQ(system_log().back(),
               "14: zymdb_insert_or_update_pldm_firmware: Failed to insert/update PLDM FW info, "
+TEST_F(PldmDiscovery, ADeviceCannotForgeALineOfTheSystemLog) {
+  std::strcpy(record_.SoftwareID, "1\nroot:");
+  answer(Answer::failing(kFailure));
+  EXPECT_EQ(record(), ZYM_DB_STATUS_OK);
+  EXPECT_EQ(
+      system_log().back(),
+      "14: zymdb_insert_or_update_pldm_firmware: Failed to insert/update PLDM FW info, "
+      "where:DeviceType=15 AND SlotNo=3 AND Location=1, filter:PCIKey!=65539 OR SoftwareID!=1 root:\n\n");
+}
+
               "where:DeviceType=15 AND SlotNo=3 AND Location=1, filter:PCIKey!=65539 OR "
               "SoftwareID!=15B3A2D4\n\n");
   }
