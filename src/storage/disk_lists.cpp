@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <span>
 
 #include "db/filter.h"
 #include "db/rows.h"
-#include "storage/drive_location.h"
 #include "db/system_log.h"
+#include "storage/drive_location.h"
 #include "zymdb_storage.h"
 
 using namespace zymdb;
@@ -24,8 +25,14 @@ constexpr int kNvme7mmController = 4;
 
 constexpr size_t kMostOfOneFunction = 64;
 
-bool lists_a_drive(int status, const List* list) {
-  return status == ZYM_DB_STATUS_OK && list->count > 0;
+// Whether the first source has a drive. When it has none, its list makes room for the next one's: rows that
+// were counted and never came leave an array.
+bool lists_a_drive(int status, List* list) {
+  if (status != ZYM_DB_STATUS_OK) return false;
+  if (list->count > 0) return true;
+  std::free(list->disks);
+  *list = {};
+  return false;
 }
 
 std::span<const Record> drives_of(const List& list) {
