@@ -104,13 +104,16 @@ int zymdb_get_gpu_chip_list(int funkey, _ZYMDB_GPU_Chip_List* list) {
 
   Query query(handle, "PCIGPUChip", kChipColumns, Filter<128>("PCIFuncKey=%d", funkey));
   if (query.status() != ZYM_DB_STATUS_OK) return fail_list(list, query.status());
-  const int status = list_rows(query, allocate_array<Chip>, list->count, list->items, [&](Chip& chip) {
+  if (!query.has_result()) return ZYM_DB_STATUS_OK;
+  const unsigned room = query.row_count();
+  CallerArray<Chip> chips = allocate_array<Chip>(room);
+  if (chips == nullptr) return fail_list(list, ZYM_DB_STATUS_NO_MEMORY);
+  // A step that fails, for whatever reason, leaves the list as it was.
+  return fill_list(query, std::move(chips), room, list->count, list->items, [&](Chip& chip) {
     query.read_columns(kChipColumns, &chip);
     copy_text(chip.GPUChipFormFactorName, text_of(kChipFormFactors, chip.GPUChipFormFactor));
     return true;
   });
-  // A step that fails leaves the list as it was; a lack of memory does not.
-  return status == ZYM_DB_STATUS_NO_MEMORY ? fail_list(list, status) : status;
 }
 
 int zymdb_update_nvidia_gpu_fw_version(const char* text, int bus) {
