@@ -147,6 +147,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, NumberInTextTest,
                          testing::Values(NumberInText{"18", 18}, NumberInText{"0x12", 18},
                                          NumberInText{"022", 18}, NumberInText{"0xB6", 0xB6},
                                          NumberInText{"0x8005", 0x8005}, NumberInText{"0xFFFF", 0xFFFF},
+                                         NumberInText{"0X8005", 0x8005}, NumberInText{"0XB6", 0xB6},
                                          NumberInText{"65535", 65535}, NumberInText{"1234567", 12345},
                                          NumberInText{"", 0}, NumberInText{"none", 0},
                                          NumberInText{"7 up", 7}));
