@@ -70,9 +70,30 @@ class Descriptor {
 // One read or write, restarted when a signal interrupted it.
 template <class Transfer>
 ssize_t transfer(Transfer once) {
-  ssize_t count;
-  do count = once();
-  while (count < 0 && errno == EINTR);
+  const TimeLeft left;
+  ssize_t count = once();
+  while (count < 0 && errno == EINTR && left) count = once();
+  return count;
+}
+
+void set_receive_timeout(int descriptor, std::chrono::microseconds time) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+  const timeval timeout{static_cast<time_t>(seconds.count()),
+                        static_cast<suseconds_t>((time - seconds).count())};
+  setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+}
+
+// One read from the service. A socket's timeout begins anew with each system call: what follows a signal gets
+// the rest of it alone.
+ssize_t receive(int descriptor, void* data, size_t size) {
+  const TimeLeft left;
+  ssize_t count = read(descriptor, data, size);
+  const bool is_interrupted = count < 0 && errno == EINTR;
+  while (count < 0 && errno == EINTR && left) {
+    set_receive_timeout(descriptor, std::max(left.get(), std::chrono::microseconds{1}));
+    count = read(descriptor, data, size);
+  }
+  if (is_interrupted && count > 0) set_receive_timeout(descriptor, kTransferTime);
   return count;
 }
 
@@ -174,7 +195,8 @@ int32_t retimer_update_fw(const _ZYMDB_Retimer_Update_Req* req) {
 
 int32_t retimer_get_fw_update_progress(uint32_t slotNo, _ZYMDB_Retimer_Progress* out) {
   if (out == nullptr) return -1;
-  const Descriptor file(open(kProgressPath, O_RDONLY | O_CLOEXEC));
+  // A pipe in its place is not waited for: it reads as a file that ends too early.
+  const Descriptor file(open(kProgressPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.get() < 0) {
     // The line has always spoken of another device; log readers look for it.
     log_to_system(kLogInformation, "%s, open raid update progress file failed\n\n",

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "firmware/system_calls.h"
+#include "support/named_pipe.h"
 #include "support/system_log.h"
 #include "support/turn.h"
 #include "zymdb_firmware.h"
@@ -380,3 +381,10 @@ TEST_F(RetimerProgress, WithoutAnOutputIsRefusedWithoutALine) {
 }
 
 }  // namespace
+TEST_F(RetimerProgress, ANamedPipeInItsPlaceIsNotWaitedFor) {
+  const NamedPipe pipe(kProgressPath);
+  EXPECT_EQ(pipe.answer_of([this] { return read(3); }), -1);
+  EXPECT_THAT(system_log(), ElementsAre(line("read slot from retimer update progress file failed")));
+  expect_untouched();
+}
+
