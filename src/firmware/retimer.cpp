@@ -7,10 +7,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstring>
 
-#include "zymdb_firmware.h"
 #include "db/system_log.h"
 #include "zymdb_firmware.h"
 
@@ -21,7 +21,7 @@ namespace {
 constexpr char kSocketPath[] = "/tmp/rtcfgproxy.sock";
 constexpr char kProgressPath[] = "/tmp/.rt_upd_state";
 constexpr time_t kLongestWait = 3600;  // seconds
-constexpr time_t kReceiveTimeout = 5;  // seconds
+constexpr std::chrono::seconds kTransferTime{5};
 constexpr size_t kBodyChunk = 512;
 
 constexpr int32_t kBadReply = -1;
@@ -67,7 +67,19 @@ class Descriptor {
   const int descriptor_;
 };
 
-// One read or write, restarted when a signal interrupted it.
+// How long one read or write may still take, however often signals interrupt it.
+class TimeLeft {
+ public:
+  std::chrono::microseconds get() const {
+    return std::chrono::duration_cast<std::chrono::microseconds>(end_ - std::chrono::steady_clock::now());
+  }
+  explicit operator bool() const { return get().count() > 0; }
+
+ private:
+  const std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::now() + kTransferTime;
+};
+
+// One read or write, restarted when a signal interrupted it and there is time left.
 template <class Transfer>
 ssize_t transfer(Transfer once) {
   const TimeLeft left;
@@ -122,8 +134,6 @@ bool connect_to_service(int descriptor) {
 
 // 0 once there is something to read.
 int32_t wait_for_reply(int descriptor) {
-  // A set of descriptors holds no more than this.
-  if (descriptor >= FD_SETSIZE) return kWaitFailed;
   timeval left{kLongestWait, 0};
   int ready;
   do {
@@ -140,7 +150,7 @@ int32_t wait_for_reply(int descriptor) {
 bool read_body(int descriptor, size_t length) {
   uint8_t chunk[kBodyChunk];
   while (length > 0) {
-    const ssize_t count = transfer([&] { return read(descriptor, chunk, std::min(length, sizeof chunk)); });
+    const ssize_t count = receive(descriptor, chunk, std::min(length, sizeof chunk));
     if (count <= 0) return false;
     length -= static_cast<size_t>(count);
   }
@@ -152,6 +162,8 @@ int32_t exchange(const Request& request, int32_t& result) {
   const Descriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (connection.get() < 0) return kNoSocket;
   if (!connect_to_service(connection.get())) return kNotConnected;
+  // An answer that cannot be waited for, beyond what a set of descriptors holds, is not asked for.
+  if (connection.get() >= FD_SETSIZE) return kWaitFailed;
 
   const ssize_t written = transfer([&] { return write(connection.get(), &request, sizeof request); });
   if (written != static_cast<ssize_t>(sizeof request)) {
@@ -160,10 +172,9 @@ int32_t exchange(const Request& request, int32_t& result) {
   }
   if (const int32_t failure = wait_for_reply(connection.get()); failure != 0) return failure;
 
-  const timeval timeout{kReceiveTimeout, 0};
-  setsockopt(connection.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+  set_receive_timeout(connection.get(), kTransferTime);
   Reply reply;
-  const ssize_t count = transfer([&] { return read(connection.get(), &reply, sizeof reply); });
+  const ssize_t count = receive(connection.get(), &reply, sizeof reply);
   if (count != static_cast<ssize_t>(sizeof reply) || !read_body(connection.get(), reply.body_length))
     return kBadReply;
   result = reply.result;
