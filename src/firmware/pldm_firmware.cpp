@@ -46,15 +46,18 @@ void put_update_state(Values& values, const Record& record) {
   values.put("Status", record.Status);
 }
 
-void log_failed_update(const Record& record, const char* filter, int status) {
+template <size_t N>
+void log_failed_update(const Record& record, const Filter<N>& filter, int status) {
   ruvo_log::logErr(
       "zymdb_update_pldm_firmware failed, filter: %s, value: %s(0x%s) %s(0x%s) %s(0x%s) %s(0x%s) %s(0x%s) "
       "%s(0x%s) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x), ret: %d\n",
-      filter, "VersionString", record.VersionString, "PendingVersionString", record.PendingVersionString,
-      "PkgVersionString", record.PkgVersionString, "ReleaseDate", record.ReleaseDate, "PendingReleaseDate",
-      record.PendingReleaseDate, "UpdateErrString", record.UpdateErrString, "UpdateSupport",
-      record.UpdateSupport, "UpdateMethod", record.UpdateMethod, "UpdateAuxInfo", record.UpdateAuxInfo,
-      "Updated", record.Updated, "UpdateErrCode", record.UpdateErrCode, "Status", record.Status, status);
+      filter.text(), "VersionString", record.VersionString, "PendingVersionString",
+      record.PendingVersionString, "PkgVersionString", record.PkgVersionString, "ReleaseDate",
+      record.ReleaseDate, "PendingReleaseDate", record.PendingReleaseDate, "UpdateErrString",
+      record.UpdateErrString, "UpdateSupport", record.UpdateSupport, "UpdateMethod", record.UpdateMethod,
+      "UpdateAuxInfo", record.UpdateAuxInfo, "Updated", record.Updated, "UpdateErrCode", record.UpdateErrCode,
+      "Status", record.Status, status);
+  log_if_cut(filter);
 }
 
 }  // namespace
@@ -101,8 +104,7 @@ int zymdb_clear_all_pldm_firmware_pending_status(void) {
   const Filter<64> filter("Status=%d", kUpdatePending);
   const int status = values.update("PldmDeviceFirmware", filter);
   if (status != ZYM_DB_STATUS_OK)
-    ruvo_log::logErr("clear all pending pldm firmware failed, filter: %s, ret: %d\n",
-                     static_cast<const char*>(filter), status);
+    ruvo_log::logErr("clear all pending pldm firmware failed, filter: %s, ret: %d\n", filter.text(), status);
   return status;
 }
 

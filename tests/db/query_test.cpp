@@ -216,9 +216,16 @@ TEST(AllocateArray, ACountWhoseSizeOverflowsIsRefused) {
   EXPECT_EQ(allocate_array<uint64_t>(SIZE_MAX / 2), nullptr);
 }
 
-TEST(FilterTest, IsCutSilently) {
+TEST(FilterTest, IsCutAtItsBuffer) {
   const Filter<16> filter("Location=%d AND SlotNo=%d", 1, 2);
   EXPECT_STREQ(filter, "Location=1 AND ");
+}
+
+TEST_F(QueryTest, OnlyAFilterThatWasCutIsSaidToBe) {
+  log_if_cut(Filter<11>("Location=%d", 1));
+  EXPECT_THAT(client().log, testing::IsEmpty());
+  log_if_cut(Filter<10>("Location=%d", 1));
+  EXPECT_THAT(client().log, ElementsAre("error: the filter was cut at 9 bytes"));
 }
 
 TEST(CodeTextTest, ALongTextIsCutAndAShortOnePadded) {
