@@ -6,16 +6,20 @@
  *
  *  1. Statuses. Every operation answers a code of zymdb_db.h unless its type says otherwise. Codes of a
  * client's own are passed to the library's callers unchanged.
- *  2. Null arguments. The library passes null only where an operation says so. A client may answer misuse
+ *  2. Parameters that mean the same everywhere. `handle`: of get_dmdb_handle or zym_db_open. `table`: a table's
+ *     name. `result`: of a query, not freed yet. `values`: a value set, not released yet. `column`: an index or
+ *     a name, as 4 says. `value`: what a read sets or a put stores. `params`, `nparams`: the values of a filter's "?", in order, and how many there are;
+ *     null with 0 for none. More than there are "?" are ignored.
+ *  3. Null arguments. The library passes null only where an operation says so. A client may answer misuse
  * with ZYM_DB_STATUS_INVALID_PARAM (3); it is never relied on.
- *  3. Columns. Indices count from 0 in the order of the query's column list. Texts are NUL-terminated.
- *  4. Filters. The text after WHERE, without that word. Values stand between single or double quotes and are
+ *  4. Columns. Indices count from 0 in the order of the query's column list. Texts are NUL-terminated.
+ *  5. Filters. The text after WHERE, without that word. Values stand between single or double quotes and are
  *     not escaped; a bare word that is neither a number, a keyword, a function nor a column of the
  * statement's tables is a text, and so is any bare word or number that is compared with a text column.
- *  5. Ownership. What an operation hands out stays the client's and is given back by the operation named
+ *  6. Ownership. What an operation hands out stays the client's and is given back by the operation named
  * there. Arguments are copied: they need not outlive the call.
- *  6. Threads. A handle serves any number of threads at once. A result or value set belongs to one thread.
- *  7. Failures. No exception leaves an operation.
+ *  7. Threads. A handle serves any number of threads at once. A result or value set belongs to one thread.
+ *  8. Failures. No exception leaves an operation.
  */
 #ifndef ZYMDB_CONTROLLER_DATABASE_CLIENT_H
 #define ZYMDB_CONTROLLER_DATABASE_CLIENT_H
@@ -65,8 +69,6 @@ int zym_db_close(_zym_db_handle_t* handle);
  * @param columns   names or aggregates ("count(*)", "sum(x)", "DISTINCT x"), `ncolumns` of them. Null with 0
  *                  selects every column; the result is then read by name.
  * @param where     the filter; null for all rows.
- * @param params    the values of the filter's "?", in order; null with 0 for none. More than there are "?"
- * are ignored.
  * @param reserved  0.
  * @param result    set on success to a result to be freed with zym_db_free_result, or left as it was where
  * there is none; left as it was on failure. Callers preset it to null.
@@ -190,7 +192,6 @@ int zym_db_insert(_zym_db_handle_t* handle, const char* table, const zym_db_cont
  * Writes columns of all rows that match. An empty value set changes nothing and is a success.
  *
  * @param where    a condition; null for all rows.
- * @param params   as in zym_db_query.
  * @param changed  set to the number of matching rows on success; may be null.
  */
 int zym_db_update(_zym_db_handle_t* handle, const char* table, const zym_db_content_values_t* values,
@@ -200,13 +201,12 @@ int zym_db_update(_zym_db_handle_t* handle, const char* table, const zym_db_cont
  * Deletes the rows that match.
  *
  * @param where   a condition; null for all rows.
- * @param params  as in zym_db_query.
  * @param count   set to the number of deleted rows on success; may be null.
  */
 int zym_db_delete(_zym_db_handle_t* handle, const char* table, const char* where,
                   const _zym_db_param_t* params, int nparams, int64_t* count);
 
-/** @return a static text that describes a status, also one of the client's own; never null. */
+/** @return a static text that describes `status`, also one of the client's own; never null. */
 const char* zym_db_get_error_str(int status);
 
 #ifdef __cplusplus

@@ -35,12 +35,13 @@ int ptables_from_ram(ptables_t* tables);
 /**
  * Reads the platform's own entry.
  *
+ * @param tables    of ptables_from_ram.
  * @param platform  filled on success, untouched on failure.
  * @return 0, or the provider's status, also when there is no such entry.
  */
 int ptables_lookup_platform_direct(const ptables_t* tables, ptables_platform_t* platform);
 
-/** Releases a copy. Empty tables, and null, are left alone. */
+/** Releases the copy in `tables`. Empty tables, and null, are left alone. */
 void ptables_free(ptables_t* tables);
 
 #ifdef __cplusplus

@@ -10,11 +10,11 @@
 #ifdef __cplusplus
 namespace ruvo_log {
 
-/** Logs an error, formatted as printf does. */
+/** Logs an error: `format` and what follows it, as printf takes them. */
 void logErr(const char* format, ...) __attribute__((format(printf, 1, 2)));
-/** Logs what happened, formatted as printf does. */
+/** Logs what happened: `format` and what follows it, as printf takes them. */
 void logInfo(const char* format, ...) __attribute__((format(printf, 1, 2)));
-/** Logs a warning, formatted as printf does. */
+/** Logs a warning: `format` and what follows it, as printf takes them. */
 void logWarn(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 }  // namespace ruvo_log

@@ -52,15 +52,15 @@ struct _ZYMDB_Processor {
   uint16_t L1CacheInstalled; /**< level-1 cache: installed size, KiB */
   uint16_t L1CacheType;      /**< level-1 cache: type code */
   uint16_t L1CacheConfig;    /**< level-1 cache: configuration bits */
-  uint16_t L2CacheMaxSize;   /**< level-2 cache, as for level 1 */
-  uint16_t L2CacheInstalled;
-  uint16_t L2CacheType;
-  uint16_t L2CacheConfig;
-  uint16_t L3CacheMaxSize; /**< level-3 cache, as for level 1 */
-  uint16_t L3CacheInstalled;
-  uint16_t L3CacheType;
-  uint16_t L3CacheConfig;
-  uint8_t NodeIndex; /**< node that the processor belongs to */
+  uint16_t L2CacheMaxSize;   /**< level-2 cache: largest size, KiB */
+  uint16_t L2CacheInstalled; /**< level-2 cache: installed size, KiB */
+  uint16_t L2CacheType;      /**< level-2 cache: type code */
+  uint16_t L2CacheConfig;    /**< level-2 cache: configuration bits */
+  uint16_t L3CacheMaxSize;   /**< level-3 cache: largest size, KiB */
+  uint16_t L3CacheInstalled; /**< level-3 cache: installed size, KiB */
+  uint16_t L3CacheType;      /**< level-3 cache: type code */
+  uint16_t L3CacheConfig;    /**< level-3 cache: configuration bits */
+  uint8_t NodeIndex;         /**< node that the processor belongs to */
 };
 typedef struct _ZYMDB_Processor _ZYMDB_Processor;
 
@@ -165,8 +165,9 @@ struct _ZYMDB_Memory {
 typedef struct _ZYMDB_Memory _ZYMDB_Memory;
 
 /**
- * Lists the memory modules' row ids. Everything as for zymdb_get_processor_list.
+ * Lists the memory modules' row ids, as zymdb_get_processor_list does those of processors.
  *
+ * @param list  filled as there.
  * @return as zymdb_get_processor_list.
  */
 int zymdb_get_memory_list(_ZYMDB_Memory_List* list);
@@ -186,18 +187,30 @@ int zymdb_get_memory_list(_ZYMDB_Memory_List* list);
  */
 int zymdb_get_memory_with_filter(_ZYMDB_Memory* mem, const char* filter, const _zym_db_param_t* param);
 
-/** Reads the memory module of a slot, as zymdb_get_memory_with_filter does; its statuses. */
+/**
+ * Reads the memory module of a slot, as zymdb_get_memory_with_filter does.
+ *
+ * @param mem   every field is written when there is such a row, none otherwise.
+ * @param slot  the slot number.
+ * @return as zymdb_get_memory_with_filter.
+ */
 int zymdb_get_memory_by_slot(_ZYMDB_Memory* mem, unsigned short slot);
 
-/** Reads the memory module of a row id, as zymdb_get_memory_with_filter does; its statuses. */
+/**
+ * Reads the memory module of a row id, as zymdb_get_memory_with_filter does.
+ *
+ * @param mem  every field is written when there is such a row, none otherwise.
+ * @param id   the row id ("_id").
+ * @return as zymdb_get_memory_with_filter.
+ */
 int zymdb_get_memory_by_id(_ZYMDB_Memory* mem, unsigned int id);
 
 /**
  * Reads the health of the memory module in a slot. A value that cannot be read is 0.
  *
+ * @param slot          the slot number.
  * @param major, minor  the low 8 bits of MajorHealth and MinorHealth.
- * @param repair        RepairStatus; may be null.
- *                      All three are untouched unless the status is 0.
+ * @param repair        RepairStatus; may be null. All three are untouched unless the status is 0.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `major` or `minor` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database
@@ -239,7 +252,9 @@ int zymdb_update_dcpmm_smart_info(const _ZYMDB_Memory* mem, int mode);
 /**
  * Writes the text of a health state code: "Normal", "Noncritical", "Critical", "Fatal" or "others(0x…)".
  *
+ * @param code  HealthStatus of a module.
  * @param text  at most `size` bytes with the NUL; nothing is written when it is null or `size` is 0.
+ * @param size  the size of `text` in bytes.
  * @return the length of the whole text, also when it was cut; 0 when nothing was written.
  */
 int bps_format_hstate_str(unsigned int code, char* text, unsigned int size);
@@ -247,7 +262,9 @@ int bps_format_hstate_str(unsigned int code, char* text, unsigned int size);
 /**
  * Writes the text of security state bits: "Not Supported", "Frozen", "Locked", "Disabled" or "Enabled".
  *
- * @param text  at most `size` bytes with the NUL; nothing is written when it is null or `size` is 0.
+ * @param state  SecurityState of a module.
+ * @param text   at most `size` bytes with the NUL; nothing is written when it is null or `size` is 0.
+ * @param size   the size of `text` in bytes.
  */
 void bps_format_security_str(unsigned int state, char* text, unsigned int size);
 

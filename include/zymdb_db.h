@@ -89,6 +89,8 @@ int64_t find_db_record(_zym_db_handle_t* handle, const char* table, const char* 
 /**
  * Inserts one row.
  *
+ * @param handle  a database handle.
+ * @param table   the table's name.
  * @param values  the row's columns; columns left out take the database's defaults.
  * @return the new row's "_id"; -1 when an argument is null, or when the insert fails ("Failed to insert
  *         record: …" with the client's error text is logged).
@@ -101,6 +103,8 @@ int64_t insert_db_record(_zym_db_handle_t* handle, const char* table, const zym_
  * The update is addressed to the located row's "_id" (its low 32 bits), and, when `filter` is given, only
  * takes place where that holds too. Whether the filter held is not told: an excluded row still gives its id.
  *
+ * @param handle  a database handle.
+ * @param table   the table's name.
  * @param where   locates the row, as in find_db_record.
  * @param values  the columns to write.
  * @param filter  a further condition, usually "something differs"; may be null.
@@ -116,6 +120,8 @@ int64_t update_db_record(_zym_db_handle_t* handle, const char* table, const char
  *
  * A lookup that fails does not fall back to an insert.
  *
+ * @param handle  a database handle.
+ * @param table   the table's name.
  * @param where   locates the row; it is not part of what an insert writes.
  * @param values  the columns to write or insert.
  * @param filter  as in update_db_record; may be null.
@@ -128,8 +134,10 @@ int64_t insert_or_update_db_record(_zym_db_handle_t* handle, const char* table, 
 /**
  * Deletes the rows that match a filter, and logs "Delete from …" as information when there were any.
  *
- * @param where    the filter; null deletes every row.
- * @param params   the values of the filter's "?", `nparams` of them; may be null with 0.
+ * @param handle  a database handle.
+ * @param table   the table's name.
+ * @param where   the filter; null deletes every row.
+ * @param params, nparams  the values of the filter's "?", and how many there are; may be null with 0.
  * @return in this order: ZYM_DB_STATUS_INVALID_PARAM when `handle` or `table` is null; the client's status,
  *         after two error lines when it is not 0.
  */
@@ -139,7 +147,9 @@ int delete_db_record(_zym_db_handle_t* handle, const char* table, const char* wh
 /**
  * Adds a text to a value set; an empty text is stored as NULL.
  *
- * @param text  NUL-terminated; must not be null.
+ * @param values  the value set.
+ * @param column  the column's name.
+ * @param text    NUL-terminated; must not be null.
  * @return the status of the client's put.
  */
 int put_text_value(zym_db_content_values_t* values, const char* column, unsigned char* text);

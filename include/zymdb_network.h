@@ -58,7 +58,7 @@ typedef struct _ZYMDB_PCI_LogicalPort _ZYMDB_PCI_LogicalPort;
 
 /** Logical ports. */
 struct _ZYMDB_PCI_LogicalPort_List {
-  uint32_t count;
+  uint32_t count;                /**< ports in `ports` */
   _ZYMDB_PCI_LogicalPort* ports; /**< the caller frees it */
 };
 typedef struct _ZYMDB_PCI_LogicalPort_List _ZYMDB_PCI_LogicalPort_List;
@@ -66,8 +66,9 @@ typedef struct _ZYMDB_PCI_LogicalPort_List _ZYMDB_PCI_LogicalPort_List;
 /**
  * Reads how many ports a function has.
  *
- * @param info  filled when the status is 0 (a function without rows has 0 ports); untouched otherwise, and
- *              when the client's query succeeds without a result.
+ * @param funKey  function key of the function.
+ * @param info    filled when the status is 0 (a function without rows has 0 ports); untouched otherwise, and
+ *                when the client's query succeeds without a result.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `info` is null
@@ -82,7 +83,8 @@ int zymdb_get_network_info(unsigned int funKey, _ZYMDB_PCI_Network_Info* info);
  *
  * Left out are ports whose permanent address is unreadable or shorter than 12 characters.
  *
- * @param list  emptied once the arguments are accepted, filled on success.
+ * @param funKey  function key of the function.
+ * @param list    emptied once the arguments are accepted, filled on success.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null
@@ -94,17 +96,24 @@ int zymdb_get_network_info(unsigned int funKey, _ZYMDB_PCI_Network_Info* info);
 int zymdb_get_network_logical_port_list(unsigned int funKey, _ZYMDB_PCI_LogicalPort_List* list);
 
 /**
- * Lists the logical ports of one function that one physical port carries. All else as in
- * zymdb_get_network_logical_port_list.
+ * Lists the logical ports of one function that one physical port carries, as
+ * zymdb_get_network_logical_port_list does all of them.
  *
+ * @param funKey  function key of the function.
  * @param phyIdx  index of the physical port; 255 for any.
+ * @param list    as there.
+ * @return as zymdb_get_network_logical_port_list.
  */
 int zymdb_get_network_logical_port_list2(unsigned int funKey, unsigned int phyIdx,
                                          _ZYMDB_PCI_LogicalPort_List* list);
 
 /**
- * Lists the logical ports of all functions of one adapter. All else as in
- * zymdb_get_network_logical_port_list.
+ * Lists the logical ports of all functions of one adapter, as zymdb_get_network_logical_port_list does those
+ * of one.
+ *
+ * @param pciKey  PCI key of the adapter.
+ * @param list    as there.
+ * @return as zymdb_get_network_logical_port_list.
  */
 int zymdb_get_all_network_logical_port_list(unsigned int pciKey, _ZYMDB_PCI_LogicalPort_List* list);
 
@@ -129,7 +138,7 @@ typedef struct _ZYMDB_PCI_PhysicalPort _ZYMDB_PCI_PhysicalPort;
 
 /** Physical ports. */
 struct _ZYMDB_PCI_PhysicalPort_List {
-  uint32_t count;
+  uint32_t count;                 /**< ports in `ports` */
   _ZYMDB_PCI_PhysicalPort* ports; /**< the caller frees it */
 };
 typedef struct _ZYMDB_PCI_PhysicalPort_List _ZYMDB_PCI_PhysicalPort_List;
@@ -151,7 +160,8 @@ typedef struct _ZYMDB_PCI_PortLinkState _ZYMDB_PCI_PortLinkState;
  * by index: both tables hold a function's rows in the same order and in equal number. Ports beyond the last
  * state have state 0.
  *
- * @param list  emptied once the arguments are accepted, filled on success.
+ * @param funKey  function key of the function.
+ * @param list    emptied once the arguments are accepted, filled on success.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null
@@ -166,14 +176,19 @@ typedef struct _ZYMDB_PCI_PortLinkState _ZYMDB_PCI_PortLinkState;
 int zymdb_get_network_physical_port_list(unsigned int funKey, _ZYMDB_PCI_PhysicalPort_List* list);
 
 /**
- * Lists the physical ports of all functions of one adapter. All else as in
- * zymdb_get_network_physical_port_list. Only the adapter's first 14 rows of PCINetwork count.
+ * Lists the physical ports of all functions of one adapter, as zymdb_get_network_physical_port_list does
+ * those of one. Only the adapter's first 14 rows of PCINetwork count.
+ *
+ * @param pciKey  PCI key of the adapter.
+ * @param list    as there.
+ * @return as zymdb_get_network_physical_port_list.
  */
 int zymdb_get_all_network_physical_port_list(unsigned int pciKey, _ZYMDB_PCI_PhysicalPort_List* list);
 
 /**
  * Reads the state of one physical port's link. States whose index cannot be read are passed over.
  *
+ * @param funKey     function key of the function.
  * @param state      must not be null; untouched unless the port was found.
  * @param portIndex  index of the port; -1 for the function's only one.
  * @return checked in this order:
@@ -189,6 +204,7 @@ int zymdb_get_network_physical_port_link_state(unsigned int funKey, _ZYMDB_PCI_P
 /**
  * Writes the state of one physical port's link. Creates no row, and writes even what has not changed.
  *
+ * @param funKey     function key of the function.
  * @param state      must not be null; `Idx` is not used.
  * @param portIndex  index of the port; -1 for the function's only one.
  * @return checked in this order:

@@ -36,8 +36,9 @@ typedef struct _ZYMDB_PCI_Key_List _ZYMDB_PCI_Key_List;
  *
  * @param list    `count` is set to 0 once the arguments are accepted; `keys` is written only when there are
  *                keys, so the caller clears it first. A key that cannot be read is listed as 0.
- * @param filter  on the columns of PCIs; null for all functions. Filter and statement share 160 bytes and
- *                are cut there.
+ * @param filter  on the columns of PCIs; null for all functions. Statement and filter share 160 bytes, which
+ *                leaves 112 characters for the filter. A longer one cuts the statement's end, and with it
+ * what makes the keys distinct, or its own: the statement then fails, or lists other keys.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database
@@ -49,6 +50,9 @@ int zymdb_get_pci_keys(_ZYMDB_PCI_Key_List* list, const char* filter);
 
 /**
  * Lists the PCI keys of the data processing units: zymdb_get_pci_keys for vendor 15B3, device A2D6.
+ *
+ * @param list  as there.
+ * @return as zymdb_get_pci_keys.
  */
 int zymdb_get_dpu_keys(_ZYMDB_PCI_Key_List* list);
 
@@ -73,6 +77,7 @@ int zymdb_get_pci_funkey_list_by_filter(char* filter, _ZYMDB_PCI_FunKey_List* li
 /**
  * Reads the hardware id and hardware type of a function.
  *
+ * @param funkey         function key of the function.
  * @param hardware_id    HardwareId; 0 when unreadable. Untouched when there is no such function.
  * @param hardware_type  HardwareTypeId, its low 8 bits; 0 when unreadable. Untouched likewise.
  * @return checked in this order:
@@ -90,6 +95,11 @@ extern "C" {
 
 /**
  * Lists the function keys of one slot: zymdb_get_pci_funkey_list_by_filter for Location and SlotNo.
+ *
+ * @param location  kind of place, a _ZYMDB_Location.
+ * @param slot      the slot number within the location.
+ * @param list      as there.
+ * @return as zymdb_get_pci_funkey_list_by_filter.
  */
 int zymdb_get_pci_funkey_list_by_slot(int location, int slot, _ZYMDB_PCI_FunKey_List* list);
 
@@ -98,7 +108,8 @@ int zymdb_get_pci_funkey_list_by_slot(int location, int slot, _ZYMDB_PCI_FunKey_
  * the distinct function keys of its adapter rows; for any other only the first of them, and only when PCIs
  * has it under the same device.
  *
- * @param list  emptied once the arguments are accepted, filled on success.
+ * @param pci_key  PCI key of the device.
+ * @param list     emptied once the arguments are accepted, filled on success.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null
@@ -115,7 +126,8 @@ int zymdb_get_pci_funkey_list(int pci_key, _ZYMDB_PCI_FunKey_List* list);
 /**
  * Reads the type code of a function (FunType of PCIs).
  *
- * @param type  preset to 23 before the query.
+ * @param funkey  function key of the function.
+ * @param type    preset to 23 before the query.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `type` is null
@@ -126,18 +138,21 @@ int zymdb_get_pci_funkey_list(int pci_key, _ZYMDB_PCI_FunKey_List* list);
 int zymdb_get_pci_function_type(unsigned int funkey, unsigned int* type);
 
 /**
- * Reads how the function's adapter is managed out of band (AIMSupported of PCIAdapter). Statuses as for
- * zymdb_get_pci_function_type.
+ * Reads how the function's adapter is managed out of band (AIMSupported of PCIAdapter).
  *
+ * @param funkey    function key of the function.
  * @param oob_type  preset to 0 before the query.
+ * @return as zymdb_get_pci_function_type; ZYM_DB_STATUS_INVALID_PARAM (3) when `oob_type` is null.
  */
 int zymdb_get_pci_function_oob_type(unsigned int funkey, unsigned int* oob_type);
 
 /**
  * Reads the card name of the function's adapter (CardName of PCIAdapter).
  *
- * @param name  at most `size` bytes with the NUL. Untouched without a row; emptied before the text is read.
- * @param size  the size of `name`, 1 or more.
+ * @param funkey  function key of the function.
+ * @param name    at most `size` bytes with the NUL. Untouched without a row; emptied before the text is
+ *                read.
+ * @param size    the size of `name`, 1 or more.
  * @return as zymdb_get_pci_function_type; ZYM_DB_STATUS_INVALID_PARAM (3) when `name` is null or `size` is 0
  *         or less.
  */
@@ -147,6 +162,11 @@ int zymdb_get_pci_cardname_by_funkey(unsigned int funkey, char* name, int size);
  * Reads the four PCI identifiers of a function. An identifier that cannot be read leaves its output as it
  * was, and so does an unknown function.
  *
+ * @param funkey     function key of the function.
+ * @param vendor     VendorId.
+ * @param device     DeviceId.
+ * @param subvendor  SubVendorId.
+ * @param subdevice  SubDeviceId.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): an output is null
@@ -162,18 +182,18 @@ int zymdb_get_pci_id_by_funkey(int funkey, unsigned short* vendor, unsigned shor
  * other default is stated.
  */
 struct _ZYMDB_PCI_Generic {
-  uint32_t _id;      /**< row id */
-  uint32_t BridgeId; /**< function key of the bridge above; 0: none known */
-  uint8_t SegNo;     /**< segment (domain), bus, device and function number */
-  uint8_t BusNo;
-  uint8_t DeviceNo;
-  uint8_t FunctionNo;
-  uint16_t VendorId; /**< the PCI identifiers */
-  uint16_t DeviceId;
-  uint32_t ClsCode; /**< class code: base class << 16 | sub class << 8 | programming interface */
-  uint8_t RevId;    /**< revision */
-  uint16_t SubVendorId;
-  uint16_t SubDeviceId;
+  uint32_t _id;             /**< row id */
+  uint32_t BridgeId;        /**< function key of the bridge above; 0: none known */
+  uint8_t SegNo;            /**< segment (domain) */
+  uint8_t BusNo;            /**< bus number */
+  uint8_t DeviceNo;         /**< device number */
+  uint8_t FunctionNo;       /**< function number */
+  uint16_t VendorId;        /**< PCI vendor id */
+  uint16_t DeviceId;        /**< PCI device id */
+  uint32_t ClsCode;         /**< class code: base class << 16 | sub class << 8 | programming interface */
+  uint8_t RevId;            /**< revision */
+  uint16_t SubVendorId;     /**< the subsystem's vendor id */
+  uint16_t SubDeviceId;     /**< the subsystem's device id */
   uint16_t SlotNo;          /**< slot number within the location */
   uint8_t Location;         /**< 0 on the system board, 1 in a slot */
   char SlotDesignation[65]; /**< the slot's label; the list operation keeps one character less */
@@ -193,7 +213,7 @@ typedef struct _ZYMDB_PCI_Generic _ZYMDB_PCI_Generic;
 
 /** PCI functions. */
 struct _ZYMDB_PCI_Generic_List {
-  uint32_t count;
+  uint32_t count;            /**< functions in `items` */
   _ZYMDB_PCI_Generic* items; /**< the caller frees it */
 };
 typedef struct _ZYMDB_PCI_Generic_List _ZYMDB_PCI_Generic_List;
@@ -214,20 +234,21 @@ typedef struct _ZYMDB_PCI_Misc _ZYMDB_PCI_Misc;
 
 /** Vital product data of a function: a row of VPDs, each field from the column of its name. */
 struct _ZYMDB_PCI_VPD {
-  char UUID[33];
-  char ProductName[129];
-  char Manufacture[33];
-  char SerialNo[17];
-  char PartNo[17];
-  char Model[33];
-  char FRUNo[17];
+  char UUID[33];         /**< universally unique identifier */
+  char ProductName[129]; /**< product name */
+  char Manufacture[33];  /**< maker */
+  char SerialNo[17];     /**< serial number */
+  char PartNo[17];       /**< part number */
+  char Model[33];        /**< model */
+  char FRUNo[17];        /**< number of the field-replaceable unit */
 };
 typedef struct _ZYMDB_PCI_VPD _ZYMDB_PCI_VPD;
 
 /**
  * Reads one function.
  *
- * @param info  filled when there is such a function; untouched, with status 0, when there is none.
+ * @param funkey  function key of the function.
+ * @param info    filled when there is such a function; untouched, with status 0, when there is none.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `info` is null
@@ -254,7 +275,8 @@ int zymdb_get_pci_generic_info_list(_ZYMDB_PCI_Generic_List* list, const char* f
 /**
  * Reads a function's connector and package.
  *
- * @param misc  untouched unless the status is 0.
+ * @param funkey  function key of the function.
+ * @param misc    untouched unless the status is 0.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `misc` is null
@@ -267,7 +289,8 @@ int zymdb_get_pci_misc_info(int funkey, _ZYMDB_PCI_Misc* misc);
 /**
  * Reads a function's vital product data.
  *
- * @param vpd  untouched, with status 0, when the function's hardware has none.
+ * @param funkey  function key of the function.
+ * @param vpd     untouched, with status 0, when the function's hardware has none.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `vpd` is null, or the function's hardware id could not be looked
@@ -292,14 +315,14 @@ struct _ZYMDB_PCI_Adapter {
   uint8_t Location;           /**< 0 on the system board, 1 in a slot */
   uint8_t HealthStatus;       /**< health, as last written by zymdb_set_adapter_health_status */
   uint8_t NcsiIdValid;        /**< 1: PackageID1 and PackageID2 are this slot's */
-  uint8_t PackageID1;         /**< NC-SI package ids; 0xFF when there are none */
-  uint8_t PackageID2;
+  uint8_t PackageID1;         /**< the first NC-SI package id; 0xFF when there is none */
+  uint8_t PackageID2;         /**< the second of them */
 };
 typedef struct _ZYMDB_PCI_Adapter _ZYMDB_PCI_Adapter;
 
 /** Adapters. */
 struct _ZYMDB_PCI_Adapter_List {
-  uint32_t count;
+  uint32_t count;               /**< adapters in `adapters` */
   _ZYMDB_PCI_Adapter* adapters; /**< the caller frees it */
 };
 typedef struct _ZYMDB_PCI_Adapter_List _ZYMDB_PCI_Adapter_List;
@@ -325,10 +348,10 @@ int zymdb_get_pci_adapter_list(_ZYMDB_PCI_Adapter_List* list);
 
 /** The NC-SI package identifiers of one slot: a row of NCSIPackageID. */
 struct _ZYMDB_NCSIPackageID {
-  uint16_t SlotNo;
-  uint8_t Location;
-  uint8_t PackageID1;
-  uint8_t PackageID2;
+  uint16_t SlotNo;    /**< slot number within the location */
+  uint8_t Location;   /**< kind of place, a _ZYMDB_Location */
+  uint8_t PackageID1; /**< first package identifier */
+  uint8_t PackageID2; /**< second package identifier */
 };
 typedef struct _ZYMDB_NCSIPackageID _ZYMDB_NCSIPackageID;
 
@@ -342,7 +365,9 @@ typedef struct _ZYMDB_NCSIPackageID_List _ZYMDB_NCSIPackageID_List;
 /**
  * Reads the health of a slot's adapter; the first of its functions decides.
  *
- * @param health  opaque to the library. Untouched unless the status is 0.
+ * @param location  kind of place, a _ZYMDB_Location.
+ * @param slotNo    the slot number within the location.
+ * @param health    opaque to the library. Untouched unless the status is 0.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `health` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database
@@ -355,6 +380,9 @@ int zymdb_get_adapter_health_status(int location, int slotNo, uint8_t* health);
 /**
  * Writes the health of a slot's adapter, to the rows of all its functions. Creates no row.
  *
+ * @param location  kind of place, a _ZYMDB_Location.
+ * @param slotNo    the slot number within the location.
+ * @param health    opaque to the library; readers take its low 8 bits.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_NO_MEMORY (4): logged
@@ -365,7 +393,9 @@ int zymdb_set_adapter_health_status(int location, int slotNo, unsigned int healt
 /**
  * Reads the PCI key of a slot's adapter.
  *
- * @param pciKey  must not be null.
+ * @param location  kind of place, a _ZYMDB_Location.
+ * @param slotNo    the slot number within the location.
+ * @param pciKey    must not be null.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database, a failed query, or no adapter in the slot
  *         - the status of the read; 0 when it succeeded
@@ -376,6 +406,8 @@ int zymdb_get_adapter_pcikey_by_slotNo(int location, int slotNo, uint32_t* pciKe
  * Reads the NC-SI package identifiers of a slot. An identifier that cannot be read leaves its output as it
  * was.
  *
+ * @param location  kind of place, a _ZYMDB_Location.
+ * @param slotNo    the slot number within the location.
  * @param id1, id2  must not be null.
  * @return ZYM_DB_STATUS_NO_DB (6) without a database, after a failed query, and for a slot without a row;
  *         else 0.
@@ -385,7 +417,14 @@ int zymdb_get_ncsi_id_by_slotNo(int location, int slotNo, uint8_t* id1, uint8_t*
 /**
  * Writes the NC-SI package identifiers of a slot; inserts the slot's row when it has none.
  *
- * @param type  stored with a new row only.
+ * The row is looked for by `location` and `slotNo` as they are, and stored in 8 and 16 bits: numbers that are
+ * wider never find the row that they made, so that every call inserts one more.
+ *
+ * @param location  kind of place, a _ZYMDB_Location. A new row takes the low 8 bits.
+ * @param slotNo    the slot number within the location. A new row takes the low 16 bits.
+ * @param type      stored with a new row only.
+ * @param id1       PackageID1.
+ * @param id2       PackageID2.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_NO_MEMORY (4): logged
@@ -430,14 +469,14 @@ int zymdb_merge_aim_ucm_pfa(void);
 
 /** A known accelerator card, told by its four PCI identifiers. */
 struct _ZYMDB_HC_Card {
-  uint16_t VendorId;
-  uint16_t DeviceId;
+  uint16_t VendorId;    /**< PCI vendor id */
+  uint16_t DeviceId;    /**< PCI device id */
   uint16_t SubVendorId; /**< 0 where the card's subsystem is not known */
-  uint16_t SubDeviceId;
-  char CardName[128];
-  char Info[24]; /**< "N/A" */
-  char Manufacture[64];
-  uint16_t BoardPower; /**< watts; 0 where it is not known */
+  uint16_t SubDeviceId; /**< 0 likewise */
+  char CardName[128];   /**< name to show */
+  char Info[24];        /**< "N/A" */
+  char Manufacture[64]; /**< maker */
+  uint16_t BoardPower;  /**< watts; 0 where it is not known */
 };
 typedef struct _ZYMDB_HC_Card _ZYMDB_HC_Card;
 
@@ -459,28 +498,28 @@ typedef struct _ZYMDB_GPU_Device _ZYMDB_GPU_Device;
 
 /** A chip of a graphics function: a row of PCIGPUChip, each field from the column of its name. */
 struct _ZYMDB_GPU_Chip {
-  char GPUChipName[33];
-  char GPUChipManufacturer[17];
-  char GPUChipModel[17];
-  char GPUChipPartNumber[17];
-  char GPUChipSKU[17];
-  char GPUChipSerialNumber[17];
-  char GPUChipFamily[33];
-  char GPUChipUniqueID[17];
-  char GPUChipFormFactorName[65]; /**< text of GPUChipFormFactor */
-  uint8_t GPUChipFormFactor;      /**< a number in text; 0 when unreadable, as every number below */
-  uint8_t GPUChipIndex;
-  uint8_t GPUChipNumberOfEnabledCores;
-  uint32_t ExternalBusClockSpeed; /**< MHz */
-  uint32_t GPUChipMaxClockSpeed;  /**< MHz */
-  uint16_t GPUChipAddressWidth;   /**< bits */
-  uint16_t GPUChipDataWidth;      /**< bits */
+  char GPUChipName[33];                /**< name */
+  char GPUChipManufacturer[17];        /**< maker */
+  char GPUChipModel[17];               /**< model */
+  char GPUChipPartNumber[17];          /**< part number */
+  char GPUChipSKU[17];                 /**< stock keeping unit */
+  char GPUChipSerialNumber[17];        /**< serial number */
+  char GPUChipFamily[33];              /**< family */
+  char GPUChipUniqueID[17];            /**< unique identifier */
+  char GPUChipFormFactorName[65];      /**< text of GPUChipFormFactor */
+  uint8_t GPUChipFormFactor;           /**< a number in text; 0 when unreadable, as every number below */
+  uint8_t GPUChipIndex;                /**< index of the chip on its card */
+  uint8_t GPUChipNumberOfEnabledCores; /**< enabled cores; the low 8 bits */
+  uint32_t ExternalBusClockSpeed;      /**< MHz */
+  uint32_t GPUChipMaxClockSpeed;       /**< MHz */
+  uint16_t GPUChipAddressWidth;        /**< bits */
+  uint16_t GPUChipDataWidth;           /**< bits */
 };
 typedef struct _ZYMDB_GPU_Chip _ZYMDB_GPU_Chip;
 
 /** Chips. */
 struct _ZYMDB_GPU_Chip_List {
-  uint32_t count;
+  uint32_t count;         /**< chips in `items` */
   _ZYMDB_GPU_Chip* items; /**< the caller frees it */
 };
 typedef struct _ZYMDB_GPU_Chip_List _ZYMDB_GPU_Chip_List;
@@ -488,7 +527,8 @@ typedef struct _ZYMDB_GPU_Chip_List _ZYMDB_GPU_Chip_List;
 /**
  * Reads the video memory of a function.
  *
- * @param dev  untouched, with status 0, when the function has no such row.
+ * @param funkey  function key of the function.
+ * @param dev     untouched, with status 0, when the function has no such row.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `dev` is null
@@ -500,8 +540,9 @@ int zymdb_get_gpu_device_info(int funkey, _ZYMDB_GPU_Device* dev);
 /**
  * Lists the chips of a function.
  *
- * @param list  filled on success, also without chips: `items` may then be a zero-length array. Empty after a
- *              failure, but untouched when a step fails.
+ * @param funkey  function key of the function.
+ * @param list    filled on success, also without chips: `items` may then be a zero-length array. Empty after
+ *                a failure, but untouched when a step fails.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null
@@ -527,10 +568,24 @@ int zymdb_get_gpu_chip_list(int funkey, _ZYMDB_GPU_Chip_List* list);
  */
 int zymdb_update_nvidia_gpu_fw_version(const char* text, int bus);
 
-/** The same for the firmware's release date (ReleaseDate of Firmwares). */
+/**
+ * Writes the release date of the card's firmware (ReleaseDate of Firmwares), as
+ * zymdb_update_nvidia_gpu_fw_version does its version.
+ *
+ * @param text  NUL-terminated.
+ * @param bus   as there.
+ * @return as zymdb_update_nvidia_gpu_fw_version.
+ */
 int zymdb_update_nvidia_gpu_fw_release_date(const char* text, int bus);
 
-/** The same for the card's serial number (SerialNo of VPDs). */
+/**
+ * Writes the card's serial number (SerialNo of VPDs), as zymdb_update_nvidia_gpu_fw_version does the
+ * firmware's version.
+ *
+ * @param text  NUL-terminated.
+ * @param bus   as there.
+ * @return as zymdb_update_nvidia_gpu_fw_version.
+ */
 int zymdb_update_nvidia_gpu_serial_number(const char* text, int bus);
 
 #ifdef __cplusplus

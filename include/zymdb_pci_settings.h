@@ -29,36 +29,36 @@ extern "C" {
  * aligned. An empty text is stored as NULL, and a NULL is read as the empty text; an unreadable number is 0.
  */
 struct ZYMDB_PCI_Config_Setting {
-  char SettingID[129];    /**< unique; the text before its first "." names its family */
-  char SettingName[65];   /**< attribute name */
-  uint32_t PfaKey;        /**< function key of the adapter */
-  char CurrentValue[257]; /**< value in force */
-  char PendingValue[257]; /**< value set by a user, to take effect later */
-  char SuppressIf[1025];  /**< expression: when to hide the setting */
-  char GrayIf[1025];      /**< expression: when to show it without letting it be changed */
-  char GroupID[257];      /**< its group: identifier, display name and expressions */
-  char GroupName[257];
-  char GroupSuppressIf[1025];
-  char GroupGrayIf[1025];
-  char Mriname[65];    /**< name in machine-readable information */
-  char ShortDesc[129]; /**< short and long description */
-  char FullDesc[257];
-  uint32_t Type;        /**< type code */
-  uint32_t Flags;       /**< bit 1 (value 2) marks what zymdb_get_pci_configSet_list may be limited to */
-  int32_t Mininstances; /**< fewest and most instances */
-  int32_t Maxinstances;
-  char Defvalue[65]; /**< default value, the manufacturing's own, and action */
-  char Mfg_default[65];
-  char Defaultaction[65];
-  char RecordId[65]; /**< record identifier of the configuration data */
-  uint32_t Minim;    /**< a number's lower and upper bound and step */
-  uint32_t Maxim;
-  uint32_t Step;
-  uint32_t Mins; /**< a text's lower and upper bound, as parsed */
-  uint32_t Maxs;
-  char Pattern[129];  /**< pattern that a value has to match */
-  int32_t Numchoices; /**< number of choices, and their list */
-  char Choices[1025];
+  char SettingID[129];        /**< unique; the text before its first "." names its family */
+  char SettingName[65];       /**< attribute name */
+  uint32_t PfaKey;            /**< function key of the adapter */
+  char CurrentValue[257];     /**< value in force */
+  char PendingValue[257];     /**< value set by a user, to take effect later */
+  char SuppressIf[1025];      /**< expression: when to hide the setting */
+  char GrayIf[1025];          /**< expression: when to show it without letting it be changed */
+  char GroupID[257];          /**< its group's identifier */
+  char GroupName[257];        /**< the group's display name */
+  char GroupSuppressIf[1025]; /**< expression: when to hide the group */
+  char GroupGrayIf[1025];     /**< expression: when to show it without letting it be changed */
+  char Mriname[65];           /**< name in machine-readable information */
+  char ShortDesc[129];        /**< short description */
+  char FullDesc[257];         /**< long description */
+  uint32_t Type;              /**< type code */
+  uint32_t Flags;         /**< bit 1 (value 2) marks what zymdb_get_pci_configSet_list may be limited to */
+  int32_t Mininstances;   /**< fewest instances */
+  int32_t Maxinstances;   /**< most instances */
+  char Defvalue[65];      /**< default value */
+  char Mfg_default[65];   /**< the manufacturing's own default */
+  char Defaultaction[65]; /**< default action */
+  char RecordId[65];      /**< record identifier of the configuration data */
+  uint32_t Minim;         /**< a number's lower bound */
+  uint32_t Maxim;         /**< a number's upper bound */
+  uint32_t Step;          /**< a number's step */
+  uint32_t Mins;          /**< a text's lower bound, as parsed */
+  uint32_t Maxs;          /**< a text's upper bound, as parsed */
+  char Pattern[129];      /**< pattern that a value has to match */
+  int32_t Numchoices;     /**< number of choices */
+  char Choices[1025];     /**< list of the choices */
 };
 typedef struct ZYMDB_PCI_Config_Setting ZYMDB_PCI_Config_Setting;
 
@@ -66,7 +66,8 @@ typedef struct ZYMDB_PCI_Config_Setting ZYMDB_PCI_Config_Setting;
 struct ZYMDB_PCI_Config_Set {
   char SettingID[65];    /**< the setting to change */
   char PendingValue[65]; /**< its new value */
-  uint32_t Result;       /**< written by the save: the BIOS configuration manager's status for this entry */
+  uint32_t Result;       /**< written by the save: the BIOS configuration manager's status for this entry; see
+                              zymdb_save_pci_configSet_list */
 };
 typedef struct ZYMDB_PCI_Config_Set ZYMDB_PCI_Config_Set;
 
@@ -79,8 +80,11 @@ typedef struct ZYMDB_PCI_Config_Set ZYMDB_PCI_Config_Set;
  * it differs. An equal record writes nothing, unless one of its signed numbers is negative: that never
  * compares equal and is written anew each time.
  *
- * @param setting  its texts are not escaped: a double quote in the id or in any compared text breaks the
- *                 statement, and the setting is not stored. Null is accepted and stores nothing.
+ * Texts are not escaped. A double quote in the id breaks the look-up: the setting is never stored. One in any
+ * other text is stored when the row is inserted and breaks each comparison from then on: every later call for
+ * this setting fails with ZYM_DB_STATUS_ERROR, with an equal record too, and the row stays as it is.
+ *
+ * @param setting  the setting. Null is accepted and stores nothing.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYM_DB_STATUS_OK (0): `setting` is null
@@ -97,6 +101,20 @@ int extract_PCISetting_info(const ZYMDB_PCI_Config_Setting* setting);
  * Nothing is written unless every setting exists. What was written stays when a later entry or the manager
  * fails. A setting without a pending value (NULL: it was stored with an empty one) gets none here, since the
  * write is limited to rows whose pending value differs; the manager is handed its new value all the same.
+ *
+ * `Result` is the manager's own status, 0 for an entry that it accepted. Those of this project's manager:
+ *
+ *  - 0: accepted; the value stands among the pending ones
+ *  - ZYM_DB_STATUS_INVALID_PARAM (3): the id is empty
+ *  - ZYM_DB_STATUS_NOT_FOUND (11): the firmware lists its attributes, and this one is not among them
+ *  - ZYM_DB_STATUS_NO_DB (6): the property database, where pending values stand, cannot be opened
+ *  - ZYM_DB_STATUS_ERROR (1): there is no session
+ *  - any other: the database client's status for the property database, for one entry; or, when the values
+ * could not be made durable, for every entry that was not refused for a reason of its own. None of them is
+ * pending then
+ *
+ * Entries that it accepts are kept though it refuses others. The status of another manager is its own
+ * business.
  *
  * @param list   `count` entries; their texts are not escaped. `Result` is written, in every entry, exactly
  *               when the manager was called; otherwise it is untouched. May be null with 0 entries.
@@ -124,8 +142,9 @@ int zymdb_save_pci_configSet_list(ZYMDB_PCI_Config_Set* list, unsigned int count
  * text all the same. An ordinary client reads a stored id with status 0: its callers get no families, and
  * `ids` as they passed it.
  *
- * @param ids  NUL-terminated, normally empty, and not bounded: the caller provides room for the adapter's
- *             ids. Must not be null.
+ * @param pfaKey  function key of the adapter.
+ * @param ids     NUL-terminated, normally empty, and not bounded: the caller provides room for the adapter's
+ *                ids. Must not be null.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_NO_DB (6): no database
  *         - ZYMDB_PCI_SETTING_PARSING (32)
@@ -137,6 +156,7 @@ int zymdb_get_pci_configID(unsigned int pfaKey, char* ids);
 /**
  * Counts the settings of an adapter.
  *
+ * @param pfaKey  function key of the adapter.
  * @param prefix  counts the ids that begin with it only; null for all. Not escaped: "%" and "_" match as in
  *                LIKE. The filter with it is cut at 127 characters.
  * @param count   low 16 bits of the number; 0 for adapters of vendor id 0x1000, whatever is stored for them.
@@ -153,6 +173,7 @@ int zymdb_get_pci_configSet_count(unsigned int pfaKey, const char* prefix, unsig
 /**
  * Reads the settings of an adapter into the caller's array. A setting whose Flags cannot be read is left out.
  *
+ * @param pfaKey       function key of the adapter.
  * @param prefix       as in zymdb_get_pci_configSet_count.
  * @param expected     the number of settings that the caller has counted, and room for: all of them, whether
  *                     or not `flaggedOnly` leaves some out.
@@ -177,6 +198,9 @@ int zymdb_get_pci_configSet_list(unsigned int pfaKey, const char* prefix, unsign
 
 /**
  * Whether a file can be opened for reading; one that exists and may not be read counts as absent.
+ *
+ * @param path  what is looked for: a file, or anything else that can be opened. Nothing is waited for.
+ * @return true when it can be.
  */
 bool fileexist(const std::string& path);
 

@@ -21,11 +21,11 @@ extern "C" {
 
 /** Form-factor classes of drives. */
 typedef enum _AimDiskFormFactor {
-  ZYMDB_FORM_FACTOR_UNKNOWN = 0x00,
-  ZYMDB_FORM_FACTOR_DRIVE_BAY = 0x10, /**< 2.5 and 3.5 inch drives, 7 mm drives */
-  ZYMDB_FORM_FACTOR_ADD_IN_CARD = 0x20,
-  ZYMDB_FORM_FACTOR_M2 = 0x30,
-  ZYMDB_FORM_FACTOR_EDSFF = 0x50
+  ZYMDB_FORM_FACTOR_UNKNOWN = 0x00,     /**< not known */
+  ZYMDB_FORM_FACTOR_DRIVE_BAY = 0x10,   /**< 2.5 and 3.5 inch drives, 7 mm drives */
+  ZYMDB_FORM_FACTOR_ADD_IN_CARD = 0x20, /**< cards in a slot */
+  ZYMDB_FORM_FACTOR_M2 = 0x30,          /**< M.2 modules */
+  ZYMDB_FORM_FACTOR_EDSFF = 0x50        /**< EDSFF drives */
 } _AimDiskFormFactor;
 
 /**
@@ -54,23 +54,23 @@ struct _ZYMDB_AimDisk {
   uint16_t MediaValue;    /**< hard disks: their media type, 2 to 65534 (rotations per minute); otherwise 0 */
   char FruNo[33];         /**< number of the field-replaceable unit */
   char PartNo[33];        /**< part number */
-  char SerialNo[33];
-  char Model[65];
-  char UUID[65];
-  char Manufacture[17]; /**< the drive's maker */
-  char FwVersion[17];
-  char Capacity[17];   /**< for example "1.92TB" or "480GB" */
-  uint8_t SFlags;      /**< health status flags of the drive, as it reports them */
-  uint8_t Warning;     /**< its critical warnings, one bit each; 0 none */
-  uint8_t Temperature; /**< degrees Celsius */
-  uint8_t RemainLife;  /**< percent */
-  uint16_t InfoMask;   /**< which of the four values above are valid; 0x0F all */
+  char SerialNo[33];      /**< serial number */
+  char Model[65];         /**< model */
+  char UUID[65];          /**< universally unique identifier */
+  char Manufacture[17];   /**< the drive's maker */
+  char FwVersion[17];     /**< firmware version */
+  char Capacity[17];      /**< for example "1.92TB" or "480GB" */
+  uint8_t SFlags;         /**< health status flags of the drive, as it reports them */
+  uint8_t Warning;        /**< its critical warnings, one bit each; 0 none */
+  uint8_t Temperature;    /**< degrees Celsius */
+  uint8_t RemainLife;     /**< percent */
+  uint16_t InfoMask;      /**< which of the four values above are valid; 0x0F all */
 };
 typedef struct _ZYMDB_AimDisk _ZYMDB_AimDisk;
 
 /** Drives. */
 struct _ZYMDB_AimDisk_List {
-  uint32_t count;
+  uint32_t count;        /**< drives in `disks` */
   _ZYMDB_AimDisk* disks; /**< the caller frees it */
 };
 typedef struct _ZYMDB_AimDisk_List _ZYMDB_AimDisk_List;
@@ -127,12 +127,14 @@ void get_manuf_date(const unsigned char* minutes3, int* year, int* month, int* d
  *
  * @param code     the code. At most its four digits are read; a missing number is 0. Null does nothing.
  * @param out      the date, cut to `out_len` bytes with its NUL. Null does nothing.
+ * @param out_len  the size of `out` in bytes.
  */
 void vpd_manuf_date_to_ymd(const char* code, char* out, size_t out_len);
 
 /**
  * The maker of a drive by the first characters of its model.
  *
+ * @param model  the model, NUL-terminated.
  * @return a constant text, which is not freed; "" when the model is of no known maker, null for null.
  */
 const char* driveModel2Manufacture(const char* model);
@@ -144,6 +146,7 @@ const char* driveModel2Manufacture(const char* model);
  * name or its beginning, in upper or lower case. A second word of at most 7 characters is skipped along. A
  * model that begins with no such word is answered without its leading spaces.
  *
+ * @param model  the model, NUL-terminated.
  * @return a position in `model`, which is not changed; null for null.
  */
 char* trim_drive_model(char* model);
@@ -154,6 +157,7 @@ char* trim_drive_model(char* model);
  * The function key of the NVMe controller in a slot.
  *
  * @param location  kind of place, as in column Location of PCIs.
+ * @param slot_no   the slot number within the location.
  * @param funkey    untouched unless a function was found; a part of its address that cannot be read is 0.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `funkey` is null
@@ -168,6 +172,7 @@ int zymdb_get_nvme_drv_funkey(int location, int slot_no, unsigned int* funkey);
  * Tells whether an NVMe drive is known in a slot or bay. Callers compare with 1: errors are not 0.
  *
  * @param location_id  1 slot, 2 bay.
+ * @param bay_no       number of the slot or bay.
  * @return 1 when AimDisks has the drive; 0 when not, or when the query fails; ZYM_DB_STATUS_INVALID_PARAM (3)
  *         for another kind of place; then ZYM_DB_STATUS_NO_DB (6) without a database.
  */
@@ -181,6 +186,7 @@ int zymdb_nvme_aim_disk_exist(int location_id, int bay_no);
  * with Presence 1 and media type 1, but a CtrlType that is stored and not 0 stays. Otherwise a row is
  * inserted, also when the place could not be looked up.
  *
+ * @param disk  the drive, its place in `LocationId` and `BayNo`.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `disk` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database
@@ -208,6 +214,7 @@ int zymdb_update_nvme_disk_firmware_version(int location, int slot_no, const cha
  * temperature is more than 3 degrees from the stored one: a temperature that moves within 3 degrees of it
  * stays stale, so that it does not rewrite the table.
  *
+ * @param disk  the drive, its place in `LocationId` and `BayNo`.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `disk` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database
@@ -218,8 +225,10 @@ int zymdb_update_nvme_disk_firmware_version(int location, int slot_no, const cha
 int zymdb_update_aim_disk_smart_info(const _ZYMDB_AimDisk* disk);
 
 /**
- * Writes the controller type of a drive to AimDisks, when it is another. Statuses as in
- * zymdb_update_aim_disk_smart_info.
+ * Writes the controller type of a drive to AimDisks, when it is another.
+ *
+ * @param disk  the drive, its place in `LocationId` and `BayNo`.
+ * @return as zymdb_update_aim_disk_smart_info.
  */
 int zymdb_update_aim_disk_ctrl_type(const _ZYMDB_AimDisk* disk);
 
@@ -227,6 +236,7 @@ int zymdb_update_aim_disk_ctrl_type(const _ZYMDB_AimDisk* disk);
  * Writes whether a drive is present to AimDisks, when that has changed.
  *
  * @param location_id  kind of place; not checked.
+ * @param bay_no       number of the slot or bay.
  * @param presence     1 present, 0 not.
  * @return ZYM_DB_STATUS_NO_DB (6) without a database, ZYM_DB_STATUS_NO_MEMORY (4), or the status of the
  *         client's update.
@@ -258,7 +268,9 @@ int zymdb_get_mvl_ctrl_type(unsigned char* ctrl_type, int ctrl_index);
 /**
  * The slot of the first PCI function with these identifiers.
  *
- * @param slot_no  255 when the slot number cannot be read; untouched unless a function was found.
+ * @param device_id     DeviceId of the function.
+ * @param subdevice_id  SubDeviceId of the function.
+ * @param slot_no       255 when the slot number cannot be read; untouched unless a function was found.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `slot_no` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database
@@ -272,6 +284,7 @@ int zymdb_get_ctrl_slot(int device_id, int subdevice_id, unsigned char* slot_no)
  * The slots of the server's own Marvell controllers. Those without a slot (255 or more) are left out.
  *
  * @param slots  room for `max` slots.
+ * @param max    elements of `slots`.
  * @param count  how many were stored: at most `max`, and the low 8 bits of that number; 0 after a failure.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `slots` or `count` is null, or there is no database (both are
@@ -348,19 +361,26 @@ int zymdb_get_disk_list_with_filter(_ZYMDB_AimDisk_List* list, const char* where
 /* ---- Lists of drives ----------------------------------------------------------------------------- */
 
 /**
- * Lists the drives that are present. Statuses as in zymdb_get_disk_list_with_filter, whose drives these are.
+ * Lists the drives that are present: zymdb_get_disk_list_with_filter for Presence 1.
  *
  * @param list  here and in the lists below empty on entry; empty after a failure.
+ * @return as zymdb_get_disk_list_with_filter.
  */
 int zymdb_get_disk_list(_ZYMDB_AimDisk_List* list);
 
-/** Lists the SATA drives on the board that are present. All else as in zymdb_get_disk_list. */
+/**
+ * Lists the SATA drives on the board that are present, as zymdb_get_disk_list does all of them.
+ *
+ * @param list  as there.
+ * @return as zymdb_get_disk_list.
+ */
 int zymdb_get_onboard_sata_disk_list(_ZYMDB_AimDisk_List* list);
 
 /**
  * Lists the M.2 drives: those that the management interface reports, or else those of AimDisks (types 4 and
  * 5).
  *
+ * @param list  as in zymdb_get_disk_list.
  * @return 0 when the management interface reports a drive, otherwise as in zymdb_get_disk_list_with_filter.
  */
 int zymdb_get_m2_disk_list(_ZYMDB_AimDisk_List* list);
@@ -370,6 +390,7 @@ int zymdb_get_m2_disk_list(_ZYMDB_AimDisk_List* list);
  * (its failure is logged), or else those of AimDisks that are present and of type 7; of type 2: those that
  * are present and of type 6; without either: whatever is in a 7 mm bay.
  *
+ * @param list  as in zymdb_get_disk_list.
  * @return any status but 0 of zymdb_get_mvl_ctrl_type; 0 when the management interface reports a drive;
  *         otherwise as in zymdb_get_disk_list_with_filter.
  */
@@ -379,7 +400,9 @@ int zymdb_get_7mm_disk_list(_ZYMDB_AimDisk_List* list);
  * Lists the drives of the controller in a slot: those that the management interface reports, or else those of
  * AimDisks in one kind of place.
  *
- * @param kind  kind of place in AimDisks; above 4, M.2 and 7 mm bays.
+ * @param ctrl_slot  PCI slot of the controller.
+ * @param list       as in zymdb_get_disk_list.
+ * @param kind       kind of place in AimDisks; above 4, M.2 and 7 mm bays.
  * @return 0 when the management interface reports a drive, otherwise as in zymdb_get_disk_list_with_filter.
  */
 int zymdb_get_ctrl_aim_disk_list(int ctrl_slot, _ZYMDB_AimDisk_List* list, int kind);
@@ -395,7 +418,8 @@ void zymdb_get_merged_disk_list(_ZYMDB_AimDisk_List* list);
 /**
  * Lists the drives behind one PCI function, the first 64 of zymdb_get_merged_disk_list.
  *
- * @param list  emptied, filled on success.
+ * @param funkey  function key of the drives' controller.
+ * @param list    emptied, filled on success.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `list` is null
  *         - ZYM_DB_STATUS_NOT_FOUND (11): there is none, or there is no database
@@ -408,6 +432,7 @@ int zymdb_get_disk_list_funkey(unsigned int funkey, _ZYMDB_AimDisk_List* list);
  * Reads the NVMe drive in a slot or bay.
  *
  * @param location_id  1 slot, 2 bay.
+ * @param bay_no       number of the slot or bay.
  * @param disk         untouched unless the status is 0.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `disk` is null, another kind of place, or no drive is found

@@ -3,6 +3,8 @@
  *
  * A program that must also run on another client declares these weak (or looks them up by name) and does
  * without them when they are absent.
+ *
+ * Statuses. Every operation answers 0, or a code of zymdb_db.h or of this client's own.
  */
 #ifndef ZYMDB_PLATFORM_H
 #define ZYMDB_PLATFORM_H
@@ -23,16 +25,16 @@ extern "C" {
 int zym_db_begin(_zym_db_handle_t* handle);
 
 /**
- * Ends the calling thread's transaction and makes it durable. On failure nothing of it was written; only when
+ * Ends the calling thread's transaction on `handle` and makes it durable. On failure nothing of it was written; only when
  * the device fails while it flushes, the whole transaction may turn out to be there once the device works.
  */
 int zym_db_commit(_zym_db_handle_t* handle);
 
-/** Ends the calling thread's transaction and forgets what it wrote. */
+/** Ends the calling thread's transaction on `handle` and forgets what it wrote. */
 int zym_db_rollback(_zym_db_handle_t* handle);
 
 /**
- * Adds a column with `size` bytes, which are copied, to a value set.
+ * Adds `column` with the `size` bytes at `data`, which are copied, to the value set `values`.
  *
  * @return 0; ZYM_DB_STATUS_INVALID_PARAM for a null pointer or a negative size.
  */

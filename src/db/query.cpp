@@ -1,5 +1,7 @@
 #include "db/query.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -79,7 +81,7 @@ int Query::read_number_in_text(int column, unsigned long& number) {
   const int status = read_text(column, text, 6);
   if (status != ZYM_DB_STATUS_OK) return status;
   // Five characters hold every 16-bit number; with a prefix they must hold two more.
-  if (std::strlen(text) == 5 && std::strncmp(text, "0x", 2) == 0) {
+  if (std::strlen(text) == 5 && strncasecmp(text, "0x", 2) == 0) {
     char longer[8] = {};
     if (read_text(column, longer, sizeof longer) == ZYM_DB_STATUS_OK) std::memcpy(text, longer, sizeof text);
   }

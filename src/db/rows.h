@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "db/query.h"
 
@@ -53,6 +54,18 @@ int fail_list(List* list, int status) {
   return status;
 }
 
+// Lists the query's rows in an array with room for so many of them; a step that fails leaves the list as it
+// is.
+template <class T, class Read>
+int fill_list(Query& query, CallerArray<T> array, unsigned room, uint32_t& count, T*& elements, Read read) {
+  uint32_t filled = 0;
+  const int status = read_rows(query, array.get(), room, filled, read);
+  if (!ended_well(status)) return status;
+  count = filled;
+  elements = array.release();
+  return ZYM_DB_STATUS_OK;
+}
+
 // Lists the query's rows into an array of the row count: all of it, or nothing when the query or a step
 // fails.
 template <class T, class Read>
@@ -61,12 +74,7 @@ int list_rows(Query& query, CallerArray<T> (*allocate)(size_t), uint32_t& count,
   const unsigned room = query.row_count();
   CallerArray<T> array = allocate(room);
   if (array == nullptr) return ZYM_DB_STATUS_NO_MEMORY;
-  uint32_t filled = 0;
-  const int status = read_rows(query, array.get(), room, filled, read);
-  if (!ended_well(status)) return status;
-  count = filled;
-  elements = array.release();
-  return ZYM_DB_STATUS_OK;
+  return fill_list(query, std::move(array), room, count, elements, read);
 }
 
 }  // namespace zymdb

@@ -1,11 +1,10 @@
-#include <syslog.h>
-
 #include <span>
 
 #include "controller/ruvo_log.h"
 #include "db/code_text.h"
 #include "db/query.h"
 #include "db/rows.h"
+#include "db/system_log.h"
 #include "db/values.h"
 #include "firmware/classification.h"
 #include "zymdb_firmware.h"
@@ -148,7 +147,7 @@ int zymdb_insert_or_update_firmware_info(unsigned int hardwareId, const _ZYMDB_P
   // Hardware and classification are the row's key here: a second component of a class replaces the first.
   const Filter<64> where("HardwareId=%u and Classification=%u", hardwareId, rec->Classification);
   if (values.insert_or_update("Firmwares", where, nullptr) > 0) return ZYM_DB_STATUS_OK;
-  syslog(LOG_USER | LOG_INFO, "%s: Failed to insert/update PCI FW info, where:%s\n\n",
-         "zymdb_insert_or_update_firmware_info", static_cast<const char*>(where));
+  log_to_system(kLogInformation, "%s: Failed to insert/update PCI FW info, where:%s\n\n",
+                "zymdb_insert_or_update_firmware_info", where.text());
   return ZYM_DB_STATUS_ERROR;
 }

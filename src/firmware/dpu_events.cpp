@@ -34,7 +34,7 @@ int remove_event(_zym_db_handle_t* handle, uint32_t id) {
   const Filter<32> filter("_id=%d", static_cast<int>(id));
   int64_t count = 0;
   const int status = zym_db_delete(handle, "DPUEvents", filter, nullptr, 0, &count);
-  if (status != ZYM_DB_STATUS_OK) ruvo_log::logErr("zym_db_delete(%s)", static_cast<const char*>(filter));
+  if (status != ZYM_DB_STATUS_OK) ruvo_log::logErr("zym_db_delete(%s)", filter.text());
   return status;
 }
 
@@ -85,8 +85,7 @@ int dpu_get_log_by_slot(int slot, _ZYMDB_DPU_Event_List* out) {
   if (handle == nullptr) return ZYM_DB_STATUS_NO_DB;
 
   Query query(handle, "DPUEvents", {"_id", "GenID", "Message", "Timestamp"}, Filter<16>("Slot=%d", slot));
-  if (query.status() != ZYM_DB_STATUS_OK) return fail_list(out, query.status());
-  if (!query.has_result()) return ZYM_DB_STATUS_OK;
+  if (!query.has_result()) return fail_list(out, query.status());
   const unsigned rows = query.row_count();
   CallerArray<Event> events = allocate_zeroed_array<Event>(rows);
   if (events == nullptr) return fail_list(out, ZYM_DB_STATUS_NO_MEMORY);

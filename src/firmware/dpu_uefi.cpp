@@ -1,5 +1,4 @@
 #include <limits.h>
-#include <syslog.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -8,6 +7,7 @@
 
 #include "db/query.h"
 #include "db/rows.h"
+#include "db/system_log.h"
 #include "firmware/classification.h"
 #include "firmware/pldm_list.h"
 #include "zymdb_firmware.h"
@@ -41,9 +41,9 @@ void write_component(std::span<const uint32_t> functions, unsigned slot,
   for (const uint32_t funkey : functions) {
     const int status = zymdb_insert_or_update_firmware_info(funkey, &component);
     if (status == ZYM_DB_STATUS_OK) continue;
-    syslog(LOG_USER | LOG_ERR,
-           "%s: zymdb_insert_or_update_firmware_info failed, slot %u, funkey 0x%x, rc %d\n\n",
-           "zymdb_update_dpu_uefi_version", slot, funkey, status);
+    log_to_system(kLogError,
+                  "%s: zymdb_insert_or_update_firmware_info failed, slot %u, funkey 0x%x, rc %d\n\n",
+                  "zymdb_update_dpu_uefi_version", slot, funkey, status);
     break;
   }
 }
@@ -73,8 +73,8 @@ _ZYMDB_PLDM_Firmware* uefi_row(std::span<_ZYMDB_PLDM_Firmware> rows) {
 
 template <size_t N>
 int log_not_found(int status, const Statement<N>& statement) {
-  syslog(LOG_USER | LOG_ERR, "%s: rc = %d, sql failed. %s\n\n", "zymdb_get_dpu_uefi_version", status,
-         static_cast<const char*>(statement));
+  log_to_system(kLogError, "%s: rc = %d, sql failed. %s\n\n", "zymdb_get_dpu_uefi_version", status,
+                statement.text());
   return ZYM_DB_STATUS_NOT_FOUND;
 }
 

@@ -47,9 +47,9 @@ int zymdb_insert_or_update_embedded_firmware_info(const _ZYMDB_Embedded_Firmware
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
 
   values.put_columns(kEmbeddedColumns, rec);
-  const int64_t id =
-      find_db_record(handle, "EmbeddedDeviceFirmware",
-                     Filter<256>("SoftwareID='%s' AND DeviceIndex=%d", rec->SoftwareID, rec->DeviceIndex));
+  const Filter<256> filter("SoftwareID='%s' AND DeviceIndex=%d", rec->SoftwareID, rec->DeviceIndex);
+  const int64_t id = find_db_record(handle, "EmbeddedDeviceFirmware", filter);
+  if (id < 0) log_if_cut(filter);
   // A row that could not be looked up counts as missing.
   if (id < 1) return values.insert("EmbeddedDeviceFirmware");
   return values.update("EmbeddedDeviceFirmware", filter_of_change(id, *rec));

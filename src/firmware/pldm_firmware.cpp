@@ -1,8 +1,7 @@
-#include <syslog.h>
-
 #include "controller/ruvo_log.h"
 #include "db/filter.h"
 #include "db/rows.h"
+#include "db/system_log.h"
 #include "db/values.h"
 #include "firmware/pldm_list.h"
 
@@ -47,15 +46,18 @@ void put_update_state(Values& values, const Record& record) {
   values.put("Status", record.Status);
 }
 
-void log_failed_update(const Record& record, const char* filter, int status) {
+template <size_t N>
+void log_failed_update(const Record& record, const Filter<N>& filter, int status) {
   ruvo_log::logErr(
       "zymdb_update_pldm_firmware failed, filter: %s, value: %s(0x%s) %s(0x%s) %s(0x%s) %s(0x%s) %s(0x%s) "
       "%s(0x%s) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x), ret: %d\n",
-      filter, "VersionString", record.VersionString, "PendingVersionString", record.PendingVersionString,
-      "PkgVersionString", record.PkgVersionString, "ReleaseDate", record.ReleaseDate, "PendingReleaseDate",
-      record.PendingReleaseDate, "UpdateErrString", record.UpdateErrString, "UpdateSupport",
-      record.UpdateSupport, "UpdateMethod", record.UpdateMethod, "UpdateAuxInfo", record.UpdateAuxInfo,
-      "Updated", record.Updated, "UpdateErrCode", record.UpdateErrCode, "Status", record.Status, status);
+      filter.text(), "VersionString", record.VersionString, "PendingVersionString",
+      record.PendingVersionString, "PkgVersionString", record.PkgVersionString, "ReleaseDate",
+      record.ReleaseDate, "PendingReleaseDate", record.PendingReleaseDate, "UpdateErrString",
+      record.UpdateErrString, "UpdateSupport", record.UpdateSupport, "UpdateMethod", record.UpdateMethod,
+      "UpdateAuxInfo", record.UpdateAuxInfo, "Updated", record.Updated, "UpdateErrCode", record.UpdateErrCode,
+      "Status", record.Status, status);
+  log_if_cut(filter);
 }
 
 }  // namespace
@@ -102,8 +104,7 @@ int zymdb_clear_all_pldm_firmware_pending_status(void) {
   const Filter<64> filter("Status=%d", kUpdatePending);
   const int status = values.update("PldmDeviceFirmware", filter);
   if (status != ZYM_DB_STATUS_OK)
-    ruvo_log::logErr("clear all pending pldm firmware failed, filter: %s, ret: %d\n",
-                     static_cast<const char*>(filter), status);
+    ruvo_log::logErr("clear all pending pldm firmware failed, filter: %s, ret: %d\n", filter.text(), status);
   return status;
 }
 
@@ -142,9 +143,10 @@ int zymdb_insert_or_update_pldm_firmware(unsigned int vendorId, unsigned int dev
   // The software id stands bare: the database takes a word that is no column for a text.
   const Filter<64> filter("PCIKey!=%u OR SoftwareID!=%s", pci_key, rec->SoftwareID);
   // Discovery goes on whatever becomes of one row: only the log tells.
-  if (values.insert_or_update("PldmDeviceFirmware", where, filter) <= 0)
-    syslog(LOG_USER | LOG_INFO, "%s: Failed to insert/update PLDM FW info, where:%s, filter:%s\n\n",
-           "zymdb_insert_or_update_pldm_firmware", static_cast<const char*>(where),
-           static_cast<const char*>(filter));
+  if (values.insert_or_update("PldmDeviceFirmware", where, filter) <= 0) {
+    log_to_system(kLogInformation, "%s: Failed to insert/update PLDM FW info, where:%s, filter:%s\n\n",
+                  "zymdb_insert_or_update_pldm_firmware", where.text(), filter.text());
+    log_if_cut(filter);
+  }
   return ZYM_DB_STATUS_OK;
 }

@@ -4,22 +4,24 @@
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <syslog.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstring>
 
+#include "db/system_log.h"
 #include "zymdb_firmware.h"
+
+using namespace zymdb;
 
 namespace {
 
 constexpr char kSocketPath[] = "/tmp/rtcfgproxy.sock";
 constexpr char kProgressPath[] = "/tmp/.rt_upd_state";
-constexpr int kInfo = LOG_USER | LOG_INFO;
 constexpr time_t kLongestWait = 3600;  // seconds
-constexpr time_t kReceiveTimeout = 5;  // seconds
+constexpr std::chrono::seconds kTransferTime{5};
 constexpr size_t kBodyChunk = 512;
 
 constexpr int32_t kBadReply = -1;
@@ -65,12 +67,45 @@ class Descriptor {
   const int descriptor_;
 };
 
-// One read or write, restarted when a signal interrupted it.
+// How long one read or write may still take, however often signals interrupt it.
+class TimeLeft {
+ public:
+  std::chrono::microseconds get() const {
+    return std::chrono::duration_cast<std::chrono::microseconds>(end_ - std::chrono::steady_clock::now());
+  }
+  explicit operator bool() const { return get().count() > 0; }
+
+ private:
+  const std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::now() + kTransferTime;
+};
+
+// One read or write, restarted when a signal interrupted it and there is time left.
 template <class Transfer>
 ssize_t transfer(Transfer once) {
-  ssize_t count;
-  do count = once();
-  while (count < 0 && errno == EINTR);
+  const TimeLeft left;
+  ssize_t count = once();
+  while (count < 0 && errno == EINTR && left) count = once();
+  return count;
+}
+
+void set_receive_timeout(int descriptor, std::chrono::microseconds time) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+  const timeval timeout{static_cast<time_t>(seconds.count()),
+                        static_cast<suseconds_t>((time - seconds).count())};
+  setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+}
+
+// One read from the service. A socket's timeout begins anew with each system call: what follows a signal gets
+// the rest of it alone.
+ssize_t receive(int descriptor, void* data, size_t size) {
+  const TimeLeft left;
+  ssize_t count = read(descriptor, data, size);
+  const bool is_interrupted = count < 0 && errno == EINTR;
+  while (count < 0 && errno == EINTR && left) {
+    set_receive_timeout(descriptor, std::max(left.get(), std::chrono::microseconds{1}));
+    count = read(descriptor, data, size);
+  }
+  if (is_interrupted && count > 0) set_receive_timeout(descriptor, kTransferTime);
   return count;
 }
 
@@ -92,14 +127,13 @@ bool connect_to_service(int descriptor) {
   const int result = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
   if (result == 0) return true;
   const int error = errno;
-  syslog(kInfo, "%s, connect error, rc=%d(%s)\n\n", "retimer_hal_proxy", result, strerror(error));
+  log_to_system(kLogInformation, "%s, connect error, rc=%d(%s)\n\n", "retimer_hal_proxy", result,
+                strerror(error));
   return false;
 }
 
 // 0 once there is something to read.
 int32_t wait_for_reply(int descriptor) {
-  // A set of descriptors holds no more than this.
-  if (descriptor >= FD_SETSIZE) return kWaitFailed;
   timeval left{kLongestWait, 0};
   int ready;
   do {
@@ -116,7 +150,7 @@ int32_t wait_for_reply(int descriptor) {
 bool read_body(int descriptor, size_t length) {
   uint8_t chunk[kBodyChunk];
   while (length > 0) {
-    const ssize_t count = transfer([&] { return read(descriptor, chunk, std::min(length, sizeof chunk)); });
+    const ssize_t count = receive(descriptor, chunk, std::min(length, sizeof chunk));
     if (count <= 0) return false;
     length -= static_cast<size_t>(count);
   }
@@ -128,18 +162,19 @@ int32_t exchange(const Request& request, int32_t& result) {
   const Descriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (connection.get() < 0) return kNoSocket;
   if (!connect_to_service(connection.get())) return kNotConnected;
+  // An answer that cannot be waited for, beyond what a set of descriptors holds, is not asked for.
+  if (connection.get() >= FD_SETSIZE) return kWaitFailed;
 
   const ssize_t written = transfer([&] { return write(connection.get(), &request, sizeof request); });
   if (written != static_cast<ssize_t>(sizeof request)) {
-    syslog(kInfo, "%s, write error\n\n", "retimer_hal_proxy");
+    log_to_system(kLogInformation, "%s, write error\n\n", "retimer_hal_proxy");
     return kNotWritten;
   }
   if (const int32_t failure = wait_for_reply(connection.get()); failure != 0) return failure;
 
-  const timeval timeout{kReceiveTimeout, 0};
-  setsockopt(connection.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+  set_receive_timeout(connection.get(), kTransferTime);
   Reply reply;
-  const ssize_t count = transfer([&] { return read(connection.get(), &reply, sizeof reply); });
+  const ssize_t count = receive(connection.get(), &reply, sizeof reply);
   if (count != static_cast<ssize_t>(sizeof reply) || !read_body(connection.get(), reply.body_length))
     return kBadReply;
   result = reply.result;
@@ -149,8 +184,8 @@ int32_t exchange(const Request& request, int32_t& result) {
 // Reads one byte of the progress file; `what` names it in the log.
 bool read_byte(int descriptor, const char* what, uint8_t& byte) {
   if (transfer([&] { return read(descriptor, &byte, 1); }) == 1) return true;
-  syslog(kInfo, "%s, read %s from retimer update progress file failed\n\n", "retimer_get_fw_update_progress",
-         what);
+  log_to_system(kLogInformation, "%s, read %s from retimer update progress file failed\n\n",
+                "retimer_get_fw_update_progress", what);
   return false;
 }
 
@@ -164,17 +199,19 @@ int32_t retimer_update_fw(const _ZYMDB_Retimer_Update_Req* req) {
   int32_t result = 0;
   const int32_t failure = exchange(request_of(*req), result);
   if (failure == 0) return result;
-  syslog(kInfo, "%s, retimer_hal_proxy fails, rc = 0x%x\n\n", "retimer_update_fw",
-         static_cast<unsigned>(failure));
+  log_to_system(kLogInformation, "%s, retimer_hal_proxy fails, rc = 0x%x\n\n", "retimer_update_fw",
+                static_cast<unsigned>(failure));
   return failure;
 }
 
 int32_t retimer_get_fw_update_progress(uint32_t slotNo, _ZYMDB_Retimer_Progress* out) {
   if (out == nullptr) return -1;
-  const Descriptor file(open(kProgressPath, O_RDONLY | O_CLOEXEC));
+  // A pipe in its place is not waited for: it reads as a file that ends too early.
+  const Descriptor file(open(kProgressPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.get() < 0) {
     // The line has always spoken of another device; log readers look for it.
-    syslog(kInfo, "%s, open raid update progress file failed\n\n", "retimer_get_fw_update_progress");
+    log_to_system(kLogInformation, "%s, open raid update progress file failed\n\n",
+                  "retimer_get_fw_update_progress");
     return -1;
   }
 

@@ -35,7 +35,7 @@ int zymdb_set_adapter_health_status(int location, int slotNo, unsigned int healt
   if (status != ZYM_DB_STATUS_OK)
     ruvo_log::logErr(
         "Update pci location [%d], slot [%d]  health status [%d] fail, sql where segment:[%s], return [%d]",
-        location, slotNo, static_cast<int>(health), static_cast<const char*>(filter), status);
+        location, slotNo, static_cast<int>(health), filter.text(), status);
   return status;
 }
 

@@ -1,8 +1,9 @@
-#include <syslog.h>
+#include <utility>
 
 #include "db/code_text.h"
 #include "db/query.h"
 #include "db/rows.h"
+#include "db/system_log.h"
 #include "db/values.h"
 #include "zymdb_pci.h"
 
@@ -70,8 +71,7 @@ int update_nvidia_card(const char* operation, const char* table, const char* col
   int status = ZYM_DB_STATUS_OK;
   const uint32_t hardware_id = select_number(handle, statement, status);
   if (hardware_id == 0) {
-    syslog(LOG_USER | LOG_ERR, "%s: rc = %d, sql failed. %s\n\n", operation, status,
-           static_cast<const char*>(statement));
+    log_to_system(kLogError, "%s: rc = %d, sql failed. %s\n\n", operation, status, statement.text());
     return ZYM_DB_STATUS_NOT_FOUND;
   }
 
@@ -104,13 +104,16 @@ int zymdb_get_gpu_chip_list(int funkey, _ZYMDB_GPU_Chip_List* list) {
 
   Query query(handle, "PCIGPUChip", kChipColumns, Filter<128>("PCIFuncKey=%d", funkey));
   if (query.status() != ZYM_DB_STATUS_OK) return fail_list(list, query.status());
-  const int status = list_rows(query, allocate_array<Chip>, list->count, list->items, [&](Chip& chip) {
+  if (!query.has_result()) return ZYM_DB_STATUS_OK;
+  const unsigned room = query.row_count();
+  CallerArray<Chip> chips = allocate_array<Chip>(room);
+  if (chips == nullptr) return fail_list(list, ZYM_DB_STATUS_NO_MEMORY);
+  // A step that fails, for whatever reason, leaves the list as it was.
+  return fill_list(query, std::move(chips), room, list->count, list->items, [&](Chip& chip) {
     query.read_columns(kChipColumns, &chip);
     copy_text(chip.GPUChipFormFactorName, text_of(kChipFormFactors, chip.GPUChipFormFactor));
     return true;
   });
-  // A step that fails leaves the list as it was; a lack of memory does not.
-  return status == ZYM_DB_STATUS_NO_MEMORY ? fail_list(list, status) : status;
 }
 
 int zymdb_update_nvidia_gpu_fw_version(const char* text, int bus) {

@@ -53,7 +53,7 @@ int zymdb_set_ncsi_id_by_slotNo(int location, int slotNo, uint8_t type, uint8_t 
     if (status != ZYM_DB_STATUS_OK)
       ruvo_log::logErr(
           "Update pci location [%d], slot [%d]  id1 [%d], id2 [%d] fail, sql where segment:[%s], return [%d]",
-          location, slotNo, id1, id2, static_cast<const char*>(filter), status);
+          location, slotNo, id1, id2, filter.text(), status);
     return status;
   }
 

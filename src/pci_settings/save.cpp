@@ -16,9 +16,12 @@ using Entry = ZYMDB_PCI_Config_Set;
 constexpr uint32_t kAdapterAttribute = 2;  // the kind of an attribute, to the manager
 
 bool all_exist(_zym_db_handle_t* handle, std::span<const Entry> entries) {
-  for (const Entry& entry : entries)
-    if (find_db_record(handle, "PCISetting", Filter<96>(" SettingID='%s'", entry.SettingID)) <= 0)
-      return false;
+  for (const Entry& entry : entries) {
+    const Filter<96> filter(" SettingID='%s'", entry.SettingID);
+    if (find_db_record(handle, "PCISetting", filter) > 0) continue;
+    log_if_cut(filter);
+    return false;
+  }
   return true;
 }
 
@@ -28,10 +31,10 @@ int write_pending_value(Values& values, const Entry& entry) {
   // A row that has the value already is not written; neither is one whose pending value is NULL.
   const Filter<192> filter(" SettingID='%s' AND  PendingValue!='%s'", entry.SettingID, entry.PendingValue);
   const int status = values.update("PCISetting", filter);
-  if (status != ZYM_DB_STATUS_OK)
-    ruvo_log::logErr("zymdb_update failed, filter: %s, value: %s(0x%p), rc: %d",
-                     static_cast<const char*>(filter), "PendingValue",
-                     static_cast<const void*>(entry.PendingValue), status);
+  if (status == ZYM_DB_STATUS_OK) return status;
+  ruvo_log::logErr("zymdb_update failed, filter: %s, value: %s(0x%p), rc: %d", filter.text(), "PendingValue",
+                   static_cast<const void*>(entry.PendingValue), status);
+  log_if_cut(filter);
   return status;
 }
 

@@ -1,11 +1,11 @@
-#include <syslog.h>
-
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <span>
 
 #include "db/filter.h"
 #include "db/rows.h"
+#include "db/system_log.h"
 #include "storage/drive_location.h"
 #include "zymdb_storage.h"
 
@@ -16,7 +16,6 @@ namespace {
 using Record = _ZYMDB_AimDisk;
 using List = _ZYMDB_AimDisk_List;
 
-constexpr int kInfo = LOG_USER | LOG_INFO;
 constexpr int kPresent = 1;
 constexpr int kOnboardSata = 1;
 
@@ -26,8 +25,14 @@ constexpr int kNvme7mmController = 4;
 
 constexpr size_t kMostOfOneFunction = 64;
 
-bool lists_a_drive(int status, const List* list) {
-  return status == ZYM_DB_STATUS_OK && list->count > 0;
+// Whether the first source has a drive. When it has none, its list makes room for the next one's: rows that
+// were counted and never came leave an array.
+bool lists_a_drive(int status, List* list) {
+  if (status != ZYM_DB_STATUS_OK) return false;
+  if (list->count > 0) return true;
+  std::free(list->disks);
+  *list = {};
+  return false;
 }
 
 std::span<const Record> drives_of(const List& list) {
@@ -72,8 +77,8 @@ int zymdb_get_7mm_disk_list(_ZYMDB_AimDisk_List* list) {
     const int status = zymdb_get_nvme_disk_list_from_mi_filter(list, Filter<72>("Location=%d", k7mmBay));
     if (lists_a_drive(status, list)) return ZYM_DB_STATUS_OK;
     if (status != ZYM_DB_STATUS_OK)
-      syslog(kInfo, "%s: zymdb_get_nvme_disk_list_from_mi_filter() failed, ret = %d\n\n",
-             "zymdb_get_7mm_disk_list", status);
+      log_to_system(kLogInformation, "%s: zymdb_get_nvme_disk_list_from_mi_filter() failed, ret = %d\n\n",
+                    "zymdb_get_7mm_disk_list", status);
   } else if (controller != kSata7mmController) {
     return zymdb_get_disk_list_with_filter(list, Filter<72>("LocationId=%d", k7mmBay));
   }
@@ -99,7 +104,8 @@ void zymdb_get_merged_disk_list(_ZYMDB_AimDisk_List* list) {
   for (size_t i = 0; i < parts.size(); ++i) {
     const int status = kSources[i].list(&parts[i]);
     if (status != ZYM_DB_STATUS_OK)
-      syslog(kInfo, "%s: %s failed, rc = %d\n\n", "zymdb_get_merged_disk_list", kSources[i].name, status);
+      log_to_system(kLogInformation, "%s: %s failed, rc = %d\n\n", "zymdb_get_merged_disk_list",
+                    kSources[i].name, status);
     owners[i].reset(parts[i].disks);
     total += parts[i].count;
   }
@@ -145,8 +151,8 @@ int zymdb_get_nvme_aim_disk(int location_id, int bay_no, _ZYMDB_AimDisk* disk) {
   // Callers tell an empty bay from a doubled one by these codes; a failed query counts as empty.
   if (list.count == 0) return ZYM_DB_STATUS_INVALID_PARAM;
   if (list.count > 1) {
-    syslog(kInfo, "%s, Find %d NVMe drives at location %d Slot %d\n\n", "zymdb_get_nvme_aim_disk",
-           static_cast<int>(list.count), location_id, bay_no);
+    log_to_system(kLogInformation, "%s, Find %d NVMe drives at location %d Slot %d\n\n",
+                  "zymdb_get_nvme_aim_disk", static_cast<int>(list.count), location_id, bay_no);
     return ZYM_DB_STATUS_NO_DB;
   }
   *disk = drives[0];

@@ -1,9 +1,8 @@
-#include <syslog.h>
-
 #include <cstdlib>
 #include <optional>
 
 #include "db/code_text.h"
+#include "db/system_log.h"
 #include "storage/drive_bays.h"
 #include "storage/drive_location.h"
 #include "storage/list_builder.h"
@@ -104,11 +103,12 @@ void set_media(Record& drive, long media_type) {
 }
 
 void log_drive(unsigned row, const Record& drive) {
-  syslog(LOG_USER | LOG_INFO,
-         "%s aimDiskInfo[%d].ctrlType = %d, aimDiskInfo[row].locationId = %d, aimDiskInfo[row].location = "
-         "%s, driveTypeId = %d\n",
-         "zymdb_get_disk_list_with_filter", static_cast<int>(row), drive.CtrlType, drive.LocationId,
-         drive.Location, drive.DriveTypeId);
+  log_to_system(
+      kLogInformation,
+      "%s aimDiskInfo[%d].ctrlType = %d, aimDiskInfo[row].locationId = %d, aimDiskInfo[row].location = "
+      "%s, driveTypeId = %d\n",
+      "zymdb_get_disk_list_with_filter", static_cast<int>(row), drive.CtrlType, drive.LocationId,
+      drive.Location, drive.DriveTypeId);
 }
 
 }  // namespace

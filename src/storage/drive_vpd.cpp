@@ -1,10 +1,9 @@
-#include <syslog.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 
 #include "db/code_text.h"
+#include "db/system_log.h"
 #include "zymdb_storage.h"
 
 using namespace zymdb;
@@ -13,7 +12,6 @@ namespace {
 
 using Record = _ZYMDB_AimDisk;
 
-constexpr int kInfo = LOG_USER | LOG_INFO;
 constexpr unsigned kShortestImage = 256;
 
 // Step names of the decoder have outlived its structure; log readers look for them.
@@ -164,16 +162,18 @@ void decode_capacity(const Image& image, Record& drive) {
 int decode_standard_layout(const Image& image, Record& drive) {
   const unsigned offset = image[4];
   if (offset == 0) {
-    syslog(kInfo,
-           "%s: NVMe drive %d. Invalid product info offset %d. [%02X %02X %02X %02X %02X %02X %02X %02X]\n\n",
-           kStandardDecoder, drive.BayNo, static_cast<int>(offset), image[0], image[1], image[2], image[3],
-           image[4], image[5], image[6], image[7]);
+    log_to_system(
+        kLogInformation,
+        "%s: NVMe drive %d. Invalid product info offset %d. [%02X %02X %02X %02X %02X %02X %02X %02X]\n\n",
+        kStandardDecoder, drive.BayNo, static_cast<int>(offset), image[0], image[1], image[2], image[3],
+        image[4], image[5], image[6], image[7]);
     return -1;
   }
   decode_product_area(image, offset * 8, drive);
   decode_capacity(image, drive);
-  syslog(kInfo, "%s: NVMe drive %d. [Model] %s; [MFG] %s; [SN] %s; [Capacity] %s\n\n", kStandardDecoder,
-         drive.BayNo, drive.Model, drive.Manufacture, drive.SerialNo, drive.Capacity);
+  log_to_system(kLogInformation, "%s: NVMe drive %d. [Model] %s; [MFG] %s; [SN] %s; [Capacity] %s\n\n",
+                kStandardDecoder, drive.BayNo, drive.Model, drive.Manufacture, drive.SerialNo,
+                drive.Capacity);
   return 0;
 }
 
@@ -202,7 +202,7 @@ int parse_nvme_drive_vpd(const unsigned char* vpd, unsigned int len, _ZYMDB_AimD
     return 0;
   }
   if (image[0] == 1 || image[0] == 2) return decode_standard_layout(image, *out);
-  syslog(kInfo, "%s: Unknown VPD format. data [%02X %02X %02X %02X]\n\n", "parse_nvme_drive_vpd", image[0],
-         image[1], image[2], image[3]);
+  log_to_system(kLogInformation, "%s: Unknown VPD format. data [%02X %02X %02X %02X]\n\n",
+                "parse_nvme_drive_vpd", image[0], image[1], image[2], image[3]);
   return -1;
 }

@@ -1,5 +1,3 @@
-#include <syslog.h>
-
 #include <algorithm>
 #include <bitset>
 #include <cstring>
@@ -7,6 +5,7 @@
 
 #include "db/filter.h"
 #include "db/rows.h"
+#include "db/system_log.h"
 #include "storage/drive_bays.h"
 #include "storage/drive_location.h"
 #include "zymdb_storage.h"
@@ -22,8 +21,8 @@ constexpr int kNoRaidController = 0;
 constexpr int kInSlot = 2;  // in column Location of PCIs
 
 void log_failure(const char* source, int status) {
-  syslog(LOG_USER | LOG_INFO, "%s: %s() failed, ret = %d\n\n", "zymdb_get_u2_aic_nvme_disk_list", source,
-         status);
+  log_to_system(kLogInformation, "%s: %s() failed, ret = %d\n\n", "zymdb_get_u2_aic_nvme_disk_list", source,
+                status);
 }
 
 // Bay indices, "1,2,5". The text has room for all 64.

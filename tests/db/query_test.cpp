@@ -147,6 +147,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, NumberInTextTest,
                          testing::Values(NumberInText{"18", 18}, NumberInText{"0x12", 18},
                                          NumberInText{"022", 18}, NumberInText{"0xB6", 0xB6},
                                          NumberInText{"0x8005", 0x8005}, NumberInText{"0xFFFF", 0xFFFF},
+                                         NumberInText{"0X8005", 0x8005}, NumberInText{"0XB6", 0xB6},
                                          NumberInText{"65535", 65535}, NumberInText{"1234567", 12345},
                                          NumberInText{"", 0}, NumberInText{"none", 0},
                                          NumberInText{"7 up", 7}));
@@ -215,9 +216,16 @@ TEST(AllocateArray, ACountWhoseSizeOverflowsIsRefused) {
   EXPECT_EQ(allocate_array<uint64_t>(SIZE_MAX / 2), nullptr);
 }
 
-TEST(FilterTest, IsCutSilently) {
+TEST(FilterTest, IsCutAtItsBuffer) {
   const Filter<16> filter("Location=%d AND SlotNo=%d", 1, 2);
   EXPECT_STREQ(filter, "Location=1 AND ");
+}
+
+TEST_F(QueryTest, OnlyAFilterThatWasCutIsSaidToBe) {
+  log_if_cut(Filter<11>("Location=%d", 1));
+  EXPECT_THAT(client().log, testing::IsEmpty());
+  log_if_cut(Filter<10>("Location=%d", 1));
+  EXPECT_THAT(client().log, ElementsAre("error: the filter was cut at 9 bytes"));
 }
 
 TEST(CodeTextTest, ALongTextIsCutAndAShortOnePadded) {

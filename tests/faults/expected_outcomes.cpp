@@ -824,7 +824,7 @@ const std::vector<Scenario> kScenarios = {
      {
          {"handle", kNoDb, "untouched"},
          {"query", kFailure, "none"},
-         {"result", kOk, "untouched"},
+         {"result", kOk, "none"},
          {"step", kFailure, "2 listed"},
          {"read", kOk, "2 listed"},
      }},

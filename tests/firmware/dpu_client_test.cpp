@@ -394,17 +394,17 @@ TEST_F(DpuEvents, ReadBeforeAFailedStepAreKept) {
   EXPECT_STREQ(list_.Events[1].Message, "");
 }
 
-TEST_F(DpuEvents, AFailedQueryEmptiesTheListAndNoResultLeavesIt) {
-  _ZYMDB_DPU_Event own{};
-  _ZYMDB_DPU_Event_List list{5, &own};
-  answer(Answer::without_result());
-  EXPECT_EQ(dpu_get_log_by_slot(3, &list), ZYM_DB_STATUS_OK);
-  EXPECT_EQ(list.Count, 5u);
-  EXPECT_EQ(list.Events, &own);
-  answer(Answer::failing(kFailure, true));
-  EXPECT_EQ(dpu_get_log_by_slot(3, &list), kFailure);
-  EXPECT_EQ(list.Count, 0u);
-  EXPECT_EQ(list.Events, nullptr);
+TEST_F(DpuEvents, AFailedQueryAndOneWithoutAResultEmptyTheList) {
+  const std::pair<Answer, int> cases[] = {{Answer::without_result(), ZYM_DB_STATUS_OK},
+                                          {Answer::failing(kFailure, true), kFailure}};
+  for (const auto& [each, status] : cases) {
+    _ZYMDB_DPU_Event own{};
+    _ZYMDB_DPU_Event_List list{5, &own};
+    answer(each);
+    EXPECT_EQ(dpu_get_log_by_slot(3, &list), status);
+    EXPECT_EQ(list.Count, 0u);
+    EXPECT_EQ(list.Events, nullptr);
+  }
 }
 
 TEST_F(DpuEvents, WithoutMemoryAreNone) {

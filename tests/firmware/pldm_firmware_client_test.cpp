@@ -320,6 +320,16 @@ TEST_F(PldmUpdateState, AFailureIsLoggedWithEveryValue) {
   EXPECT_THAT(client().log, ElementsAre(line));
 }
 
+TEST_F(PldmUpdateState, AFailureTellsThatItsFilterWasCut) {
+  // Without an end of its own the id goes on with the version.
+  std::memset(record_.SoftwareID, 'A', sizeof record_.SoftwareID);
+  std::memset(record_.VersionString, 'B', sizeof record_.VersionString);
+  client().failures = {{{"update", 0}, kFailure}};
+  EXPECT_EQ(write(), kFailure);
+  ASSERT_EQ(client().log.size(), 2u);
+  EXPECT_EQ(client().log[1], "error: the filter was cut at 63 bytes");
+}
+
 class PldmClearing : public scripted::ClientTest {};
 
 TEST_F(PldmClearing, EndsEveryPendingState) {
@@ -393,6 +403,16 @@ TEST_F(PldmDiscovery, TheKeyIsMadeOfPlaceAndSlot) {
   EXPECT_TRUE(client().statements[0].ends_with("DeviceType=4294967295 AND SlotNo=65535 AND Location=255"));
   EXPECT_NE(client().statements[1].find("PCIKey=uint:16777215,"), std::string::npos);
   EXPECT_TRUE(client().statements[1].ends_with("(PCIKey!=16777215 OR SoftwareID!=15B3A2D4)"));
+}
+
+TEST_F(PldmDiscovery, ADeviceCannotForgeALineOfTheSystemLog) {
+  std::strcpy(record_.SoftwareID, "1\nroot:");
+  answer(Answer::failing(kFailure));
+  EXPECT_EQ(record(), ZYM_DB_STATUS_OK);
+  EXPECT_EQ(
+      system_log().back(),
+      "14: zymdb_insert_or_update_pldm_firmware: Failed to insert/update PLDM FW info, "
+      "where:DeviceType=15 AND SlotNo=3 AND Location=1, filter:PCIKey!=65539 OR SoftwareID!=1 root:\n\n");
 }
 
 TEST_F(PldmDiscovery, AFailureIsToldToTheSystemLogAlone) {

@@ -61,6 +61,16 @@ TEST_F(PldmFirmware, IsListedByWhatBecameOfItsUpdate) {
   EXPECT_EQ(names(zymdb_get_pldm_firmware_update_success_list), Names{"succeeded"});
 }
 
+TEST_F(PldmFirmware, AnErrorWithoutAnUpdateIsNoFailedOneAndAMissingColumnIsInNeitherList) {
+  given_state("an error alone", 0, 17, 0);
+  given("PldmDeviceFirmware",
+        {{"DeviceName", "no error column"}, {"Updated", 1}, {"UpdateErrCode", nullptr}});
+  given("PldmDeviceFirmware",
+        {{"DeviceName", "no updated column"}, {"Updated", nullptr}, {"UpdateErrCode", 1}});
+  EXPECT_EQ(names(zymdb_get_pldm_firmware_update_failure_list), Names{});
+  EXPECT_EQ(names(zymdb_get_pldm_firmware_update_success_list), Names{});
+}
+
 TEST_F(PldmFirmware, OfAnEmptyTableIsNone) {
   for (const Lister lister :
        {zymdb_get_pldm_firmware_list, zymdb_get_pldm_firmware_pending_list,

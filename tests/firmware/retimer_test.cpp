@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "firmware/system_calls.h"
+#include "support/named_pipe.h"
 #include "support/system_log.h"
 #include "support/turn.h"
 #include "zymdb_firmware.h"
@@ -188,6 +189,7 @@ TEST_F(Retimer, ADescriptorBeyondThoseThatCanBeWaitedForIsAFailedWait) {
   while (taken.back() < FD_SETSIZE - 1);
   EXPECT_EQ(update(), -5);
   expect_failure_logged("0xfffffffb");
+  EXPECT_EQ(service.line(), "") << "nothing was asked of the service";
   for (const int descriptor : taken) close(descriptor);
   setrlimit(RLIMIT_NOFILE, &limit);
 }
@@ -258,6 +260,33 @@ TEST_F(Retimer, AnInterruptedWriteIsRepeated) {
   Service service("--result 7");
   EXPECT_EQ(update(), 7);
   EXPECT_EQ(service.line().size(), 2 * 159u);
+}
+
+TEST_F(Retimer, ARequestThatIsInterruptedForFiveSecondsIsNotWritten) {
+  system_calls().interrupted_writes = 10;
+  system_calls().seconds_per_interruption = 1;
+  Service service;
+  EXPECT_EQ(update(), -4);
+  EXPECT_EQ(system_calls().interrupted_writes, 5);
+  EXPECT_EQ(service.line(), "");
+}
+
+TEST_F(Retimer, AnInterruptedReadGoesOnForTheTimeLeftOfItsFiveSeconds) {
+  system_calls().interrupted_reads = 2;
+  system_calls().seconds_per_interruption = 2;
+  Service service("--result 7 --body 1 --keep-open");
+  EXPECT_EQ(update(), 7);
+  // What is left is a little less than 3 seconds and 1; the next read has all of them again.
+  EXPECT_THAT(system_calls().receive_timeouts, ElementsAre(5, 2, 0, 5));
+}
+
+TEST_F(Retimer, AnAnswerThatIsInterruptedForFiveSecondsIsGivenUp) {
+  system_calls().interrupted_reads = 10;
+  system_calls().seconds_per_interruption = 1;
+  Service service("--result 7 --keep-open");
+  EXPECT_EQ(update(), -1);
+  EXPECT_EQ(system_calls().interrupted_reads, 5);
+  expect_failure_logged("0xffffffff");
 }
 
 TEST_F(Retimer, SignalsDoNotDisturbTheUpdate) {
@@ -370,6 +399,13 @@ TEST_F(RetimerProgress, AFileThatCannotBeOpenedOrReadIsTold) {
   EXPECT_EQ(read(3), -1);
   EXPECT_THAT(system_log(), ElementsAre(line("open raid update progress file failed"),
                                         line("read slot from retimer update progress file failed")));
+  expect_untouched();
+}
+
+TEST_F(RetimerProgress, ANamedPipeInItsPlaceIsNotWaitedFor) {
+  const NamedPipe pipe(kProgressPath);
+  EXPECT_EQ(pipe.answer_of([this] { return read(3); }), -1);
+  EXPECT_THAT(system_log(), ElementsAre(line("read slot from retimer update progress file failed")));
   expect_untouched();
 }
 

@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/select.h>
 #include <sys/socket.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,6 +31,16 @@ int failing(int error) {
 
 // Callers in several threads share what the test asked for.
 std::mutex mutex;
+
+// Whether the test wants one call more of a kind interrupted.
+bool is_interrupted(int SystemCalls::*left) {
+  const std::lock_guard lock(mutex);
+  SystemCalls& calls = system_calls();
+  if (calls.*left == 0) return false;
+  --(calls.*left);
+  calls.seconds_passed += calls.seconds_per_interruption;
+  return true;
+}
 
 // What the test makes of a wait; nothing when the system is to wait.
 std::optional<int> outcome_of_wait(timeval* timeout) {
@@ -76,12 +87,19 @@ __attribute__((visibility("default"))) int connect(int socket, const sockaddr* a
 }
 
 __attribute__((visibility("default"))) ssize_t write(int descriptor, const void* data, size_t size) {
-  SystemCalls& calls = system_calls();
-  if (calls.interrupted_writes > 0) {
-    --calls.interrupted_writes;
-    return failing(EINTR);
-  }
-  return next(&write, "write")(descriptor, data, std::min(size, calls.write_takes.value_or(size)));
+  if (is_interrupted(&SystemCalls::interrupted_writes)) return failing(EINTR);
+  return next(&write, "write")(descriptor, data, std::min(size, system_calls().write_takes.value_or(size)));
+}
+
+__attribute__((visibility("default"))) ssize_t read(int descriptor, void* data, size_t size) {
+  if (is_interrupted(&SystemCalls::interrupted_reads)) return failing(EINTR);
+  return next(&read, "read")(descriptor, data, size);
+}
+
+__attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const int result = next(&clock_gettime, "clock_gettime")(clock, time);
+  time->tv_sec += system_calls().seconds_passed;
+  return result;
 }
 
 }  // extern "C"

@@ -23,8 +23,15 @@ struct SystemCalls {
   // connect: does not return before the other side has hung up.
   bool connects_to_quitter = false;
 
-  // write: how many are interrupted; the bytes that one takes at most.
+  // read and write: how many are interrupted, and how many seconds pass on the clock with each.
+  int interrupted_reads = 0;
   int interrupted_writes = 0;
+  long seconds_per_interruption = 0;
+
+  // The seconds that have passed so.
+  long seconds_passed = 0;
+
+  // write: the bytes that one takes at most.
   std::optional<size_t> write_takes;
 };
 

@@ -58,6 +58,12 @@ TEST_F(SlotTest, PackageIdsOfANewSlotAreInsertedAndThenUpdatedWithoutTheirType) 
   EXPECT_EQ(second, 7);
 }
 
+TEST_F(SlotTest, PackageIdsOfASlotWiderThanItsColumnAreInsertedEachTime) {
+  EXPECT_EQ(zymdb_set_ncsi_id_by_slotNo(0x101, 0x10003, 7, 4, 5), ZYM_DB_STATUS_OK);
+  EXPECT_EQ(zymdb_set_ncsi_id_by_slotNo(0x101, 0x10003, 8, 6, 7), ZYM_DB_STATUS_OK);
+  EXPECT_EQ(packages(), "1|3|7|4|5\n1|3|8|6|7\n");
+}
+
 TEST_F(SlotTest, PackageIdsOfASlotWithoutARowReadAsAMissingDatabase) {
   uint8_t second = 0;
   EXPECT_EQ(zymdb_get_ncsi_id_by_slotNo(1, 3, &value_, &second), ZYM_DB_STATUS_NO_DB);

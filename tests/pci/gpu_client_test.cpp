@@ -166,7 +166,10 @@ TEST_F(GpuChips, AFailedQueryOrALackOfMemoryEmptiesTheListAndAFailedStepLeavesIt
   } const cases[] = {{Answer::failing(kFailure, true), kFailure, true},
                      {Answer{.row_count = 0xFFFFFFFF}, ZYM_DB_STATUS_NO_MEMORY, true},
                      {Answer::without_result(), ZYM_DB_STATUS_OK, false},
-                     {Answer{.rows = {Row()}, .end = kFailure, .row_count = 2}, kFailure, false}};
+                     {Answer{.rows = {Row()}, .end = kFailure, .row_count = 2}, kFailure, false},
+                     // A client that ran out of memory while it stepped.
+                     {Answer{.rows = {Row()}, .end = ZYM_DB_STATUS_NO_MEMORY, .row_count = 2},
+                      ZYM_DB_STATUS_NO_MEMORY, false}};
   for (const Case& each : cases) {
     _ZYMDB_GPU_Chip own{};
     _ZYMDB_GPU_Chip_List list{5, &own};

@@ -75,6 +75,14 @@ TEST_F(PciKeys, AreListedOncePerDevice) {
   EXPECT_THAT(keys("Location=7"), Pair(ZYM_DB_STATUS_OK, IsEmpty()));
 }
 
+TEST_F(PciKeys, ComeWithAFilterOf112CharactersAndNotWithALongerOne) {
+  given_machine();
+  const auto distinct = Pair(ZYM_DB_STATUS_OK, ElementsAre(0x10003, 0x10004));
+  EXPECT_THAT(keys((std::string(102, ' ') + "Location=1").c_str()), distinct);
+  for (const size_t blanks : {104, 110, 118, 119, 130})
+    EXPECT_THAT(keys((std::string(blanks, ' ') + "Location=1").c_str()), testing::Not(distinct)) << blanks;
+}
+
 TEST_F(PciKeys, ThatAreNullAreListedAsZero) {
   given("PCIs", {{"FunKey", 1}});
   EXPECT_THAT(keys(nullptr), Pair(ZYM_DB_STATUS_OK, ElementsAre(0)));

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "pci_settings/setting.h"
+#include "support/named_pipe.h"
 #include "support/parsing_marker.h"
 #include "support/scripted_client.h"
 
@@ -47,6 +48,13 @@ TEST_F(SettingQueries, LookForTheDatabaseBeforeTheMarker) {
   EXPECT_EQ(zymdb_get_pci_configSet_list(1, nullptr, 0, nullptr, 0, &number), ZYM_DB_STATUS_NO_DB);
 }
 
+TEST_F(SettingQueries, TakeANamedPipeForTheMarkerAndDoNotWaitForIt) {
+  const NamedPipe pipe(ParsingMarker::kPath);
+  uint16_t number = kUntouched;
+  EXPECT_EQ(pipe.answer_of([&] { return zymdb_get_pci_configSet_count(1, nullptr, &number); }),
+            ZYMDB_PCI_SETTING_PARSING);
+}
+
 TEST(FileExists, WhenItCanBeOpenedForReading) {
   const std::string folder = testing::TempDir() + "zymdb-fileexist-" + std::to_string(getpid());
   std::filesystem::create_directory(folder);
@@ -56,6 +64,7 @@ TEST(FileExists, WhenItCanBeOpenedForReading) {
   EXPECT_FALSE(fileexist(folder + "/missing/file"));
   std::ofstream(file).close();
   EXPECT_TRUE(fileexist(file));
+  EXPECT_TRUE(fileexist(folder));
   chmod(file.c_str(), 0);
   EXPECT_EQ(fileexist(file), access(file.c_str(), R_OK) == 0) << "may be read by root alone";
   std::filesystem::remove_all(folder);

@@ -52,6 +52,17 @@ TEST_F(SaveSettings, ChecksAllThenWritesAllThenHandsThemToTheManager) {
   EXPECT_THAT(client().log, IsEmpty());
 }
 
+TEST_F(SaveSettings, AFailedLookUpTellsThatItsFilterWasCut) {
+  // Without an end of its own the id goes on with the value.
+  std::memset(list_[0].SettingID, 'A', sizeof list_[0].SettingID);
+  std::memset(list_[0].PendingValue, 'B', sizeof list_[0].PendingValue - 1);
+  answer(Answer::failing(kFailure));
+  EXPECT_EQ(save(), ZYMDB_PCI_SETTING_ID_NOEXIT);
+  ASSERT_EQ(client().log.size(), 5u);
+  EXPECT_THAT(client().log[2], StartsWith("error: filter= SettingID='AAAA"));
+  EXPECT_EQ(client().log[3], "error: the filter was cut at 95 bytes");
+}
+
 TEST_F(SaveSettings, OfNoneOpensAndClosesASessionWithTheManager) {
   EXPECT_EQ(zymdb_save_pci_configSet_list(nullptr, 0), ZYM_DB_STATUS_OK);
   EXPECT_THAT(client().calls, ElementsAre("get_content_values", "free_content_values", "cmr_initialize",

@@ -85,6 +85,22 @@ TEST_F(Settings, WithANegativeNumberAreStoredSoAndWrittenEachTime) {
   EXPECT_EQ(int32_t{read(kFunction)[0].Mininstances}, -1);
 }
 
+TEST_F(Settings, WithAQuoteInATextAreStoredOnceAndNeverRefreshed) {
+  Setting setting = bare_setting("A.x", kFunction);
+  set_text(setting.ShortDesc, "5\" disk");
+  store(setting);
+  EXPECT_EQ(extract_PCISetting_info(&setting), ZYM_DB_STATUS_ERROR) << "though it is equal";
+  set_text(setting.SettingName, "another");
+  EXPECT_EQ(extract_PCISetting_info(&setting), ZYM_DB_STATUS_ERROR);
+  EXPECT_EQ(rows("PCISetting", {"SettingName", "ShortDesc"}), "NULL|5\" disk\n");
+}
+
+TEST_F(Settings, WithAQuoteInTheIdAreNeverStored) {
+  const Setting setting = bare_setting("A\".x", kFunction);
+  EXPECT_EQ(extract_PCISetting_info(&setting), ZYM_DB_STATUS_ERROR);
+  EXPECT_EQ(rows("PCISetting", {"SettingID"}), "");
+}
+
 TEST_F(Settings, ComeUnderTheKeysOfTheirAdapters) {
   store(bare_setting("A.x", 1));
   store(bare_setting("A.y", 2));

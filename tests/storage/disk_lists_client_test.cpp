@@ -1,5 +1,6 @@
 // Lists of drives: which builder is asked, in which order and with which filter.
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 #include <cstring>
 
@@ -169,6 +170,36 @@ TEST_F(DiskLists, OfAControllerAskTheManagementInterfaceFirst) {
     EXPECT_THAT(bays(), ElementsAre(2));
     EXPECT_THAT(builders(), ElementsAre("NVMeDrives where CtrlSlot=12", query));
   }
+}
+
+// Of arrays so large that each is mapped on its own.
+size_t mapped_memory() {
+  return mallinfo2().hblkhd;
+}
+
+TEST_F(DiskLists, ThatFallBackReleaseTheArrayOfAFirstListWhoseRowsNeverCame) {
+  constexpr unsigned kCounted = 200'000;
+  const auto of_controller = [](_ZYMDB_AimDisk_List* out) { return zymdb_get_ctrl_aim_disk_list(1, out, 3); };
+  const std::function<int(_ZYMDB_AimDisk_List*)> operations[] = {zymdb_get_m2_disk_list,
+                                                                 zymdb_get_7mm_disk_list, of_controller};
+  const size_t before = mapped_memory();
+  for (size_t i = 0; i < std::size(operations); ++i) {
+    if (i == 1) controller_type(4);
+    builder(Answer{.row_count = kCounted});
+    builder({stored(2)});
+    EXPECT_EQ(list(operations[i]), ZYM_DB_STATUS_OK);
+    EXPECT_THAT(bays(), ElementsAre(2));
+    EXPECT_EQ(mapped_memory(), before) << i;
+  }
+}
+
+TEST_F(DiskLists, ThatFallBackWithoutADatabaseAreEmpty) {
+  answer(std::vector<Row>{});
+  answer(Answer{.row_count = 3});
+  client().failures = {{{"handle", 1}, 1}};
+  EXPECT_EQ(list(zymdb_get_m2_disk_list), ZYM_DB_STATUS_NO_DB);
+  EXPECT_EQ(list_.count, 0u);
+  EXPECT_EQ(list_.disks, nullptr);
 }
 
 TEST_F(DiskLists, WithoutAListOrADatabaseThereIsNone) {

@@ -118,6 +118,18 @@ TEST_F(DriveTable, EachDriveIsLogged) {
                   "aimDiskInfo[row].locationId = 3, aimDiskInfo[row].location = place, driveTypeId = 5\n"));
 }
 
+TEST_F(DriveTable, ADriveCannotForgeALineOfTheSystemLog) {
+  Row row = Drive{.kind = 1, .type = "1"}.row();
+  row[5] = "Slot\n1\r\x1B[2J\x7F";
+  answer(std::vector<Row>{});
+  answer({row});
+  EXPECT_EQ(list(), ZYM_DB_STATUS_OK);
+  EXPECT_THAT(system_log(),
+              ElementsAre("14: zymdb_get_disk_list_with_filter aimDiskInfo[0].ctrlType = 6, "
+                          "aimDiskInfo[row].locationId = 1, aimDiskInfo[row].location = Slot 1  [2J , "
+                          "driveTypeId = 1\n"));
+}
+
 TEST_F(DriveTable, UnreadableColumnsTakeTheirDefaults) {
   answer(std::vector<Row>{});
   Row row;
