@@ -19,6 +19,7 @@
 namespace zymdb::client {
 namespace {
 
+using testing::Field;
 using testing::HasSubstr;
 
 std::string read_file(const std::string& path) {
@@ -89,7 +90,7 @@ TEST_F(OpeningTest, AMissingDatabaseIsCreatedWithItsTables) {
                             "SensorSlotMap"}) {
     const Table* found = opened.session->catalog().table(table);
     ASSERT_NE(found, nullptr) << table;
-    EXPECT_EQ(found->columns().front(), "_id") << table;
+    EXPECT_EQ(found->columns().front().name, "_id") << table;
   }
 }
 
@@ -201,6 +202,113 @@ TEST_F(OpeningTest, AFolderThatMayNotBeWrittenHoldsNoNewDatabase) {
   ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
 }
 
+// A property database that lies where all inventories of a folder once had theirs.
+class PredecessorTest : public OpeningTest {
+ protected:
+  Opened open_properties() { return open_session(source_, writers_); }
+
+  void make_predecessor() {
+    const DataSource former{source_.predecessor, &kPropertiesSchema};
+    ASSERT_NE(open_session(former, writers_).session, nullptr);
+    run("INSERT INTO propertiesDCTbl (propName) VALUES ('/kept')");
+  }
+
+  void run(const std::string& sql) const {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(source_.predecessor.c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(database);
+  }
+
+  // How many properties the session finds; -1 when it finds no table.
+  static int64_t properties(const Opened& opened) {
+    Request request;
+    request.table = "propertiesDCTbl";
+    Statement statement;
+    Result result;
+    if (opened.session == nullptr || statement.compose(opened.session->catalog(), request) != 0 ||
+        opened.session->query(statement, result) != 0)
+      return -1;
+    return result.row_count();
+  }
+
+  bool is_there(const std::string& path) const { return std::filesystem::exists(path); }
+
+  const DataSource source_{folder_.file("inventory-properties.db"), &kPropertiesSchema,
+                           folder_.file("propertiesdb.db")};
+};
+
+TEST_F(PredecessorTest, MovesToItsPlaceWithWhatItHolds) {
+  make_predecessor();
+  EXPECT_EQ(properties(open_properties()), 1);
+  EXPECT_FALSE(is_there(source_.predecessor));
+  EXPECT_EQ(properties(open_properties()), 1);
+}
+
+TEST_F(PredecessorTest, BringsAlongWhatOnlyItsWriteAheadLogHolds) {
+  make_predecessor();
+  EXPECT_EQ(ChildProcess([&] {
+              sqlite3* database = nullptr;
+              sqlite3_open(source_.predecessor.c_str(), &database);
+              return sqlite3_exec(database, "INSERT INTO propertiesDCTbl (propName) VALUES ('/late')",
+                                  nullptr, nullptr, nullptr);
+            }).wait(),
+            0);
+  ASSERT_GT(std::filesystem::file_size(source_.predecessor + "-wal"), 0U);
+  EXPECT_EQ(properties(open_properties()), 2);
+  for (const char* suffix : {"", "-wal", "-shm"})
+    EXPECT_FALSE(is_there(source_.predecessor + suffix)) << suffix;
+}
+
+TEST_F(PredecessorTest, StaysWhereSomethingElseTookItsPlace) {
+  make_predecessor();
+  const DataSource alone{source_.path, &kPropertiesSchema};
+  ASSERT_NE(open_session(alone, writers_).session, nullptr);
+  EXPECT_EQ(properties(open_properties()), 0);
+  EXPECT_TRUE(is_there(source_.predecessor));
+}
+
+TEST_F(PredecessorTest, OfAnotherKindStays) {
+  run("CREATE TABLE other (x)");
+  EXPECT_EQ(properties(open_properties()), 0);
+  EXPECT_TRUE(is_there(source_.predecessor));
+}
+
+TEST_F(PredecessorTest, ThatIsNoDatabaseIsNamed) {
+  std::ofstream(source_.predecessor) << std::string(5000, 'g');
+  const Opened opened = open_properties();
+  EXPECT_EQ(opened.status, kStatusCorrupt);
+  EXPECT_THAT(opened.error,
+              HasSubstr(source_.path + ": " + source_.predecessor + " cannot take its place: "));
+  EXPECT_FALSE(is_there(source_.path));
+}
+
+TEST_F(PredecessorTest, InAFolderThatMayNotBeWrittenIsNamed) {
+  make_predecessor();
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0555), 0);
+  ASSERT_EQ(chmod(source_.predecessor.c_str(), 0644), 0);
+  EXPECT_EQ(
+      as_somebody_else([&] {
+        const Opened opened = open_properties();
+        return opened.error.find(source_.predecessor + " cannot take its place") != std::string::npos ? 0 : 1;
+      }),
+      0);
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
+}
+
+TEST_F(PredecessorTest, IsTakenOverOnceByManyProcesses) {
+  for (int round = 0; round < 20; ++round) {
+    std::filesystem::remove(source_.path);
+    make_predecessor();
+    const auto take_over = [&] { return properties(open_properties()) == 1 ? 0 : 1; };
+    ChildProcess first(take_over);
+    ChildProcess second(take_over);
+    ChildProcess third(take_over);
+    EXPECT_EQ(first.wait() + second.wait() + third.wait(), 0) << round;
+    EXPECT_FALSE(is_there(source_.predecessor));
+  }
+}
+
 class UpgradeTest : public OpeningTest {
  protected:
   static constexpr uint32_t kMark = 0x5A594D49;
@@ -217,7 +325,8 @@ TEST_F(UpgradeTest, AnOlderDatabaseIsTakenStepByStepToTheCurrentVersion) {
     const Opened opened = open(current);
     ASSERT_NE(opened.session, nullptr) << opened.error;
     EXPECT_THAT(opened.session->catalog().table("a")->columns(),
-                testing::ElementsAre("_id", "second", "third"));
+                testing::ElementsAre(Field(&Column::name, "_id"), Field(&Column::name, "second"),
+                                     Field(&Column::name, "third")));
   }
   EXPECT_THAT(schema_of("inventory.db"), HasSubstr("\n3\nwal\n"));
   EXPECT_EQ(open(first).session, nullptr);
