@@ -139,7 +139,7 @@ TEST_F(OpeningTest, WhatIsNotOursIsRefusedAndLeftAsItWas) {
       {"PRAGMA user_version=1; CREATE TABLE x (y)", kStatusCorrupt, "not a database of this kind"},
       {"PRAGMA application_id=0x5A594D50; PRAGMA user_version=1", kStatusCorrupt,
        "not a database of this kind"},
-      {"PRAGMA application_id=0x5A594D49; PRAGMA user_version=2", 1, "version 2 is newer"},
+      {"PRAGMA application_id=0x5A594D49; PRAGMA user_version=3", 1, "version 3 is newer"},
       {"=short", kStatusCorrupt, "not a database"},
       {garbage.c_str(), kStatusCorrupt, "not a database"},
   };
@@ -394,16 +394,91 @@ TEST_F(ReplacedOpeningTest, EndsSomeTimeAndKnowsThatItsFileIsGone) {
 
 // The frozen schema of version 1: whatever the current version becomes, such a file still opens, and is then
 // the same as a new one.
-TEST_F(UpgradeTest, ADatabaseOfVersion1BecomesTheSameAsANewOne) {
-  std::string sql = read_file(ZYMDB_TEST_DATA "/inventory-v1.sql");
-  ASSERT_FALSE(sql.empty());
-  run_sql(sql + "PRAGMA application_id=0x5A594D49; PRAGMA user_version=1;");
+class Version1Test : public UpgradeTest {
+ protected:
+  Version1Test() { make(); }
+
+  void make() {
+    const std::string sql = read_file(ZYMDB_TEST_DATA "/inventory-v1.sql");
+    EXPECT_FALSE(sql.empty());
+    run_sql(sql + "PRAGMA application_id=0x5A594D49; PRAGMA user_version=1;");
+  }
+
+  // The rows of a query, values separated by "|".
+  std::string rows(const char* sql) {
+    sqlite3* database = nullptr;
+    EXPECT_EQ(sqlite3_open(folder_.file("inventory.db").c_str(), &database), SQLITE_OK);
+    std::string text;
+    const auto add = [](void* out, int columns, char** values, char**) {
+      for (int i = 0; i < columns; ++i)
+        static_cast<std::string*>(out)->append(i ? "|" : "").append(values[i] ? values[i] : "NULL");
+      static_cast<std::string*>(out)->append("\n");
+      return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(database, sql, add, &text, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    sqlite3_close(database);
+    return text;
+  }
+};
+
+TEST_F(Version1Test, BecomesTheSameAsANewOne) {
   { ASSERT_NE(open().session, nullptr); }
   {
     const Opened fresh = open_session({folder_.file("fresh.db"), &kInventorySchema}, writers_);
     ASSERT_NE(fresh.session, nullptr);
   }
   EXPECT_EQ(schema_of("inventory.db"), schema_of("fresh.db"));
+}
+
+TEST_F(Version1Test, KeepsItsAdaptersWithAHealthStatusForEach) {
+  run_sql(
+      "INSERT INTO PCIAdapter (_id, PCIKey, CardName, HealthStatus) VALUES (3, 1, 'first', NULL), "
+      "(70000, 2, 'second', 2), (5, 4294967295, NULL, 0);"
+      "INSERT INTO PCIs (_id, FunKey) VALUES (9, 1)");
+  { ASSERT_NE(open().session, nullptr); }
+  EXPECT_EQ(rows("SELECT _id, PCIKey, CardName, HealthStatus FROM PCIAdapter"),
+            "3|1|first|0\n5|4294967295|NULL|0\n70000|2|second|2\n");
+  EXPECT_EQ(rows("SELECT _id, FunKey FROM PCIs"), "9|1\n");
+  run_sql("INSERT INTO PCIAdapter (PCIKey) VALUES (8)");
+  EXPECT_EQ(rows("SELECT _id, HealthStatus FROM PCIAdapter WHERE PCIKey=8"), "70001|0\n");
+  EXPECT_EQ(rows("PRAGMA integrity_check"), "ok\n");
+}
+
+TEST_F(Version1Test, KeepsEveryColumnOfAnAdapter) {
+  run_sql(
+      "INSERT INTO PCIAdapter (_id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, "
+      "SlotNo, CardName, ConnectorType, AIMSupported, HealthStatus) VALUES (1,2,3,4,5,6,7,8,9,10,'a','b',11,12)");
+  { ASSERT_NE(open().session, nullptr); }
+  EXPECT_EQ(rows("SELECT _id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, SlotNo, "
+                 "CardName, ConnectorType, AIMSupported, HealthStatus FROM PCIAdapter"),
+            "1|2|3|4|5|6|7|8|9|10|a|b|11|12\n");
+}
+
+TEST_F(Version1Test, IsUpgradedOnceByProcessesThatOpenItTogether) {
+  for (int round = 0; round < 10; ++round) {
+    std::filesystem::remove(folder_.file("inventory.db"));
+    make();
+    run_sql("INSERT INTO PCIAdapter (PCIKey) VALUES (1), (2)");
+    const auto upgrade = [&] { return open().session != nullptr ? 0 : 1; };
+    ChildProcess first(upgrade);
+    ChildProcess second(upgrade);
+    EXPECT_EQ(first.wait(), 0) << round;
+    EXPECT_EQ(second.wait(), 0) << round;
+    EXPECT_EQ(rows("SELECT count(*), sum(HealthStatus) FROM PCIAdapter"), "2|0\n") << round;
+    EXPECT_EQ(rows("PRAGMA user_version"), "2\n");
+  }
+}
+
+TEST_F(Version1Test, ThatMayNotBeWrittenIsRefusedAndLeftAsItWas) {
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0555), 0);
+  ASSERT_EQ(chmod(folder_.file("inventory.db").c_str(), 0444), 0);
+  EXPECT_EQ(as_somebody_else([&] {
+              const Opened opened = open();
+              return opened.status == kStatusReadOnly && opened.error.ends_with("it cannot be written") ? 0 : 1;
+            }),
+            0);
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
+  EXPECT_EQ(rows("PRAGMA user_version"), "1\n");
 }
 
 }  // namespace
