@@ -41,6 +41,13 @@ int zym_db_rollback(_zym_db_handle_t* handle);
 int zym_db_content_put_blob(zym_db_content_values_t* values, const char* column, const void* data, int size);
 
 /**
+ * Whether the process may make databases. With 0, opening an inventory that is missing or empty fails and
+ * makes no file, and a missing property database counts as an empty one that cannot be written. Else, and
+ * unless this is called, a missing or empty file becomes a new database. What is open stays open.
+ */
+void zym_db_allow_creation(int allowed);
+
+/**
  * The last failure of an operation of this client on the calling thread, as one line without control
  * characters: what was logged, or the status's text where nothing was. Failed openings, queries, changes,
  * transactions and value sets count, and whatever is given an invalid argument there; reads of a result do

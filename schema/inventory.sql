@@ -1,6 +1,6 @@
 -- The inventory of the host: every table and column that the library reads or writes.
 --
--- Version 1. Every row has an "_id". Numbers are INTEGER; where a collector reports a code as text, in decimal
+-- Version 2. Every row has an "_id". Numbers are INTEGER; where a collector reports a code as text, in decimal
 -- or with a "0x" prefix, the column is TEXT and readers convert it. No column is required and nothing is unique
 -- but "_id": a collector writes what it knows, and two writers that both find no row may both insert one.
 -- Indexes serve the filters of the operations; rows of one key come out in the order of "_id".
@@ -145,7 +145,7 @@ CREATE TABLE "PCIAdapter" (
   "CardName"      TEXT,
   "ConnectorType" TEXT,     -- number in text
   "AIMSupported"  INTEGER,  -- 1 to 3: known out of band; 3: merged from configuration data
-  "HealthStatus"  INTEGER
+  "HealthStatus"  INTEGER DEFAULT 0
 );
 CREATE INDEX "PCIAdapterByPCIKey" ON "PCIAdapter" ("PCIKey");
 CREATE INDEX "PCIAdapterByPCIFuncKey" ON "PCIAdapter" ("PCIFuncKey");

@@ -100,7 +100,7 @@ class CrashFixture : public InventoryTest {
       last_[i] = found;
     }
     close_database();
-    for (const auto& path : {path_, path_.parent_path() / "propertiesdb.db"}) {
+    for (const auto& path : {path_, path_.parent_path() / "inventory-properties.db"}) {
       if (std::filesystem::exists(path)) {
         EXPECT_EQ(integrity_of(path), "ok") << path;
       }

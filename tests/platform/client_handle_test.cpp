@@ -66,7 +66,7 @@ TEST_F(HandleTest, ThePropertyDatabaseIsOfItsOwn) {
   EXPECT_EQ(zym_db_query(properties, "PCIs", nullptr, 0, nullptr, nullptr, 0, 0, &rows), ZYM_DB_STATUS_ERROR);
   EXPECT_EQ(zym_db_query(properties, "propertiesDCTbl", nullptr, 0, nullptr, nullptr, 0, 0, &rows), 0);
   zym_db_free_result(rows);
-  EXPECT_TRUE(std::filesystem::exists(folder() / "propertiesdb.db"));
+  EXPECT_TRUE(std::filesystem::exists(folder() / "inventory-properties.db"));
   EXPECT_EQ(zym_db_close(properties), 0);
 }
 

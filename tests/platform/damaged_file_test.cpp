@@ -52,7 +52,7 @@ TEST_P(DamageTest, UnderAnOpenDatabaseIsAStatusUntilTheFileIsReplaced) {
 class PropertyMediaTest : public MediaTest {
  protected:
   static constexpr char kPath[] = "/system/bays";
-  static constexpr char kName[] = "propertiesdb.db";
+  static constexpr char kName[] = "inventory-properties.db";
 
   PropertyMediaTest() { given_property(kPath, {"\4\0\0\0", 4}); }
 

@@ -37,13 +37,37 @@ TEST(DataSourceTest, WhatNoEngineOpensIsRefused) {
   }
 }
 
-TEST(DataSourceTest, OtherDatabasesLieBesideTheInventory) {
-  setenv("ZYMDB_INVENTORY", "/a/b.db", 1);
+std::string properties_path(const char* inventory) {
+  setenv("ZYMDB_INVENTORY", inventory, 1);
+  DataSource source;
+  std::string error;
+  EXPECT_TRUE(locate_database("propertiesdb", source, error)) << error;
+  EXPECT_EQ(source.schema, &kPropertiesSchema);
+  return source.path + (source.predecessor.empty() ? "" : " once " + source.predecessor);
+}
+
+TEST(DataSourceTest, EachInventoryHasPropertiesOfItsOwn) {
+  EXPECT_EQ(properties_path("/a/b.db"), "/a/b-properties.db");
+  EXPECT_EQ(properties_path("sqlite:/a/c.db"), "/a/c-properties.db");
+  EXPECT_EQ(properties_path("/a/inventory"), "/a/inventory-properties.db");
+  EXPECT_EQ(properties_path("/a.db/x.dbx"), "/a.db/x.dbx-properties.db");
+  EXPECT_EQ(properties_path("/a/inventory.db"), "/a/inventory-properties.db");
+}
+
+TEST(DataSourceTest, WhatAllInventoriesSharedIsTheDefaultOnes) {
+  const std::string expected = "/var/lib/zymdb/inventory-properties.db once /var/lib/zymdb/propertiesdb.db";
+  EXPECT_EQ(properties_path(""), expected);
+  EXPECT_EQ(properties_path(kDefaultInventory), expected);
+  EXPECT_EQ(properties_path("/var/lib/zymdb/second.db"), "/var/lib/zymdb/second-properties.db");
+}
+
+TEST(DataSourceTest, TheInventoryItselfHasNoPredecessor) {
+  setenv("ZYMDB_INVENTORY", "", 1);
   DataSource source;
   std::string error;
   ASSERT_TRUE(locate_database("propertiesdb", source, error));
-  EXPECT_EQ(source.path, "/a/propertiesdb.db");
-  EXPECT_EQ(source.schema, &kPropertiesSchema);
+  ASSERT_TRUE(locate_inventory(source, error));
+  EXPECT_EQ(source.predecessor, "");
 }
 
 TEST(DataSourceTest, OnlyKnownDatabasesAreFound) {

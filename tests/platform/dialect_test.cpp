@@ -10,6 +10,7 @@ namespace zymdb::client {
 namespace {
 
 using testing::ElementsAre;
+using testing::Field;
 
 Catalog small_catalog() {
   Catalog catalog;
@@ -271,10 +272,11 @@ TEST(CatalogTest, NamesAreFoundInAnyCaseAndSpelledAsInTheSchema) {
   const Catalog catalog = small_catalog();
   ASSERT_NE(catalog.table("cARD"), nullptr);
   EXPECT_EQ(catalog.table("cARD")->name(), "Card");
-  EXPECT_EQ(*catalog.table("Card")->column("FUNKEY"), "FunKey");
+  EXPECT_EQ(catalog.table("Card")->column("FUNKEY")->name, "FunKey");
   EXPECT_EQ(catalog.table("Card")->column("FunKe"), nullptr);
   EXPECT_EQ(catalog.table("Cards"), nullptr);
-  EXPECT_THAT(catalog.table("Setting")->columns(), ElementsAre("_id", "PfaKey"));
+  EXPECT_THAT(catalog.table("Setting")->columns(),
+              ElementsAre(Field(&Column::name, "_id"), Field(&Column::name, "PfaKey")));
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ class UnderneathTest : public MediaTest {
 
   static constexpr char kReplaced[] = " was replaced: opened anew\n";
   static constexpr char kRemoved[] = " was removed or emptied: opened anew\n";
-  static constexpr char kLostLog[] = " lost its log: opened anew\n";
+  static constexpr char kLostLog[] = " lost its write-ahead log: opened anew\n";
 
   std::string warning(const char* what) const {
     return "zymdb warning: the inventory database " + file() + what;
@@ -177,9 +177,9 @@ TEST_F(UnderneathTest, ATransactionOnALostDatabaseIsNotCommitted) {
     } else {
       remove({"inventory.db-wal"});
     }
-    EXPECT_THAT(
-        log_of([] { EXPECT_EQ(zym_db_commit(handle()), kInputOutput); }),
-        HasSubstr(file() + (replaced ? " was replaced" : " lost its log") + " during the transaction"));
+    EXPECT_THAT(log_of([] { EXPECT_EQ(zym_db_commit(handle()), kInputOutput); }),
+                HasSubstr(file() + (replaced ? " was replaced" : " lost its write-ahead log") +
+                          " during the transaction"));
     EXPECT_EQ(value(), 5);
     EXPECT_EQ(integrity_of(file()), "ok");
   }

@@ -19,6 +19,7 @@
 namespace zymdb::client {
 namespace {
 
+using testing::Field;
 using testing::HasSubstr;
 
 std::string read_file(const std::string& path) {
@@ -89,7 +90,7 @@ TEST_F(OpeningTest, AMissingDatabaseIsCreatedWithItsTables) {
                             "SensorSlotMap"}) {
     const Table* found = opened.session->catalog().table(table);
     ASSERT_NE(found, nullptr) << table;
-    EXPECT_EQ(found->columns().front(), "_id") << table;
+    EXPECT_EQ(found->columns().front().name, "_id") << table;
   }
 }
 
@@ -138,7 +139,7 @@ TEST_F(OpeningTest, WhatIsNotOursIsRefusedAndLeftAsItWas) {
       {"PRAGMA user_version=1; CREATE TABLE x (y)", kStatusCorrupt, "not a database of this kind"},
       {"PRAGMA application_id=0x5A594D50; PRAGMA user_version=1", kStatusCorrupt,
        "not a database of this kind"},
-      {"PRAGMA application_id=0x5A594D49; PRAGMA user_version=2", 1, "version 2 is newer"},
+      {"PRAGMA application_id=0x5A594D49; PRAGMA user_version=3", 1, "version 3 is newer"},
       {"=short", kStatusCorrupt, "not a database"},
       {garbage.c_str(), kStatusCorrupt, "not a database"},
   };
@@ -201,6 +202,113 @@ TEST_F(OpeningTest, AFolderThatMayNotBeWrittenHoldsNoNewDatabase) {
   ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
 }
 
+// A property database that lies where all inventories of a folder once had theirs.
+class PredecessorTest : public OpeningTest {
+ protected:
+  Opened open_properties() { return open_session(source_, writers_); }
+
+  void make_predecessor() {
+    const DataSource former{source_.predecessor, &kPropertiesSchema};
+    ASSERT_NE(open_session(former, writers_).session, nullptr);
+    run("INSERT INTO propertiesDCTbl (propName) VALUES ('/kept')");
+  }
+
+  void run(const std::string& sql) const {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(source_.predecessor.c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(database);
+  }
+
+  // How many properties the session finds; -1 when it finds no table.
+  static int64_t properties(const Opened& opened) {
+    Request request;
+    request.table = "propertiesDCTbl";
+    Statement statement;
+    Result result;
+    if (opened.session == nullptr || statement.compose(opened.session->catalog(), request) != 0 ||
+        opened.session->query(statement, result) != 0)
+      return -1;
+    return result.row_count();
+  }
+
+  bool is_there(const std::string& path) const { return std::filesystem::exists(path); }
+
+  const DataSource source_{folder_.file("inventory-properties.db"), &kPropertiesSchema,
+                           folder_.file("propertiesdb.db")};
+};
+
+TEST_F(PredecessorTest, MovesToItsPlaceWithWhatItHolds) {
+  make_predecessor();
+  EXPECT_EQ(properties(open_properties()), 1);
+  EXPECT_FALSE(is_there(source_.predecessor));
+  EXPECT_EQ(properties(open_properties()), 1);
+}
+
+TEST_F(PredecessorTest, BringsAlongWhatOnlyItsWriteAheadLogHolds) {
+  make_predecessor();
+  EXPECT_EQ(ChildProcess([&] {
+              sqlite3* database = nullptr;
+              sqlite3_open(source_.predecessor.c_str(), &database);
+              return sqlite3_exec(database, "INSERT INTO propertiesDCTbl (propName) VALUES ('/late')",
+                                  nullptr, nullptr, nullptr);
+            }).wait(),
+            0);
+  ASSERT_GT(std::filesystem::file_size(source_.predecessor + "-wal"), 0U);
+  EXPECT_EQ(properties(open_properties()), 2);
+  for (const char* suffix : {"", "-wal", "-shm"})
+    EXPECT_FALSE(is_there(source_.predecessor + suffix)) << suffix;
+}
+
+TEST_F(PredecessorTest, StaysWhereSomethingElseTookItsPlace) {
+  make_predecessor();
+  const DataSource alone{source_.path, &kPropertiesSchema};
+  ASSERT_NE(open_session(alone, writers_).session, nullptr);
+  EXPECT_EQ(properties(open_properties()), 0);
+  EXPECT_TRUE(is_there(source_.predecessor));
+}
+
+TEST_F(PredecessorTest, OfAnotherKindStays) {
+  run("CREATE TABLE other (x)");
+  EXPECT_EQ(properties(open_properties()), 0);
+  EXPECT_TRUE(is_there(source_.predecessor));
+}
+
+TEST_F(PredecessorTest, ThatIsNoDatabaseIsNamed) {
+  std::ofstream(source_.predecessor) << std::string(5000, 'g');
+  const Opened opened = open_properties();
+  EXPECT_EQ(opened.status, kStatusCorrupt);
+  EXPECT_THAT(opened.error,
+              HasSubstr(source_.path + ": " + source_.predecessor + " cannot take its place: "));
+  EXPECT_FALSE(is_there(source_.path));
+}
+
+TEST_F(PredecessorTest, InAFolderThatMayNotBeWrittenIsNamed) {
+  make_predecessor();
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0555), 0);
+  ASSERT_EQ(chmod(source_.predecessor.c_str(), 0644), 0);
+  EXPECT_EQ(
+      as_somebody_else([&] {
+        const Opened opened = open_properties();
+        return opened.error.find(source_.predecessor + " cannot take its place") != std::string::npos ? 0 : 1;
+      }),
+      0);
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
+}
+
+TEST_F(PredecessorTest, IsTakenOverOnceByManyProcesses) {
+  for (int round = 0; round < 20; ++round) {
+    std::filesystem::remove(source_.path);
+    make_predecessor();
+    const auto take_over = [&] { return properties(open_properties()) == 1 ? 0 : 1; };
+    ChildProcess first(take_over);
+    ChildProcess second(take_over);
+    ChildProcess third(take_over);
+    EXPECT_EQ(first.wait() + second.wait() + third.wait(), 0) << round;
+    EXPECT_FALSE(is_there(source_.predecessor));
+  }
+}
+
 class UpgradeTest : public OpeningTest {
  protected:
   static constexpr uint32_t kMark = 0x5A594D49;
@@ -217,7 +325,8 @@ TEST_F(UpgradeTest, AnOlderDatabaseIsTakenStepByStepToTheCurrentVersion) {
     const Opened opened = open(current);
     ASSERT_NE(opened.session, nullptr) << opened.error;
     EXPECT_THAT(opened.session->catalog().table("a")->columns(),
-                testing::ElementsAre("_id", "second", "third"));
+                testing::ElementsAre(Field(&Column::name, "_id"), Field(&Column::name, "second"),
+                                     Field(&Column::name, "third")));
   }
   EXPECT_THAT(schema_of("inventory.db"), HasSubstr("\n3\nwal\n"));
   EXPECT_EQ(open(first).session, nullptr);
@@ -285,16 +394,91 @@ TEST_F(ReplacedOpeningTest, EndsSomeTimeAndKnowsThatItsFileIsGone) {
 
 // The frozen schema of version 1: whatever the current version becomes, such a file still opens, and is then
 // the same as a new one.
-TEST_F(UpgradeTest, ADatabaseOfVersion1BecomesTheSameAsANewOne) {
-  std::string sql = read_file(ZYMDB_TEST_DATA "/inventory-v1.sql");
-  ASSERT_FALSE(sql.empty());
-  run_sql(sql + "PRAGMA application_id=0x5A594D49; PRAGMA user_version=1;");
+class Version1Test : public UpgradeTest {
+ protected:
+  Version1Test() { make(); }
+
+  void make() {
+    const std::string sql = read_file(ZYMDB_TEST_DATA "/inventory-v1.sql");
+    EXPECT_FALSE(sql.empty());
+    run_sql(sql + "PRAGMA application_id=0x5A594D49; PRAGMA user_version=1;");
+  }
+
+  // The rows of a query, values separated by "|".
+  std::string rows(const char* sql) {
+    sqlite3* database = nullptr;
+    EXPECT_EQ(sqlite3_open(folder_.file("inventory.db").c_str(), &database), SQLITE_OK);
+    std::string text;
+    const auto add = [](void* out, int columns, char** values, char**) {
+      for (int i = 0; i < columns; ++i)
+        static_cast<std::string*>(out)->append(i ? "|" : "").append(values[i] ? values[i] : "NULL");
+      static_cast<std::string*>(out)->append("\n");
+      return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(database, sql, add, &text, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    sqlite3_close(database);
+    return text;
+  }
+};
+
+TEST_F(Version1Test, BecomesTheSameAsANewOne) {
   { ASSERT_NE(open().session, nullptr); }
   {
     const Opened fresh = open_session({folder_.file("fresh.db"), &kInventorySchema}, writers_);
     ASSERT_NE(fresh.session, nullptr);
   }
   EXPECT_EQ(schema_of("inventory.db"), schema_of("fresh.db"));
+}
+
+TEST_F(Version1Test, KeepsItsAdaptersWithAHealthStatusForEach) {
+  run_sql(
+      "INSERT INTO PCIAdapter (_id, PCIKey, CardName, HealthStatus) VALUES (3, 1, 'first', NULL), "
+      "(70000, 2, 'second', 2), (5, 4294967295, NULL, 0);"
+      "INSERT INTO PCIs (_id, FunKey) VALUES (9, 1)");
+  { ASSERT_NE(open().session, nullptr); }
+  EXPECT_EQ(rows("SELECT _id, PCIKey, CardName, HealthStatus FROM PCIAdapter"),
+            "3|1|first|0\n5|4294967295|NULL|0\n70000|2|second|2\n");
+  EXPECT_EQ(rows("SELECT _id, FunKey FROM PCIs"), "9|1\n");
+  run_sql("INSERT INTO PCIAdapter (PCIKey) VALUES (8)");
+  EXPECT_EQ(rows("SELECT _id, HealthStatus FROM PCIAdapter WHERE PCIKey=8"), "70001|0\n");
+  EXPECT_EQ(rows("PRAGMA integrity_check"), "ok\n");
+}
+
+TEST_F(Version1Test, KeepsEveryColumnOfAnAdapter) {
+  run_sql(
+      "INSERT INTO PCIAdapter (_id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, "
+      "SlotNo, CardName, ConnectorType, AIMSupported, HealthStatus) VALUES (1,2,3,4,5,6,7,8,9,10,'a','b',11,12)");
+  { ASSERT_NE(open().session, nullptr); }
+  EXPECT_EQ(rows("SELECT _id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, SlotNo, "
+                 "CardName, ConnectorType, AIMSupported, HealthStatus FROM PCIAdapter"),
+            "1|2|3|4|5|6|7|8|9|10|a|b|11|12\n");
+}
+
+TEST_F(Version1Test, IsUpgradedOnceByProcessesThatOpenItTogether) {
+  for (int round = 0; round < 10; ++round) {
+    std::filesystem::remove(folder_.file("inventory.db"));
+    make();
+    run_sql("INSERT INTO PCIAdapter (PCIKey) VALUES (1), (2)");
+    const auto upgrade = [&] { return open().session != nullptr ? 0 : 1; };
+    ChildProcess first(upgrade);
+    ChildProcess second(upgrade);
+    EXPECT_EQ(first.wait(), 0) << round;
+    EXPECT_EQ(second.wait(), 0) << round;
+    EXPECT_EQ(rows("SELECT count(*), sum(HealthStatus) FROM PCIAdapter"), "2|0\n") << round;
+    EXPECT_EQ(rows("PRAGMA user_version"), "2\n");
+  }
+}
+
+TEST_F(Version1Test, ThatMayNotBeWrittenIsRefusedAndLeftAsItWas) {
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0555), 0);
+  ASSERT_EQ(chmod(folder_.file("inventory.db").c_str(), 0444), 0);
+  EXPECT_EQ(as_somebody_else([&] {
+              const Opened opened = open();
+              return opened.status == kStatusReadOnly && opened.error.ends_with("it cannot be written") ? 0 : 1;
+            }),
+            0);
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
+  EXPECT_EQ(rows("PRAGMA user_version"), "1\n");
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ class PropertyDatabaseTest : public ClientTest {
   void property(const char* path, const std::string& value) {
     ASSERT_EQ(zym_db_close(zym_db_open("localhost", "root", "", "propertiesdb", 0)), 0);
     sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open((folder() / "propertiesdb.db").c_str(), &database), SQLITE_OK);
+    ASSERT_EQ(sqlite3_open((folder() / "inventory-properties.db").c_str(), &database), SQLITE_OK);
     const std::string sql = "INSERT INTO propertiesDCTbl (propName, propValue) VALUES ('" +
                             std::string(path) + "', x'" + value + "')";
     EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
@@ -92,7 +92,7 @@ class RestingPropertyDatabaseTest : public PropertyDatabaseTest {
     return number;
   }
   // Open databases of this process have a log beside them.
-  bool is_open() const { return std::filesystem::exists(folder() / "propertiesdb.db-wal"); }
+  bool is_open() const { return std::filesystem::exists(folder() / "inventory-properties.db-wal"); }
 
   static void set(_zym_db_handle_t* handle, const char (&bytes)[6]) {
     const Set values(zym_db_get_content_values(handle));
@@ -185,11 +185,11 @@ TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceWhenTwoThreadsUsedIt) {
 
 TEST_F(RestingPropertyDatabaseTest, IsLeftForTheFileThatTookItsPlace) {
   EXPECT_EQ(value(), 8U);
-  std::filesystem::copy_file(folder() / "propertiesdb.db", folder() / "new.db");
-  std::filesystem::rename(folder() / "new.db", folder() / "propertiesdb.db");
+  std::filesystem::copy_file(folder() / "inventory-properties.db", folder() / "new.db");
+  std::filesystem::rename(folder() / "new.db", folder() / "inventory-properties.db");
   const std::string log = log_of([] { EXPECT_EQ(value(), 8U); });
   EXPECT_EQ(log, "");
-  std::filesystem::remove(folder() / "propertiesdb.db");
+  std::filesystem::remove(folder() / "inventory-properties.db");
   unsigned number = 0;
   EXPECT_EQ(propdb_get_dword("/a", &number), ZYM_DB_STATUS_NOT_FOUND);
 }

@@ -94,7 +94,7 @@ class Soak {
       if (!leak.empty()) arguments.insert(arguments.end(), {"--leak", leak});
       workers_.push_back(std::make_unique<Worker>(work.name, arguments));
     }
-    for (const char* name : {"inventory.db", "propertiesdb.db"})
+    for (const char* name : {"inventory.db", "inventory-properties.db"})
       files_.push_back({folder / name, {std::string(name) + ", KiB", kDatabaseAllowance}});
     files_.push_back({folder / "inventory.db-wal", {"inventory.db-wal, KiB", kLogAllowance}});
   }

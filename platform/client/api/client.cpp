@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "client/dialect/content_values.h"
+#include "client/engine/creation.h"
 #include "client/guarded.h"
 #include "client/result/result_pool.h"
 #include "client/session/registry.h"
@@ -87,6 +88,10 @@ _zym_db_handle_t* zym_db_open(const char* host, const char*, const char*, const 
     report_failure(ZYM_DB_STATUS_NO_DB, "cannot open %s: %s", database, error.c_str());
     return nullptr;
   });
+}
+
+void zym_db_allow_creation(int allowed) {
+  zymdb::client::allow_creation(allowed != 0);
 }
 
 int zym_db_close(_zym_db_handle_t* handle) {

@@ -11,18 +11,18 @@ size_t WordHash::operator()(std::string_view word) const {
   return static_cast<size_t>(hash);
 }
 
-void Table::add_column(std::string name) {
-  places_.emplace(name, columns_.size());
-  columns_.push_back(std::move(name));
+void Table::add_column(Column column) {
+  places_.emplace(column.name, columns_.size());
+  columns_.push_back(std::move(column));
 }
 
-const std::string* Table::column(std::string_view word) const {
+const Column* Table::column(std::string_view word) const {
   const auto place = places_.find(word);
   return place == places_.end() ? nullptr : &columns_[place->second];
 }
 
-void Catalog::add_column(const std::string& table, std::string column) {
-  tables_.try_emplace(table, table).first->second.add_column(std::move(column));
+void Catalog::add_column(const std::string& table, std::string column, bool is_text) {
+  tables_.try_emplace(table, table).first->second.add_column({std::move(column), is_text});
 }
 
 const Table* Catalog::table(std::string_view word) const {

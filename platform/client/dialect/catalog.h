@@ -33,27 +33,32 @@ struct WordEqual {
   bool operator()(std::string_view a, std::string_view b) const { return a == b || same_word(a, b); }
 };
 
+struct Column {
+  std::string name;  // as the schema spells it
+  bool is_text = false;
+};
+
 class Table {
  public:
   explicit Table(std::string name) : name_(std::move(name)) {}
 
-  void add_column(std::string name);
+  void add_column(Column column);
 
   const std::string& name() const { return name_; }
-  const std::vector<std::string>& columns() const { return columns_; }
+  const std::vector<Column>& columns() const { return columns_; }
 
-  // The column as the schema spells it, or null.
-  const std::string* column(std::string_view word) const;
+  // Null when there is none.
+  const Column* column(std::string_view word) const;
 
  private:
   std::string name_;
-  std::vector<std::string> columns_;
+  std::vector<Column> columns_;
   std::unordered_map<std::string, size_t, WordHash, WordEqual> places_;
 };
 
 class Catalog {
  public:
-  void add_column(const std::string& table, std::string column);
+  void add_column(const std::string& table, std::string column, bool is_text = false);
 
   const Table* table(std::string_view word) const;
 

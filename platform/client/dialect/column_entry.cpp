@@ -29,9 +29,9 @@ class ColumnParser {
   }
 
   bool column() {
-    const std::string* name = token_.kind == TokenKind::kWord ? table_.column(token_.text) : nullptr;
-    if (name == nullptr) return false;
-    append_identifier(out_.sql, *name);
+    const Column* column = token_.kind == TokenKind::kWord ? table_.column(token_.text) : nullptr;
+    if (column == nullptr) return false;
+    append_identifier(out_.sql, column->name);
     advance();
     return true;
   }

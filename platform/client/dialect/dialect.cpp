@@ -29,7 +29,7 @@ class Translator {
   void turn(const Keyword& keyword);
   void number(const Token& token);
   std::string_view unescape(const Token& token);
-  const std::string* find_column(std::string_view word) const;
+  const Column* find_column(std::string_view word) const;
 
   void emit(std::string_view text) { out_.shape.append(text).push_back(' '); }
   bool emit_name(std::string_view name);
@@ -116,7 +116,7 @@ bool Translator::translate_word(const Token& word, const Token& next) {
     const Table* table = catalog_.table(word.text);
     return table != nullptr ? emit_name(table->name()) : refuse("an unknown table");
   }
-  if (const std::string* column = find_column(word.text)) return emit_name(*column);
+  if (const Column* column = find_column(word.text)) return emit_name(column->name);
   if (clauses_[depth_] != Clause::kCondition) return refuse("an unknown column");
   return lift(Argument::of(word.text));
 }
@@ -179,8 +179,8 @@ std::string_view Translator::unescape(const Token& token) {
   return std::string_view(out_.unescaped).substr(begin);
 }
 
-const std::string* Translator::find_column(std::string_view word) const {
-  const std::string* column = table_ != nullptr ? table_->column(word) : nullptr;
+const Column* Translator::find_column(std::string_view word) const {
+  const Column* column = table_ != nullptr ? table_->column(word) : nullptr;
   for (size_t i = 0; column == nullptr && i < more_tables_.size(); ++i)
     column = more_tables_[i]->column(word);
   return column;

@@ -131,10 +131,10 @@ bool Statement::query_sql(std::string& out) {
 
 // Named one by one: a column that an upgrade adds later does not shift the others.
 void Statement::append_all_columns(std::string& out) {
-  column_names_ = table_->columns();
   const char* separator = "";
-  for (const std::string& column : column_names_) {
-    append_identifier(out.append(separator), column);
+  for (const Column& column : table_->columns()) {
+    column_names_.push_back(column.name);
+    append_identifier(out.append(separator), column.name);
     separator = ",";
   }
 }
@@ -174,13 +174,13 @@ bool Statement::update_sql(std::string& out) {
 
 bool Statement::append_value_columns(std::string& out, std::string_view after) {
   for (size_t i = 0; i < value_count_; ++i) {
-    const std::string* column = table_->column(request_.values->column(i));
+    const Column* column = table_->column(request_.values->column(i));
     if (column == nullptr) {
       reason_ = "no such column";
       return false;
     }
     if (i != 0) out.push_back(',');
-    append_identifier(out, *column);
+    append_identifier(out, column->name);
     out.append(after);
   }
   return true;

@@ -12,13 +12,17 @@ namespace zymdb::client {
 struct DataSource {
   std::string path;  // absolute
   const Schema* schema = nullptr;
+  std::string predecessor = {};  // where it used to lie, from where it moves to its path; empty for none
 };
 
-// The inventory: the path or "sqlite:" URI in ZYMDB_INVENTORY, else /var/lib/zymdb/inventory.db.
+inline constexpr char kDefaultInventory[] = "/var/lib/zymdb/inventory.db";
+
+// The inventory: the path or "sqlite:" URI in ZYMDB_INVENTORY, else the default one.
 // False when the variable names what no engine can open; `error` then tells.
 bool locate_inventory(DataSource& source, std::string& error);
 
-// The database of this name, NAME.db in the inventory's folder. Only "propertiesdb" is known.
+// The database of this name beside the inventory, NAME-properties.db beside NAME.db. Only "propertiesdb" is
+// known. All inventories of a folder used to share one, which is the default inventory's.
 bool locate_database(std::string_view name, DataSource& source, std::string& error);
 
 }  // namespace zymdb::client

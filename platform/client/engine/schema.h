@@ -19,6 +19,7 @@ struct Schema {
   int version;
   const char* sql;  // creates every table of the current version
   std::span<const UpgradeStep> steps;
+  bool may_be_absent = false;  // where none may be created, a missing one counts as empty
 };
 
 extern const Schema kInventorySchema;

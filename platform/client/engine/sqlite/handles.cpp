@@ -48,7 +48,7 @@ int status_by_cause(int status, int error) {
 
 }  // namespace
 
-void leave_log(sqlite3* database) {
+void leave_wal(sqlite3* database) {
   if (database != nullptr) sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 

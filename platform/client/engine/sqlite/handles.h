@@ -16,7 +16,7 @@ using DatabasePtr = std::unique_ptr<sqlite3, CloseDatabase>;
 
 // For a connection, which may be null, to files that are not its own any more: closing it then neither
 // checkpoints nor removes the log, it only lets go of memory and descriptors.
-void leave_log(sqlite3* database);
+void leave_wal(sqlite3* database);
 
 struct FinalizeStatement {
   void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -24,8 +24,10 @@ struct FinalizeStatement {
 using StatementPtr = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
 struct Failure {
-  int status;
+  int status = 0;
   std::string reason;
+
+  explicit operator bool() const { return status != 0; }
 };
 
 // What the last call on the connection, which may be null, failed with.

@@ -4,34 +4,31 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
-#include <thread>
 #include <utility>
 
+#include "client/engine/creation.h"
+#include "client/engine/sqlite/own_statements.h"
+#include "client/engine/sqlite/predecessor.h"
 #include "client/engine/sqlite/process.h"
+#include "client/engine/sqlite/schema_upgrade.h"
 #include "client/status.h"
 
 namespace zymdb::client::sqlite {
 namespace {
 
-// Kept from everybody but the owner and its group; the log and index files beside it take the same mode.
+// Kept from everybody but the owner and its group; the files beside it take the same mode.
 constexpr mode_t kFileMode = 0640;
-constexpr mode_t kPermissions = 0777;
 
-constexpr char kLogSuffix[] = "-wal";
-constexpr char kIndexSuffix[] = "-shm";
+constexpr int kOpenFlags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
 
-constexpr int kOpenFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-
-struct EngineLimit {
+struct EngineSetting {
   int id;
   int value;
 };
 
-constexpr EngineLimit kEngineLimits[] = {
+constexpr EngineSetting kEngineLimits[] = {
     {SQLITE_LIMIT_LENGTH, 64 << 20},
     {SQLITE_LIMIT_SQL_LENGTH, 4 << 20},
     {SQLITE_LIMIT_ATTACHED, 0},
@@ -42,12 +39,7 @@ constexpr EngineLimit kEngineLimits[] = {
     {SQLITE_LIMIT_WORKER_THREADS, 0},
 };
 
-struct EngineOption {
-  int id;
-  int value;
-};
-
-constexpr EngineOption kEngineOptions[] = {
+constexpr EngineSetting kEngineOptions[] = {
     {SQLITE_DBCONFIG_DEFENSIVE, 1},
     {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
     {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
@@ -68,34 +60,37 @@ constexpr char kSettings[] =
 
 constexpr int kMostAttempts = 20;
 
-constexpr std::chrono::milliseconds kJournalWait{5};
-constexpr std::chrono::seconds kJournalLimit{5};
+Failure system_failure(int error) {
+  return {kStatusIo, std::strerror(error)};
+}
+
+// A URI, in which these characters mean something.
+std::string immutable_uri(const std::string& path) {
+  constexpr char kHexadecimal[] = "0123456789ABCDEF";
+  std::string uri = "file:";
+  for (const char c : path) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '?' || c == '#' || c == '%')
+      uri.append({'%', kHexadecimal[byte >> 4], kHexadecimal[byte & 0xF]});
+    else
+      uri.push_back(c);
+  }
+  return uri + "?immutable=1";
+}
 
 }  // namespace
 
-FileId file_id(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 ? FileId{status.st_dev, status.st_ino} : FileId{};
-}
-
-Files FileNames::identify() const {
-  Files files;
-  struct stat status {};
-  if (stat(database.c_str(), &status) == 0 && status.st_size != 0) {
-    files.database = {status.st_dev, status.st_ino};
-    files.written = int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
-  }
-  files.log = file_id(log);
-  files.index = file_id(index);
-  return files;
-}
-
 // What came of an opening is about the file that was found first: somebody may have put another one in its
-// place meanwhile, and the log and the index beside it are that one's.
-int Opening::run() {
+// place meanwhile, and the files beside it are that one's.
+Failure Opening::run() {
   for (int attempt = 1;; ++attempt) {
-    const int status = try_once();
-    if (attempt == kMostAttempts || !is_replaced()) return status;
+    Failure failure = try_once();
+    if (attempt == kMostAttempts || !is_replaced()) {
+      if (failure)
+        failure.reason.insert(
+            0, "cannot open the " + std::string(source_.schema->name) + " database " + source_.path + ": ");
+      return failure;
+    }
     let_go();
   }
 }
@@ -106,202 +101,120 @@ bool Opening::is_replaced() const {
 
 // Nothing of what lies at the path is this connection's to tidy up.
 void Opening::let_go() {
-  leave_log(database.get());
+  leave_wal(database.get());
   database.reset();
   catalog = {};
   connected_to_ = {};
 }
 
-int Opening::try_once() {
-  using Step = int (Opening::*)();
-  constexpr Step kSteps[] = {&Opening::create_file,      &Opening::connect,      &Opening::configure,
-                             &Opening::bring_up_to_date, &Opening::read_catalog, &Opening::note_files};
+Failure Opening::try_once() {
+  access = Access::kShared;
+  if (Failure failure = find_file()) return failure;
+  Failure failure = open();
+  const bool is_out_of_reach = failure.status == kStatusIo || failure.status == kStatusReadOnly;
+  if (!is_out_of_reach || is_replaced() || !nobody_can_be_writing()) return failure;
+  let_go();
+  access = Access::kImmutable;
+  return open();
+}
+
+// A writer makes files beside the database, or finds them there.
+bool Opening::nobody_can_be_writing() const {
+  struct stat wal {};
+  const FileNames beside = FileNames::of(source_.path, resolved(source_.path));
+  const bool has_wal = stat(beside.wal.c_str(), &wal) == 0 && wal.st_size != 0;
+  return !has_wal && file_id(beside.shm) == FileId{} && !may_write_folder_of(beside.wal);
+}
+
+Failure Opening::open() {
+  using Step = Failure (Opening::*)();
+  constexpr Step kSteps[] = {&Opening::connect, &Opening::configure, &Opening::bring_up_to_date,
+                             &Opening::read_catalog, &Opening::note_files};
   for (const Step step : kSteps) {
-    if (const int status = (this->*step)()) return status;
+    if (Failure failure = (this->*step)()) return failure;
   }
-  return 0;
+  return {};
 }
 
 // Only a file that did not exist is opened outside SQLite: closing a descriptor of one that is in use would
 // drop the locks that this process holds on it.
-int Opening::create_file() {
+Failure Opening::find_file() {
   struct stat status {};
+  if (Failure failure = take_over_predecessor(source_)) return failure;
   if (stat(source_.path.c_str(), &status) == 0) {
-    return S_ISREG(status.st_mode) ? 0 : fail(kStatusIo, "it is not a file");
+    if (!S_ISREG(status.st_mode)) return {kStatusIo, "it is not a file"};
+    return status.st_size == 0 && !creation_is_allowed() ? find_none() : Failure{};
   }
-  const int descriptor = open(source_.path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
-  if (descriptor >= 0) {
-    close(descriptor);
-    return 0;
-  }
-  return errno == EEXIST ? 0 : fail(kStatusIo, std::strerror(errno));
+  if (!creation_is_allowed()) return errno == ENOENT ? find_none() : system_failure(errno);
+  const int descriptor = ::open(source_.path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
+  if (descriptor < 0) return errno == EEXIST ? Failure{} : system_failure(errno);
+  close(descriptor);
+  return {};
 }
 
-int Opening::connect() {
-  if (faccessat(AT_FDCWD, source_.path.c_str(), R_OK, AT_EACCESS) != 0)
-    return fail(kStatusIo, std::strerror(errno));
-  share_permissions();
+Failure Opening::find_none() {
+  if (!source_.schema->may_be_absent) {
+    if (file_id(source_.path) != FileId{}) return {kStatusIo, kEmpty};
+    return system_failure(ENOENT);
+  }
+  access = Access::kAbsent;
+  return {};
+}
+
+Failure Opening::connect() {
+  if (access != Access::kAbsent) {
+    if (!may_read(source_.path)) return system_failure(errno);
+    share_permissions(source_.path);
+  }
   configure_process();
-  connected_to_ = file_id(source_.path);
-  sqlite3* opened = nullptr;
-  const int code = sqlite3_open_v2(source_.path.c_str(), &opened, kOpenFlags, nullptr);
-  database.reset(opened);
-  if (code != SQLITE_OK) return fail_as_engine(code);
-  if (is_replaced()) return fail(kStatusIo, "it was replaced again and again");
-  connected_();
-  return 0;
-}
-
-// SQLite makes log and index with the mode of the file. What was made while that could not be written would
-// keep it so.
-void Opening::share_permissions() const {
-  struct stat status {};
-  if (stat(source_.path.c_str(), &status) != 0) return;
-  for (const char* suffix : {kLogSuffix, kIndexSuffix}) {
-    const std::string path = source_.path + suffix;
-    if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0 && errno == EACCES)
-      chmod(path.c_str(), status.st_mode & kPermissions);
+  std::string name = source_.path;
+  int flags = kOpenFlags | SQLITE_OPEN_READWRITE;
+  if (access == Access::kImmutable) {
+    name = immutable_uri(source_.path);
+    flags = kOpenFlags | SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
+  } else if (access == Access::kAbsent) {
+    name = ":memory:";
   }
+  if (access != Access::kAbsent) connected_to_ = file_id(source_.path);
+  sqlite3* opened = nullptr;
+  const int code = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
+  database.reset(opened);
+  if (code != SQLITE_OK) return failure_of(database.get(), code);
+  if (is_replaced()) return {kStatusIo, "it was replaced again and again"};
+  connected_();
+  return {};
 }
 
-int Opening::configure() {
-  for (const EngineLimit& limit : kEngineLimits) sqlite3_limit(database.get(), limit.id, limit.value);
-  for (const EngineOption& option : kEngineOptions) {
+Failure Opening::configure() {
+  for (const EngineSetting& limit : kEngineLimits) sqlite3_limit(database.get(), limit.id, limit.value);
+  for (const EngineSetting& option : kEngineOptions) {
     sqlite3_db_config(database.get(), option.id, option.value, nullptr);
   }
-  guard_.attach(database.get());
-  return execute(kSettings);
+  authorizer_.attach(database.get());
+  return execute(database.get(), kSettings);
 }
 
-int Opening::bring_up_to_date() {
-  State state = State::kReady;
-  // As one: between its looks another process may create the database.
-  if (const int status = execute("BEGIN")) return status;
-  if (const int status = examine(state)) return status;
-  if (const int status = execute("END")) return status;
-  if (state == State::kForeign || state == State::kNewer) return refuse(state);
-  if (sqlite3_db_readonly(database.get(), "main") == 1) {
-    return state == State::kReady ? 0 : fail(kStatusReadOnly, "it cannot be written");
-  }
-  if (const int status = write_ahead()) return status;
-  return state == State::kReady ? 0 : upgrade(state);
+Failure Opening::bring_up_to_date() {
+  if (access != Access::kAbsent) return sqlite::bring_up_to_date(database.get(), *source_.schema);
+  // What was written there would be lost without a word.
+  return execute(database.get(), std::string(source_.schema->sql) + ";PRAGMA query_only=ON");
 }
 
-int Opening::examine(State& state) {
-  int64_t application = 0;
-  int64_t tables = 0;
-  if (const int status = read_number("PRAGMA application_id", application)) return status;
-  if (const int status = read_number("PRAGMA user_version", version_)) return status;
-  if (const int status = read_number("SELECT count(*) FROM sqlite_schema", tables)) return status;
-  const bool ours = static_cast<uint32_t>(application) == source_.schema->application_id && version_ > 0;
-  if (!ours) {
-    state = application == 0 && version_ == 0 && tables == 0 ? State::kNew : State::kForeign;
-  } else if (version_ == source_.schema->version) {
-    state = State::kReady;
-  } else {
-    state = version_ < source_.schema->version ? State::kOlder : State::kNewer;
-  }
-  return 0;
-}
-
-// Readers and writers do not wait for each other with a write-ahead log. The switch waits for some locks by
-// itself and not for others, so that time is what ends it.
-int Opening::write_ahead() {
-  const auto deadline = std::chrono::steady_clock::now() + kJournalLimit;
-  int code = SQLITE_OK;
-  do {
-    sqlite3_stmt* raw = nullptr;
-    code = sqlite3_prepare_v2(database.get(), "PRAGMA journal_mode=WAL", -1, &raw, nullptr);
-    const StatementPtr statement(raw);
-    if (code == SQLITE_OK) code = sqlite3_step(raw);
-    if (code == SQLITE_ROW) {
-      const auto* mode = reinterpret_cast<const char*>(sqlite3_column_text(raw, 0));
-      if (mode != nullptr && std::strcmp(mode, "wal") == 0) return 0;
-    } else if ((code & 0xFF) != SQLITE_BUSY) {
-      return fail_as_engine(code);
-    }
-    std::this_thread::sleep_for(kJournalWait);
-  } while (std::chrono::steady_clock::now() < deadline);
-  return fail(kStatusBusy, "another process holds it");
-}
-
-int Opening::upgrade(State state) {
-  if (const int status = execute("BEGIN IMMEDIATE")) return status;
-  // Another process may have been first.
-  if (const int status = examine(state)) return status;
-  const Schema& schema = *source_.schema;
-  if (state == State::kForeign || state == State::kNewer) return refuse(state);
-  if (state == State::kNew) {
-    if (const int status = execute(schema.sql)) return status;
-  }
-  while (state == State::kOlder && version_ < schema.version) {
-    const auto step = std::find_if(schema.steps.begin(), schema.steps.end(),
-                                   [&](const UpgradeStep& each) { return each.from == version_; });
-    if (step == schema.steps.end()) return fail(ZYM_DB_STATUS_ERROR, "its version is too old");
-    if (const int status = execute(step->sql)) return status;
-    ++version_;
-  }
-  const std::string marks = "PRAGMA application_id=" + std::to_string(schema.application_id) +
-                            ";PRAGMA user_version=" + std::to_string(schema.version) + ";COMMIT";
-  return execute(marks.c_str());
-}
-
-int Opening::read_catalog() {
+Failure Opening::read_catalog() {
   constexpr char kSql[] =
-      "SELECT t.name, c.name FROM sqlite_schema t, pragma_table_info(t.name) c "
+      "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
       "WHERE t.type='table' AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
-  sqlite3_stmt* raw = nullptr;
-  int code = sqlite3_prepare_v2(database.get(), kSql, -1, &raw, nullptr);
-  const StatementPtr statement(raw);
-  if (code != SQLITE_OK) return fail_as_engine(code);
-  while ((code = sqlite3_step(raw)) == SQLITE_ROW) {
-    const auto* table = reinterpret_cast<const char*>(sqlite3_column_text(raw, 0));
-    const auto* column = reinterpret_cast<const char*>(sqlite3_column_text(raw, 1));
-    if (table == nullptr || column == nullptr) return fail_as_engine(SQLITE_NOMEM);
-    catalog.add_column(table, column);
-  }
-  return code == SQLITE_DONE ? 0 : fail_as_engine(code);
+  return read_rows(database.get(), kSql, [this](sqlite3_stmt* row) {
+    catalog.add_column(text_of(row, 0), text_of(row, 1), text_of(row, 2) == "TEXT");
+  });
 }
 
-// The log lies beside the file that a link leads to.
-int Opening::note_files() {
-  const std::string file = sqlite3_db_filename(database.get(), "main");
-  names = {source_.path, file + kLogSuffix, file + kIndexSuffix};
+Failure Opening::note_files() {
+  const char* const file = sqlite3_db_filename(database.get(), "main");
+  names = FileNames::of(source_.path, file != nullptr && file[0] != 0 ? file : source_.path);
   files = names.identify();
-  files.database = connected_to_;
-  return 0;
-}
-
-int Opening::execute(const char* sql) {
-  const int code = sqlite3_exec(database.get(), sql, nullptr, nullptr, nullptr);
-  return code == SQLITE_OK ? 0 : fail_as_engine(code);
-}
-
-int Opening::read_number(const char* sql, int64_t& value) {
-  sqlite3_stmt* raw = nullptr;
-  int code = sqlite3_prepare_v2(database.get(), sql, -1, &raw, nullptr);
-  const StatementPtr statement(raw);
-  if (code == SQLITE_OK) code = sqlite3_step(raw);
-  if (code != SQLITE_ROW) return fail_as_engine(code);
-  value = sqlite3_column_int64(raw, 0);
-  return 0;
-}
-
-int Opening::refuse(State state) {
-  if (state == State::kForeign) return fail(kStatusCorrupt, "it is not a database of this kind");
-  return fail(ZYM_DB_STATUS_ERROR, "its version " + std::to_string(version_) +
-                                       " is newer than this program's " +
-                                       std::to_string(source_.schema->version));
-}
-
-int Opening::fail(int status, std::string why) {
-  error_ = "cannot open the " + std::string(source_.schema->name) + " database " + source_.path + ": " + why;
-  return status;
-}
-
-int Opening::fail_as_engine(int code) {
-  Failure failure = failure_of(database.get(), code);
-  return fail(failure.status, std::move(failure.reason));
+  if (access != Access::kAbsent) files.database = connected_to_;
+  return {};
 }
 
 }  // namespace zymdb::client::sqlite

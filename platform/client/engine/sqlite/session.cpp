@@ -1,6 +1,5 @@
 #include "client/engine/sqlite/session.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -77,10 +76,14 @@ bool read_row(const Prepared& prepared, Result& result) {
 }  // namespace
 
 SqliteSession::SqliteSession(const DataSource& source, WriterQueue& writers, const Limits& limits)
-    : source_(source), writers_(writers), limits_(limits), guard_(limits), statements_(kPreparedStatements) {}
+    : source_(source),
+      writers_(writers),
+      limits_(limits),
+      authorizer_(limits),
+      statements_(kPreparedStatements) {}
 
 SqliteSession::~SqliteSession() {
-  guard_.stand_aside();
+  authorizer_.stand_aside();
   statements_.clear();
   if (in_transaction_) sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
   if (database_ != nullptr) keeps_its_files();
@@ -89,8 +92,9 @@ SqliteSession::~SqliteSession() {
 }
 
 int SqliteSession::open(const std::function<void()>& connected) {
-  Opening opening(source_, guard_, connected);
-  if (const int status = opening.run()) return fail(status, opening.error());
+  Opening opening(source_, authorizer_, connected);
+  if (Failure failure = opening.run()) return fail(failure.status, std::move(failure.reason));
+  access_ = opening.access;
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);
   names_ = std::move(opening.names);
@@ -181,9 +185,13 @@ bool SqliteSession::is_usable(bool now) {
   const int64_t time = coarse_now();
   if (!unusable_ && !now && time - checked_at_ < kCheckInterval) return true;
   checked_at_ = time;
-  if (now && is_read_only() && faccessat(AT_FDCWD, source_.path.c_str(), W_OK, AT_EACCESS) == 0)
-    unusable_ = true;  // by now it may be written
+  if (now && may_be_written_by_now()) unusable_ = true;
   return keeps_its_files() && !unusable_;
+}
+
+bool SqliteSession::may_be_written_by_now() const {
+  if (access_ == Access::kImmutable) return may_write_folder_of(names_.wal);
+  return sqlite3_db_readonly(database_.get(), "main") == 1 && may_write(source_.path);
 }
 
 bool SqliteSession::must_stay() const {
@@ -191,51 +199,61 @@ bool SqliteSession::must_stay() const {
 }
 
 bool SqliteSession::may_rest() const {
-  struct stat log {};
-  return !in_transaction_ && !unusable_ && stat(names_.log.c_str(), &log) == 0 && log.st_size == 0;
+  struct stat wal {};
+  return !in_transaction_ && !unusable_ && stat(names_.wal.c_str(), &wal) == 0 && wal.st_size == 0;
 }
 
 bool SqliteSession::keeps_its_files() {
   if (loss_ != nullptr) return false;
   if (disowned_) return true;
   const Files found = names_.identify();
-  if (found == files_) {
+  const bool is_rewritten = access_ == Access::kImmutable && found.written != files_.written;
+  if (found == files_ && !is_rewritten) {
     files_.written = found.written;
     return true;
   }
-  abandon(found);
+  if (access_ == Access::kShared)
+    abandon(found);
+  else
+    leave(found);
   return false;
+}
+
+// Without files of its own beside the database there is nothing to save or to tidy up.
+void SqliteSession::leave(const Files& found) {
+  if (access_ == Access::kImmutable && found.database != files_.database) loss_ = kReplaced;
+  unusable_ = true;
 }
 
 // What lies at the path now is not this connection's to tidy up, but for what its own database left there:
 // SQLite would apply that log to whatever database stands beside it.
 void SqliteSession::abandon(const Files& found) {
-  const bool own_log = found.log == files_.log;
+  const bool own_wal = found.wal == files_.wal;
   if (found.database != files_.database) {
     loss_ = found.database == FileId{} ? "was removed or emptied" : kReplaced;
-    if (own_log) unlink(names_.log.c_str());
+    if (own_wal) unlink(names_.wal.c_str());
   } else {
-    loss_ = "lost its log";
+    loss_ = "lost its write-ahead log";
     // What only the lost one holds can still reach the database, unless that was written meanwhile, by
     // whomever: somebody may have copied another one over it.
-    if (found.log == FileId{} && found.written == files_.written)
+    if (found.wal == FileId{} && found.written == files_.written)
       sqlite3_wal_checkpoint_v2(database_.get(), nullptr, SQLITE_CHECKPOINT_FULL, nullptr, nullptr);
   }
-  // An index without its log would hide the next one's content.
-  if (found.index == files_.index) unlink(names_.index.c_str());
+  // A shared-memory file without its log would hide the next one's content.
+  if (found.shm == files_.shm) unlink(names_.shm.c_str());
   unusable_ = true;
-  leave_log(database_.get());
+  leave_wal(database_.get());
 }
 
 void SqliteSession::disown() {
   disowned_ = true;
   unusable_ = true;
-  leave_log(database_.get());
+  leave_wal(database_.get());
 }
 
 int SqliteSession::prepare(Statement& statement, Prepared*& prepared) {
-  guard_.watch(statement.kind(),
-               statement.table() != nullptr ? statement.table()->name() : std::string_view());
+  authorizer_.watch(statement.kind(),
+                    statement.table() != nullptr ? statement.table()->name() : std::string_view());
   prepared = statements_.find(statement.key());
   if (prepared != nullptr) return 0;
   if (!statement.sql(sql_)) return fail(ZYM_DB_STATUS_ERROR, std::string(statement.reason()));
@@ -243,7 +261,7 @@ int SqliteSession::prepare(Statement& statement, Prepared*& prepared) {
 }
 
 int SqliteSession::prepare_probe(Statement& statement, Prepared*& prepared) {
-  guard_.watch(Request::Kind::kQuery, {});
+  authorizer_.watch(Request::Kind::kQuery, {});
   prepared = statements_.find(statement.probe_key());
   if (prepared != nullptr) return 0;
   return compile(statement.probe_key(), statement.probe_sql(), {}, prepared);
@@ -297,7 +315,7 @@ int SqliteSession::bind(sqlite3_stmt* statement, std::span<const Argument> argum
 }
 
 int SqliteSession::execute(const char* sql) {
-  guard_.stand_aside();
+  authorizer_.stand_aside();
   const int code = sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr);
   return code == SQLITE_OK ? 0 : fail_as_engine(code);
 }

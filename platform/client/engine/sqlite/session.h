@@ -6,7 +6,7 @@
 #include <string>
 
 #include "client/engine/engine.h"
-#include "client/engine/sqlite/guard.h"
+#include "client/engine/sqlite/authorizer.h"
 #include "client/engine/sqlite/opening.h"
 #include "client/engine/sqlite/statement_cache.h"
 
@@ -43,7 +43,8 @@ class SqliteSession final : public Session {
   int write(Statement& statement, Change& change);
   int end_transaction(const char* sql);
   bool keeps_its_files();
-  bool is_read_only() const { return sqlite3_db_readonly(database_.get(), "main") == 1; }
+  bool may_be_written_by_now() const;
+  void leave(const Files& found);
   void abandon(const Files& found);
   int execute(const char* sql);
   int fail(int status, std::string why);
@@ -53,7 +54,8 @@ class SqliteSession final : public Session {
   DataSource source_;
   WriterQueue& writers_;
   Limits limits_;
-  Guard guard_;
+  Authorizer authorizer_;
+  Access access_ = Access::kShared;
   Catalog catalog_;
   FileNames names_;
   Files files_;

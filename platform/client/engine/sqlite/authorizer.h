@@ -1,7 +1,7 @@
 // What a connection lets statements do: SQLite asks it for every table, column and function that a statement
 // names, and while a statement runs whether it may go on.
-#ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_GUARD_H
-#define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_GUARD_H
+#ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_AUTHORIZER_H
+#define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_AUTHORIZER_H
 
 #include <sqlite3.h>
 
@@ -13,11 +13,11 @@
 
 namespace zymdb::client::sqlite {
 
-class Guard {
+class Authorizer {
  public:
-  explicit Guard(const Limits& limits) : limits_(limits) {}
-  Guard(const Guard&) = delete;
-  Guard& operator=(const Guard&) = delete;
+  explicit Authorizer(const Limits& limits) : limits_(limits) {}
+  Authorizer(const Authorizer&) = delete;
+  Authorizer& operator=(const Authorizer&) = delete;
 
   // Hooks it into the connection, which must not outlive it. Everything is allowed until watch().
   void attach(sqlite3* database);

@@ -1,4 +1,4 @@
-#include "client/engine/sqlite/guard.h"
+#include "client/engine/sqlite/authorizer.h"
 
 #include <thread>
 
@@ -23,25 +23,25 @@ bool is_internal_table(std::string_view table) {
 
 }  // namespace
 
-void Guard::attach(sqlite3* database) {
+void Authorizer::attach(sqlite3* database) {
   sqlite3_set_authorizer(database, authorize, this);
   sqlite3_progress_handler(database, kInstructions, check_time, this);
   sqlite3_busy_handler(database, wait_for_writer, this);
 }
 
-void Guard::watch(Request::Kind kind, std::string_view table) {
+void Authorizer::watch(Request::Kind kind, std::string_view table) {
   watching_ = true;
   kind_ = kind;
   table_ = table;
   started_ = {};
 }
 
-int Guard::authorize(void* self, int action, const char* first, const char* second, const char*,
-                     const char*) {
-  return static_cast<Guard*>(self)->allows(action, text(first), text(second)) ? SQLITE_OK : SQLITE_DENY;
+int Authorizer::authorize(void* self, int action, const char* first, const char* second, const char*,
+                          const char*) {
+  return static_cast<Authorizer*>(self)->allows(action, text(first), text(second)) ? SQLITE_OK : SQLITE_DENY;
 }
 
-bool Guard::allows(int action, std::string_view first, std::string_view second) const {
+bool Authorizer::allows(int action, std::string_view first, std::string_view second) const {
   if (!watching_) return true;
   switch (action) {
     case SQLITE_SELECT:
@@ -62,19 +62,19 @@ bool Guard::allows(int action, std::string_view first, std::string_view second) 
 }
 
 // The clock starts with the first look: a statement that ends before it never pays for one.
-int Guard::check_time(void* self) {
-  auto& guard = *static_cast<Guard*>(self);
-  if (!guard.watching_) return 0;
+int Authorizer::check_time(void* self) {
+  auto& authorizer = *static_cast<Authorizer*>(self);
+  if (!authorizer.watching_) return 0;
   const auto now = Clock::now();
-  if (guard.started_ == Clock::time_point{}) guard.started_ = now;
-  return now - guard.started_ > guard.limits_.statement;
+  if (authorizer.started_ == Clock::time_point{}) authorizer.started_ = now;
+  return now - authorizer.started_ > authorizer.limits_.statement;
 }
 
-int Guard::wait_for_writer(void* self, int tries) {
-  auto& guard = *static_cast<Guard*>(self);
+int Authorizer::wait_for_writer(void* self, int tries) {
+  auto& authorizer = *static_cast<Authorizer*>(self);
   const auto now = Clock::now();
-  if (tries == 0) guard.waiting_since_ = now;
-  if (now - guard.waiting_since_ > guard.limits_.writer) return 0;
+  if (tries == 0) authorizer.waiting_since_ = now;
+  if (now - authorizer.waiting_since_ > authorizer.limits_.writer) return 0;
   std::this_thread::sleep_for(kWait);
   return 1;
 }

@@ -1,0 +1,27 @@
+-- From version 1 to 2: an adapter without a health status is a healthy one, and not one that cannot be read.
+-- A default cannot be changed in place, so that the table is made anew and takes the rows over.
+ALTER TABLE "PCIAdapter" RENAME TO "FormerPCIAdapter";
+CREATE TABLE "PCIAdapter" (
+  "_id"           INTEGER PRIMARY KEY,
+  "PCIKey"        INTEGER,
+  "PCIFuncKey"    INTEGER,
+  "NodeNo"        INTEGER,
+  "SegNo"         INTEGER,
+  "BusNo"         INTEGER,
+  "DeviceNo"      INTEGER,
+  "FunctionNo"    INTEGER,
+  "Location"      INTEGER,
+  "SlotNo"        INTEGER,
+  "CardName"      TEXT,
+  "ConnectorType" TEXT,     -- number in text
+  "AIMSupported"  INTEGER,  -- 1 to 3: known out of band; 3: merged from configuration data
+  "HealthStatus"  INTEGER DEFAULT 0
+);
+INSERT INTO "PCIAdapter"
+  SELECT "_id", "PCIKey", "PCIFuncKey", "NodeNo", "SegNo", "BusNo", "DeviceNo", "FunctionNo", "Location", "SlotNo",
+         "CardName", "ConnectorType", "AIMSupported", ifnull("HealthStatus", 0)
+  FROM "FormerPCIAdapter";
+DROP TABLE "FormerPCIAdapter";
+CREATE INDEX "PCIAdapterByPCIKey" ON "PCIAdapter" ("PCIKey");
+CREATE INDEX "PCIAdapterByPCIFuncKey" ON "PCIAdapter" ("PCIFuncKey");
+CREATE INDEX "PCIAdapterBySlot" ON "PCIAdapter" ("Location", "SlotNo");
