@@ -23,6 +23,7 @@
 #include "collect/sources/sysfs/sysfs_pci.h"
 #include "collect/write/inventory_writer.h"
 #include "common/source_file.h"
+#include "common/transaction.h"
 #include "controller/database_client.h"
 
 namespace zymdb::collect {
@@ -45,17 +46,19 @@ class Collector {
     const Machine machine = build_machine(std::move(findings));
     for (const auto& notice : machine.notices) note(notice);
     const PciIds names = machine.functions ? find_names() : PciIds();
-    auto tables = inventory_rows(machine, names);
+    const auto drives = find_drives(machine);
     _zym_db_handle_t* handle = get_dmdb_handle();
     if (handle == nullptr) throw DatabaseError("the inventory cannot be opened");
+    Transaction transaction(handle);
+    auto tables = inventory_rows(machine, names);
     if (machine.functions && !sources_.sysfs.empty()) {
       std::ranges::move(port_rows(handle, machine, sources_.sysfs), std::back_inserter(tables));
       tables.push_back(component_rows(machine, names, sources_.sysfs));
     }
-    const auto drives = find_drives(machine);
     if (drives) tables.push_back(disk_rows(machine, *drives));
     auto summaries = write_inventory(handle, tables, observer_);
-    if (drives) write_nvme_drives(handle, machine, *drives, observer_, summaries.back());
+    if (drives) write_nvme_drives(machine, *drives, observer_, summaries.back());
+    transaction.commit();
     return summaries;
   }
 
@@ -121,7 +124,7 @@ class Collector {
                                              const std::string& sysfs) {
     const auto ports = read_sysfs_ports(sysfs, sysfs == kRunningMachine ? read_ethtool : EthtoolReader());
     if (!ports) return {};
-    return network_rows(machine, *ports, read_port_context(handle, machine));
+    return network_rows(machine, *ports, read_port_context(handle));
   }
 
   std::optional<std::vector<Drive>> find_drives(const Machine& machine) const {

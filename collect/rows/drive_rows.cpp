@@ -10,7 +10,6 @@
 #include "collect/rows/row_columns.h"
 #include "collect/write/inventory_writer.h"
 #include "common/text.h"
-#include "common/transaction.h"
 #include "controller/database_client.h"
 #include "zymdb_storage.h"
 
@@ -162,19 +161,32 @@ void require(int status, const std::string& action) {
   throw DatabaseError("cannot " + action + ": " + (reason != nullptr ? reason : "unknown failure"));
 }
 
+std::vector<_ZYMDB_AimDisk> stored_drives(const std::string& filter) {
+  _ZYMDB_AimDisk_List list{};
+  require(zymdb_get_disk_list_with_filter(&list, filter.c_str()), "read the NVMe drives");
+  const std::unique_ptr<_ZYMDB_AimDisk, decltype(&std::free)> owner(list.disks, &std::free);
+  return {list.disks, list.disks + list.count};
+}
+
+bool is_equal(const std::vector<_ZYMDB_AimDisk>& drives, const std::vector<_ZYMDB_AimDisk>& others) {
+  return drives.size() == others.size() &&
+         std::memcmp(drives.data(), others.data(), drives.size() * sizeof(_ZYMDB_AimDisk)) == 0;
+}
+
 void write_drive(const _ZYMDB_AimDisk& drive, bool has_health, TableSummary& summary) {
   const int kind = drive.LocationId;
-  _ZYMDB_AimDisk before{};
-  _ZYMDB_AimDisk after{};
-  const bool is_known = zymdb_nvme_aim_disk_exist(kind, drive.BayNo) == 1;
-  zymdb_get_nvme_aim_disk(kind, drive.BayNo, &before);
+  const std::string place =
+      "DriveTypeId=3 AND LocationId=" + std::to_string(kind) + " AND BayNo=" + std::to_string(drive.BayNo);
+  const auto before = stored_drives(place);
   require(zymdb_add_update_nvme_aim_disk(&drive), "write an NVMe drive");
   if (has_health) require(zymdb_update_aim_disk_smart_info(&drive), "write an NVMe drive's health");
   require(zymdb_update_aim_disk_presence(kind, drive.BayNo, 1), "write an NVMe drive's presence");
-  zymdb_get_nvme_aim_disk(kind, drive.BayNo, &after);
-  if (!is_known)
+  const auto after = stored_drives(place);
+  // The library takes a place that it cannot read for an empty one.
+  if (after.size() != std::max<size_t>(before.size(), 1)) throw DatabaseError("cannot read the NVMe drives");
+  if (before.empty())
     ++summary.inserted;
-  else if (std::memcmp(&before, &after, sizeof before) != 0)
+  else if (!is_equal(before, after))
     ++summary.updated;
   else
     ++summary.unchanged;
@@ -183,11 +195,7 @@ void write_drive(const _ZYMDB_AimDisk& drive, bool has_health, TableSummary& sum
 using Places = std::set<std::pair<int, uint16_t>>;
 
 void mark_the_gone(const Places& present, TableSummary& summary) {
-  _ZYMDB_AimDisk_List list{};
-  require(zymdb_get_disk_list_with_filter(&list, "Presence=1 AND DriveTypeId=3"), "read the NVMe drives");
-  const std::unique_ptr<_ZYMDB_AimDisk, decltype(&std::free)> owner(list.disks, &std::free);
-  for (uint32_t i = 0; i < list.count; ++i) {
-    const _ZYMDB_AimDisk& drive = list.disks[i];
+  for (const auto& drive : stored_drives("Presence=1 AND DriveTypeId=3")) {
     if (present.contains({drive.LocationId, drive.BayNo})) continue;
     require(zymdb_update_aim_disk_presence(drive.LocationId, drive.BayNo, 0),
             "write an NVMe drive's presence");
@@ -217,9 +225,8 @@ TableContent disk_rows(const Machine& machine, const std::vector<Drive>& drives)
   return content;
 }
 
-void write_nvme_drives(_zym_db_handle_t* handle, const Machine& machine, const std::vector<Drive>& drives,
-                       const Observer& observer, TableSummary& disks) {
-  Transaction transaction(handle);
+void write_nvme_drives(const Machine& machine, const std::vector<Drive>& drives, const Observer& observer,
+                       TableSummary& disks) {
   Places present;
   for (const auto& drive : drives) {
     if (drive.bus != DriveBus::kNvme) continue;
@@ -233,7 +240,6 @@ void write_nvme_drives(_zym_db_handle_t* handle, const Machine& machine, const s
     write_drive(record_of(drive, *place), drive.health.has_value(), disks);
   }
   mark_the_gone(present, disks);
-  transaction.commit();
 }
 
 }  // namespace zymdb::collect

@@ -19,8 +19,8 @@ TableContent disk_rows(const Machine& machine, const std::vector<Drive>& drives)
 // Writes the NVMe drives that are in a slot or bay through the library's operations, which leave a drive
 // alone that has not changed, and marks those that are gone as not present. The others are told to
 // `observer`. What became of them is added to `disks`. Throws DatabaseError.
-void write_nvme_drives(_zym_db_handle_t* handle, const Machine& machine, const std::vector<Drive>& drives,
-                       const Observer& observer, TableSummary& disks);
+void write_nvme_drives(const Machine& machine, const std::vector<Drive>& drives, const Observer& observer,
+                       TableSummary& disks);
 
 }  // namespace zymdb::collect
 

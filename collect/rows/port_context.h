@@ -2,15 +2,14 @@
 #ifndef ZYMDB_COLLECT_ROWS_PORT_CONTEXT_H
 #define ZYMDB_COLLECT_ROWS_PORT_CONTEXT_H
 
-#include "collect/model/machine.h"
 #include "collect/rows/network_rows.h"
 #include "zymdb_db.h"
 
 namespace zymdb::collect {
 
 // The time, the former samples of the counters, and the functions of adapters that are managed out of band,
-// whose ports their manager describes. Throws DatabaseError when the samples cannot be read.
-PortContext read_port_context(_zym_db_handle_t* handle, const Machine& machine);
+// whose ports their manager describes. Throws DatabaseError when these cannot be read.
+PortContext read_port_context(_zym_db_handle_t* handle);
 
 }  // namespace zymdb::collect
 

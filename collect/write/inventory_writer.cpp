@@ -12,7 +12,6 @@
 #include <string>
 #include <utility>
 
-#include "common/transaction.h"
 #include "controller/database_client.h"
 
 namespace zymdb::collect {
@@ -227,8 +226,8 @@ class TableWriter {
     }
     const std::string where = "_id=" + std::to_string(stored.id);
     const auto filter = change_filter(row);
-    if (insert_or_update_db_record(handle_, content_.table, where.c_str(), values.get(),
-                                   filter ? filter->c_str() : nullptr) < 1) {
+    if (update_db_record(handle_, content_.table, where.c_str(), values.get(),
+                         filter ? filter->c_str() : nullptr) < 1) {
       fail("cannot update table", content_.table, ZYM_DB_STATUS_ERROR);
     }
   }
@@ -276,7 +275,6 @@ std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, const std::v
     if (observer.progress) observer.progress(done, total);
   };
   report();
-  Transaction transaction(handle);
   std::vector<TableSummary> summaries;
   for (const auto& content : tables) {
     TableWriter writer(handle, content);
@@ -288,7 +286,6 @@ std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, const std::v
     writer.remove_rest();
     summaries.push_back(writer.summary());
   }
-  transaction.commit();
   return summaries;
 }
 

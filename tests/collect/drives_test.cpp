@@ -7,6 +7,7 @@
 #include <map>
 
 #include "collect/collector.h"
+#include "collect/drive_tree.h"
 #include "collect/machines.h"
 #include "collect/rows/drive_rows.h"
 #include "collect/sources/sysfs/sysfs_drives.h"
@@ -21,50 +22,6 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-// A sysfs tree with drives in it.
-class DriveTree {
- public:
-  std::string root() const { return folder_.path().string(); }
-
-  void nvme(const std::string& function, const std::string& name, const std::string& serial,
-            const std::string& firmware = "GDC5302Q") const {
-    const std::string drive = "devices/pci0000:00/" + function + "/nvme/" + name;
-    folder_.write(drive + "/model", "SAMSUNG MZQL21T9HCJR-00A07              \n");
-    folder_.write(drive + "/serial", serial + "      \n");
-    folder_.write(drive + "/firmware_rev", firmware + "\n");
-    folder_.write(drive + "/" + name + "n1/size", "3750748848\n");
-    link("class/nvme", drive, name);
-  }
-
-  // A disk behind a host's link ("ata3") or port ("host0/port-0:0").
-  void disk(const std::string& function, const std::string& path, const std::string& target,
-            const std::string& name, const std::string& vendor, bool rotates) const {
-    const std::string device = "devices/pci0000:00/" + function + "/" + path + "/" + target;
-    folder_.write(device + "/vendor", vendor + "     \n");
-    folder_.write(device + "/model", "ST16000NM001G-2K\n");
-    folder_.write(device + "/rev", "SN02\n");
-    folder_.write(device + "/wwid", "naa.5000c500c3000001\n");
-    folder_.write(device + "/vpd_pg80", std::string("\0\x80\0\x08ZL200001", 12));
-    folder_.write(device + "/block/" + name + "/size", "31251759104\n");
-    folder_.write(device + "/block/" + name + "/removable", "0\n");
-    folder_.write(device + "/block/" + name + "/queue/rotational", rotates ? "1\n" : "0\n");
-    fs::create_directory_symlink(fs::path(root()) / device,
-                                 fs::path(root()) / device / "block" / name / "device");
-    link("block", device + "/block/" + name, name);
-  }
-
-  void write(const std::string& name, const std::string& content) const { folder_.write(name, content); }
-  void remove(const std::string& link) const { fs::remove(fs::path(root()) / link); }
-
- private:
-  void link(const std::string& kind, const std::string& target, const std::string& name) const {
-    fs::create_directories(fs::path(root()) / kind);
-    fs::create_directory_symlink(fs::path(root()) / target, fs::path(root()) / kind / name);
-  }
-
-  TemporaryFolder folder_;
-};
 
 class SysfsDrives : public testing::Test {
  protected:
@@ -268,11 +225,11 @@ TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
   drive.serial = "S1";
   drive.health = DriveHealth{4, 41, 97, {}};
   TableSummary summary;
-  write_nvme_drives(get_dmdb_handle(), machine, {drive}, {}, summary);
+  write_nvme_drives(machine, {drive}, {}, summary);
   EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "4|41|97|15\n");
   EXPECT_EQ(summary.updated, 1u);
   drive.health->temperature = 44;
-  write_nvme_drives(get_dmdb_handle(), machine, {drive}, {}, summary);
+  write_nvme_drives(machine, {drive}, {}, summary);
   EXPECT_EQ(summary.unchanged, 1u);
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "collect/write/inventory_writer.h"
+#include "common/transaction.h"
 #include "support/inventory.h"
 
 namespace zymdb::collect {
@@ -87,7 +88,12 @@ TEST_F(WriterTest, AFailingWriteRollsEverythingBack) {
                     {"NoSuchColumn", Role::kInitial},
                     {"SegNo", Role::kValue},
                     {"BusNo", Role::kValue}};
-  EXPECT_THROW(write_inventory(get_dmdb_handle(), {vpds({{3, "c"}}), broken}, {}), DatabaseError);
+  const auto write_both = [&] {
+    Transaction transaction(get_dmdb_handle());
+    write_inventory(get_dmdb_handle(), {vpds({{3, "c"}}), broken}, {});
+    transaction.commit();
+  };
+  EXPECT_THROW(write_both(), DatabaseError);
   EXPECT_EQ(rows("VPDs", {"HardwareId"}), "1\n2\n");
   EXPECT_EQ(write(vpds({{1, "a"}, {2, "b"}})).unchanged, 2U) << "the transaction is not left open";
 }
