@@ -19,7 +19,7 @@ endif()
 find_program(CCACHE ccache)
 if(CCACHE)
   # Presets that compile a file alike share its object, though their build folders differ.
-  set(CMAKE_C_COMPILER_LAUNCHER env CCACHE_NOHASHDIR=1 ${CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER env CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
 endif()
 

@@ -32,11 +32,11 @@ TEST(Redraw, TakesBytesThatAreNoTextAsTheyCome) {
   EXPECT_EQ(redraw({"a"}, {"a\x80"}), "\033[1;1Ha\x80");
 }
 
-TEST(SplitLines, KeepsAsManyAsThereIsRoomFor) {
-  EXPECT_EQ(split_lines("a\nb\nc\n", 5), (Lines{"a", "b", "c"}));
-  EXPECT_EQ(split_lines("a\nb\nc", 2), (Lines{"a", "b"}));
-  EXPECT_EQ(split_lines("a\n\nb", 9), (Lines{"a", "", "b"}));
-  EXPECT_EQ(split_lines("", 9), Lines());
+TEST(SplitLines, EndsEachAtItsLineEnd) {
+  EXPECT_EQ(split_lines("a\nb\nc\n"), (Lines{"a", "b", "c"}));
+  EXPECT_EQ(split_lines("a\nb"), (Lines{"a", "b"}));
+  EXPECT_EQ(split_lines("a\n\nb"), (Lines{"a", "", "b"}));
+  EXPECT_EQ(split_lines(""), Lines());
 }
 
 TEST(Screen, BringsBackWhatWasThere) {
