@@ -23,7 +23,10 @@ if(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
 endif()
 
-add_compile_options(-Wall -Wextra -Wconversion -Wshadow -Wformat=2 $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> -Werror)
+add_compile_options(-Wall -Wextra -Wconversion -Wshadow -Wformat=2 $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+if(ZYMDB_WERROR)
+  add_compile_options(-Werror)
+endif()
 add_compile_options(-fno-omit-frame-pointer)
 # Lines for backtraces. The libraries, whose types debuggers and the comparison of interfaces ask for, say more.
 add_compile_options(-g1)
@@ -32,7 +35,11 @@ if(ZYMDB_SANITIZE)
   add_compile_options(-fsanitize=${ZYMDB_SANITIZE} -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${ZYMDB_SANITIZE})
 else()
-  add_compile_options($<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2> -fstack-protector-strong)
+  # A packager's own choice stands.
+  if(NOT "${CMAKE_C_FLAGS} ${CMAKE_CXX_FLAGS}" MATCHES "_FORTIFY_SOURCE")
+    add_compile_options($<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  endif()
+  add_compile_options(-fstack-protector-strong)
   add_link_options(-Wl,-z,relro,-z,now)
 endif()
 
@@ -42,3 +49,11 @@ if(ZYMDB_COVERAGE)
   set(ZYMDB_MEASURED_OPTIONS --coverage -fprofile-update=atomic -O0 -U_FORTIFY_SOURCE)
   add_link_options(--coverage)
 endif()
+
+# Headers that most files of a target read are read once. What a file includes it states all the same: builds without
+# this option, the fuzz targets' for one, do not compile where it forgets.
+function(zymdb_precompile target)
+  if(ZYMDB_PRECOMPILED_HEADERS)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()
