@@ -112,11 +112,11 @@ class Database {
     sqlite3_exec(database_, kInventorySchema.sql, nullptr, nullptr, nullptr);
     sqlite3_exec(database_, kPropertiesSchema.sql, nullptr, nullptr, nullptr);
     const auto add_column = [](void* self, int, char** names, char**) {
-      static_cast<Database*>(self)->add(names[0], names[1]);
+      static_cast<Database*>(self)->add(names[0], names[1], view(names[2]) == "TEXT");
       return 0;
     };
     sqlite3_exec(database_,
-                 "SELECT t.name, c.name FROM sqlite_schema t, pragma_table_info(t.name) c "
+                 "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
                  "WHERE t.type='table' AND t.name NOT LIKE 'sqlite%'",
                  add_column, this, nullptr);
   }
@@ -139,8 +139,8 @@ class Database {
   }
 
  private:
-  void add(const char* table, const char* column) {
-    catalog_.add_column(table, column);
+  void add(const char* table, const char* column, bool is_text) {
+    catalog_.add_column(table, column, is_text);
     names_.insert({table, column});
   }
 

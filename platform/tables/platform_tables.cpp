@@ -11,6 +11,7 @@
 #include <string>
 
 #include "client/guarded.h"
+#include "common/client_objects.h"
 #include "controller/ruvo_log.h"
 #include "zymdb_db.h"
 
@@ -19,6 +20,10 @@ namespace {
 constexpr uint32_t kAmd = 1U << 15;
 constexpr size_t kWords = std::size(ptables_platform_t{}.word);
 constexpr size_t kTableSize = kWords * sizeof(uint32_t);
+
+// As processors name their maker.
+constexpr const char* kAmdNames[] = {"AMD", "Advanced Micro Devices"};
+constexpr size_t kTextSize = 256;
 
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -46,6 +51,33 @@ bool read_recorded(const char* path, ptables_platform_t& platform) {
   return true;
 }
 
+enum class Make { kUnknown, kIsAmd, kIsOther };
+
+bool names_amd(zym_db_result_t* rows) {
+  for (const int column : {0, 1}) {
+    char text[kTextSize];
+    zym_db_result_column_text(rows, column, text, sizeof text);
+    for (const char* name : kAmdNames)
+      if (std::strstr(text, name) != nullptr) return true;
+  }
+  return false;
+}
+
+// The host's processors, which a service processor may know from its inventory alone: it need not be of their
+// make itself.
+int read_inventory(Make& make) {
+  _zym_db_handle_t* const handle = get_dmdb_handle();
+  if (handle == nullptr) return 0;
+  constexpr const char* kColumns[] = {"Manufacturer", "Version"};
+  zym_db_result_t* found = nullptr;
+  const int status = zym_db_query(handle, "Processor", kColumns, 2, nullptr, nullptr, 0, 0, &found);
+  if (status != 0) return status;
+  const zymdb::ResultPtr rows(found);
+  while (zym_db_result_step(found) == ZYM_DB_STATUS_ROW && make != Make::kIsAmd)
+    make = names_amd(found) ? Make::kIsAmd : Make::kIsOther;
+  return 0;
+}
+
 bool is_amd_machine() {
   std::ifstream file("/proc/cpuinfo");
   for (std::string line; std::getline(file, line);) {
@@ -54,7 +86,12 @@ bool is_amd_machine() {
   return false;
 }
 
+// The first that knows tells: the inventory, a recorded entry, this machine.
 bool read_platform(ptables_platform_t& platform) {
+  Make make = Make::kUnknown;
+  if (read_inventory(make) != 0) return false;
+  if (make == Make::kIsAmd) platform.word[2] |= kAmd;
+  if (make != Make::kUnknown) return true;
   const char* recorded = std::getenv("ZYMDB_PLATFORM_TABLES");
   if (recorded != nullptr && recorded[0] != 0) return read_recorded(recorded, platform);
   if (is_amd_machine()) platform.word[2] |= kAmd;

@@ -139,15 +139,29 @@ TEST_F(PldmFirmware, DiscoveredAgainIsRefreshedOnlyWhenKeyOrSoftwareIdChanged) {
   EXPECT_EQ(stored(), "65539|15B3A2D6|3\n");
 }
 
-TEST_F(PldmFirmware, SoftwareIdsThatLookLikeNumbersAreTextsAllTheSame) {
-  // A bare id that is a plain number is compared as one: with no text is it equal.
-  for (const char* software_id : {"15E30001", "00012345", "0E123456", "DeviceXX", "ABCDEF01"}) {
+TEST_F(PldmFirmware, DiscoveredAgainWithTheSameSoftwareIdIsNotWrittenWhateverTheIdLooksLike) {
+  for (const char* software_id : {"15E30001", "00012345", "0E123456", "DeviceXX", "ABCDEF01", "0x1F", "0X1f",
+                                  "12", "0", "1e5", "15E3", "count", ""}) {
     _ZYMDB_PLDM_Firmware unchanged = device(software_id, "1");
     discover(unchanged);
     std::strcpy(unchanged.VersionString, "2");
+    testing::internal::CaptureStderr();
     discover(unchanged);
-    EXPECT_EQ(rows("PldmDeviceFirmware", {"VersionString"}), "1\n") << software_id;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << software_id;
+    EXPECT_EQ(rows("PldmDeviceFirmware", {"SoftwareID", "VersionString"}), std::string(software_id) + "|1\n");
     EXPECT_EQ(zymdb_clear_pldm_firmware_by_type(15), ZYM_DB_STATUS_OK);
+  }
+}
+
+TEST_F(PldmFirmware, AnotherSoftwareIdIsAnotherEvenOfTheSameNumber) {
+  const char* before = "none";
+  discover(device(before, "1"));
+  for (const char* software_id : {"0x1F", "31", "031", "0X1F", "", "0"}) {
+    discover(device(software_id, software_id));
+    EXPECT_EQ(rows("PldmDeviceFirmware", {"SoftwareID", "VersionString"}),
+              std::string(software_id) + "|" + software_id + "\n")
+        << "after " << before;
+    before = software_id;
   }
 }
 
@@ -163,12 +177,6 @@ TEST_F(PldmFirmware, DiscoveryTouchesNeitherPendingVersionsNorResults) {
   EXPECT_EQ(rows("PldmDeviceFirmware", {"SoftwareID", "VersionString", "PendingVersionString",
                                         "UpdateErrString", "Updated", "Status"}),
             "B2|3|2|broke|1|2\n");
-}
-
-TEST_F(PldmFirmware, AnEmptySoftwareIdCannotBeComparedAndLeavesTheRowAsItIs) {
-  discover(device("", "1"));
-  discover(device("", "2"));
-  EXPECT_EQ(rows("PldmDeviceFirmware", {"VersionString"}), "1\n");
 }
 
 TEST_F(PldmFirmware, AnotherTypeSlotOrPlaceIsAnotherRow) {

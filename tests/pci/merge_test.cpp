@@ -1,4 +1,6 @@
 // The life of a merged row on the embedded database.
+#include <cstdlib>
+
 #include "support/inventory.h"
 #include "zymdb_pci.h"
 
@@ -44,6 +46,29 @@ TEST_F(Merge, AFunctionKnownFromItsSettingsAloneGetsARow) {
   given_setting(0x3B0001, "A.y");
   EXPECT_EQ(zymdb_merge_aim_ucm_pfa(), ZYM_DB_STATUS_OK);
   EXPECT_EQ(adapters(), "3866624|Adapter|1|65539|NULL\n3866625|Adapter 3B:00:01|3|65539|3\n");
+}
+
+// What an insert leaves out must not make the row, and with it its adapter, unreadable.
+TEST_F(Merge, AMergedRowIsListed) {
+  given_function(0x3B0001);
+  given("PCIAdapter", {{"PCIKey", kCard},
+                       {"PCIFuncKey", 0x3B0000},
+                       {"NodeNo", 0},
+                       {"SlotNo", 3},
+                       {"Location", 1},
+                       {"CardName", "a card"},
+                       {"ConnectorType", "0xB6"},
+                       {"AIMSupported", 1},
+                       {"HealthStatus", 2}});
+  given_setting(0x3B0001, "A.x");
+  EXPECT_EQ(zymdb_merge_aim_ucm_pfa(), ZYM_DB_STATUS_OK);
+  remove("PCIAdapter", "PCIFuncKey=3866624");
+  _ZYMDB_PCI_Adapter_List list{};
+  EXPECT_EQ(zymdb_get_pci_adapter_list(&list), ZYM_DB_STATUS_OK);
+  ASSERT_EQ(list.count, 1u);
+  EXPECT_EQ(list.adapters[0].PCIKey, kCard);
+  EXPECT_EQ(list.adapters[0].HealthStatus, 0);
+  std::free(list.adapters);
 }
 
 TEST_F(Merge, ASecondMergeChangesNothing) {

@@ -56,13 +56,13 @@ TEST_F(ChangeTest, AnUpdateChangesTheMatchingRowsAndCountsThem) {
   zym_db_content_put_uint(values_.get(), "HealthStatus", 3);
   EXPECT_EQ(update("PCIAdapter", "SlotNo=1"), 0);
   EXPECT_EQ(changed_, 2);
-  EXPECT_EQ(rows("PCIAdapter", {"SlotNo", "HealthStatus"}), "1|3\n1|3\n2|NULL\n");
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo", "HealthStatus"}), "1|3\n1|3\n2|0\n");
 }
 
 TEST_F(ChangeTest, AnUpdateTakesParameters) {
   given("PCIAdapter", {{"SlotNo", 1}});
   zym_db_content_put_uint(values_.get(), "HealthStatus", 3);
-  EXPECT_EQ(update("PCIAdapter", "SlotNo=? AND HealthStatus IS NULL", {u32(1)}), 0);
+  EXPECT_EQ(update("PCIAdapter", "SlotNo=? AND HealthStatus=0", {u32(1)}), 0);
   EXPECT_EQ(changed_, 1);
 }
 

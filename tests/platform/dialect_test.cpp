@@ -16,7 +16,10 @@ Catalog small_catalog() {
   Catalog catalog;
   for (const char* column : {"_id", "FunKey", "CardName", "Type", "Status"})
     catalog.add_column("Card", column);
+  catalog.add_column("Card", "SoftwareID", true);
+  catalog.add_column("Card", "Info", true);
   for (const char* column : {"_id", "PfaKey"}) catalog.add_column("Setting", column);
+  catalog.add_column("Setting", "SettingID", true);
   return catalog;
 }
 
@@ -98,6 +101,100 @@ TEST_F(DialectTest, ABareWordThatNamesNothingIsAText) {
   for (const Case& each : cases) {
     EXPECT_EQ(translated("CardName!=" + std::string(each.word)),
               std::string(R"("CardName" != ? | )") + each.value);
+  }
+}
+
+TEST_F(DialectTest, ABareWordOrNumberComparedWithATextColumnIsATextAsItStands) {
+  struct Case {
+    const char* text;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"SoftwareID!=0x1F", R"("SoftwareID" != ? | [0x1F])"},
+      {"SoftwareID!=0X1f", R"("SoftwareID" != ? | [0X1f])"},
+      {"SoftwareID=00012345", R"("SoftwareID" = ? | [00012345])"},
+      {"SoftwareID!=15E30001", R"("SoftwareID" != ? | [15E30001])"},
+      {"SoftwareID=12", R"("SoftwareID" = ? | [12])"},
+      {"SoftwareID==1.50", R"("SoftwareID" == ? | [1.50])"},
+      {"SoftwareID<>7", R"("SoftwareID" <> ? | [7])"},
+      {"SoftwareID<7 OR SoftwareID>=0x8", R"("SoftwareID" < ? OR "SoftwareID" >= ? | [7], [0x8])"},
+      {"softwareid = 12", R"("SoftwareID" = ? | [12])"},
+      {"(SoftwareID=12)", R"(( "SoftwareID" = ? ) | [12])"},
+      {"FunKey=12 AND SoftwareID=12 AND Type=12",
+       R"("FunKey" = ? AND "SoftwareID" = ? AND "Type" = ? | 12, [12], 12)"},
+      {"0x1F!=SoftwareID", R"(? != "SoftwareID" | [0x1F])"},
+      {"12=SoftwareID AND 12=FunKey", R"(? = "SoftwareID" AND ? = "FunKey" | [12], 12)"},
+      {"(12=SoftwareID)", R"(( ? = "SoftwareID" ) | [12])"},
+      {"SoftwareID IN (0x1F, 12, DEAD, 'x')",
+       R"("SoftwareID" IN ( ? , ? , ? , ? ) | [0x1F], [12], [DEAD], [x])"},
+      {"SoftwareID NOT IN (1,2) AND FunKey IN (1,2)",
+       R"("SoftwareID" NOT IN ( ? , ? ) AND "FunKey" IN ( ? , ? ) | [1], [2], 1, 2)"},
+      {"SoftwareID IN (1) OR (FunKey=2 AND Type IN (3))",
+       R"("SoftwareID" IN ( ? ) OR ( "FunKey" = ? AND "Type" IN ( ? ) ) | [1], 2, 3)"},
+      {"SoftwareID LIKE 0x1 AND SoftwareID NOT LIKE 12",
+       R"("SoftwareID" LIKE ? AND "SoftwareID" NOT LIKE ? | [0x1], [12])"},
+      {"SoftwareID IS 1 OR SoftwareID IS NOT 0x2",
+       R"("SoftwareID" IS ? OR "SoftwareID" IS NOT ? | [1], [0x2])"},
+      {"SoftwareID BETWEEN 1 AND 0x2 AND FunKey=3",
+       R"("SoftwareID" BETWEEN ? AND ? AND "FunKey" = ? | [1], [0x2], 3)"},
+      {"SoftwareID NOT BETWEEN 1 AND 2", R"("SoftwareID" NOT BETWEEN ? AND ? | [1], [2])"},
+      {"FunKey IN (SELECT PfaKey FROM Setting WHERE SettingID=0x1 AND PfaKey=0x1)",
+       R"("FunKey" IN ( SELECT "PfaKey" FROM "Setting" WHERE "SettingID" = ? AND "PfaKey" = ? ) | [0x1], 1)"},
+  };
+  for (const Case& each : cases) EXPECT_EQ(translated(each.text), each.expected) << each.text;
+}
+
+TEST_F(DialectTest, ANumberInAnExpressionStaysANumber) {
+  struct Case {
+    const char* text;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"SoftwareID+1=0x10", R"("SoftwareID" + ? = ? | 1, 16)"},
+      {"1+SoftwareID=0x10", R"(? + "SoftwareID" = ? | 1, 16)"},
+      {"SoftwareID=0x10+1", R"("SoftwareID" = ? + ? | 16, 1)"},
+      {"1+0x10=SoftwareID", R"(? + ? = "SoftwareID" | 1, 16)"},
+      {"0x10=SoftwareID+1", R"(? = "SoftwareID" + ? | 16, 1)"},
+      {"length(SoftwareID)=0x10", R"(length ( "SoftwareID" ) = ? | 16)"},
+      {"SoftwareID=-5", R"("SoftwareID" = - ? | 5)"},
+      {"SoftwareID=? AND FunKey=5", R"("SoftwareID" = ? AND "FunKey" = ? | ?, 5)"},
+      {"SoftwareID=Info AND Info=FunKey", R"("SoftwareID" = "Info" AND "Info" = "FunKey" )"},
+      {"SoftwareID IN (SELECT 1, SettingID FROM Setting WHERE 1)",
+       R"("SoftwareID" IN ( SELECT ? , "SettingID" FROM "Setting" WHERE ? ) | 1, 1)"},
+      {"SoftwareID IN ((1+2), 3)", R"("SoftwareID" IN ( ( ? + ? ) , ? ) | 1, 2, [3])"},
+      {"SoftwareID IS NULL AND 5", R"("SoftwareID" IS NULL AND ? | 5)"},
+      {"SoftwareID='x' ORDER BY 2 LIMIT 3", R"("SoftwareID" = ? ORDER BY 2 LIMIT 3 | [x])"},
+  };
+  for (const Case& each : cases) EXPECT_EQ(translated(each.text), each.expected) << each.text;
+}
+
+TEST_F(DialectTest, NothingComparedWithATextColumnIsTheEmptyText) {
+  struct Case {
+    const char* text;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"SoftwareID!=", R"("SoftwareID" != ? | [])"},
+      {"SoftwareID= ", R"("SoftwareID" = ? | [])"},
+      {"SoftwareID!=;", R"("SoftwareID" != ? | [])"},
+      {"FunKey=1 OR SoftwareID!=", R"("FunKey" = ? OR "SoftwareID" != ? | 1, [])"},
+      {"(FunKey=1 OR SoftwareID<>) AND Type=2",
+       R"(( "FunKey" = ? OR "SoftwareID" <> ? ) AND "Type" = ? | 1, [], 2)"},
+      {"SoftwareID!= AND Info= OR Type=2", R"("SoftwareID" != ? AND "Info" = ? OR "Type" = ? | [], [], 2)"},
+      {"SoftwareID!= ORDER BY 1", R"("SoftwareID" != ? ORDER BY 1 | [])"},
+      {"FunKey=", R"("FunKey" = )"},
+      {"lower(Info)=", R"(lower ( "Info" ) = )"},
+      {"Type+Info=", R"("Type" + "Info" = )"},
+  };
+  for (const Case& each : cases) EXPECT_EQ(translated(each.text), each.expected) << each.text;
+}
+
+TEST_F(DialectTest, ATextColumnsFiltersShareAShapeWhateverTheirValuesLookLike) {
+  translate("SoftwareID!='x'");
+  const std::string shape = out_.shape;
+  for (const char* filter : {"SoftwareID!=x", "SoftwareID!=12", "SoftwareID!=0x1F", "SoftwareID!="}) {
+    translate(filter);
+    EXPECT_EQ(out_.shape, shape) << filter;
   }
 }
 
@@ -276,7 +373,8 @@ TEST(CatalogTest, NamesAreFoundInAnyCaseAndSpelledAsInTheSchema) {
   EXPECT_EQ(catalog.table("Card")->column("FunKe"), nullptr);
   EXPECT_EQ(catalog.table("Cards"), nullptr);
   EXPECT_THAT(catalog.table("Setting")->columns(),
-              ElementsAre(Field(&Column::name, "_id"), Field(&Column::name, "PfaKey")));
+              ElementsAre(Field(&Column::name, "_id"), Field(&Column::name, "PfaKey"),
+                          Field(&Column::name, "SettingID")));
 }
 
 }  // namespace

@@ -1,23 +1,24 @@
 #include "controller/platform_tables.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <cstdlib>
 #include <fstream>
 #include <string>
 
-#include "support/temporary_folder.h"
+#include "support/inventory.h"
 #include "zymdb_db.h"
 
 namespace {
 
-class PlatformTablesTest : public testing::Test {
+class PlatformTablesTest : public InventoryTest {
  protected:
   PlatformTablesTest() { unsetenv("ZYMDB_PLATFORM_TABLES"); }
   ~PlatformTablesTest() override { unsetenv("ZYMDB_PLATFORM_TABLES"); }
 
   void recorded(const std::string& content) {
-    const std::string file = folder_.file("tables");
+    const std::string file = folder() / "tables";
     std::ofstream(file, std::ios::binary) << content;
     setenv("ZYMDB_PLATFORM_TABLES", file.c_str(), 1);
   }
@@ -31,9 +32,69 @@ class PlatformTablesTest : public testing::Test {
     return status;
   }
 
-  TemporaryFolder folder_;
+  bool is_amd() {
+    EXPECT_EQ(look_up(), 0);
+    return ((platform_.word[2] >> 15) & 1U) != 0;
+  }
+
   ptables_platform_t platform_{};
 };
+
+constexpr char kAmdRecord[] = "\0\0\0\0\0\0\0\0\0\x80\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0";
+
+TEST_F(PlatformTablesTest, TheInventorysProcessorsComeFirst) {
+  struct Case {
+    const char* manufacturer;
+    const char* version;
+    bool amd;
+  };
+  const Case cases[] = {
+      {"Advanced Micro Devices, Inc.", "a processor", true},
+      {"AMD", "", true},
+      {"Vendor", "AMD EPYC 7543 32-Core Processor", true},
+      {"AuthenticAMD", "", true},
+      {"Intel(R) Corporation", "Intel(R) Xeon(R) Platinum 8380", false},
+      {"", "Neoverse-N1", false},
+  };
+  for (const Case& each : cases) {
+    const int64_t id = given("Processor", {{"Manufacturer", each.manufacturer}, {"Version", each.version}});
+    for (const std::string& record : {std::string(28, '\0'), std::string(kAmdRecord, 28)}) {
+      recorded(record);
+      EXPECT_EQ(is_amd(), each.amd) << each.manufacturer << each.version;
+    }
+    const std::string one = "_id=" + std::to_string(id);
+    ASSERT_EQ(zym_db_delete(get_dmdb_handle(), "Processor", one.c_str(), nullptr, 0, nullptr), 0);
+  }
+}
+
+TEST_F(PlatformTablesTest, OneProcessorTellsForAll) {
+  given("Processor", {{"Manufacturer", nullptr}, {"Version", ""}});
+  given("Processor", {{"Manufacturer", "AMD"}, {"Version", nullptr}});
+  recorded(std::string(28, '\0'));
+  EXPECT_TRUE(is_amd());
+}
+
+TEST_F(PlatformTablesTest, WithoutProcessorsTheRecordTells) {
+  recorded(std::string(kAmdRecord, 28));
+  EXPECT_TRUE(is_amd());
+  recorded(std::string(28, '\0'));
+  EXPECT_FALSE(is_amd());
+}
+
+TEST_F(PlatformTablesTest, WithoutAnInventoryTheRecordTells) {
+  lose_database();
+  recorded(std::string(kAmdRecord, 28));
+  EXPECT_TRUE(is_amd());
+}
+
+TEST_F(PlatformTablesTest, ProcessorsThatCannotBeReadAreAFailure) {
+  recorded(std::string(kAmdRecord, 28));
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open((folder() / "inventory.db").c_str(), &database), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(database, "DROP TABLE Processor", nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3_close(database);
+  EXPECT_NE(look_up(), 0);
+}
 
 TEST_F(PlatformTablesTest, ThisMachineIsToldByItsProcessorsVendor) {
   ASSERT_EQ(look_up(), 0);
@@ -57,7 +118,7 @@ TEST_F(PlatformTablesTest, ARecordOfAnotherSizeIsRefused) {
     EXPECT_NE(look_up(), 0) << size;
     EXPECT_EQ(platform_.word[2], 0U);
   }
-  setenv("ZYMDB_PLATFORM_TABLES", folder_.file("missing").c_str(), 1);
+  setenv("ZYMDB_PLATFORM_TABLES", (folder() / "missing").c_str(), 1);
   EXPECT_NE(look_up(), 0);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "client/dialect/text_comparisons.h"
 #include "client/dialect/words.h"
 #include "client/status.h"
 
@@ -16,18 +17,20 @@ enum class Clause : uint8_t { kCondition, kSelectList, kFrom, kTail };
 
 class Translator {
  public:
-  Translator(const Catalog& catalog, Translation& out) : catalog_(catalog), out_(out) {}
+  Translator(const Catalog& catalog, Translation& out)
+      : catalog_(catalog), out_(out), comparisons_(out.tokens) {}
 
   int run(std::string_view text, const Table* table, Clause start);
 
  private:
   bool read_tokens(std::string_view text);
   bool collect_tables();
-  bool translate(const Token& token, const Token& next);
-  bool translate_word(const Token& word, const Token& next);
-  bool translate_operator(const Token& token);
+  bool translate(size_t place);
+  bool translate_word(size_t place);
+  bool translate_operator(size_t place);
+  bool translate_number(size_t place);
+  bool is_compared_with_text(size_t place) const;
   void turn(const Keyword& keyword);
-  void number(const Token& token);
   std::string_view unescape(const Token& token);
   const Column* find_column(std::string_view word) const;
 
@@ -38,6 +41,7 @@ class Translator {
 
   const Catalog& catalog_;
   Translation& out_;
+  TextComparisons comparisons_;
   const Table* table_ = nullptr;
   std::vector<const Table*> more_tables_;
   std::array<Clause, kMaxNesting + 1> clauses_{};
@@ -51,7 +55,7 @@ int Translator::run(std::string_view text, const Table* table, Clause start) {
   clauses_[0] = start;
   if (!read_tokens(text) || !collect_tables()) return status_;
   for (size_t i = 0; i + 1 < out_.tokens.size(); ++i) {
-    if (!translate(out_.tokens[i], out_.tokens[i + 1])) return status_;
+    if (!translate(i)) return status_;
   }
   if (depth_ != 0) refuse("a parenthesis is not closed");
   return status_;
@@ -81,14 +85,14 @@ bool Translator::collect_tables() {
   return true;
 }
 
-bool Translator::translate(const Token& token, const Token& next) {
+bool Translator::translate(size_t place) {
+  const Token& token = out_.tokens[place];
   switch (token.kind) {
     case TokenKind::kWord:
-      return translate_word(token, next);
+      return translate_word(place);
     case TokenKind::kInteger:
     case TokenKind::kReal:
-      number(token);
-      return status_ == 0;
+      return translate_number(place);
     case TokenKind::kText:
       return lift(Argument::of(token.quote != 0 ? unescape(token) : token.text));
     case TokenKind::kPlaceholder: {
@@ -97,31 +101,37 @@ bool Translator::translate(const Token& token, const Token& next) {
       return lift(argument);
     }
     default:
-      return translate_operator(token);
+      return translate_operator(place);
   }
 }
 
-bool Translator::translate_word(const Token& word, const Token& next) {
-  if (const Keyword* keyword = find_keyword(word.text)) {
+bool Translator::translate_word(size_t place) {
+  const std::string_view word = out_.tokens[place].text;
+  if (const Keyword* keyword = find_keyword(word)) {
+    comparisons_.see_keyword(place, *keyword);
     turn(*keyword);
     return true;
   }
-  if (next.is('(')) {
-    const Function* function = find_word(kFunctions, word.text);
+  if (out_.tokens[place + 1].is('(')) {
+    const Function* function = find_word(kFunctions, word);
     if (function == nullptr) return refuse("an unknown function");
     emit(function->text);
     return true;
   }
   if (clauses_[depth_] == Clause::kFrom) {
-    const Table* table = catalog_.table(word.text);
+    const Table* table = catalog_.table(word);
     return table != nullptr ? emit_name(table->name()) : refuse("an unknown table");
   }
-  if (const Column* column = find_column(word.text)) return emit_name(column->name);
+  if (const Column* column = find_column(word)) {
+    comparisons_.see_column(place, *column);
+    return emit_name(column->name);
+  }
   if (clauses_[depth_] != Clause::kCondition) return refuse("an unknown column");
-  return lift(Argument::of(word.text));
+  return lift(Argument::of(word));
 }
 
-bool Translator::translate_operator(const Token& token) {
+bool Translator::translate_operator(size_t place) {
+  const Token& token = out_.tokens[place];
   if (token.is('(')) {
     if (depth_ == kMaxNesting) return refuse("parentheses nest too deep", kStatusTooLarge);
     ++depth_;
@@ -130,8 +140,31 @@ bool Translator::translate_operator(const Token& token) {
     if (depth_ == 0) return refuse("a parenthesis was never opened");
     --depth_;
   }
+  comparisons_.see_operator(place);
   emit(token.text);
-  return true;
+  return !comparisons_.lacks_value(place) || lift(Argument::of(std::string_view("")));
+}
+
+bool Translator::translate_number(size_t place) {
+  const Token& token = out_.tokens[place];
+  if (clauses_[depth_] == Clause::kTail) {
+    emit(token.text);
+    return true;
+  }
+  if (is_compared_with_text(place)) return lift(Argument::of(token.text));
+  Argument argument = Argument::of(token.integer);
+  if (token.kind == TokenKind::kReal) {
+    argument.type = Argument::Type::kReal;
+    argument.real = token.real;
+  }
+  return lift(argument);
+}
+
+bool Translator::is_compared_with_text(size_t place) const {
+  if (comparisons_.awaits(place)) return true;
+  const Token* const right = comparisons_.compared_with(place);
+  const Column* const column = right != nullptr ? find_column(right->text) : nullptr;
+  return column != nullptr && column->is_text;
 }
 
 void Translator::turn(const Keyword& keyword) {
@@ -158,16 +191,6 @@ void Translator::turn(const Keyword& keyword) {
       break;
   }
   emit(keyword.text);
-}
-
-void Translator::number(const Token& token) {
-  if (clauses_[depth_] == Clause::kTail) return emit(token.text);
-  Argument argument = Argument::of(token.integer);
-  if (token.kind == TokenKind::kReal) {
-    argument.type = Argument::Type::kReal;
-    argument.real = token.real;
-  }
-  lift(argument);
 }
 
 std::string_view Translator::unescape(const Token& token) {
@@ -207,30 +230,6 @@ bool Translator::refuse(std::string_view reason, int status) {
 
 }  // namespace
 
-Argument Argument::of(int64_t value) {
-  Argument argument;
-  argument.type = Type::kInteger;
-  argument.integer = value;
-  return argument;
-}
-
-Argument Argument::of(std::string_view value) {
-  Argument argument;
-  argument.type = Type::kText;
-  argument.text = value;
-  return argument;
-}
-
-void Translation::clear() {
-  shape.clear();
-  arguments.clear();
-  tail = std::string::npos;
-  grouped = false;
-  reason = {};
-  tokens.clear();
-  unescaped.clear();
-}
-
 int translate_condition(const Catalog& catalog, const Table& table, std::string_view text, Translation& out) {
   return Translator(catalog, out).run(text, &table, Clause::kCondition);
 }
@@ -243,13 +242,6 @@ int translate_select(const Catalog& catalog, std::string_view text, Translation&
     return ZYM_DB_STATUS_ERROR;
   }
   return Translator(catalog, out).run(text, nullptr, Clause::kSelectList);
-}
-
-void append_identifier(std::string& sql, std::string_view name) {
-  sql.push_back('"');
-  for (size_t quote; (quote = name.find('"')) != name.npos; name.remove_prefix(quote + 1))
-    sql.append(name.substr(0, quote)).append("\"\"");
-  sql.append(name).push_back('"');
 }
 
 }  // namespace zymdb::client

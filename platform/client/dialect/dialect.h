@@ -3,6 +3,8 @@
 //  - Text in single or double quotes is a value, never a name, also where a column bears that name.
 //  - A bare word that is neither a number, a keyword, a function nor a column of the statement's tables is a
 //    text value where a condition stands, and refused elsewhere.
+//  - Compared with a column of type TEXT, a bare word or number is a text as it is written (0x1F, 007), and
+//    nothing at all is the empty text.
 //  - Names are checked against the catalog and leave as quoted identifiers in the schema's spelling.
 //  - Every value leaves as an argument: conditions that differ in their values only share one shape. Numbers
 //    after GROUP BY, ORDER BY and LIMIT stay, because there they mean a column's position or a count.

@@ -14,20 +14,40 @@ namespace zymdb::client {
 // What a keyword changes: the clause that follows it, or nothing.
 enum class Turn : uint8_t { kNone, kSelect, kFrom, kCondition, kGroup, kTail };
 
+// What a keyword is to the values beside it.
+enum class Link : uint8_t { kNone, kAnd, kOr, kNot, kCompares, kBetween, kIn, kSelect };
+
 struct Keyword {
   std::string_view text;
   Turn turn;
+  Link link = Link::kNone;
 };
 
 inline constexpr std::array kKeywords = {
-    Keyword{"AND", Turn::kNone},      Keyword{"OR", Turn::kNone},         Keyword{"NOT", Turn::kNone},
-    Keyword{"IN", Turn::kNone},       Keyword{"IS", Turn::kNone},         Keyword{"NULL", Turn::kNone},
-    Keyword{"LIKE", Turn::kNone},     Keyword{"ESCAPE", Turn::kNone},     Keyword{"BETWEEN", Turn::kNone},
-    Keyword{"ISNULL", Turn::kNone},   Keyword{"NOTNULL", Turn::kNone},    Keyword{"EXISTS", Turn::kNone},
-    Keyword{"DISTINCT", Turn::kNone}, Keyword{"BY", Turn::kNone},         Keyword{"ASC", Turn::kNone},
-    Keyword{"DESC", Turn::kNone},     Keyword{"OFFSET", Turn::kNone},     Keyword{"SELECT", Turn::kSelect},
-    Keyword{"FROM", Turn::kFrom},     Keyword{"WHERE", Turn::kCondition}, Keyword{"HAVING", Turn::kCondition},
-    Keyword{"GROUP", Turn::kGroup},   Keyword{"ORDER", Turn::kTail},      Keyword{"LIMIT", Turn::kTail},
+    Keyword{"AND", Turn::kNone, Link::kAnd},
+    Keyword{"OR", Turn::kNone, Link::kOr},
+    Keyword{"NOT", Turn::kNone, Link::kNot},
+    Keyword{"IN", Turn::kNone, Link::kIn},
+    Keyword{"IS", Turn::kNone, Link::kCompares},
+    Keyword{"NULL", Turn::kNone},
+    Keyword{"LIKE", Turn::kNone, Link::kCompares},
+    Keyword{"ESCAPE", Turn::kNone},
+    Keyword{"BETWEEN", Turn::kNone, Link::kBetween},
+    Keyword{"ISNULL", Turn::kNone},
+    Keyword{"NOTNULL", Turn::kNone},
+    Keyword{"EXISTS", Turn::kNone},
+    Keyword{"DISTINCT", Turn::kNone},
+    Keyword{"BY", Turn::kNone},
+    Keyword{"ASC", Turn::kNone},
+    Keyword{"DESC", Turn::kNone},
+    Keyword{"OFFSET", Turn::kNone},
+    Keyword{"SELECT", Turn::kSelect, Link::kSelect},
+    Keyword{"FROM", Turn::kFrom},
+    Keyword{"WHERE", Turn::kCondition},
+    Keyword{"HAVING", Turn::kCondition},
+    Keyword{"GROUP", Turn::kGroup},
+    Keyword{"ORDER", Turn::kTail},
+    Keyword{"LIMIT", Turn::kTail},
 };
 
 struct Function {
