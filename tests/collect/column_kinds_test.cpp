@@ -39,8 +39,7 @@ class ColumnKinds : public InventoryTest {
   // The rows of the example server, of every class.
   static std::vector<TableContent> tables() {
     const TemporaryFolder tree;
-    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/ports.py '" + tree.path().string() + "'");
-    std::filesystem::create_directories(tree.path() / "class/nvme");
+    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/system_tree.py '" + tree.path().string() + "'");
     Sources sources{.lspci = ZYMDB_EXAMPLE_SERVER "/server.lspci",
                     .smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios",
                     .sysfs = tree.path().string()};

@@ -26,7 +26,7 @@ constexpr unsigned kFibreChannel = 0xCB0000;
 class PortCollection : public InventoryTest {
  protected:
   PortCollection() {
-    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/ports.py '" + root() + "'");
+    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/system_tree.py '" + root() + "'");
     sources_.lspci = ZYMDB_EXAMPLE_SERVER "/server.lspci";
     sources_.smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios";
     sources_.sysfs = root();
