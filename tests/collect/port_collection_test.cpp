@@ -10,7 +10,6 @@
 
 #include "collect/collector.h"
 #include "collect/machines.h"
-#include "collect/rows/port_state_rows.h"
 #include "support/inventory.h"
 #include "zymdb_network.h"
 
@@ -269,23 +268,6 @@ TEST_P(RecordedPorts, AreTheInterfacesOfNetworkFunctions) {
 INSTANTIATE_TEST_SUITE_P(Machines, RecordedPorts, testing::ValuesIn(recorded_sysfs_archives()),
                          [](const auto& machine) { return machine.param.name; });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RecordedPorts);
-
-TEST(Utilisation, IsInPercentOfWhatTheLinkCarries) {
-  struct Case {
-    uint64_t bytes;
-    int64_t duration;
-    uint32_t speed;
-    uint32_t percent;
-  } const cases[] = {
-      {0, 1000, 1000, 0},           {125'000'000, 1000, 1000, 100},
-      {62'500'000, 1000, 1000, 50}, {625'000, 1000, 1000, 1},
-      {624'999, 1000, 1000, 0},     {125'000'000, 500, 1000, 100},
-      {UINT64_MAX, 1, 1, 100},      {1000, 0, 1000, 0},
-      {1000, -5, 1000, 0},          {1000, 1000, 0, 0},
-  };
-  for (const auto& [bytes, duration, speed, percent] : cases)
-    EXPECT_EQ(utilization(bytes, duration, speed), percent) << bytes;
-}
 
 }  // namespace
 }  // namespace zymdb::collect
