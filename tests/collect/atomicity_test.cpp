@@ -130,11 +130,21 @@ TEST_F(Atomicity, AFailureOfAnyCallLeavesAnEmptyInventoryEmpty) {
   expect_all_or_nothing();
 }
 
-TEST_F(Atomicity, ACollectionIsOneTransaction) {
+TEST_F(Atomicity, ACollectionIsOneTransactionFromItsFirstReadToItsLastWrite) {
   fail_call(0);
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(calls_of("zym_db_begin"), 1U);
   EXPECT_EQ(calls_of("zym_db_commit"), 1U);
+  fail_call(0);
+  ASSERT_TRUE(collect().ok());
+  const size_t last = calls_so_far();
+  fail_call(1);
+  EXPECT_FALSE(collect().ok());
+  EXPECT_EQ(failed_call(), "zym_db_begin");
+  fail_call(last);
+  EXPECT_FALSE(collect().ok());
+  EXPECT_EQ(failed_call(), "zym_db_commit");
+  fail_call(0);
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
-// Drives: read from sysfs trees, collected into the inventory, collected again.
+// Drives: collected into the inventory, collected again.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -10,7 +11,7 @@
 #include "collect/drive_tree.h"
 #include "collect/machines.h"
 #include "collect/rows/drive_rows.h"
-#include "collect/sources/sysfs/sysfs_drives.h"
+#include "collect/write/nvme_drives.h"
 #include "support/inventory.h"
 #include "zymdb_storage.h"
 
@@ -19,85 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 using testing::SizeIs;
-
-class SysfsDrives : public testing::Test {
- protected:
-  std::vector<Drive> drives(const HealthReader& health = {}) const {
-    return read_sysfs_drives(tree_.root(), health).value();
-  }
-
-  DriveTree tree_;
-};
-
-TEST_F(SysfsDrives, WithoutTheirFoldersAreNotTold) {
-  EXPECT_FALSE(read_sysfs_drives(tree_.root(), {}));
-  fs::create_directories(fs::path(tree_.root()) / "block");
-  EXPECT_THAT(drives(), IsEmpty());
-}
-
-TEST_F(SysfsDrives, OfNvmeTellWhoTheyAre) {
-  tree_.nvme("0000:67:00.0", "nvme0", "S64HNE0T100001");
-  const auto found = drives();
-  ASSERT_THAT(found, SizeIs(1));
-  const Drive& drive = found[0];
-  EXPECT_EQ(drive.bus, DriveBus::kNvme);
-  EXPECT_EQ(drive.name, "nvme0");
-  EXPECT_EQ(to_string(drive.function), "0000:67:00.0");
-  EXPECT_EQ(drive.model, "SAMSUNG MZQL21T9HCJR-00A07");
-  EXPECT_EQ(drive.serial, "S64HNE0T100001");
-  EXPECT_EQ(drive.firmware, "GDC5302Q");
-  EXPECT_EQ(drive.capacity, 1'920'383'410'176u);
-  EXPECT_FALSE(drive.health);
-}
-
-TEST_F(SysfsDrives, AreAskedForTheirHealth) {
-  tree_.nvme("0000:67:00.0", "nvme0", "A");
-  tree_.nvme("0000:68:00.0", "nvme1", "B");
-  const auto found = drives([](const std::string& name) {
-    return name == "nvme0" ? std::optional(DriveHealth{4, 41, 97, 7'000'000'000'000}) : std::nullopt;
-  });
-  ASSERT_THAT(found, SizeIs(2));
-  ASSERT_TRUE(found[0].health);
-  EXPECT_EQ(found[0].health->temperature, 41);
-  EXPECT_EQ(found[0].capacity, 7'000'000'000'000u);
-  EXPECT_FALSE(found[1].health);
-}
-
-TEST_F(SysfsDrives, AcrossANetworkAreNotTheServers) {
-  tree_.write("devices/virtual/nvme-fabrics/ctl/nvme3/model", "remote\n");
-  fs::create_directories(fs::path(tree_.root()) / "class/nvme");
-  fs::create_directory_symlink(fs::path(tree_.root()) / "devices/virtual/nvme-fabrics/ctl/nvme3",
-                               fs::path(tree_.root()) / "class/nvme/nvme3");
-  EXPECT_THAT(drives(), IsEmpty());
-}
-
-TEST_F(SysfsDrives, OfSataAndSasAreDisks) {
-  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
-  tree_.disk("0000:ca:00.0", "host0/target0:2:5", "0:2:5:0", "sdb", "SEAGATE", false);
-  const auto found = drives();
-  ASSERT_THAT(found, SizeIs(2));
-  EXPECT_EQ(found[0].bus, DriveBus::kSata);
-  EXPECT_EQ(found[0].port, 3);
-  EXPECT_TRUE(found[0].rotates);
-  EXPECT_FALSE(found[0].maker);
-  EXPECT_EQ(found[0].serial, "ZL200001");
-  EXPECT_EQ(found[0].unique_id, "naa.5000c500c3000001");
-  EXPECT_EQ(found[0].capacity, 16'000'900'661'248u);
-  EXPECT_EQ(found[1].bus, DriveBus::kSas);
-  EXPECT_EQ(found[1].port, 5);
-  EXPECT_FALSE(found[1].rotates);
-  EXPECT_EQ(found[1].maker, "SEAGATE");
-}
-
-TEST_F(SysfsDrives, ThatCanBePulledOutAreNotTheServers) {
-  tree_.disk("0000:00:17.0", "usb1/1-1/host2/target2:0:0", "2:0:0:0", "sda", "Stick", false);
-  tree_.disk("0000:00:17.0", "ata1/host1/target1:0:0", "1:0:0:0", "sdb", "ATA", false);
-  tree_.write("devices/pci0000:00/0000:00:17.0/ata1/host1/target1:0:0/1:0:0:0/block/sdb/removable", "1\n");
-  EXPECT_THAT(drives(), IsEmpty());
-}
 
 class DriveCollection : public InventoryTest {
  protected:
@@ -170,17 +95,57 @@ TEST_F(DriveCollection, NewFirmwareAndNewDrivesAreUpdates) {
 
 TEST_F(DriveCollection, NvmeDrivesThatAreGoneAreNotPresentAndDisksThatAreGoneAreRemoved) {
   tree_.nvme("0000:67:00.0", "nvme0", "S1");
-  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.nvme("0000:69:00.0", "nvme1", "S2");
+  tree_.disk("0000:00:17.0", "ata4/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.disk("0000:00:17.0", "ata5/host3/target3:0:0", "3:0:0:0", "sdb", "ATA", true);
   collect();
   tree_.remove("class/nvme/nvme0");
   tree_.remove("block/sda");
   const auto summary = collect();
   EXPECT_EQ(summary.updated, 1u);
   EXPECT_EQ(summary.removed, 1u);
-  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 1|0\n");
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 5|1\nBay 1|0\nBay 3|1\n");
   EXPECT_EQ(collect().changed(), 0u);
   tree_.nvme("0000:68:00.0", "nvme0", "S1");
   EXPECT_EQ(collect().inserted, 1u);
+}
+
+TEST_F(DriveCollection, FoldersWithNothingInThemTellOfNoDrives) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  collect();
+  tree_.remove("class/nvme/nvme0");
+  tree_.remove("block/sda");
+  EXPECT_EQ(collect().changed(), 0u);
+  EXPECT_THAT(notices_,
+              IsSupersetOf({"no NVMe drives in " + tree_.root() + "/class/nvme: they are left as they are",
+                            "no disks in " + tree_.root() + "/block: they are left as they are"}));
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 3|1\nBay 1|1\n");
+
+  sources_.allow_empty = true;
+  const auto summary = collect();
+  EXPECT_EQ(summary.removed, 1u);
+  EXPECT_EQ(summary.updated, 1u);
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 1|0\n");
+}
+
+TEST_F(DriveCollection, DrivesWhoseFolderIsNotThereStay) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  collect();
+  fs::remove_all(fs::path(tree_.root()) / "block");
+  EXPECT_EQ(collect().changed(), 0u);
+  tree_.link("block", "devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0/block/sda", "sda");
+  fs::remove_all(fs::path(tree_.root()) / "class/nvme");
+  EXPECT_EQ(collect().changed(), 0u);
+}
+
+TEST_F(DriveCollection, TheLastDiskIsGoneWhereOtherBlockDevicesAreSeen) {
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.write("block/loop0/removable", "0\n");
+  collect();
+  tree_.remove("block/sda");
+  EXPECT_EQ(collect().removed, 1u);
 }
 
 TEST_F(DriveCollection, ADiskMakesRoomForANvmeDriveInItsBay) {
@@ -210,6 +175,25 @@ TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
   collect();
   EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "0|0|0|0\n");
 
+  NvmeRecord record{};
+  record.drive.LocationId = 2;
+  record.drive.BayNo = 1;
+  std::strcpy(record.drive.SerialNo, "S1");
+  record.drive.Warning = 4;
+  record.drive.Temperature = 41;
+  record.drive.RemainLife = 97;
+  record.drive.InfoMask = 15;
+  record.has_health = true;
+  TableSummary summary;
+  write_nvme_drives({record}, summary);
+  EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "4|41|97|15\n");
+  EXPECT_EQ(summary.updated, 1u);
+  record.drive.Temperature = 44;
+  write_nvme_drives({record}, summary);
+  EXPECT_EQ(summary.unchanged, 1u);
+}
+
+TEST(NvmeRecords, HoldTheHealthThatADriveTells) {
   Machine machine;
   machine.functions.emplace();
   MachineFunction function;
@@ -222,15 +206,17 @@ TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
   machine.slots.push_back(bay);
   Drive drive;
   drive.function = function.pci.address;
-  drive.serial = "S1";
   drive.health = DriveHealth{4, 41, 97, {}};
-  TableSummary summary;
-  write_nvme_drives(machine, {drive}, {}, summary);
-  EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "4|41|97|15\n");
-  EXPECT_EQ(summary.updated, 1u);
-  drive.health->temperature = 44;
-  write_nvme_drives(machine, {drive}, {}, summary);
-  EXPECT_EQ(summary.unchanged, 1u);
+  std::vector<std::string> notices;
+  const auto records = nvme_records(machine, {drive}, notices);
+  ASSERT_THAT(records, SizeIs(1));
+  EXPECT_TRUE(records[0].has_health);
+  EXPECT_EQ(records[0].drive.Warning, 4);
+  EXPECT_EQ(records[0].drive.Temperature, 41);
+  EXPECT_EQ(records[0].drive.RemainLife, 97);
+  EXPECT_EQ(records[0].drive.InfoMask, 15);
+  EXPECT_EQ(records[0].drive.BayNo, 1);
+  EXPECT_THAT(notices, IsEmpty());
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 
 #include "collect/collector.h"
 #include "collect/machines.h"
-#include "collect/rows/network_rows.h"
 #include "support/inventory.h"
 #include "zymdb_network.h"
 
@@ -26,7 +25,7 @@ constexpr unsigned kFibreChannel = 0xCB0000;
 class PortCollection : public InventoryTest {
  protected:
   PortCollection() {
-    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/ports.py '" + root() + "'");
+    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/system_tree.py '" + root() + "'");
     sources_.lspci = ZYMDB_EXAMPLE_SERVER "/server.lspci";
     sources_.smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios";
     sources_.sysfs = root();
@@ -185,6 +184,27 @@ TEST_F(PortCollection, PortsThatAreGoneGo) {
   EXPECT_EQ(zymdb_get_network_physical_port_list(kOnBoard, &list), ZYM_DB_STATUS_NOT_FOUND);
 }
 
+TEST_F(PortCollection, ATreeThatShowsNoPortOfAnyNetworkFunctionTellsOfNone) {
+  collect();
+  const auto remove_ports = [this](const char* kind) {
+    for (const auto& entry : std::filesystem::directory_iterator(files_.path() / "class" / kind))
+      std::filesystem::remove(entry.path());
+  };
+  for (const char* kind : {"net", "infiniband", "fc_host"}) remove_ports(kind);
+  files_.write("class/net/lo/type", "772\n");
+  std::vector<std::string> notices;
+  const auto summary = collect_inventory(
+      sources_, {.notice = [&](std::string_view line) { notices.emplace_back(line); }, .progress = {}});
+  EXPECT_TRUE(summary.ok()) << summary.error;
+  for (const auto& table : summary.tables) EXPECT_EQ(table.changed(), 0U) << table.table;
+  EXPECT_THAT(notices, testing::Contains("no ports of network functions in " + root() +
+                                         "/class: they are left as they are"));
+  EXPECT_EQ(physical_port(kFastCard).LinkStatus, 1U);
+
+  sources_.allow_empty = true;
+  EXPECT_EQ(collect().at("PCIPhysicalPort").removed, 12U);
+}
+
 TEST_F(PortCollection, RowsThatLostTheirOrderAreWrittenAnew) {
   collect();
   const auto card = [this](const std::string& name, const std::string& port) {
@@ -248,23 +268,6 @@ TEST_P(RecordedPorts, AreTheInterfacesOfNetworkFunctions) {
 INSTANTIATE_TEST_SUITE_P(Machines, RecordedPorts, testing::ValuesIn(recorded_sysfs_archives()),
                          [](const auto& machine) { return machine.param.name; });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RecordedPorts);
-
-TEST(Utilisation, IsInPercentOfWhatTheLinkCarries) {
-  struct Case {
-    uint64_t bytes;
-    int64_t duration;
-    uint32_t speed;
-    uint32_t percent;
-  } const cases[] = {
-      {0, 1000, 1000, 0},           {125'000'000, 1000, 1000, 100},
-      {62'500'000, 1000, 1000, 50}, {625'000, 1000, 1000, 1},
-      {624'999, 1000, 1000, 0},     {125'000'000, 500, 1000, 100},
-      {UINT64_MAX, 1, 1, 100},      {1000, 0, 1000, 0},
-      {1000, -5, 1000, 0},          {1000, 1000, 0, 0},
-  };
-  for (const auto& [bytes, duration, speed, percent] : cases)
-    EXPECT_EQ(utilization(bytes, duration, speed), percent) << bytes;
-}
 
 }  // namespace
 }  // namespace zymdb::collect

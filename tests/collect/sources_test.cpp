@@ -1,0 +1,167 @@
+// Sources that are missing, empty, cut short or beside one another.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "collect/collector_fixture.h"
+#include "common/bytes.h"
+
+namespace zymdb::collect {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class SourcesTest : public CollectorTest {};
+
+TEST_F(SourcesTest, WithoutSmbiosKeepsProcessorsAndPlaces) {
+  ASSERT_TRUE(collect().ok());
+  sources_.smbios.clear();
+  const auto summary = collect();
+  ASSERT_TRUE(summary.ok()) << summary.error;
+  EXPECT_THAT(notices_, ElementsAre(HasSubstr("no source has SMBIOS tables")));
+  for (const auto& table : summary.tables) EXPECT_EQ(table.changed(), 0U) << table.table;
+  EXPECT_EQ(rows("Processor", {"Socket"}), "CPU1\nCPU2\n");
+  EXPECT_EQ(rows("PCIs", {"SlotDesignation"}, "FunKey=9961472"), "PCIe Slot 4\n");
+}
+
+TEST_F(SourcesTest, WithoutPciFunctionsKeepsThem) {
+  ASSERT_TRUE(collect().ok());
+  sources_.lspci.clear();
+  const auto summary = collect();
+  EXPECT_THAT(notices_, ElementsAre(HasSubstr("no source describes PCI functions")));
+  EXPECT_EQ(counts(summary),
+            (std::map<std::string, std::string>{
+                {"Processor", "0/0/0/2"}, {"Memory", "0/0/0/32"}, {"EmbeddedDeviceFirmware", "0/0/0/1"}}));
+  EXPECT_NE(rows("PCIs", {"FunKey"}), "");
+}
+
+TEST_F(SourcesTest, WithoutNamesSaysSoAndUsesNumbers) {
+  sources_.pci_ids = "/nowhere/pci.ids";
+  ASSERT_TRUE(collect().ok());
+  EXPECT_THAT(notices_, ElementsAre("no names of PCI devices: /nowhere/pci.ids: No such file or directory"));
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "PCI device 10de:2235\n");
+}
+
+TEST_F(SourcesTest, RefusesACutOrForeignFileAndWritesNothing) {
+  const std::string dump = read_file(sources_.lspci);
+  const std::string tables = read_file(sources_.smbios);
+  const struct {
+    std::string lspci, smbios;
+    const char* error;
+  } kCases[] = {
+      {files_.write("a", dump.substr(0, dump.size() / 2)), sources_.smbios, "/a, line "},
+      {files_.write("b", tables), sources_.smbios, "/b, line 1: "},
+      {sources_.lspci, files_.write("c", tables.substr(0, tables.size() / 2)), "/c, offset 0x"},
+      {sources_.lspci, files_.write("d", dump), "/d, offset 0x0: no SMBIOS entry point"},
+      {"/nowhere/server.lspci", sources_.smbios, "/nowhere/server.lspci: No such file or directory"},
+      {sources_.lspci, files_.path().string(), "Is a directory"},
+  };
+  const auto before = stored_bytes();
+  for (const auto& [lspci, smbios, error] : kCases) {
+    sources_.lspci = lspci;
+    sources_.smbios = smbios;
+    const auto summary = collect();
+    EXPECT_THAT(summary.error, HasSubstr(error));
+    EXPECT_THAT(summary.tables, IsEmpty());
+    EXPECT_EQ(summary.error.find('\n'), std::string::npos);
+  }
+  EXPECT_TRUE(stored_bytes() == before);
+}
+
+// ---- Sources with nothing in them
+
+TEST_F(SourcesTest, WhereNoFunctionIsOrAnswersNoneIsToldOf) {
+  ASSERT_TRUE(collect().ok());
+  const std::string before = rows("PCIs", {"FunKey"}) + rows("PCIAdapter", {"PCIFuncKey", "CardName"});
+  std::filesystem::create_directories(files_.path() / "sys/bus/pci/devices");
+  const std::string tree = files_.path().string() + "/sys";
+  std::string silent = "00:00.0 ffff: ffff:ffff\n";
+  for (const char* offset : {"00", "10", "20", "30"}) {
+    silent += std::string(offset) + ":";
+    for (int i = 0; i < 16; ++i) silent += " ff";
+    silent += "\n";
+  }
+  const struct {
+    std::string lspci, sysfs, notice;
+  } kCases[] = {{"", tree, "no PCI functions in " + tree + "/bus/pci/devices: they are left as they are"},
+                {files_.write("silent", silent + "\n"), "", "/silent: they are left as they are"}};
+  for (const auto& [lspci, sysfs, notice] : kCases) {
+    sources_.lspci = lspci;
+    sources_.sysfs = sysfs;
+    ASSERT_TRUE(collect().ok());
+    EXPECT_THAT(notices_, testing::Contains(HasSubstr(notice)));
+    EXPECT_EQ(rows("PCIs", {"FunKey"}) + rows("PCIAdapter", {"PCIFuncKey", "CardName"}), before);
+  }
+  sources_.allow_empty = true;
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"FunKey"}) + rows("PCIAdapter", {"PCIFuncKey"}), "");
+}
+
+TEST_F(SourcesTest, SmbiosTablesWithoutAClassLeaveItAsItIs) {
+  ASSERT_TRUE(collect().ok());
+  // An entry point and a table of nothing but its end.
+  std::string tables("_SM3_\0\x18\x03\x03\0\x01\0\x06\0\0\0\x20\0\0\0\0\0\0\0", 24);
+  tables[5] = static_cast<char>(-checksum(as_bytes(tables)));
+  tables += std::string(8, '\0') + std::string("\x7f\x04\0\0\0\0", 6);
+  sources_.smbios = files_.write("nothing.smbios", tables);
+  const auto summary = collect();
+  ASSERT_TRUE(summary.ok()) << summary.error;
+  for (const auto& table : summary.tables) EXPECT_EQ(table.changed(), 0U) << table.table;
+  const std::string end = " in the SMBIOS tables: they are left as they are";
+  EXPECT_THAT(notices_,
+              ElementsAre("no processors" + end, "no memory positions" + end, "no firmware versions" + end));
+  EXPECT_EQ(rows("Processor", {"Socket"}), "CPU1\nCPU2\n");
+  EXPECT_EQ(rows("PCIs", {"SlotDesignation"}, "FunKey=9961472"), "PCIe Slot 4\n");
+
+  sources_.allow_empty = true;
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("Processor", {"Socket"}) + rows("Memory", {"SlotNo"}), "");
+}
+
+// ---- A sysfs tree
+
+TEST_F(SourcesTest, TakesVitalProductDataAndLinksFromSysfsBesideADump) {
+  const std::string function = "sys/bus/pci/devices/0000:17:00.0/";
+  files_.write(function + "vendor", "0x15b3\n");
+  files_.write(function + "device", "0x101d\n");
+  files_.write(function + "current_link_width", "8\n");
+  files_.write(function + "vpd", std::string("\x90\x0d\x00SN\x04"
+                                             "A\"'1PN\x03"
+                                             "P-1\x78",
+                                             17));
+  sources_.sysfs = files_.path().string() + "/sys";
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("VPDs", {"HardwareId", "HardwareTypeId", "SerialNo", "PartNo", "UUID"}),
+            "1507328|3|A\"'1|P-1|NULL\n");
+  EXPECT_EQ(rows("PCIs", {"LanesInUse"}, "FunKey=1507328"), "8\n");
+  EXPECT_EQ(rows("PCIs", {"LanesInUse"}, "FunKey=1507329"), "16\n") << "the dump's own";
+
+  files_.write(function + "vpd", "");
+  ASSERT_TRUE(collect().ok());
+  EXPECT_NE(rows("VPDs", {"SerialNo"}), "") << "there, but not readable now";
+
+  sources_.lspci = dump_without("17:00.0");
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("VPDs", {"SerialNo"}), "");
+}
+
+TEST_F(SourcesTest, ReadsSmbiosTablesOfASysfsTree) {
+  const std::string dump = read_file(sources_.smbios);
+  files_.write("sys/firmware/dmi/tables/smbios_entry_point", dump.substr(0, 24));
+  files_.write("sys/firmware/dmi/tables/DMI", dump.substr(32));
+  sources_ = {.lspci = sources_.lspci,
+              .smbios = "",
+              .sysfs = files_.path().string() + "/sys",
+              .pci_ids = sources_.pci_ids};
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("Processor", {"Socket"}), "CPU1\nCPU2\n");
+  EXPECT_EQ(rows("PCIs", {"SlotNo"}, "FunKey=9961472"), "4\n");
+}
+
+}  // namespace
+}  // namespace zymdb::collect
