@@ -19,8 +19,9 @@ namespace {
 
 // In the order of writing.
 constexpr Step kSteps[] = {
-    collect_processors,         collect_memory, collect_system_firmware, collect_functions, collect_adapters,
-    collect_vital_product_data, collect_gpus,   collect_ports,           collect_firmware,  collect_drives,
+    collect_system,   collect_processors,         collect_memory, collect_system_firmware, collect_functions,
+    collect_adapters, collect_vital_product_data, collect_gpus,   collect_ports,           collect_firmware,
+    collect_drives,
 };
 
 std::vector<RowMaker> read_sources(const Survey& survey) {

@@ -458,3 +458,22 @@ CREATE TABLE "SensorSlotMap" (
   "SlotNo"         INTEGER,
   "HealthStatusId" INTEGER
 );
+
+-- The machine as a whole, one row: our own table, which no operation of the library reads.
+CREATE TABLE "System" (
+  "_id"               INTEGER PRIMARY KEY,
+  "Manufacturer"      TEXT,
+  "Model"             TEXT,
+  "Version"           TEXT,
+  "SerialNo"          TEXT,
+  "UUID"              TEXT,
+  "SKU"               TEXT,
+  "Family"            TEXT,
+  "BoardManufacturer" TEXT,
+  "BoardModel"        TEXT,
+  "BoardVersion"      TEXT,
+  "BoardSerialNo"     TEXT,
+  "FirmwareVendor"    TEXT,
+  "FirmwareVersion"   TEXT,
+  "FirmwareDate"      TEXT
+);

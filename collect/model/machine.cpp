@@ -57,6 +57,7 @@ class MachineBuilder {
 
   Machine build() {
     if (findings_.smbios) {
+      machine_.systems = decode_system(*findings_.smbios);
       machine_.firmware = decode_firmware(*findings_.smbios);
       machine_.processors = decode_processors(*findings_.smbios);
       machine_.memory = decode_memory(*findings_.smbios);

@@ -13,6 +13,7 @@
 #include "collect/sources/smbios/smbios.h"
 #include "collect/sources/smbios/smbios_decode.h"
 #include "collect/sources/smbios/smbios_memory.h"
+#include "collect/sources/smbios/smbios_system.h"
 #include "collect/sources/sysfs/sysfs_pci.h"
 
 namespace zymdb::collect {
@@ -38,6 +39,7 @@ struct MachineFunction {
 struct Machine {
   std::optional<std::vector<MachineFunction>> functions;  // by key; nothing: not told
   std::vector<Slot> slots;
+  std::optional<std::vector<SmbiosSystem>> systems;        // one at most; nothing: not told
   std::optional<std::vector<SmbiosProcessor>> processors;  // nothing: not told
   std::optional<std::vector<SmbiosMemoryDevice>> memory;   // nothing: not told
   std::optional<std::vector<SmbiosFirmware>> firmware;     // of the system; nothing: not told

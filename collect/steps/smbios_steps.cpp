@@ -3,8 +3,15 @@
 #include "collect/rows/firmware_rows.h"
 #include "collect/rows/memory_rows.h"
 #include "collect/rows/processor_rows.h"
+#include "collect/rows/system_rows.h"
 
 namespace zymdb::collect {
+
+RowMaker collect_system(const Survey& survey) {
+  const auto& systems = survey.machine().systems;
+  if (!survey.is_told(systems, "system in the SMBIOS tables")) return {};
+  return always(system_rows(*systems));
+}
 
 RowMaker collect_processors(const Survey& survey) {
   const auto& processors = survey.machine().processors;

@@ -6,6 +6,7 @@
 
 namespace zymdb::collect {
 
+RowMaker collect_system(const Survey& survey);
 RowMaker collect_processors(const Survey& survey);
 RowMaker collect_memory(const Survey& survey);
 RowMaker collect_system_firmware(const Survey& survey);

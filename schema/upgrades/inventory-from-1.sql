@@ -25,3 +25,22 @@ DROP TABLE "FormerPCIAdapter";
 CREATE INDEX "PCIAdapterByPCIKey" ON "PCIAdapter" ("PCIKey");
 CREATE INDEX "PCIAdapterByPCIFuncKey" ON "PCIAdapter" ("PCIFuncKey");
 CREATE INDEX "PCIAdapterBySlot" ON "PCIAdapter" ("Location", "SlotNo");
+
+-- The machine as a whole, one row: our own table, which no operation of the library reads.
+CREATE TABLE "System" (
+  "_id"               INTEGER PRIMARY KEY,
+  "Manufacturer"      TEXT,
+  "Model"             TEXT,
+  "Version"           TEXT,
+  "SerialNo"          TEXT,
+  "UUID"              TEXT,
+  "SKU"               TEXT,
+  "Family"            TEXT,
+  "BoardManufacturer" TEXT,
+  "BoardModel"        TEXT,
+  "BoardVersion"      TEXT,
+  "BoardSerialNo"     TEXT,
+  "FirmwareVendor"    TEXT,
+  "FirmwareVersion"   TEXT,
+  "FirmwareDate"      TEXT
+);

@@ -20,7 +20,8 @@ TEST_F(CollectorTest, FillsTheInventoryWithTheExampleServer) {
   const auto summary = collect();
   ASSERT_TRUE(summary.ok()) << summary.error;
   EXPECT_THAT(notices_, IsEmpty());
-  EXPECT_EQ(counts(summary), (std::map<std::string, std::string>{{"Processor", "2/0/0/0"},
+  EXPECT_EQ(counts(summary), (std::map<std::string, std::string>{{"System", "1/0/0/0"},
+                                                                 {"Processor", "2/0/0/0"},
                                                                  {"Memory", "32/0/0/0"},
                                                                  {"EmbeddedDeviceFirmware", "1/0/0/0"},
                                                                  {"PCIs", "58/0/0/0"},
@@ -29,6 +30,17 @@ TEST_F(CollectorTest, FillsTheInventoryWithTheExampleServer) {
                                                                  {"VPDs", "0/0/0/0"},
                                                                  {"PCIGPU", "3/0/0/0"},
                                                                  {"PCIGPUChip", "3/0/0/0"}}));
+}
+
+TEST_F(CollectorTest, TellsTheMachineAsAWholeInOneRow) {
+  ASSERT_TRUE(collect().ok());
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("System", {"Manufacturer", "Model", "Version", "SerialNo", "UUID", "SKU", "Family"}),
+            "Example Systems|ES-2240 Two-Socket Server|A1|ES2240-000017|00112233-4455-6677-8899-aabbccddeeff|"
+            "ES-2240-24|ES\n");
+  EXPECT_EQ(rows("System", {"BoardManufacturer", "BoardModel", "BoardVersion", "BoardSerialNo",
+                            "FirmwareVendor", "FirmwareVersion", "FirmwareDate"}),
+            "Example Systems|ES-2240 System Board|02|ESB-000017|Example Firmware|1.20|03/14/2024\n");
 }
 
 TEST_F(CollectorTest, IsReadBackThroughTheLibrary) {

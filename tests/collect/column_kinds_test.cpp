@@ -47,9 +47,9 @@ class ColumnKinds : public InventoryTest {
     const Observer nobody;
     const Survey survey(sources, nobody);
     std::vector<TableContent> all;
-    for (const Step step :
-         {collect_processors, collect_memory, collect_system_firmware, collect_functions, collect_adapters,
-          collect_vital_product_data, collect_gpus, collect_ports, collect_firmware, collect_drives}) {
+    for (const Step step : {collect_system, collect_processors, collect_memory, collect_system_firmware,
+                            collect_functions, collect_adapters, collect_vital_product_data, collect_gpus,
+                            collect_ports, collect_firmware, collect_drives}) {
       for (auto& content : step(survey)(get_dmdb_handle())) all.push_back(std::move(content));
     }
     return all;

@@ -7,6 +7,7 @@
 
 #include "collect/machines.h"
 #include "collect/sources/smbios/smbios_decode.h"
+#include "collect/sources/smbios/smbios_system.h"
 #include "common/source_file.h"
 
 namespace zymdb::collect {
@@ -55,6 +56,14 @@ std::string dump32(const std::string& table) {
   set_checksum(entry, 4, 0, 31);
   entry.resize(32);
   return entry + table;
+}
+
+// The same with another version, 0x0205 for 2.5.
+std::string with_version(std::string dump32, unsigned version) {
+  dump32[6] = static_cast<char>(version >> 8);
+  dump32[7] = static_cast<char>(version);
+  set_checksum(dump32, 4, 0, 31);
+  return dump32;
 }
 
 std::string refusal(const std::string& bytes) {
@@ -234,6 +243,40 @@ TEST(SmbiosSlot, TakesOnesAndZerosForNoAddress) {
   EXPECT_FALSE(address_in_slot(0xFFFF, 0xFF, 0xFF));
   EXPECT_FALSE(address_in_slot(0, 0xFF, 0));
   EXPECT_FALSE(address_in_slot(0, 0, 0));
+}
+
+TEST(SmbiosSystem, HasItsUuidInTheOrderOfItsVersion) {
+  const std::string uuid("\x33\x22\x11\x00\x55\x44\x77\x66\x88\x99\xaa\xbb\xcc\xdd\xee\xff", 16);
+  const std::string dump = dump32(
+      structure(1, std::string("\1\2\0\0", 4) + uuid, std::string("Maker\0Model\0", 12)) + end_structure());
+  const struct {
+    unsigned version;
+    const char* uuid;
+  } kCases[] = {{0x0205, "33221100-5544-7766-8899-aabbccddeeff"},
+                {0x0206, "00112233-4455-6677-8899-aabbccddeeff"},
+                {0x0306, "00112233-4455-6677-8899-aabbccddeeff"}};
+  for (const auto& [version, expected] : kCases) {
+    const auto systems = decode_system(SmbiosTables::parse_dump(with_version(dump, version), "tables"));
+    ASSERT_EQ(systems.size(), 1U);
+    EXPECT_EQ(systems[0].uuid, expected);
+    EXPECT_EQ(systems[0].model, "Model");
+  }
+}
+
+TEST(SmbiosSystem, HasNoUuidWhereFirmwareHasNone) {
+  for (const char filler : {'\0', '\xff'}) {
+    const auto tables = SmbiosTables::parse_dump(
+        dump64(structure(1, std::string(4, '\0') + std::string(16, filler)) + end_structure()), "tables");
+    EXPECT_EQ(decode_system(tables).at(0).uuid, std::nullopt);
+  }
+  const auto short_one =
+      SmbiosTables::parse_dump(dump64(structure(1, std::string(12, '\1')) + end_structure()), "t");
+  EXPECT_EQ(decode_system(short_one).at(0).uuid, std::nullopt);
+}
+
+TEST(SmbiosSystem, IsNothingWhereNoStructureTellsOfIt) {
+  const auto tables = SmbiosTables::parse_dump(dump64(structure(11, "\x01") + end_structure()), "tables");
+  EXPECT_TRUE(decode_system(tables).empty());
 }
 
 }  // namespace

@@ -34,9 +34,10 @@ TEST_F(SourcesTest, WithoutPciFunctionsKeepsThem) {
   sources_.lspci.clear();
   const auto summary = collect();
   EXPECT_THAT(notices_, ElementsAre(HasSubstr("no source describes PCI functions")));
-  EXPECT_EQ(counts(summary),
-            (std::map<std::string, std::string>{
-                {"Processor", "0/0/0/2"}, {"Memory", "0/0/0/32"}, {"EmbeddedDeviceFirmware", "0/0/0/1"}}));
+  EXPECT_EQ(counts(summary), (std::map<std::string, std::string>{{"System", "0/0/0/1"},
+                                                                 {"Processor", "0/0/0/2"},
+                                                                 {"Memory", "0/0/0/32"},
+                                                                 {"EmbeddedDeviceFirmware", "0/0/0/1"}}));
   EXPECT_NE(rows("PCIs", {"FunKey"}), "");
 }
 

@@ -20,6 +20,12 @@ bool is_valid(Bytes entry, size_t least) {
   return entry.size() >= least && checksum(entry) == 0;
 }
 
+// A byte with the major version, and one with the minor.
+unsigned version_at(Bytes entry, size_t offset) {
+  const auto byte = [&](size_t at) { return little_endian<uint8_t>(entry, at).value_or(0); };
+  return static_cast<unsigned>(byte(offset) << 8 | byte(offset + 1));
+}
+
 // Walks the structures of a table of known bounds.
 class Walk {
  public:
@@ -75,6 +81,7 @@ struct SmbiosTables::EntryPoint {
   uint64_t address;  // of the table; in a dump its offset in the file
   size_t size;       // of the table; in the 64-bit form at most that
   bool size_is_exact;
+  unsigned version;
 };
 
 SmbiosTables::EntryPoint SmbiosTables::parse_entry_point(Bytes bytes, std::string_view name) {
@@ -84,7 +91,7 @@ SmbiosTables::EntryPoint SmbiosTables::parse_entry_point(Bytes bytes, std::strin
     if (!is_valid(entry, kEntry64Size))
       throw SourceError::at_offset(name, 0, "a damaged SMBIOS 3 entry point");
     return {little_endian<uint64_t>(entry, 0x10).value_or(0),
-            little_endian<uint32_t>(entry, 0x0c).value_or(0), false};
+            little_endian<uint32_t>(entry, 0x0c).value_or(0), false, version_at(entry, 0x07)};
   }
   if (!text.starts_with(kAnchor32)) throw SourceError::at_offset(name, 0, "no SMBIOS entry point");
   const Bytes entry =
@@ -95,12 +102,12 @@ SmbiosTables::EntryPoint SmbiosTables::parse_entry_point(Bytes bytes, std::strin
     throw SourceError::at_offset(name, 0, "a damaged SMBIOS 2 entry point");
   }
   return {little_endian<uint32_t>(entry, 0x18).value_or(0), little_endian<uint16_t>(entry, 0x16).value_or(0),
-          true};
+          true, version_at(entry, 0x06)};
 }
 
 SmbiosTables::SmbiosTables(std::string_view bytes, size_t offset, const EntryPoint& entry,
                            std::string_view name)
-    : bytes_(bytes.begin(), bytes.end()) {
+    : bytes_(bytes.begin(), bytes.end()), version_(entry.version) {
   if (offset >= bytes_.size())
     throw SourceError::at_offset(name, bytes_.size(), "the file ends before its table");
   const Bytes table = slice(bytes_, offset, entry.size);

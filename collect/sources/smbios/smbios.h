@@ -54,6 +54,9 @@ class SmbiosTables {
 
   const std::vector<SmbiosStructure>& structures() const { return structures_; }
 
+  // Of SMBIOS, as the entry point states it: 0x0306 is 3.6.
+  unsigned version() const { return version_; }
+
  private:
   struct EntryPoint;
   static EntryPoint parse_entry_point(Bytes bytes, std::string_view name);
@@ -62,6 +65,7 @@ class SmbiosTables {
 
   std::vector<uint8_t> bytes_;  // structures_ point into it; stays in place when the object is moved
   std::vector<SmbiosStructure> structures_;
+  unsigned version_;
 };
 
 }  // namespace zymdb::collect

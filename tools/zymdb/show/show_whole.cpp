@@ -4,6 +4,7 @@
 #include "records/pci.h"
 #include "records/pci_settings.h"
 #include "records/storage.h"
+#include "records/system.h"
 #include "show/listing.h"
 #include "show/listings.h"
 
@@ -17,6 +18,9 @@ struct WholeListing {
 
 std::vector<WholeListing> whole_listings() {
   return {
+      {records::system(),
+       "  zymdb show system\n"
+       "  zymdb show system --json | jq -r '.system[].UUID'"},
       {records::processors(),
        "  zymdb show processors\n"
        "  zymdb show processors --columns SOCKET,VERSION,CORES,THREADS --no-headings\n"
