@@ -132,7 +132,7 @@ std::string changed_terms(const Setting& like) {
 
 std::string update_of_all_columns() {
   std::string sql = "UPDATE PCISetting SET ";
-  for (const zymdb::Column& column : zymdb::kWrittenColumns) sql.append(column.name).append("=?,");
+  for (const zymdb::Column& column : zymdb::kWrittenColumns.table) sql.append(column.name).append("=?,");
   sql.pop_back();
   return sql + " WHERE _id=?";
 }
@@ -196,7 +196,7 @@ void add_settings() {
               [=](Statements& raw, int turn) {
                 const Setting& setting = change(turn);
                 const int64_t id = locate_setting(raw, setting);
-                const int last = bind_setting(raw[1], 1, zymdb::kWrittenColumns, setting, true);
+                const int last = bind_setting(raw[1], 1, zymdb::kWrittenColumns.table, setting, true);
                 sqlite3_bind_int64(raw[1], last, id);
                 const bool is_written = sqlite3_step(raw[1]) == SQLITE_DONE;
                 sqlite3_reset(raw[1]);

@@ -7,7 +7,7 @@
 
 namespace zymdb {
 
-inline constexpr Column kMemoryColumns[] = {
+inline constexpr auto kMemoryColumns = columns_of<_ZYMDB_Memory>({
     ZYMDB_FIELD(_ZYMDB_Memory, _id),
     ZYMDB_FIELD(_ZYMDB_Memory, ArrayId),
     ZYMDB_FIELD(_ZYMDB_Memory, SlotNo),
@@ -52,7 +52,7 @@ inline constexpr Column kMemoryColumns[] = {
     ZYMDB_FIELD(_ZYMDB_Memory, MajorHealth),
     ZYMDB_FIELD(_ZYMDB_Memory, MinorHealth),
     ZYMDB_FIELD(_ZYMDB_Memory, RepairStatus),
-};
+});
 
 }  // namespace zymdb
 

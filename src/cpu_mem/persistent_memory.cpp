@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <span>
 
 #include "cpu_mem/memory_columns.h"
 #include "cpu_mem/row_ids.h"
@@ -16,12 +15,14 @@ constexpr uint32_t kNonVolatile = 0x1000;
 
 constexpr int kSecurityMode = 2;
 constexpr int kSmartMode = 8;
-constexpr auto kSecurityColumns = in_order(kMemoryColumns, {"SecurityState", "InfoMask"});
+constexpr auto kSecurityColumns =
+    written(in_order(kMemoryColumns, {"SecurityState", "InfoMask"}), Puts::kWide);
 constexpr auto kSmartColumns =
-    in_order(kMemoryColumns, {"RemainingLife", "HealthStatus", "AlarmTrips", "LDShutdownCount",
-                              "AITDRAMStatus", "HealthStatusReason", "LLShutdownStatus", "InfoMask"});
+    written(in_order(kMemoryColumns, {"RemainingLife", "HealthStatus", "AlarmTrips", "LDShutdownCount",
+                                      "AITDRAMStatus", "HealthStatusReason", "LLShutdownStatus", "InfoMask"}),
+            Puts::kWide);
 
-std::span<const Column> columns_of(int mode) {
+WrittenColumns<_ZYMDB_Memory> columns_for(int mode) {
   if (mode == kSecurityMode) return kSecurityColumns;
   if (mode == kSmartMode) return kSmartColumns;
   return {};
@@ -73,7 +74,7 @@ int zymdb_update_dcpmm_smart_info(const _ZYMDB_Memory* mem, int mode) {
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
 
   values.clear();
-  values.put_columns(columns_of(mode), mem);
+  values.put_columns(columns_for(mode), mem);
   return values.update("Memory", Filter<32>("_id=%u", mem->_id));
 }
 

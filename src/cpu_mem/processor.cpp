@@ -9,7 +9,7 @@ namespace {
 
 using Record = _ZYMDB_Processor;
 
-constexpr Column kProcessorColumns[] = {
+constexpr auto kProcessorColumns = columns_of<Record>({
     ZYMDB_FIELD(Record, _id),
     ZYMDB_FIELD(Record, ProcId),
     ZYMDB_FIELD(Record, ProcType),
@@ -43,7 +43,7 @@ constexpr Column kProcessorColumns[] = {
     ZYMDB_FIELD(Record, L3CacheType),
     ZYMDB_FIELD(Record, L3CacheConfig),
     ZYMDB_FIELD(Record, NodeIndex),
-};
+});
 
 constexpr unsigned kAmdPlatform = 1u << 15;
 

@@ -2,21 +2,17 @@
 
 #include <strings.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 namespace zymdb {
 namespace {
 
-constexpr size_t kMaxColumns = 48;
-
 int run(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter,
         const _zym_db_param_t* params, int nparams, zym_db_result_t** result) {
   const char* names[kMaxColumns];
   int count = 0;
-  for (const Column& column : columns.first(std::min(columns.size(), kMaxColumns)))
-    names[count++] = column.name;
+  for (const Column& column : columns) names[count++] = column.name;
   return zym_db_query(handle, table, names, count, filter, params, nparams, 0, result);
 }
 
@@ -60,12 +56,9 @@ Query::Query(_zym_db_handle_t* handle, const char* table, Names columns, const c
     : status_(zym_db_query(handle, table, columns.begin(), static_cast<int>(columns.size()), filter, &param,
                            1, 0, &result_)) {}
 
-Query::Query(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter)
-    : status_(run(handle, table, columns, filter, nullptr, 0, &result_)) {}
-
 Query::Query(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter,
-             const _zym_db_param_t& param)
-    : status_(run(handle, table, columns, filter, &param, 1, &result_)) {}
+             const _zym_db_param_t* params, int nparams)
+    : status_(run(handle, table, columns, filter, params, nparams, &result_)) {}
 
 Query::Query(_zym_db_handle_t* handle, const char* table, AllColumns, const char* filter,
              const _zym_db_param_t* param)
@@ -89,26 +82,54 @@ int Query::read_number_in_text(int column, unsigned long& number) {
   return ZYM_DB_STATUS_OK;
 }
 
-void Query::read_columns(std::span<const Column> columns, void* record, int first) {
-  int index = first;
-  for (const Column& column : columns) {
-    char* const field = static_cast<char*>(record) + column.offset;
-    if (column.reading == Reading::kText) {
-      field[0] = '\0';
-      read_text(index, field, column.size);
-    } else if (column.reading == Reading::kNumberInText) {
-      read_number<unsigned long>(column, field,
-                                 [&](unsigned long* value) { return read_number_in_text(index, *value); });
-    } else if (column.reading == Reading::kNumber && column.size == sizeof(uint64_t)) {
-      read_number<uint64_t>(column, field, [&](uint64_t* value) { return read(index, *value); });
-    } else if (column.reading == Reading::kNumber) {
-      read_number<uint32_t>(column, field, [&](uint32_t* value) { return read(index, *value); });
-    }
-    ++index;
+template <class Number>
+int Query::read_whole(int column, void* field) {
+  Number number = 0;
+  const int status = read(column, number);
+  if (status == ZYM_DB_STATUS_OK) std::memcpy(field, &number, sizeof number);
+  return status;
+}
+
+int Query::read_required(const Column& column, int index, char* field) {
+  if (column.reading == Reading::kText) return read_text(index, field, column.size);
+  switch (column.size) {
+    case sizeof(uint8_t):
+      return read_whole<uint8_t>(index, field);
+    case sizeof(uint16_t):
+      return read_whole<uint16_t>(index, field);
+    case sizeof(uint32_t):
+      return read_whole<uint32_t>(index, field);
+    default:
+      return read_whole<uint64_t>(index, field);
   }
 }
 
-void Query::read_columns_by_name(std::span<const Column> columns, void* record) {
+void Query::read_optional(const Column& column, int index, char* field) {
+  if (column.reading == Reading::kText) {
+    field[0] = '\0';
+    read_text(index, field, column.size);
+  } else if (column.reading == Reading::kNumberInText) {
+    read_number<unsigned long>(column, field,
+                               [&](unsigned long* value) { return read_number_in_text(index, *value); });
+  } else if (column.size == sizeof(uint64_t)) {
+    read_number<uint64_t>(column, field, [&](uint64_t* value) { return read(index, *value); });
+  } else {
+    read_number<uint32_t>(column, field, [&](uint32_t* value) { return read(index, *value); });
+  }
+}
+
+bool Query::read_fields(std::span<const Column> columns, void* record, int first) {
+  int index = first;
+  for (const Column& column : columns) {
+    char* const field = static_cast<char*>(record) + column.offset;
+    if (column.is_required && read_required(column, index, field) != ZYM_DB_STATUS_OK) return false;
+    if (!column.is_required && column.reading != Reading::kOwn) read_optional(column, index, field);
+    ++index;
+  }
+  return true;
+}
+
+void Query::read_fields_by_name(std::span<const Column> columns, void* record) {
   for (const Column& column : columns) {
     char* const field = static_cast<char*>(record) + column.offset;
     if (column.reading == Reading::kText) {

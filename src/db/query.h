@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <span>
+#include <type_traits>
 
 #include "controller/database_client.h"
 #include "db/column.h"
@@ -31,9 +32,18 @@ class Query {
   Query(_zym_db_handle_t* handle, const char* table, Names columns, const char* filter);
   Query(_zym_db_handle_t* handle, const char* table, Names columns, const char* filter,
         const _zym_db_param_t& param);
-  Query(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter);
-  Query(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter,
-        const _zym_db_param_t& param);
+
+  // Selects the columns of a table of them.
+  template <class Record, size_t N>
+  requires(N <= kMaxColumns) Query(_zym_db_handle_t* handle, const char* table,
+                                   const ColumnTable<Record, N>& columns, const char* filter)
+      : Query(handle, table, columns.columns, filter, nullptr, 0) {}
+  template <class Record, size_t N>
+  requires(N <= kMaxColumns)
+      Query(_zym_db_handle_t* handle, const char* table, const ColumnTable<Record, N>& columns,
+            const char* filter, const _zym_db_param_t& param)
+      : Query(handle, table, columns.columns, filter, &param, 1) {}
+
   Query(_zym_db_handle_t* handle, const char* table, AllColumns, const char* filter,
         const _zym_db_param_t* param);
 
@@ -83,12 +93,31 @@ class Query {
   // A number stored as text, in any base that strtoul detects. Leaves `number` as it was when unreadable.
   int read_number_in_text(int column, unsigned long& number);
 
-  // Fills the fields of `record` from the current row: by the columns' positions from `first` on, each text
-  // emptied before it is read, or by their names, where an unreadable text is what the client leaves.
-  void read_columns(std::span<const Column> columns, void* record, int first = 0);
-  void read_columns_by_name(std::span<const Column> columns, void* record);
+  // Fills the fields of `record` from the current row, by the columns' positions from `first` on. Each text
+  // is emptied before it is read. False once a required column cannot be read: its field and what follows it
+  // stay as they were.
+  template <class Record>
+  bool read_columns(std::type_identity_t<Columns<Record>> columns, Record* record, int first = 0) {
+    return read_fields(columns.all(), record, first);
+  }
+
+  // By the columns' names. An unreadable text is what the client leaves.
+  template <class Record>
+  void read_columns_by_name(std::type_identity_t<Columns<Record>> columns, Record* record) {
+    read_fields_by_name(columns.all(), record);
+  }
 
  private:
+  Query(_zym_db_handle_t* handle, const char* table, std::span<const Column> columns, const char* filter,
+        const _zym_db_param_t* params, int nparams);
+
+  template <class Number>
+  int read_whole(int column, void* field);
+  int read_required(const Column& column, int index, char* field);
+  void read_optional(const Column& column, int index, char* field);
+  bool read_fields(std::span<const Column> columns, void* record, int first);
+  void read_fields_by_name(std::span<const Column> columns, void* record);
+
   zym_db_result_t* result_ = nullptr;
   int status_;
 };

@@ -28,19 +28,36 @@ void Values::put_or_null(const char* column, const char* text) {
   note(put_text_value(values_, column, reinterpret_cast<unsigned char*>(const_cast<char*>(text))));
 }
 
-void Values::put_columns(std::span<const Column> columns, const void* record) {
+void Values::put_text_field(const Column& column, Puts puts, const char* field) {
+  if (puts == Puts::kWideOrNull)
+    put_or_null(column.name, field);
+  else
+    put(column.name, field);
+}
+
+void Values::put_number_field(const Column& column, Puts puts, const char* field) {
+  const bool is_wide = puts != Puts::kAsFields;
+  if (column.is_signed)
+    put(column.name, number_at<int32_t>(field));
+  else if (column.size == sizeof(uint8_t) && is_wide)
+    put(column.name, uint32_t{number_at<uint8_t>(field)});
+  else if (column.size == sizeof(uint8_t))
+    put(column.name, number_at<uint8_t>(field));
+  else if (column.size == sizeof(uint16_t) && is_wide)
+    put(column.name, uint32_t{number_at<uint16_t>(field)});
+  else if (column.size == sizeof(uint16_t))
+    put(column.name, number_at<uint16_t>(field));
+  else
+    put(column.name, number_at<uint32_t>(field));
+}
+
+void Values::put_fields(std::span<const Column> columns, Puts puts, const void* record) {
   for (const Column& column : columns) {
     const char* const field = static_cast<const char*>(record) + column.offset;
     if (column.reading == Reading::kText)
-      put_or_null(column.name, field);
-    else if (column.is_signed)
-      put(column.name, number_at<int32_t>(field));
-    else if (column.size == sizeof(uint8_t))
-      put(column.name, uint32_t{number_at<uint8_t>(field)});
-    else if (column.size == sizeof(uint16_t))
-      put(column.name, uint32_t{number_at<uint16_t>(field)});
+      put_text_field(column, puts, field);
     else
-      put(column.name, number_at<uint32_t>(field));
+      put_number_field(column, puts, field);
   }
 }
 

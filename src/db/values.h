@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <type_traits>
 
 #include "controller/database_client.h"
 #include "db/column.h"
@@ -36,8 +37,11 @@ class Values {
   // An empty text is stored as NULL.
   void put_or_null(const char* column, const char* text);
 
-  // The fields of `record`: numbers 32 bits wide, whatever the field's width; empty texts as NULL.
-  void put_columns(std::span<const Column> columns, const void* record);
+  // The fields of `record`, as the table says how.
+  template <class Record>
+  void put_columns(std::type_identity_t<WrittenColumns<Record>> columns, const Record* record) {
+    put_fields(columns.all(), columns.puts(), record);
+  }
 
   int insert(const char* table);
   int update(const char* table, const char* filter);
@@ -46,6 +50,10 @@ class Values {
   int64_t insert_or_update(const char* table, const char* where, const char* filter);
 
  private:
+  void put_fields(std::span<const Column> columns, Puts puts, const void* record);
+  void put_text_field(const Column& column, Puts puts, const char* field);
+  void put_number_field(const Column& column, Puts puts, const char* field);
+
   void note(int status) {
     if (status_ == ZYM_DB_STATUS_OK) status_ = status;
   }

@@ -16,12 +16,23 @@ namespace {
 
 using Record = _ZYMDB_PCI_Firmware;
 
-constexpr Column kFirmwareColumns[] = {
-    ZYMDB_FIELD(Record, FirmwareName), ZYMDB_FIELD(Record, VersionString),
-    ZYMDB_FIELD(Record, Description),  ZYMDB_FIELD(Record, ReleaseDate),
-    ZYMDB_FIELD(Record, Manufacture),  ZYMDB_NUMBER_IN_TEXT("Classification", Record, Classification, 0),
+constexpr auto kFirmwareColumns = columns_of<Record>({
+    ZYMDB_FIELD(Record, FirmwareName),
+    ZYMDB_FIELD(Record, VersionString),
+    ZYMDB_FIELD(Record, Description),
+    ZYMDB_FIELD(Record, ReleaseDate),
+    ZYMDB_FIELD(Record, Manufacture),
+    ZYMDB_NUMBER_IN_TEXT("Classification", Record, Classification, 0),
     ZYMDB_FIELD(Record, SoftwareID),
-};
+});
+
+// Of a component that is there already only its date and version change.
+constexpr auto kRefreshedColumns =
+    written(in_order(kFirmwareColumns, {"ReleaseDate", "VersionString"}), Puts::kWide);
+constexpr auto kWrittenColumns =
+    written(in_order(kFirmwareColumns, {"FirmwareName", "VersionString", "Description", "ReleaseDate",
+                                        "Classification", "Manufacture", "SoftwareID"}),
+            Puts::kWide);
 
 constexpr uint32_t kPciHardware = ZYMDB_HARDWARE_PCI;
 
@@ -41,10 +52,8 @@ void terminate_texts(Record& record) {
   record.SoftwareID[sizeof record.SoftwareID - 1] = '\0';
 }
 
-// Of a component that is there already only its date and version change.
 int refresh(Values& values, const Record& record, const char* filter) {
-  values.put("ReleaseDate", record.ReleaseDate);
-  values.put("VersionString", record.VersionString);
+  values.put_columns(kRefreshedColumns, &record);
   return values.update("Firmwares", filter);
 }
 
@@ -134,13 +143,7 @@ int zymdb_insert_or_update_firmware_info(unsigned int hardwareId, const _ZYMDB_P
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
 
   values.clear();
-  values.put("FirmwareName", rec->FirmwareName);
-  values.put("VersionString", rec->VersionString);
-  values.put("Description", rec->Description);
-  values.put("ReleaseDate", rec->ReleaseDate);
-  values.put("Classification", uint32_t{rec->Classification});
-  values.put("Manufacture", rec->Manufacture);
-  values.put("SoftwareID", rec->SoftwareID);
+  values.put_columns(kWrittenColumns, rec);
   values.put("HardwareId", uint32_t{hardwareId});
   values.put("HardwareTypeId", kPciHardware);
 

@@ -12,6 +12,13 @@ namespace {
 
 using Event = _ZYMDB_DPU_Event;
 
+constexpr auto kEventColumns = columns_of<Event>({
+    ZYMDB_REQUIRED_COLUMN("_id", Event, Id),
+    ZYMDB_REQUIRED(Event, GenID),
+    ZYMDB_REQUIRED(Event, Message),
+    ZYMDB_REQUIRED(Event, Timestamp),
+});
+
 constexpr uint32_t kMostEvents = 256;
 
 // What the log of a slot holds.
@@ -45,13 +52,10 @@ struct Terminated {
   char text[N + 1] = {};
 };
 
+// A partly readable event is none: its place in the list stays as it is.
 bool read_event(Query& query, Event& event) {
   Event read{};
-  if (query.read(0, read.Id) != ZYM_DB_STATUS_OK ||
-      query.read_text(1, read.GenID, sizeof read.GenID) != ZYM_DB_STATUS_OK ||
-      query.read_text(2, read.Message, sizeof read.Message) != ZYM_DB_STATUS_OK ||
-      query.read(3, read.Timestamp) != ZYM_DB_STATUS_OK)
-    return false;
+  if (!query.read_columns(kEventColumns, &read)) return false;
   event = read;
   return true;
 }
@@ -84,7 +88,7 @@ int dpu_get_log_by_slot(int slot, _ZYMDB_DPU_Event_List* out) {
   _zym_db_handle_t* const handle = get_dmdb_handle();
   if (handle == nullptr) return ZYM_DB_STATUS_NO_DB;
 
-  Query query(handle, "DPUEvents", {"_id", "GenID", "Message", "Timestamp"}, Filter<16>("Slot=%d", slot));
+  Query query(handle, "DPUEvents", kEventColumns, Filter<16>("Slot=%d", slot));
   if (!query.has_result()) return fail_list(out, query.status());
   const unsigned rows = query.row_count();
   CallerArray<Event> events = allocate_zeroed_array<Event>(rows);

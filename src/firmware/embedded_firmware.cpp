@@ -9,11 +9,19 @@ namespace {
 
 using Record = _ZYMDB_Embedded_Firmware;
 
-constexpr Column kEmbeddedColumns[] = {
-    ZYMDB_FIELD(Record, DeviceName), ZYMDB_FIELD(Record, DeviceIndex), ZYMDB_FIELD(Record, StructRev),
-    ZYMDB_FIELD(Record, Version),    ZYMDB_FIELD(Record, SoftwareID),  ZYMDB_FIELD(Record, Class),
-    ZYMDB_FIELD(Record, Category),   ZYMDB_FIELD(Record, SubCategory), ZYMDB_FIELD(Record, Checksum),
-};
+constexpr auto kEmbeddedColumns = columns_of<Record>({
+    ZYMDB_FIELD(Record, DeviceName),
+    ZYMDB_FIELD(Record, DeviceIndex),
+    ZYMDB_FIELD(Record, StructRev),
+    ZYMDB_FIELD(Record, Version),
+    ZYMDB_FIELD(Record, SoftwareID),
+    ZYMDB_FIELD(Record, Class),
+    ZYMDB_FIELD(Record, Category),
+    ZYMDB_FIELD(Record, SubCategory),
+    ZYMDB_FIELD(Record, Checksum),
+});
+
+constexpr auto kWrittenColumns = written(kEmbeddedColumns, Puts::kWideOrNull);
 
 // The row of this id where any column differs.
 Filter<512> filter_of_change(int64_t id, const Record& record) {
@@ -46,7 +54,7 @@ int zymdb_insert_or_update_embedded_firmware_info(const _ZYMDB_Embedded_Firmware
   Values values(handle);
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
 
-  values.put_columns(kEmbeddedColumns, rec);
+  values.put_columns(kWrittenColumns, rec);
   const Filter<256> filter("SoftwareID='%s' AND DeviceIndex=%d", rec->SoftwareID, rec->DeviceIndex);
   const int64_t id = find_db_record(handle, "EmbeddedDeviceFirmware", filter);
   if (id < 0) log_if_cut(filter);

@@ -3,6 +3,7 @@
 #include "db/rows.h"
 #include "db/system_log.h"
 #include "db/values.h"
+#include "firmware/pldm_columns.h"
 #include "firmware/pldm_list.h"
 
 using namespace zymdb;
@@ -12,6 +13,18 @@ namespace {
 using Record = _ZYMDB_PLDM_Firmware;
 
 constexpr int32_t kNotPending = ZYMDB_PLDM_NOT_PENDING;
+
+constexpr auto kUpdateStateColumns =
+    written(in_order(kPldmColumns, {"VersionString", "PendingVersionString", "PkgVersionString",
+                                    "ReleaseDate", "PendingReleaseDate", "UpdateErrString", "UpdateSupport",
+                                    "UpdateMethod", "UpdateAuxInfo", "Updated", "UpdateErrCode", "Status"}),
+            Puts::kWide);
+
+// What a discovery tells, behind the device and its identifiers.
+constexpr auto kDiscoveredColumns =
+    written(in_order(kPldmColumns, {"Location", "SlotNo", "Manufacture", "SoftwareID", "VersionString",
+                                    "ReleaseDate", "UpdateSupport"}),
+            Puts::kWide);
 
 // The component of the slot, narrowed to a PCI device where one is given.
 Filter<512> filter_of_slot(int location, int slot, int bus, int device) {
@@ -29,21 +42,6 @@ void terminate_texts(Record& record) {
   record.ReleaseDate[sizeof record.ReleaseDate - 1] = '\0';
   record.PendingReleaseDate[sizeof record.PendingReleaseDate - 1] = '\0';
   record.UpdateErrString[sizeof record.UpdateErrString - 1] = '\0';
-}
-
-void put_update_state(Values& values, const Record& record) {
-  values.put("VersionString", record.VersionString);
-  values.put("PendingVersionString", record.PendingVersionString);
-  values.put("PkgVersionString", record.PkgVersionString);
-  values.put("ReleaseDate", record.ReleaseDate);
-  values.put("PendingReleaseDate", record.PendingReleaseDate);
-  values.put("UpdateErrString", record.UpdateErrString);
-  values.put("UpdateSupport", uint32_t{record.UpdateSupport});
-  values.put("UpdateMethod", uint32_t{record.UpdateMethod});
-  values.put("UpdateAuxInfo", uint32_t{record.UpdateAuxInfo});
-  values.put("Updated", uint32_t{record.Updated});
-  values.put("UpdateErrCode", uint32_t{record.UpdateErrCode});
-  values.put("Status", record.Status);
 }
 
 template <size_t N>
@@ -86,7 +84,7 @@ int zymdb_update_pldm_firmware(unsigned int location, unsigned int slotNo, _ZYMD
 
   terminate_texts(*rec);
   values.clear();
-  put_update_state(values, *rec);
+  values.put_columns(kUpdateStateColumns, rec);
   const Filter<64> filter("Location=%d AND SlotNo=%d AND SoftwareID=\"%s\"", rec->Location, rec->SlotNo,
                           rec->SoftwareID);
   const int status = values.update("PldmDeviceFirmware", filter);
@@ -130,13 +128,7 @@ int zymdb_insert_or_update_pldm_firmware(unsigned int vendorId, unsigned int dev
   values.put("SubVendorId", uint32_t{subVendorId});
   values.put("DeviceId", uint32_t{deviceId});
   values.put("SubDeviceId", uint32_t{subDeviceId});
-  values.put("Location", uint32_t{rec->Location});
-  values.put("SlotNo", uint32_t{rec->SlotNo});
-  values.put("Manufacture", rec->Manufacture);
-  values.put("SoftwareID", rec->SoftwareID);
-  values.put("VersionString", rec->VersionString);
-  values.put("ReleaseDate", rec->ReleaseDate);
-  values.put("UpdateSupport", uint32_t{rec->UpdateSupport});
+  values.put_columns(kDiscoveredColumns, rec);
 
   const Filter<64> where("DeviceType=%u AND SlotNo=%u AND Location=%u", rec->DeviceType, rec->SlotNo,
                          rec->Location);

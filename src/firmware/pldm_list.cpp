@@ -3,36 +3,13 @@
 #include "db/known_devices.h"
 #include "db/query.h"
 #include "db/rows.h"
+#include "firmware/pldm_columns.h"
 
 using namespace zymdb;
 
 namespace {
 
 using Record = _ZYMDB_PLDM_Firmware;
-
-constexpr Column kPldmColumns[] = {
-    ZYMDB_FIELD(Record, DeviceName),
-    // A device whose type is missing is of the unknown type.
-    ZYMDB_COLUMN("DeviceType", Record, DeviceType, 23),
-    ZYMDB_FIELD(Record, PCIKey),
-    ZYMDB_FIELD(Record, PCIFuncKey),
-    ZYMDB_FIELD(Record, Location),
-    ZYMDB_FIELD(Record, SlotNo),
-    ZYMDB_FIELD(Record, Manufacture),
-    ZYMDB_FIELD(Record, SoftwareID),
-    ZYMDB_FIELD(Record, VersionString),
-    ZYMDB_FIELD(Record, PendingVersionString),
-    ZYMDB_FIELD(Record, PkgVersionString),
-    ZYMDB_FIELD(Record, ReleaseDate),
-    ZYMDB_FIELD(Record, PendingReleaseDate),
-    ZYMDB_FIELD(Record, UpdateSupport),
-    ZYMDB_FIELD(Record, UpdateMethod),
-    ZYMDB_FIELD(Record, UpdateAuxInfo),
-    ZYMDB_FIELD(Record, Updated),
-    ZYMDB_FIELD(Record, UpdateErrCode),
-    ZYMDB_FIELD(Record, UpdateErrString),
-    ZYMDB_FIELD(Record, Status),
-};
 
 }  // namespace
 

@@ -9,11 +9,16 @@ namespace {
 
 using Record = _ZYMDB_PCI_PortLinkState;
 
-constexpr Column kStateColumns[] = {
-    ZYMDB_OWN_COLUMN("Idx"),     ZYMDB_FIELD(Record, LinkStatus), ZYMDB_FIELD(Record, LinkSpeed),
-    ZYMDB_FIELD(Record, TxUtil), ZYMDB_FIELD(Record, RxUtil),
-};
-constexpr int kIdx = 0;
+constexpr auto kStateColumns = columns_of<Record>({
+    ZYMDB_OWN_COLUMN("Idx"),
+    ZYMDB_FIELD(Record, LinkStatus),
+    ZYMDB_FIELD(Record, LinkSpeed),
+    ZYMDB_FIELD(Record, TxUtil),
+    ZYMDB_FIELD(Record, RxUtil),
+});
+constexpr int kIdx = kStateColumns.place_of("Idx");
+constexpr auto kWrittenColumns =
+    written(in_order(kStateColumns, {"LinkStatus", "LinkSpeed", "TxUtil", "RxUtil"}), Puts::kWide);
 
 constexpr int kOnlyPort = -1;
 
@@ -77,10 +82,7 @@ int zymdb_set_network_physical_port_link_state(unsigned int funKey, const _ZYMDB
     ruvo_log::logErr("zymdb_set_network_physical_port_state, ZYM_DB_STATUS_NO_MEMORY");
     return ZYM_DB_STATUS_NO_MEMORY;
   }
-  values.put("LinkStatus", state->LinkStatus);
-  values.put("LinkSpeed", state->LinkSpeed);
-  values.put("TxUtil", state->TxUtil);
-  values.put("RxUtil", state->RxUtil);
+  values.put_columns(kWrittenColumns, state);
   const Filter<128> filter = state_of(funKey, portIndex);
   const int status = values.update("PCIPhysicalPortStat", filter);
   if (status != ZYM_DB_STATUS_OK) log_failed_write(filter, *state, status);

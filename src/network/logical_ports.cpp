@@ -42,7 +42,7 @@ constexpr CodeText kRoles[] = {
     {4, "Both Initiator and Target"},
 };
 
-constexpr Column kPortColumns[] = {
+constexpr auto kPortColumns = columns_of<Record>({
     ZYMDB_FIELD(Record, MaxDataSize),
     ZYMDB_FIELD(Record, PermanentAddress),
     ZYMDB_FIELD(Record, NetworkAddresses),
@@ -60,8 +60,8 @@ constexpr Column kPortColumns[] = {
     ZYMDB_NUMBER_IN_TEXT("ConnectionType", Record, ConnectionType, 0),
     ZYMDB_NUMBER_IN_TEXT("Role", Record, Role, 0),
     ZYMDB_FIELD(Record, TargetRelativePortNumber),
-};
-constexpr int kPermanentAddress = 1;
+});
+constexpr int kPermanentAddress = kPortColumns.place_of("PermanentAddress");
 
 constexpr int kShortestAddress = 12;
 constexpr unsigned kAnyPhysicalPort = 255;

@@ -7,10 +7,10 @@ namespace {
 
 using Record = _ZYMDB_PCI_Network_Info;
 
-constexpr Column kInfoColumns[] = {
+constexpr auto kInfoColumns = columns_of<Record>({
     ZYMDB_COLUMN("sum(NumberofPhysicalPorts)", Record, NumberofPhysicalPorts, 0),
     ZYMDB_COLUMN("sum(MaxNumberofLogicalPorts)", Record, MaxNumberofLogicalPorts, 0),
-};
+});
 
 }  // namespace
 

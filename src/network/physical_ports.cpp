@@ -46,19 +46,19 @@ constexpr CodeText kConnectorLayouts[] = {
     {0x800D, "DSFP"},
 };
 
-constexpr Column kPortColumns[] = {
+constexpr auto kPortColumns = columns_of<Record>({
     ZYMDB_NUMBER_IN_TEXT("ConnectorLayout", Record, ConnectorLayout, 0),
     ZYMDB_FIELD(Record, Idx),
     ZYMDB_FIELD(Record, NumberofLogicalPorts),
     ZYMDB_FIELD(Record, PermanentAddress),
-};
+});
 
-constexpr Column kStateColumns[] = {
+constexpr auto kStateColumns = columns_of<Record>({
     ZYMDB_FIELD(Record, LinkStatus),
     ZYMDB_FIELD(Record, LinkSpeed),
     ZYMDB_FIELD(Record, TxUtil),
     ZYMDB_FIELD(Record, RxUtil),
-};
+});
 
 constexpr unsigned kMostFunctions = 14;
 

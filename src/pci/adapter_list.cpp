@@ -15,25 +15,19 @@ namespace {
 
 using Record = _ZYMDB_PCI_Adapter;
 
-// Every column is read by the operation itself: any that cannot be read leaves the row out.
-constexpr Column kAdapterColumns[] = {
-    ZYMDB_OWN_COLUMN("PCIKey"),       ZYMDB_OWN_COLUMN("NodeNo"),        ZYMDB_OWN_COLUMN("SlotNo"),
-    ZYMDB_OWN_COLUMN("HealthStatus"), ZYMDB_OWN_COLUMN("ConnectorType"), ZYMDB_OWN_COLUMN("CardName"),
-    ZYMDB_OWN_COLUMN("AIMSupported"), ZYMDB_OWN_COLUMN("Location"),      ZYMDB_OWN_COLUMN("PCIFuncKey"),
+// A row in which any of these cannot be read is left out.
+constexpr auto kAdapterColumns = columns_of<Record>({
+    ZYMDB_REQUIRED(Record, PCIKey),
+    ZYMDB_REQUIRED(Record, NodeNo),
+    ZYMDB_REQUIRED(Record, SlotNo),
+    ZYMDB_REQUIRED(Record, HealthStatus),
+    ZYMDB_OWN_COLUMN("ConnectorType"),
+    ZYMDB_REQUIRED(Record, CardName),
+    ZYMDB_REQUIRED(Record, AIMSupported),
+    ZYMDB_REQUIRED(Record, Location),
+    ZYMDB_OWN_COLUMN("PCIFuncKey"),
     ZYMDB_OWN_COLUMN("count(*)"),
-};
-enum AdapterColumn {
-  kPCIKey,
-  kNodeNo,
-  kSlotNo,
-  kHealthStatus,
-  kConnectorType,
-  kCardName,
-  kAIMSupported,
-  kLocation,
-  kPCIFuncKey,
-  kFunctionCount,
-};
+});
 
 // The card that carries two different controller chips, by what one of its functions tells.
 constexpr unsigned kCombinedCardFunctions = 4;
@@ -74,6 +68,7 @@ class PackageIds {
 
 // An adapter without a recorded connector has code 0.
 bool read_connector(Query& query, uint16_t& connector) {
+  constexpr int kConnectorType = kAdapterColumns.place_of("ConnectorType");
   int is_null = 0;
   if (query.read_is_null(kConnectorType, is_null) != ZYM_DB_STATUS_OK) return false;
   unsigned long code = 0;
@@ -83,9 +78,8 @@ bool read_connector(Query& query, uint16_t& connector) {
 }
 
 // A drive carrier is not an adapter.
-bool read_card_name(Query& query, char (&name)[129]) {
-  return query.read_text(kCardName, name, sizeof name) == ZYM_DB_STATUS_OK &&
-         std::strstr(name, "Hot Swap SSD") == nullptr;
+bool is_drive_carrier(const Record& adapter) {
+  return std::strstr(adapter.CardName, "Hot Swap SSD") != nullptr;
 }
 
 // Whether a collector has written any function of the adapter as managed out of band.
@@ -128,26 +122,55 @@ void name_connector(_zym_db_handle_t* handle, uint32_t funkey, Record& adapter) 
   }
 }
 
+// Reads the columns of the current row in their order, with stops where one decides about the row.
+class RowReader {
+ public:
+  RowReader(Query& query, Record& adapter) : query_(query), adapter_(adapter) {}
+
+  // Reads on, past a column; false when one of them cannot be read.
+  bool read_past(int column) {
+    const int first = next_;
+    next_ = column + 1;
+    return query_.read_columns(Columns(kAdapterColumns).part(first, next_), &adapter_, first);
+  }
+
+ private:
+  Query& query_;
+  Record& adapter_;
+  int next_ = 0;
+};
+
+// What the row says about the adapter's functions.
+struct Functions {
+  uint32_t key = 0;
+  uint32_t count = 0;
+
+  bool read(Query& query) {
+    constexpr int kPCIFuncKey = kAdapterColumns.place_of("PCIFuncKey");
+    constexpr int kFunctionCount = kAdapterColumns.place_of("count(*)");
+    return query.read(kPCIFuncKey, key) == ZYM_DB_STATUS_OK &&
+           query.read(kFunctionCount, count) == ZYM_DB_STATUS_OK;
+  }
+};
+
 // Fills one record from the current row; false leaves the row out.
 bool read_adapter(_zym_db_handle_t* handle, Query& query, const PackageIds& packages, Record& adapter) {
-  const auto is_read = [&](AdapterColumn column, auto& value) {
-    return query.read(column, value) == ZYM_DB_STATUS_OK;
-  };
-  if (!is_read(kPCIKey, adapter.PCIKey) || adapter.PCIKey == 0) return false;
-  if (!is_read(kNodeNo, adapter.NodeNo) || !is_read(kSlotNo, adapter.SlotNo) ||
-      !is_read(kHealthStatus, adapter.HealthStatus) || !read_connector(query, adapter.ConnectorType) ||
-      !read_card_name(query, adapter.CardName) || !is_read(kAIMSupported, adapter.AIMSupported))
-    return false;
+  RowReader row(query, adapter);
+  if (!row.read_past(kAdapterColumns.place_of("PCIKey")) || adapter.PCIKey == 0) return false;
+  if (!row.read_past(kAdapterColumns.place_of("HealthStatus"))) return false;
+  if (!read_connector(query, adapter.ConnectorType)) return false;
+  if (!row.read_past(kAdapterColumns.place_of("CardName")) || is_drive_carrier(adapter)) return false;
+  if (!row.read_past(kAdapterColumns.place_of("AIMSupported"))) return false;
   if (adapter.AIMSupported == ZYMDB_AIM_MERGED && has_managed_function(handle, adapter.PCIKey))
     adapter.AIMSupported = ZYMDB_AIM_MANAGED;
-  if (!is_read(kLocation, adapter.Location)) return false;
+  if (!row.read_past(kAdapterColumns.place_of("Location"))) return false;
   packages.fill(adapter);
 
-  uint32_t funkey = 0;
-  uint32_t functions = 0;
-  if (!is_read(kPCIFuncKey, funkey) || !is_read(kFunctionCount, functions)) return false;
-  if (is_combined_card(adapter, functions, funkey)) copy_text(adapter.CardName, kCombinedCardName);
-  name_connector(handle, funkey, adapter);
+  Functions functions;
+  if (!functions.read(query)) return false;
+  if (is_combined_card(adapter, functions.count, functions.key))
+    copy_text(adapter.CardName, kCombinedCardName);
+  name_connector(handle, functions.key, adapter);
   return true;
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 using Record = _ZYMDB_PCI_Generic;
 
-constexpr Column kGenericColumns[] = {
+constexpr auto kGenericColumns = columns_of<Record>({
     ZYMDB_FIELD(Record, _id),
     ZYMDB_FIELD(Record, BridgeId),
     ZYMDB_FIELD(Record, SegNo),
@@ -36,7 +36,7 @@ constexpr Column kGenericColumns[] = {
     ZYMDB_COLUMN("MaxLanes", Record, MaxLanes, 16),
     ZYMDB_COLUMN("MaxPCIeType", Record, MaxPCIeType, 4),
     ZYMDB_COLUMN("PCIeType", Record, PCIeType, 3),
-};
+});
 
 // The list has always cut the designation one character earlier than the single record.
 constexpr auto kGenericListColumns = with_text_size(kGenericColumns, "SlotDesignation", 64);

@@ -35,14 +35,14 @@ constexpr CodeText kChipFormFactors[] = {
 };
 
 using Device = _ZYMDB_GPU_Device;
-constexpr Column kDeviceColumns[] = {
+constexpr auto kDeviceColumns = columns_of<Device>({
     ZYMDB_NUMBER_IN_TEXT("VideoMemoryType", Device, VideoMemoryType, 0),
     ZYMDB_FIELD(Device, VideoMemorySize),
     ZYMDB_FIELD(Device, TotalGPUChipNumber),
-};
+});
 
 using Chip = _ZYMDB_GPU_Chip;
-constexpr Column kChipColumns[] = {
+constexpr auto kChipColumns = columns_of<Chip>({
     ZYMDB_FIELD(Chip, GPUChipName),
     ZYMDB_FIELD(Chip, GPUChipManufacturer),
     ZYMDB_FIELD(Chip, GPUChipModel),
@@ -58,7 +58,7 @@ constexpr Column kChipColumns[] = {
     ZYMDB_FIELD(Chip, GPUChipMaxClockSpeed),
     ZYMDB_FIELD(Chip, GPUChipAddressWidth),
     ZYMDB_FIELD(Chip, GPUChipDataWidth),
-};
+});
 
 // Writes one column of the NVIDIA card on a bus. `operation` names the caller in the system log.
 int update_nvidia_card(const char* operation, const char* table, const char* column, const char* text,

@@ -1,4 +1,5 @@
 #include <cstring>
+#include <type_traits>
 
 #include "controller/ruvo_log.h"
 #include "db/column.h"
@@ -26,18 +27,25 @@ struct Function {
   uint32_t DevKey;
   uint32_t FunKey;
 };
-constexpr Column kFunctionColumns[] = {
-    ZYMDB_FIELD(Function, NodeIndex), ZYMDB_FIELD(Function, SlotNo),   ZYMDB_FIELD(Function, SegNo),
-    ZYMDB_FIELD(Function, BusNo),     ZYMDB_FIELD(Function, DeviceNo), ZYMDB_FIELD(Function, FunctionNo),
-    ZYMDB_FIELD(Function, Location),  ZYMDB_FIELD(Function, DevKey),   ZYMDB_FIELD(Function, FunKey),
-};
+constexpr auto kFunctionColumns = columns_of<Function>({
+    ZYMDB_FIELD(Function, NodeIndex),
+    ZYMDB_FIELD(Function, SlotNo),
+    ZYMDB_FIELD(Function, SegNo),
+    ZYMDB_FIELD(Function, BusNo),
+    ZYMDB_FIELD(Function, DeviceNo),
+    ZYMDB_FIELD(Function, FunctionNo),
+    ZYMDB_FIELD(Function, Location),
+    ZYMDB_FIELD(Function, DevKey),
+    ZYMDB_FIELD(Function, FunKey),
+});
 
 // What a merged row takes over from its adapter.
 struct Adapter {
   char CardName[129];
   char ConnectorType[8];
 };
-constexpr Column kAdapterColumns[] = {ZYMDB_FIELD(Adapter, CardName), ZYMDB_FIELD(Adapter, ConnectorType)};
+constexpr auto kAdapterColumns =
+    columns_of<Adapter>({ZYMDB_FIELD(Adapter, CardName), ZYMDB_FIELD(Adapter, ConnectorType)});
 
 // Merged rows whose settings have disappeared: back to an unmanaged row while the function is there, gone
 // with it. Neither statement's failure keeps the merge from going on.
@@ -58,7 +66,8 @@ void retire_merged_rows(_zym_db_handle_t* handle, Values& values) {
 
 // Reads the one row of a query into `record`. A failure is logged with the key that was looked for, under
 // `what` and where; it is answered as false, with the status that ends the merge.
-bool read_one(Query& query, std::span<const Column> columns, void* record, const char* what,
+template <class Record>
+bool read_one(Query& query, std::type_identity_t<Columns<Record>> columns, Record* record, const char* what,
               const char* table, uint32_t key, int& status) {
   status = query.status();
   if (!query.has_result()) {

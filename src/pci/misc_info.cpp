@@ -34,13 +34,13 @@ constexpr CodeText kPackageTypes[] = {
     {kPackageOnboard, "Onboard"},
 };
 
-constexpr Column kMiscColumns[] = {
+constexpr auto kMiscColumns = columns_of<Record>({
     ZYMDB_FIELD(Record, MaxDataWidth),
     ZYMDB_NUMBER_IN_TEXT("ConnectorLayout", Record, ConnectorType, 0),
     ZYMDB_NUMBER_IN_TEXT("PackageType", Record, PackageType, 0),
     ZYMDB_FIELD(Record, OtherPackageType),
     ZYMDB_FIELD(Record, AIMSpecVersion),
-};
+});
 
 // A connector that is not recorded follows from where the function sits.
 uint16_t connector_at(uint32_t location) {

@@ -10,12 +10,12 @@ namespace {
 
 using Entry = _ZYMDB_NCSIPackageID;
 
-bool read_entry(Query& query, Entry& entry) {
-  return query.read(0, entry.SlotNo) == ZYM_DB_STATUS_OK &&
-         query.read(1, entry.Location) == ZYM_DB_STATUS_OK &&
-         query.read(2, entry.PackageID1) == ZYM_DB_STATUS_OK &&
-         query.read(3, entry.PackageID2) == ZYM_DB_STATUS_OK;
-}
+constexpr auto kEntryColumns = columns_of<Entry>({
+    ZYMDB_REQUIRED(Entry, SlotNo),
+    ZYMDB_REQUIRED(Entry, Location),
+    ZYMDB_REQUIRED(Entry, PackageID1),
+    ZYMDB_REQUIRED(Entry, PackageID2),
+});
 
 }  // namespace
 
@@ -72,7 +72,7 @@ int zymdb_get_ncsi_id_list(_ZYMDB_NCSIPackageID_List* list) {
   if (handle == nullptr) return ZYM_DB_STATUS_NO_DB;
   if (list == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
 
-  Query query(handle, "NCSIPackageID", {"SlotNo", "Location", "PackageID1", "PackageID2"}, nullptr);
+  Query query(handle, "NCSIPackageID", kEntryColumns, nullptr);
   if (query.status() != ZYM_DB_STATUS_OK) return fail_list(list, query.status());
   const unsigned room = query.row_count();
   *list = {};
@@ -81,8 +81,8 @@ int zymdb_get_ncsi_id_list(_ZYMDB_NCSIPackageID_List* list) {
 
   // Eight bits wide, as the list's count: beyond 255 entries both start again at 0.
   uint8_t filled = 0;
-  const int status =
-      read_rows(query, entries.get(), room, filled, [&](Entry& entry) { return read_entry(query, entry); });
+  const int status = read_rows(query, entries.get(), room, filled,
+                               [&](Entry& entry) { return query.read_columns(kEntryColumns, &entry); });
   if (!ended_well(status) && status != ZYM_DB_STATUS_OK) return status;
   list->count = filled;
   list->entries = entries.release();

@@ -7,11 +7,15 @@ namespace {
 
 using Record = _ZYMDB_PCI_VPD;
 
-constexpr Column kVpdColumns[] = {
-    ZYMDB_FIELD(Record, UUID),     ZYMDB_FIELD(Record, ProductName), ZYMDB_FIELD(Record, Manufacture),
-    ZYMDB_FIELD(Record, SerialNo), ZYMDB_FIELD(Record, PartNo),      ZYMDB_FIELD(Record, Model),
+constexpr auto kVpdColumns = columns_of<Record>({
+    ZYMDB_FIELD(Record, UUID),
+    ZYMDB_FIELD(Record, ProductName),
+    ZYMDB_FIELD(Record, Manufacture),
+    ZYMDB_FIELD(Record, SerialNo),
+    ZYMDB_FIELD(Record, PartNo),
+    ZYMDB_FIELD(Record, Model),
     ZYMDB_FIELD(Record, FRUNo),
-};
+});
 
 }  // namespace
 

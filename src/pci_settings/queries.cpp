@@ -105,7 +105,7 @@ int zymdb_get_pci_configSet_list(unsigned int pfaKey, const char* prefix, unsign
     const int status = query.read(0, flags);
     setting.Flags = flags;
     if (status != ZYM_DB_STATUS_OK || (flaggedOnly != 0 && (flags & kFlagged) == 0)) return false;
-    query.read_columns(std::span(kSettingColumns).subspan(1), &setting, 1);
+    query.read_columns(Columns(kSettingColumns).part(1, kSettingColumns.size()), &setting, 1);
     return true;
   });
   *filled = static_cast<unsigned short>(settings);

@@ -8,7 +8,7 @@
 namespace zymdb {
 
 // As queries list them. The flags stand first: they decide whether the rest of a row is read.
-inline constexpr Column kSettingColumns[] = {
+inline constexpr auto kSettingColumns = columns_of<ZYMDB_PCI_Config_Setting>({
     ZYMDB_FIELD(ZYMDB_PCI_Config_Setting, Flags),
     ZYMDB_FIELD(ZYMDB_PCI_Config_Setting, GroupName),
     ZYMDB_FIELD(ZYMDB_PCI_Config_Setting, SettingID),
@@ -39,16 +39,18 @@ inline constexpr Column kSettingColumns[] = {
     ZYMDB_FIELD(ZYMDB_PCI_Config_Setting, Pattern),
     ZYMDB_FIELD(ZYMDB_PCI_Config_Setting, Numchoices),
     ZYMDB_FIELD(ZYMDB_PCI_Config_Setting, Choices),
-};
+});
 
 // As a parsed setting is written.
-inline constexpr auto kWrittenColumns = in_order(
-    kSettingColumns,
-    {"SettingID", "SettingName", "PendingValue", "CurrentValue",    "PfaKey",        "SuppressIf",
-     "GrayIf",    "GroupID",     "GroupName",    "GroupSuppressIf", "GroupGrayIf",   "Mriname",
-     "ShortDesc", "FullDesc",    "Defvalue",     "Mfg_default",     "Defaultaction", "RecordId",
-     "Type",      "Flags",       "Minim",        "Maxim",           "Step",          "Mins",
-     "Maxs",      "Pattern",     "Numchoices",   "Choices",         "Mininstances",  "Maxinstances"});
+inline constexpr auto kWrittenColumns =
+    written(in_order(kSettingColumns,
+                     {"SettingID",   "SettingName",   "PendingValue", "CurrentValue", "PfaKey",
+                      "SuppressIf",  "GrayIf",        "GroupID",      "GroupName",    "GroupSuppressIf",
+                      "GroupGrayIf", "Mriname",       "ShortDesc",    "FullDesc",     "Defvalue",
+                      "Mfg_default", "Defaultaction", "RecordId",     "Type",         "Flags",
+                      "Minim",       "Maxim",         "Step",         "Mins",         "Maxs",
+                      "Pattern",     "Numchoices",    "Choices",      "Mininstances", "Maxinstances"}),
+            Puts::kWideOrNull);
 
 // As it is compared with the row that bears its id.
 inline constexpr auto kComparedColumns =
@@ -59,7 +61,7 @@ inline constexpr auto kComparedColumns =
               "Flags",        "Minim",       "Maxim",           "Step",          "Mins",        "Maxs",
               "Pattern",      "Numchoices",  "Choices",         "Mininstances",  "Maxinstances"});
 
-static_assert(std::size(kSettingColumns) == 30 && kWrittenColumns.size() == 30);
+static_assert(kSettingColumns.size() == 30 && kWrittenColumns.table.size() == 30);
 static_assert(kComparedColumns.size() == 29, "every column but the id, which addresses the row");
 
 }  // namespace zymdb

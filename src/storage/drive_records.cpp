@@ -2,6 +2,7 @@
 
 #include "db/query.h"
 #include "db/values.h"
+#include "storage/drive_columns.h"
 #include "storage/drive_location.h"
 #include "zymdb_storage.h"
 
@@ -52,13 +53,15 @@ bool equal(const char (&text)[N], const char (&other)[N]) {
   return std::strncmp(text, other, N) == 0;
 }
 
-void put_smart(Values& values, const Record& drive) {
-  values.put("SFlags", drive.SFlags);
-  values.put("Warning", drive.Warning);
-  values.put("Temperature", drive.Temperature);
-  values.put("RemainLife", drive.RemainLife);
-  values.put("InfoMask", drive.InfoMask);
-}
+constexpr auto kSmartColumns = written(
+    in_order(kDriveColumns, {"SFlags", "Warning", "Temperature", "RemainLife", "InfoMask"}), Puts::kAsFields);
+constexpr auto kIdentityColumns =
+    written(in_order(kDriveColumns, {"Model", "SerialNo", "PartNo", "FruNo", "Manufacture", "FwVersion"}),
+            Puts::kAsFields);
+constexpr auto kDescriptionColumns = written(
+    in_order(kDriveColumns,
+             {"FruNo", "PartNo", "SerialNo", "Model", "UUID", "Manufacture", "FwVersion", "Capacity"}),
+    Puts::kAsFields);
 
 void put_drive(Values& values, const Record& drive, const Stored& stored) {
   values.put("PCIFuncKey", drive.PCIFuncKey);
@@ -72,15 +75,8 @@ void put_drive(Values& values, const Record& drive, const Stored& stored) {
   values.put("Presence", kPresent);
   values.put("DriveTypeId", Filter<8>("%d", drive.DriveTypeId));
   values.put("MediaTypeId", kSolidState);
-  values.put("FruNo", drive.FruNo);
-  values.put("PartNo", drive.PartNo);
-  values.put("SerialNo", drive.SerialNo);
-  values.put("Model", drive.Model);
-  values.put("UUID", drive.UUID);
-  values.put("Manufacture", drive.Manufacture);
-  values.put("FwVersion", drive.FwVersion);
-  values.put("Capacity", drive.Capacity);
-  put_smart(values, drive);
+  values.put_columns(kDescriptionColumns, &drive);
+  values.put_columns(kSmartColumns, &drive);
 }
 
 }  // namespace
@@ -146,7 +142,7 @@ int zymdb_update_aim_disk_smart_info(const _ZYMDB_AimDisk* disk) {
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
   if (!is_known_place(disk->LocationId)) return ZYM_DB_STATUS_INVALID_PARAM;
 
-  put_smart(values, *disk);
+  values.put_columns(kSmartColumns, disk);
   // A temperature within 3 degrees of the stored one rewrites nothing.
   return values.update(
       "AimDisks",
@@ -189,11 +185,6 @@ int zymdb_update_aim_disk_vpd_info(const _ZYMDB_AimDisk* disk) {
   Values values(handle);
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
 
-  values.put("Model", disk->Model);
-  values.put("SerialNo", disk->SerialNo);
-  values.put("PartNo", disk->PartNo);
-  values.put("FruNo", disk->FruNo);
-  values.put("Manufacture", disk->Manufacture);
-  values.put("FwVersion", disk->FwVersion);
+  values.put_columns(kIdentityColumns, disk);
   return values.update("AimDisks", Filter<48>("LocationId=%d AND BayNo=%d", disk->LocationId, disk->BayNo));
 }

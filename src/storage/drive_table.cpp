@@ -4,6 +4,7 @@
 #include "db/code_text.h"
 #include "db/system_log.h"
 #include "storage/drive_bays.h"
+#include "storage/drive_columns.h"
 #include "storage/drive_location.h"
 #include "storage/list_builder.h"
 #include "storage/marvell_controllers.h"
@@ -16,21 +17,8 @@ namespace {
 
 using Record = _ZYMDB_AimDisk;
 
-constexpr Column kDriveColumns[] = {
-    ZYMDB_FIELD(Record, PCIFuncKey),  ZYMDB_FIELD(Record, SlotNo),
-    ZYMDB_FIELD(Record, CtrlType),    ZYMDB_COLUMN("BayNo", Record, BayNo, 255),
-    ZYMDB_FIELD(Record, LocationId),  ZYMDB_FIELD(Record, Location),
-    ZYMDB_OWN_COLUMN("DriveTypeId"),  ZYMDB_OWN_COLUMN("MediaTypeId"),
-    ZYMDB_FIELD(Record, FruNo),       ZYMDB_FIELD(Record, PartNo),
-    ZYMDB_FIELD(Record, SerialNo),    ZYMDB_FIELD(Record, Model),
-    ZYMDB_FIELD(Record, UUID),        ZYMDB_FIELD(Record, Manufacture),
-    ZYMDB_FIELD(Record, FwVersion),   ZYMDB_FIELD(Record, Capacity),
-    ZYMDB_FIELD(Record, SFlags),      ZYMDB_FIELD(Record, Warning),
-    ZYMDB_FIELD(Record, Temperature), ZYMDB_FIELD(Record, RemainLife),
-    ZYMDB_FIELD(Record, InfoMask),
-};
-constexpr int kDriveTypeId = 6;
-constexpr int kMediaTypeId = 7;
+constexpr int kDriveTypeId = kDriveColumns.place_of("DriveTypeId");
+constexpr int kMediaTypeId = kDriveColumns.place_of("MediaTypeId");
 
 constexpr CodeText kDisplayTypes[] = {
     {1, "SATA"},

@@ -13,7 +13,7 @@ namespace {
 
 using Record = _ZYMDB_AimDisk;
 
-constexpr Column kNvmeColumns[] = {
+constexpr auto kNvmeColumns = columns_of<Record>({
     ZYMDB_COLUMN("Location", Record, LocationId, 0),
     ZYMDB_COLUMN("SlotNo", Record, BayNo, 0),
     ZYMDB_COLUMN("CtrlSlot", Record, SlotNo, 0),
@@ -30,9 +30,9 @@ constexpr Column kNvmeColumns[] = {
     ZYMDB_FIELD(Record, RemainLife),
     ZYMDB_OWN_COLUMN("Capacity"),
     ZYMDB_OWN_COLUMN("FormFactor"),
-};
-constexpr int kCapacity = 14;
-constexpr int kFormFactor = 15;
+});
+constexpr int kCapacity = kNvmeColumns.place_of("Capacity");
+constexpr int kFormFactor = kNvmeColumns.place_of("FormFactor");
 
 // Kinds of drives by where they sit; what is not in a bay counts as in a slot.
 struct Place {

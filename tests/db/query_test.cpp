@@ -23,10 +23,14 @@ struct Record {
   char text[5];
 };
 
-constexpr Column kColumns[] = {
-    ZYMDB_FIELD(Record, byte),   ZYMDB_COLUMN("w", Record, word, 9), ZYMDB_OWN_COLUMN("own"),
-    ZYMDB_FIELD(Record, number), ZYMDB_FIELD(Record, wide),          ZYMDB_FIELD(Record, text),
-};
+constexpr auto kColumns = columns_of<Record>({
+    ZYMDB_FIELD(Record, byte),
+    ZYMDB_COLUMN("w", Record, word, 9),
+    ZYMDB_OWN_COLUMN("own"),
+    ZYMDB_FIELD(Record, number),
+    ZYMDB_FIELD(Record, wide),
+    ZYMDB_FIELD(Record, text),
+});
 
 class QueryTest : public scripted::ClientTest {};
 
@@ -56,13 +60,13 @@ struct Packed {
 #pragma pack(pop)
 
 TEST_F(QueryTest, AColumnListMayBeReadFromItsMiddleIntoAPackedRecord) {
-  constexpr Column kPacked[] = {ZYMDB_FIELD(Packed, byte), ZYMDB_FIELD(Packed, word),
-                                ZYMDB_FIELD(Packed, number), ZYMDB_FIELD(Packed, wide)};
+  constexpr auto kPacked = columns_of<Packed>({ZYMDB_FIELD(Packed, byte), ZYMDB_FIELD(Packed, word),
+                                               ZYMDB_FIELD(Packed, number), ZYMDB_FIELD(Packed, wide)});
   answer({Row(1, 2, 3, int64_t{1} << 40)});
   Packed record{9, 0, 0, 0};
   Query query(get_dmdb_handle(), "T", kPacked, nullptr);
   ASSERT_EQ(query.step(), ZYM_DB_STATUS_ROW);
-  query.read_columns(std::span(kPacked).subspan(1), &record, 1);
+  query.read_columns(Columns(kPacked).part(1, 4), &record, 1);
   EXPECT_EQ(record.byte, 9);
   EXPECT_EQ(uint16_t{record.word}, 2);
   EXPECT_EQ(uint32_t{record.number}, 3u);
@@ -70,9 +74,9 @@ TEST_F(QueryTest, AColumnListMayBeReadFromItsMiddleIntoAPackedRecord) {
 }
 
 TEST_F(QueryTest, ANumberInTextIsCutToItsFieldAndHasADefaultOfItsOwn) {
-  constexpr Column kCodes[] = {ZYMDB_NUMBER_IN_TEXT("b", Record, byte, 4),
-                               ZYMDB_NUMBER_IN_TEXT("w", Record, word, 4),
-                               ZYMDB_NUMBER_IN_TEXT("n", Record, number, 4)};
+  constexpr auto kCodes = columns_of<Record>({ZYMDB_NUMBER_IN_TEXT("b", Record, byte, 4),
+                                              ZYMDB_NUMBER_IN_TEXT("w", Record, word, 4),
+                                              ZYMDB_NUMBER_IN_TEXT("n", Record, number, 4)});
   answer({Row("0x101", "0x8005", "010"), Row(1, nullptr, "text")});
   Record record{};
   Query query(get_dmdb_handle(), "T", kCodes, nullptr);
@@ -99,6 +103,41 @@ TEST_F(QueryTest, UnreadableColumnsGiveTheirDefaults) {
   EXPECT_EQ(record.number, 0u);
   EXPECT_EQ(record.wide, 0u);
   EXPECT_STREQ(record.text, "");
+}
+
+constexpr auto kRequired = columns_of<Record>({
+    ZYMDB_REQUIRED(Record, byte),
+    ZYMDB_OWN_COLUMN("own"),
+    ZYMDB_REQUIRED(Record, word),
+    ZYMDB_REQUIRED_COLUMN("t", Record, text),
+    ZYMDB_REQUIRED(Record, number),
+    ZYMDB_REQUIRED(Record, wide),
+});
+
+TEST_F(QueryTest, RequiredColumnsAreReadInTheirOwnWidth) {
+  answer({Row(1, "own", 2, "text", 3, 4)});
+  Query query(get_dmdb_handle(), "T", kRequired, nullptr);
+  ASSERT_EQ(query.step(), ZYM_DB_STATUS_ROW);
+  client().calls.clear();
+  Record record{};
+  EXPECT_TRUE(query.read_columns(kRequired, &record));
+  EXPECT_THAT(client().calls, ElementsAre("uchar 0", "short_uint 2", "text 3 size 5", "uint 4", "uint64 5"));
+  EXPECT_EQ(record.word, 2);
+  EXPECT_STREQ(record.text, "text");
+  EXPECT_EQ(record.wide, 4u);
+}
+
+TEST_F(QueryTest, NothingIsReadAfterARequiredColumnThatCannotBe) {
+  answer({Row(1, "own", nullptr, "text", 3, 4)});
+  Query query(get_dmdb_handle(), "T", kRequired, nullptr);
+  ASSERT_EQ(query.step(), ZYM_DB_STATUS_ROW);
+  client().calls.clear();
+  Record record{9, 9, 9, 9, "old"};
+  EXPECT_FALSE(query.read_columns(kRequired, &record));
+  EXPECT_THAT(client().calls, ElementsAre("uchar 0", "short_uint 2"));
+  EXPECT_EQ(record.byte, 1);
+  EXPECT_EQ(record.word, 9);
+  EXPECT_STREQ(record.text, "old");
 }
 
 TEST_F(QueryTest, AFailedQueryHasNoRowsAndFreesTheResultThatCameWithIt) {

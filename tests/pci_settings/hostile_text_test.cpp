@@ -63,7 +63,7 @@ TEST_F(HostileSettings, InAnyTextFailOrAreStoredAsTheyAre) {
 
 // What is not quoted is stored under its own id; a lone quote breaks the address.
 TEST_F(HostileSettings, InAnIdFailOrAreStoredAsTheyAre) {
-  const zymdb::Column& id = zymdb::kWrittenColumns[0];
+  const zymdb::Column& id = zymdb::kWrittenColumns.table.columns[0];
   std::set<std::string> stored;
   for (const std::string& text : hostile_values()) {
     if (text.find('"') != std::string::npos) continue;

@@ -15,7 +15,7 @@ class Copy:
 
     def __init__(self, root, folder):
         self.root = Path(folder) / "project"
-        shutil.copytree(root, self.root, ignore=shutil.ignore_patterns("build*", ".*", "data", "__pycache__"))
+        shutil.copytree(root, self.root, ignore=shutil.ignore_patterns("build*", ".*", "corpus", "recorded*", "__pycache__"))
         self.unbroken = {}  # what each check says of the project as it is
 
     def said_of_the_project(self, check):
@@ -122,12 +122,35 @@ def spelling():
     yield "spelling", "src/pci/gpu.cpp", lambda text: text + 'void f() { syslog(1, "x"); }\n', "without log_to_system"
 
 
+TOOL = """#!/bin/sh
+echo "$1 of the tool"
+"""
+
+
+def documented_commands(copy):
+    """The examples are compared with what the tool prints: with one that prints something else none is right."""
+    tool = copy.root / "zymdb"
+    tool.write_text(TOOL)
+    tool.chmod(0o755)
+    check = [PYTHON, copy.root / "tests/project/documented_commands_test.py", copy.root, tool]
+    examples = {"as shown": ("$ zymdb same\n    same of the tool", 0), "another line": ("$ zymdb same\n    another", 1),
+                "a line too few": ("$ zymdb same\n    ...\n    same of the tool\n    more", 1),
+                "lines left out": ("$ zymdb same\n    ...", 0), "a failure": ("$ false", 1), "a success": ("$ true", 0)}
+    for name, (text, status) in examples.items():
+        (copy.root / "docs/example.md").write_text(f"# Example\n\n    {text}\n")
+        result = subprocess.run([*check, "docs/example.md"], capture_output=True, text=True)
+        if result.returncode != status:
+            yield f"documented_commands: {name} has exit status {result.returncode}: {result.stdout}{result.stderr}"
+    (copy.root / "docs/example.md").unlink()
+
+
 def main():
     wrong = []
     with tempfile.TemporaryDirectory() as folder:
         copy = Copy(Path(sys.argv[1]), folder)
         for rule in [*layers(), *documentation(), *spelling()]:
             wrong.append(copy.noticed(*rule))
+        wrong += documented_commands(copy)
     wrong = [each for each in wrong if each]
     print("\n".join(wrong))
     return 1 if wrong else 0
