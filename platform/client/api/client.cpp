@@ -6,7 +6,8 @@
 #include "client/engine/creation.h"
 #include "client/guarded.h"
 #include "client/result/result_pool.h"
-#include "client/session/registry.h"
+#include "client/session/handles.h"
+#include "client/session/lease.h"
 #include "controller/database_client.h"
 #include "zymdb_platform.h"
 
