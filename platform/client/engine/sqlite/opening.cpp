@@ -103,7 +103,7 @@ bool Opening::is_replaced() const {
 void Opening::let_go() {
   leave_wal(database.get());
   database.reset();
-  catalog = {};
+  catalog = Catalog(kEngine.flavour);
   connected_to_ = {};
 }
 
