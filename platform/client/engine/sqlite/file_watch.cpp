@@ -76,7 +76,7 @@ void FileWatch::tidy_up(const Files& found) {
     if (found.wal == FileId{} && found.written == files_.written)
       sqlite3_wal_checkpoint_v2(database_, nullptr, SQLITE_CHECKPOINT_FULL, nullptr, nullptr);
   }
-  // A shared-memory file without its log would hide the next one's content.
+  // A shared-memory file without its write-ahead log would hide the next one's content.
   if (found.shm == files_.shm) unlink(names_.shm.c_str());
   leave_wal(database_);
 }
