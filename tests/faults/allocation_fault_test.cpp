@@ -238,7 +238,7 @@ TEST_F(OpeningWithoutMemory, OfAnotherDatabaseHoldsNothing) {
     ASSERT_LT(number, kMostAllocations);
     bool failed = false;
     const auto try_without = [&] {
-      // A thread of its own has no connection that rests.
+      // A thread of its own has no idle connection.
       std::thread([&] {
         failing_allocator::fail(number);
         open_and_close();

@@ -6,18 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "common/client_objects.h"
 #include "support/inventory.h"
 #include "zymdb_platform.h"
 
-struct FreeRows {
-  void operator()(zym_db_result_t* rows) const { zym_db_free_result(rows); }
-};
-using Rows = std::unique_ptr<zym_db_result_t, FreeRows>;
-
-struct FreeSet {
-  void operator()(zym_db_content_values_t* values) const { zym_db_free_content_values(values); }
-};
-using Set = std::unique_ptr<zym_db_content_values_t, FreeSet>;
+using Rows = zymdb::ResultPtr;
+using Set = zymdb::ValuesPtr;
 
 class ClientTest : public InventoryTest {
  protected:

@@ -153,7 +153,7 @@ TEST_F(HandleTest, ManyHandlesLeaveNoDescriptorsBehind) {
     ASSERT_EQ(zym_db_close(zym_db_open("localhost", "root", "", "propertiesdb", 0)), 0);
   };
   open_and_close();  // makes the database
-  open_and_close();  // leaves a connection that rests
+  open_and_close();  // leaves an idle connection
   const auto before = descriptors();
   for (int i = 0; i < 50; ++i) {
     open_and_close();

@@ -53,6 +53,13 @@ TEST_F(QueryTest, APlaceholderWithoutAValueIsAnInvalidParameter) {
   EXPECT_EQ(rows, nullptr);
 }
 
+TEST_F(QueryTest, ANullParameterArrayCountsAsNone) {
+  zym_db_result_t* rows = nullptr;
+  EXPECT_EQ(zym_db_query(handle(), "Memory", nullptr, 0, "SlotNo=1", nullptr, 3, 0, &rows), 0);
+  EXPECT_NE(rows, nullptr);
+  zym_db_free_result(rows);
+}
+
 TEST_F(QueryTest, AFailedQueryLeavesTheResultPointer) {
   auto* const preset = reinterpret_cast<zym_db_result_t*>(0x10);
   zym_db_result_t* rows = preset;

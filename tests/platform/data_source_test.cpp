@@ -4,6 +4,9 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <set>
+
+#include "client/engine/engines.h"
 
 namespace zymdb::client {
 namespace {
@@ -18,7 +21,7 @@ std::string inventory_path(const char* variable) {
   std::string error;
   if (!locate_inventory(source, error)) return "refused: " + error;
   EXPECT_EQ(source.schema, &kInventorySchema);
-  return source.path;
+  return source.address;
 }
 
 TEST(DataSourceTest, TheInventoryIsWhereTheVariableSays) {
@@ -35,6 +38,21 @@ TEST(DataSourceTest, WhatNoEngineOpensIsRefused) {
   for (const char* variable : {"other://host/db", "file:/a/b.db", ":memory:", "sqlite:", "sqlite:///a/"}) {
     EXPECT_EQ(inventory_path(variable).substr(0, 8), "refused:") << variable;
   }
+  EXPECT_EQ(inventory_path("other://host/db"),
+            "refused: ZYMDB_INVENTORY names a database that no engine opens: other://host/db");
+  EXPECT_EQ(inventory_path("sqlite:"), "refused: ZYMDB_INVENTORY names no file: sqlite:");
+}
+
+TEST(DataSourceTest, EachEngineIsChosenByTheSchemeOfAnAddress) {
+  std::set<std::string_view> schemes;
+  for (const Engine* engine : engines()) {
+    EXPECT_TRUE(schemes.insert(engine->scheme).second) << engine->scheme;
+    setenv("ZYMDB_INVENTORY", (std::string(engine->scheme) + ":/a/b").c_str(), 1);
+    DataSource source;
+    std::string error;
+    ASSERT_TRUE(locate_inventory(source, error)) << error;
+    EXPECT_EQ(source.engine, engine);
+  }
 }
 
 std::string properties_path(const char* inventory) {
@@ -43,7 +61,7 @@ std::string properties_path(const char* inventory) {
   std::string error;
   EXPECT_TRUE(locate_database("propertiesdb", source, error)) << error;
   EXPECT_EQ(source.schema, &kPropertiesSchema);
-  return source.path + (source.predecessor.empty() ? "" : " once " + source.predecessor);
+  return source.address + (source.predecessor.empty() ? "" : " once " + source.predecessor);
 }
 
 TEST(DataSourceTest, EachInventoryHasPropertiesOfItsOwn) {

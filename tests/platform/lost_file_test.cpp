@@ -30,7 +30,7 @@ class UnderneathTest : public MediaTest {
 
   static constexpr char kReplaced[] = " was replaced: opened anew\n";
   static constexpr char kRemoved[] = " was removed or emptied: opened anew\n";
-  static constexpr char kLostLog[] = " lost its write-ahead log: opened anew\n";
+  static constexpr char kLostWal[] = " lost its write-ahead log: opened anew\n";
 
   std::string warning(const char* what) const {
     return "zymdb warning: the inventory database " + file() + what;
@@ -65,7 +65,7 @@ TEST_F(UnderneathTest, AReplacedDatabaseIsTheOneThatIsWritten) {
   EXPECT_EQ(integrity_of(file()), "ok");
 }
 
-// Whether or not they would notice yet: two files cannot share the index of a log.
+// Whether or not they would notice yet: two files cannot have a shared-memory file in common.
 TEST_F(UnderneathTest, AThreadThatOpensTheReplacementEndsTheOthersSessions) {
   make_backup(5);
   ASSERT_EQ(save(6), 0);
@@ -80,7 +80,7 @@ TEST_F(UnderneathTest, AThreadThatOpensTheReplacementEndsTheOthersSessions) {
   EXPECT_EQ(integrity_of(file()), "ok");
 }
 
-// The old log still lies beside the new database, and would be applied to it.
+// The old write-ahead log still lies beside the new database, and would be applied to it.
 TEST_F(UnderneathTest, NothingOfTheOldLogReachesTheReplacement) {
   make_backup(5);
   for (int row = 0; row < 50; ++row) given("PCIs", {{"BusNo", row}});
@@ -135,7 +135,7 @@ TEST_F(UnderneathTest, AFolderInThePlaceOfTheFileIsAStatusUntilItIsGone) {
   EXPECT_EQ(value(), 3);
 }
 
-// Only the log holds the last writes: they must not go with its name.
+// Only the write-ahead log holds the last writes: they must not go with its name.
 TEST_F(UnderneathTest, WritesSurviveThatTheLogIsRemoved) {
   for (const auto& names : {std::vector<const char*>{"inventory.db-wal"},
                             {"inventory.db-shm"},
@@ -143,7 +143,7 @@ TEST_F(UnderneathTest, WritesSurviveThatTheLogIsRemoved) {
     for (int row = 0; row < 20; ++row) given("PCIs", {{"BusNo", row}});
     ASSERT_EQ(save(2), 0);
     for (const char* name : names) ASSERT_TRUE(fs::remove(file(name)));
-    EXPECT_EQ(log_of([] { EXPECT_EQ(save(3), 0); }), warning(kLostLog));
+    EXPECT_EQ(log_of([] { EXPECT_EQ(save(3), 0); }), warning(kLostWal));
     EXPECT_EQ(value_of_other(), 3);
     EXPECT_EQ(count("PCIs", "1"), 20);
     close_all();
@@ -161,7 +161,7 @@ TEST_F(UnderneathTest, ADatabaseThatIsCopiedOverTheOldOneIsTakenAsItIs) {
   ASSERT_EQ(save(6), 0);
   fs::copy_file(file("backup.db"), file(), fs::copy_options::overwrite_existing);
   remove({"inventory.db-wal", "inventory.db-shm"});
-  EXPECT_EQ(log_of([] { EXPECT_EQ(save(7), 0); }), warning(kLostLog));
+  EXPECT_EQ(log_of([] { EXPECT_EQ(save(7), 0); }), warning(kLostWal));
   EXPECT_EQ(value_of_other(), 7);
   EXPECT_EQ(count("PCIs", "1"), 0);
   EXPECT_EQ(integrity_of(file()), "ok");

@@ -11,9 +11,10 @@
 #include <functional>
 #include <iterator>
 
-#include "client/engine/engine.h"
+#include "client/engine/sqlite/connection.h"
 #include "client/status.h"
 #include "platform/child_process.h"
+#include "platform/engine_session.h"
 #include "support/temporary_folder.h"
 
 namespace zymdb::client {
@@ -29,7 +30,7 @@ std::string read_file(const std::string& path) {
 
 class OpeningTest : public testing::Test {
  protected:
-  Opened open(const Schema& schema = kInventorySchema) {
+  OpenedSession open(const Schema& schema = kInventorySchema) {
     return open_session({folder_.file("inventory.db"), &schema}, writers_);
   }
 
@@ -64,7 +65,7 @@ class OpeningTest : public testing::Test {
 };
 
 TEST_F(OpeningTest, AMissingDatabaseIsCreatedWithItsTables) {
-  const Opened opened = open();
+  const OpenedSession opened = open();
   ASSERT_NE(opened.session, nullptr) << opened.error;
   for (const char* table : {"Processor",
                             "Memory",
@@ -95,7 +96,7 @@ TEST_F(OpeningTest, AMissingDatabaseIsCreatedWithItsTables) {
 }
 
 TEST_F(OpeningTest, InternalTablesAreNotInTheCatalog) {
-  const Opened opened = open();
+  const OpenedSession opened = open();
   ASSERT_NE(opened.session, nullptr);
   EXPECT_EQ(opened.session->catalog().table("sqlite_sequence"), nullptr);
   EXPECT_EQ(opened.session->catalog().table("sqlite_master"), nullptr);
@@ -103,7 +104,7 @@ TEST_F(OpeningTest, InternalTablesAreNotInTheCatalog) {
 
 TEST_F(OpeningTest, FilesAreKeptFromOthers) {
   const mode_t mask = umask(0);
-  const Opened opened = open();
+  const OpenedSession opened = open();
   umask(mask);
   ASSERT_NE(opened.session, nullptr) << opened.error;
   for (const char* name : {"inventory.db", "inventory.db-wal", "inventory.db-shm"}) {
@@ -121,7 +122,7 @@ TEST_F(OpeningTest, AZeroLengthFileIsANewDatabase) {
 TEST_F(OpeningTest, AnInterruptedCreationIsTakenUp) {
   run_sql("PRAGMA journal_mode=WAL");
   ASSERT_GT(read_file(folder_.file("inventory.db")).size(), 0U);
-  const Opened opened = open();
+  const OpenedSession opened = open();
   ASSERT_NE(opened.session, nullptr) << opened.error;
   EXPECT_NE(opened.session->catalog().table("PCIs"), nullptr);
 }
@@ -151,7 +152,7 @@ TEST_F(OpeningTest, WhatIsNotOursIsRefusedAndLeftAsItWas) {
       run_sql(each.content);
     }
     const std::string before = read_file(folder_.file("inventory.db"));
-    const Opened opened = open();
+    const OpenedSession opened = open();
     EXPECT_EQ(opened.session, nullptr);
     EXPECT_EQ(opened.status, each.status) << opened.error;
     EXPECT_THAT(opened.error, HasSubstr(each.reason));
@@ -160,7 +161,8 @@ TEST_F(OpeningTest, WhatIsNotOursIsRefusedAndLeftAsItWas) {
 }
 
 TEST_F(OpeningTest, AMissingFolderIsNamed) {
-  const Opened opened = open_session({folder_.file("missing/inventory.db"), &kInventorySchema}, writers_);
+  const OpenedSession opened =
+      open_session({folder_.file("missing/inventory.db"), &kInventorySchema}, writers_);
   EXPECT_EQ(opened.session, nullptr);
   EXPECT_EQ(opened.status, kStatusIo);
   EXPECT_EQ(opened.error, "cannot open the inventory database " + folder_.file("missing/inventory.db") +
@@ -186,7 +188,7 @@ TEST_F(OpeningTest, AFileThatMayNotBeReadIsRefused) {
   ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
   ASSERT_EQ(chmod(folder_.file("inventory.db").c_str(), geteuid() == 0 ? 0600 : 0), 0);
   EXPECT_EQ(as_somebody_else([&] {
-              const Opened opened = open();
+              const OpenedSession opened = open();
               return opened.status == kStatusIo && opened.error.ends_with("Permission denied") ? 0 : 1;
             }),
             0);
@@ -195,7 +197,7 @@ TEST_F(OpeningTest, AFileThatMayNotBeReadIsRefused) {
 TEST_F(OpeningTest, AFolderThatMayNotBeWrittenHoldsNoNewDatabase) {
   ASSERT_EQ(chmod(folder_.path().c_str(), 0555), 0);
   EXPECT_EQ(as_somebody_else([&] {
-              const Opened opened = open();
+              const OpenedSession opened = open();
               return opened.status == kStatusIo && opened.error.ends_with("Permission denied") ? 0 : 1;
             }),
             0);
@@ -205,10 +207,10 @@ TEST_F(OpeningTest, AFolderThatMayNotBeWrittenHoldsNoNewDatabase) {
 // A property database that lies where all inventories of a folder once had theirs.
 class PredecessorTest : public OpeningTest {
  protected:
-  Opened open_properties() { return open_session(source_, writers_); }
+  OpenedSession open_properties() { return open_session(source_, writers_); }
 
   void make_predecessor() {
-    const DataSource former{source_.predecessor, &kPropertiesSchema};
+    const DataSource former{source_.predecessor, &kPropertiesSchema, &sqlite::kEngine};
     ASSERT_NE(open_session(former, writers_).session, nullptr);
     run("INSERT INTO propertiesDCTbl (propName) VALUES ('/kept')");
   }
@@ -221,7 +223,7 @@ class PredecessorTest : public OpeningTest {
   }
 
   // How many properties the session finds; -1 when it finds no table.
-  static int64_t properties(const Opened& opened) {
+  static int64_t properties(const OpenedSession& opened) {
     Request request;
     request.table = "propertiesDCTbl";
     Statement statement;
@@ -234,7 +236,7 @@ class PredecessorTest : public OpeningTest {
 
   bool is_there(const std::string& path) const { return std::filesystem::exists(path); }
 
-  const DataSource source_{folder_.file("inventory-properties.db"), &kPropertiesSchema,
+  const DataSource source_{folder_.file("inventory-properties.db"), &kPropertiesSchema, &sqlite::kEngine,
                            folder_.file("propertiesdb.db")};
 };
 
@@ -262,7 +264,7 @@ TEST_F(PredecessorTest, BringsAlongWhatOnlyItsWriteAheadLogHolds) {
 
 TEST_F(PredecessorTest, StaysWhereSomethingElseTookItsPlace) {
   make_predecessor();
-  const DataSource alone{source_.path, &kPropertiesSchema};
+  const DataSource alone{source_.address, &kPropertiesSchema};
   ASSERT_NE(open_session(alone, writers_).session, nullptr);
   EXPECT_EQ(properties(open_properties()), 0);
   EXPECT_TRUE(is_there(source_.predecessor));
@@ -276,11 +278,11 @@ TEST_F(PredecessorTest, OfAnotherKindStays) {
 
 TEST_F(PredecessorTest, ThatIsNoDatabaseIsNamed) {
   std::ofstream(source_.predecessor) << std::string(5000, 'g');
-  const Opened opened = open_properties();
+  const OpenedSession opened = open_properties();
   EXPECT_EQ(opened.status, kStatusCorrupt);
   EXPECT_THAT(opened.error,
-              HasSubstr(source_.path + ": " + source_.predecessor + " cannot take its place: "));
-  EXPECT_FALSE(is_there(source_.path));
+              HasSubstr(source_.address + ": " + source_.predecessor + " cannot take its place: "));
+  EXPECT_FALSE(is_there(source_.address));
 }
 
 TEST_F(PredecessorTest, InAFolderThatMayNotBeWrittenIsNamed) {
@@ -289,7 +291,7 @@ TEST_F(PredecessorTest, InAFolderThatMayNotBeWrittenIsNamed) {
   ASSERT_EQ(chmod(source_.predecessor.c_str(), 0644), 0);
   EXPECT_EQ(
       as_somebody_else([&] {
-        const Opened opened = open_properties();
+        const OpenedSession opened = open_properties();
         return opened.error.find(source_.predecessor + " cannot take its place") != std::string::npos ? 0 : 1;
       }),
       0);
@@ -298,7 +300,7 @@ TEST_F(PredecessorTest, InAFolderThatMayNotBeWrittenIsNamed) {
 
 TEST_F(PredecessorTest, IsTakenOverOnceByManyProcesses) {
   for (int round = 0; round < 20; ++round) {
-    std::filesystem::remove(source_.path);
+    std::filesystem::remove(source_.address);
     make_predecessor();
     const auto take_over = [&] { return properties(open_properties()) == 1 ? 0 : 1; };
     ChildProcess first(take_over);
@@ -322,7 +324,7 @@ TEST_F(UpgradeTest, AnOlderDatabaseIsTakenStepByStepToTheCurrentVersion) {
   { ASSERT_NE(open(first).session, nullptr); }
   run_sql("INSERT INTO a VALUES (17)");
   {
-    const Opened opened = open(current);
+    const OpenedSession opened = open(current);
     ASSERT_NE(opened.session, nullptr) << opened.error;
     EXPECT_THAT(opened.session->catalog().table("a")->columns(),
                 testing::ElementsAre(Field(&Column::name, "_id"), Field(&Column::name, "second"),
@@ -339,7 +341,7 @@ TEST_F(UpgradeTest, AFailingStepLeavesTheOldVersion) {
   const Schema first{"inventory", kMark, 1, "CREATE TABLE a (_id INTEGER PRIMARY KEY)", {}};
   { ASSERT_NE(open(first).session, nullptr); }
   const std::string before = schema_of("inventory.db");
-  const Opened opened = open(current);
+  const OpenedSession opened = open(current);
   EXPECT_EQ(opened.session, nullptr);
   EXPECT_THAT(opened.error, HasSubstr("no such table: missing"));
   EXPECT_EQ(schema_of("inventory.db"), before);
@@ -364,32 +366,33 @@ class ReplacedOpeningTest : public OpeningTest {
   std::string path() const { return folder_.file("inventory.db"); }
 
   // Replaces it at the first so many attempts.
-  Opened open_replacing(int times) {
-    return open_session({path(), &kInventorySchema}, writers_, {}, [this, times] {
+  void open_replacing(int times) {
+    const sqlite::Failure failure = connection_.open({path(), &kInventorySchema}, [this, times] {
       if (++attempts_ > times) return;
       std::filesystem::copy_file(folder_.file("copy.db"), folder_.file("next.db"));
       std::filesystem::rename(folder_.file("next.db"), path());
     });
+    EXPECT_EQ(failure.status, 0) << failure.reason;
   }
+  uint64_t file() const { return sqlite::file_id(path()).inode; }
 
+  sqlite::Connection connection_{Limits{}};
   int attempts_ = 0;
 };
 
 TEST_F(ReplacedOpeningTest, BeginsAnewWithTheFileThatIsThere) {
-  const Opened opened = open_replacing(3);
-  ASSERT_NE(opened.session, nullptr) << opened.error;
+  open_replacing(3);
   EXPECT_EQ(attempts_, 4);
-  EXPECT_EQ(opened.session->file(), file_at(path()));
-  EXPECT_TRUE(opened.session->is_usable(true));
+  EXPECT_EQ(connection_.watch().file(), file());
+  EXPECT_TRUE(connection_.state(Look::kNow).is_usable());
 }
 
 TEST_F(ReplacedOpeningTest, EndsSomeTimeAndKnowsThatItsFileIsGone) {
-  const Opened opened = open_replacing(INT_MAX);
+  open_replacing(INT_MAX);
   EXPECT_EQ(attempts_, 20);
-  ASSERT_NE(opened.session, nullptr) << opened.error;
-  EXPECT_NE(opened.session->file(), file_at(path()));
-  EXPECT_FALSE(opened.session->is_usable(true));
-  EXPECT_STREQ(opened.session->loss(), kReplaced);
+  EXPECT_NE(connection_.watch().file(), file());
+  EXPECT_EQ(connection_.state(Look::kNow).kind, SessionState::Kind::kLost);
+  EXPECT_STREQ(connection_.state(Look::kAtTimes).why, sqlite::kReplaced);
 }
 
 // The frozen schema of version 1: whatever the current version becomes, such a file still opens, and is then
@@ -424,7 +427,7 @@ class Version1Test : public UpgradeTest {
 TEST_F(Version1Test, BecomesTheSameAsANewOne) {
   { ASSERT_NE(open().session, nullptr); }
   {
-    const Opened fresh = open_session({folder_.file("fresh.db"), &kInventorySchema}, writers_);
+    const OpenedSession fresh = open_session({folder_.file("fresh.db"), &kInventorySchema}, writers_);
     ASSERT_NE(fresh.session, nullptr);
   }
   EXPECT_EQ(schema_of("inventory.db"), schema_of("fresh.db"));
@@ -476,7 +479,7 @@ TEST_F(Version1Test, ThatMayNotBeWrittenIsRefusedAndLeftAsItWas) {
   ASSERT_EQ(chmod(folder_.path().c_str(), 0555), 0);
   ASSERT_EQ(chmod(folder_.file("inventory.db").c_str(), 0444), 0);
   EXPECT_EQ(as_somebody_else([&] {
-              const Opened opened = open();
+              const OpenedSession opened = open();
               return opened.status == kStatusReadOnly && opened.error.ends_with("it cannot be written") ? 0
                                                                                                         : 1;
             }),

@@ -78,9 +78,9 @@ TEST_F(PropertyDatabaseTest, NullArgumentsAreInvalid) {
 }
 
 // Opening and closing costs most of a read where nobody else has the database open.
-class RestingPropertyDatabaseTest : public PropertyDatabaseTest {
+class IdlePropertyDatabaseTest : public PropertyDatabaseTest {
  protected:
-  RestingPropertyDatabaseTest() {
+  IdlePropertyDatabaseTest() {
     property("/a", "0408000000");
     zym_db_close(get_dmdb_handle());
   }
@@ -91,7 +91,7 @@ class RestingPropertyDatabaseTest : public PropertyDatabaseTest {
     EXPECT_EQ(propdb_get_dword("/a", &number), 0);
     return number;
   }
-  // Open databases of this process have a log beside them.
+  // Open databases of this process have a write-ahead log beside them.
   bool is_open() const { return std::filesystem::exists(folder() / "inventory-properties.db-wal"); }
 
   static void set(_zym_db_handle_t* handle, const char (&bytes)[6]) {
@@ -102,7 +102,7 @@ class RestingPropertyDatabaseTest : public PropertyDatabaseTest {
   }
 };
 
-TEST_F(RestingPropertyDatabaseTest, StaysOpenForTheThreadThatReadItUntilTheThreadEnds) {
+TEST_F(IdlePropertyDatabaseTest, StaysOpenForTheThreadThatReadItUntilTheThreadEnds) {
   std::thread([this] {
     EXPECT_EQ(value(), 8U);
     EXPECT_TRUE(is_open());
@@ -111,7 +111,7 @@ TEST_F(RestingPropertyDatabaseTest, StaysOpenForTheThreadThatReadItUntilTheThrea
   EXPECT_FALSE(is_open());
 }
 
-TEST_F(RestingPropertyDatabaseTest, IsClosedByTheThreadsNextCallWhenItRestedForASecond) {
+TEST_F(IdlePropertyDatabaseTest, IsClosedByTheThreadsNextCallWhenItWasIdleForASecond) {
   EXPECT_EQ(value(), 8U);
   std::this_thread::sleep_for(std::chrono::milliseconds(1100));
   EXPECT_TRUE(is_open());
@@ -120,7 +120,7 @@ TEST_F(RestingPropertyDatabaseTest, IsClosedByTheThreadsNextCallWhenItRestedForA
   EXPECT_EQ(value(), 8U);
 }
 
-TEST_F(RestingPropertyDatabaseTest, HasNoHandleMeanwhile) {
+TEST_F(IdlePropertyDatabaseTest, HasNoHandleMeanwhile) {
   _zym_db_handle_t* const handle = open();
   ASSERT_EQ(zym_db_close(handle), 0);
   ASSERT_TRUE(is_open());
@@ -133,7 +133,7 @@ TEST_F(RestingPropertyDatabaseTest, HasNoHandleMeanwhile) {
   EXPECT_EQ(value(), 8U);
 }
 
-TEST_F(RestingPropertyDatabaseTest, RestsOnceHoweverManyHandlesAreClosed) {
+TEST_F(IdlePropertyDatabaseTest, IsIdleOnceHoweverManyHandlesAreClosed) {
   _zym_db_handle_t* const first = open();
   _zym_db_handle_t* const second = open();
   EXPECT_NE(first, second);
@@ -143,7 +143,7 @@ TEST_F(RestingPropertyDatabaseTest, RestsOnceHoweverManyHandlesAreClosed) {
   EXPECT_EQ(value(), 8U);
 }
 
-TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceAfterAWriteSoThatTheFileIsWhole) {
+TEST_F(IdlePropertyDatabaseTest, IsClosedAtOnceAfterAWriteSoThatTheFileIsWhole) {
   EXPECT_EQ(value(), 8U);
   _zym_db_handle_t* const handle = open();
   set(handle, "\4\7\0\0\0");
@@ -152,7 +152,7 @@ TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceAfterAWriteSoThatTheFileIsWhol
   EXPECT_EQ(value(), 7U);
 }
 
-TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceWithATransactionThatWasOpen) {
+TEST_F(IdlePropertyDatabaseTest, IsClosedAtOnceWithATransactionThatWasOpen) {
   _zym_db_handle_t* const handle = open();
   ASSERT_EQ(zym_db_begin(handle), 0);
   set(handle, "\4\7\0\0\0");
@@ -161,7 +161,7 @@ TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceWithATransactionThatWasOpen) {
   EXPECT_EQ(value(), 8U);
 }
 
-TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceWhenTwoThreadsUsedIt) {
+TEST_F(IdlePropertyDatabaseTest, IsClosedAtOnceWhenTwoThreadsUsedIt) {
   _zym_db_handle_t* const handle = open();
   zym_db_result_t* rows = nullptr;
   const auto read = [&] {
@@ -183,7 +183,7 @@ TEST_F(RestingPropertyDatabaseTest, IsClosedAtOnceWhenTwoThreadsUsedIt) {
   other.join();
 }
 
-TEST_F(RestingPropertyDatabaseTest, IsLeftForTheFileThatTookItsPlace) {
+TEST_F(IdlePropertyDatabaseTest, IsLeftForTheFileThatTookItsPlace) {
   EXPECT_EQ(value(), 8U);
   std::filesystem::copy_file(folder() / "inventory-properties.db", folder() / "new.db");
   std::filesystem::rename(folder() / "new.db", folder() / "inventory-properties.db");
@@ -194,7 +194,7 @@ TEST_F(RestingPropertyDatabaseTest, IsLeftForTheFileThatTookItsPlace) {
   EXPECT_EQ(propdb_get_dword("/a", &number), ZYM_DB_STATUS_NOT_FOUND);
 }
 
-TEST_F(RestingPropertyDatabaseTest, IsLeftForThatOfAnotherInventory) {
+TEST_F(IdlePropertyDatabaseTest, IsLeftForThatOfAnotherInventory) {
   EXPECT_EQ(value(), 8U);
   std::filesystem::create_directory(folder() / "other");
   setenv("ZYMDB_INVENTORY", (folder() / "other/inventory.db").c_str(), 1);
@@ -204,7 +204,7 @@ TEST_F(RestingPropertyDatabaseTest, IsLeftForThatOfAnotherInventory) {
   EXPECT_EQ(value(), 8U);
 }
 
-TEST_F(RestingPropertyDatabaseTest, IsNotInheritedByAChild) {
+TEST_F(IdlePropertyDatabaseTest, IsNotInheritedByAChild) {
   EXPECT_EQ(value(), 8U);
   ChildProcess child([this] {
     unsigned number = 0;

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "client/engine/engine.h"
 #include "client/status.h"
+#include "platform/engine_session.h"
 #include "support/temporary_folder.h"
 
 namespace zymdb::client {
@@ -12,7 +12,7 @@ namespace {
 class SessionTest : public testing::Test {
  protected:
   std::unique_ptr<Session> open() {
-    Opened opened = open_session({folder_.file("inventory.db"), &kInventorySchema}, writers_, limits_);
+    OpenedSession opened = open_session({folder_.file("inventory.db"), &kInventorySchema}, writers_, limits_);
     EXPECT_EQ(opened.status, 0) << opened.error;
     return std::move(opened.session);
   }
@@ -85,7 +85,8 @@ TEST_F(SessionTest, AnotherConnectionsWriterIsWaitedForNoLongerThanTheLimit) {
   limits_.writer = std::chrono::milliseconds(30);
   const auto holder = open();
   WriterQueue other_process;
-  Opened opened = open_session({folder_.file("inventory.db"), &kInventorySchema}, other_process, limits_);
+  OpenedSession opened =
+      open_session({folder_.file("inventory.db"), &kInventorySchema}, other_process, limits_);
   ASSERT_NE(opened.session, nullptr);
   ASSERT_EQ(holder->begin(), 0);
   EXPECT_EQ(insert(*opened.session, "x"), kStatusBusy);

@@ -44,6 +44,22 @@ TEST_F(StatementTest, AQueryNamesItsColumnsOrAll) {
   EXPECT_EQ(sql(), R"(SELECT "_id","Key","Name","Count" FROM "Card")");
 }
 
+TEST_F(StatementTest, NamesAndDefaultsAreWrittenAsTheEngineHasThem) {
+  constexpr Flavour kOther = {'`', " () VALUES ()"};
+  catalog_ = Catalog(kOther);
+  catalog_.add_column("Card", "Name");
+  catalog_.add_column("Card", "odd`name");
+  columns({"Name", "max(Name)"});
+  request_.where = "Name='x'";
+  EXPECT_EQ(sql(), "SELECT `Name`, max(`Name`) FROM `Card` WHERE `Name` = ?  HAVING count(*)>0 ");
+  columns({});
+  request_.where = nullptr;
+  EXPECT_EQ(sql(), "SELECT `Name`,`odd``name` FROM `Card`");
+  request_.kind = Request::Kind::kInsert;
+  request_.values = &values_;
+  EXPECT_EQ(sql(), "INSERT INTO `Card` () VALUES ()");
+}
+
 TEST_F(StatementTest, PlainColumnsBesideAnAggregateComeOnlyWithRows) {
   columns({"Name", "count(*)"});
   request_.where = "Key=1";

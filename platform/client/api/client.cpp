@@ -6,7 +6,8 @@
 #include "client/engine/creation.h"
 #include "client/guarded.h"
 #include "client/result/result_pool.h"
-#include "client/session/registry.h"
+#include "client/session/handles.h"
+#include "client/session/lease.h"
 #include "controller/database_client.h"
 #include "zymdb_platform.h"
 
@@ -15,9 +16,9 @@ using zymdb::client::guarded;
 using zymdb::client::guarded_pointer;
 using zymdb::client::Lease;
 using zymdb::client::note_failure;
+using zymdb::client::PooledResult;
 using zymdb::client::report_failure;
 using zymdb::client::Request;
-using zymdb::client::ResultPtr;
 using zymdb::client::take_result;
 
 struct zym_db_content_values_t final : zymdb::client::ContentValues {};
@@ -33,7 +34,7 @@ int run_query(_zym_db_handle_t* handle, const Request& request, zym_db_result_t*
   return guarded([&] {
     Lease lease;
     if (const int status = lease.acquire(handle)) return status;
-    ResultPtr rows = take_result();
+    PooledResult rows = take_result();
     const int status = lease.query(request, *rows);
     if (status == 0) *result = rows.release();
     return status;

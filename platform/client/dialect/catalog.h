@@ -1,4 +1,4 @@
-// The tables and columns of a database: the only names that ever become part of a statement.
+// The tables and columns of a database, and its SQL: the only names that ever become part of a statement.
 #ifndef ZYMDB_PLATFORM_CLIENT_DIALECT_CATALOG_H
 #define ZYMDB_PLATFORM_CLIENT_DIALECT_CATALOG_H
 
@@ -6,6 +6,8 @@
 #include <string_view>
 #include <unordered_map>
 #include <vector>
+
+#include "client/dialect/flavour.h"
 
 namespace zymdb::client {
 
@@ -58,11 +60,16 @@ class Table {
 
 class Catalog {
  public:
+  explicit Catalog(const Flavour& flavour = kStandardSql) : flavour_(&flavour) {}
+
+  const Flavour& flavour() const { return *flavour_; }
+
   void add_column(const std::string& table, std::string column, bool is_text = false);
 
   const Table* table(std::string_view word) const;
 
  private:
+  const Flavour* flavour_;
   std::unordered_map<std::string, Table, WordHash, WordEqual> tables_;
 };
 

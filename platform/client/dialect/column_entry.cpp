@@ -7,8 +7,8 @@ namespace {
 // column | function "(" ( "*" | [DISTINCT] column ) ")", either after DISTINCT
 class ColumnParser {
  public:
-  ColumnParser(const Table& table, std::string_view entry, ColumnEntry& out)
-      : table_(table), entry_(entry), lexer_(entry), out_(out) {}
+  ColumnParser(const Table& table, std::string_view entry, ColumnEntry& out, const Flavour& flavour)
+      : table_(table), entry_(entry), lexer_(entry), out_(out), flavour_(flavour) {}
 
   bool run() {
     advance();
@@ -31,7 +31,7 @@ class ColumnParser {
   bool column() {
     const Column* column = token_.kind == TokenKind::kWord ? table_.column(token_.text) : nullptr;
     if (column == nullptr) return false;
-    append_identifier(out_.sql, column->name);
+    append_identifier(out_.sql, column->name, flavour_);
     advance();
     return true;
   }
@@ -62,13 +62,14 @@ class ColumnParser {
   std::string_view entry_;
   Lexer lexer_;
   ColumnEntry& out_;
+  const Flavour& flavour_;
   Token token_;
 };
 
 }  // namespace
 
-bool parse_column(const Table& table, std::string_view entry, ColumnEntry& out) {
-  return ColumnParser(table, entry, out).run();
+bool parse_column(const Table& table, std::string_view entry, ColumnEntry& out, const Flavour& flavour) {
+  return ColumnParser(table, entry, out, flavour).run();
 }
 
 bool is_function(std::string_view word) {

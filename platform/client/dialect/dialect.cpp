@@ -210,7 +210,7 @@ const Column* Translator::find_column(std::string_view word) const {
 }
 
 bool Translator::emit_name(std::string_view name) {
-  append_identifier(out_.shape, name);
+  append_identifier(out_.shape, name, catalog_.flavour());
   out_.shape.push_back(' ');
   return true;
 }

@@ -65,10 +65,11 @@ struct ColumnEntry {
 };
 
 // False when the entry is none of these or names no column of the table.
-bool parse_column(const Table& table, std::string_view entry, ColumnEntry& out);
+bool parse_column(const Table& table, std::string_view entry, ColumnEntry& out,
+                  const Flavour& flavour = kStandardSql);
 
 // Appends a name as a quoted identifier.
-void append_identifier(std::string& sql, std::string_view name);
+void append_identifier(std::string& sql, std::string_view name, const Flavour& flavour);
 
 // The functions that statements may call.
 bool is_function(std::string_view word);

@@ -25,6 +25,7 @@ bool read_param(const _zym_db_param_t& param, Argument& argument) {
 
 int Statement::compose(const Catalog& catalog, const Request& request) {
   request_ = request;
+  flavour_ = &catalog.flavour();
   reason_ = {};
   arguments_.clear();
   column_names_.clear();
@@ -96,7 +97,7 @@ bool Statement::sql(std::string& out) {
       return update_sql(out);
     case Request::Kind::kDelete:
       out = "DELETE FROM ";
-      append_identifier(out, table_->name());
+      append_identifier(out, table_->name(), *flavour_);
       append_condition(out, false);
       return true;
     case Request::Kind::kRaw:
@@ -113,7 +114,7 @@ bool Statement::query_sql(std::string& out) {
   const char* separator = "";
   for (const char* text : request_.columns) {
     ColumnEntry entry;
-    if (!parse_column(*table_, text, entry)) {
+    if (!parse_column(*table_, text, entry, *flavour_)) {
       reason_ = "no such column";
       return false;
     }
@@ -124,7 +125,7 @@ bool Statement::query_sql(std::string& out) {
   }
   if (request_.columns.empty()) append_all_columns(out);
   out.append(" FROM ");
-  append_identifier(out, table_->name());
+  append_identifier(out, table_->name(), *flavour_);
   append_condition(out, aggregate && plain);
   return true;
 }
@@ -134,7 +135,7 @@ void Statement::append_all_columns(std::string& out) {
   const char* separator = "";
   for (const Column& column : table_->columns()) {
     column_names_.push_back(column.name);
-    append_identifier(out.append(separator), column.name);
+    append_identifier(out.append(separator), column.name, *flavour_);
     separator = ",";
   }
 }
@@ -150,9 +151,9 @@ void Statement::append_condition(std::string& out, bool count_rows) const {
 
 bool Statement::insert_sql(std::string& out) {
   out = "INSERT INTO ";
-  append_identifier(out, table_->name());
+  append_identifier(out, table_->name(), *flavour_);
   if (value_count_ == 0) {
-    out.append(" DEFAULT VALUES");
+    out.append(flavour_->default_row);
     return true;
   }
   out.append(" (");
@@ -165,7 +166,7 @@ bool Statement::insert_sql(std::string& out) {
 
 bool Statement::update_sql(std::string& out) {
   out = "UPDATE ";
-  append_identifier(out, table_->name());
+  append_identifier(out, table_->name(), *flavour_);
   out.append(" SET ");
   if (!append_value_columns(out, "=?")) return false;
   append_condition(out, false);
@@ -180,7 +181,7 @@ bool Statement::append_value_columns(std::string& out, std::string_view after) {
       return false;
     }
     if (i != 0) out.push_back(',');
-    append_identifier(out, column->name);
+    append_identifier(out, column->name, *flavour_);
     out.append(after);
   }
   return true;
@@ -188,7 +189,7 @@ bool Statement::append_value_columns(std::string& out, std::string_view after) {
 
 std::string Statement::probe_sql() const {
   std::string out = "SELECT 1 FROM ";
-  append_identifier(out, table_->name());
+  append_identifier(out, table_->name(), *flavour_);
   append_condition(out, false);
   return out.append(" LIMIT 1");
 }

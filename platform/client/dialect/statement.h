@@ -71,6 +71,7 @@ class Statement {
   int refuse(std::string_view reason, int status);
 
   Request request_;
+  const Flavour* flavour_ = &kStandardSql;
   const Table* table_ = nullptr;
   Translation condition_;
   std::vector<Argument> arguments_;

@@ -26,11 +26,12 @@ void Translation::clear() {
   unescaped.clear();
 }
 
-void append_identifier(std::string& sql, std::string_view name) {
-  sql.push_back('"');
-  for (size_t quote; (quote = name.find('"')) != name.npos; name.remove_prefix(quote + 1))
-    sql.append(name.substr(0, quote)).append("\"\"");
-  sql.append(name).push_back('"');
+void append_identifier(std::string& sql, std::string_view name, const Flavour& flavour) {
+  const char quote = flavour.quote;
+  sql.push_back(quote);
+  for (size_t place; (place = name.find(quote)) != name.npos; name.remove_prefix(place + 1))
+    sql.append(name.substr(0, place)).append(2, quote);
+  sql.append(name).push_back(quote);
 }
 
 }  // namespace zymdb::client

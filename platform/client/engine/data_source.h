@@ -9,20 +9,22 @@
 
 namespace zymdb::client {
 
+struct Engine;
+
 struct DataSource {
-  std::string path;  // absolute
+  std::string address;  // as the engine has it: of SQLite an absolute path
   const Schema* schema = nullptr;
-  std::string predecessor = {};  // where it used to lie, from where it moves to its path; empty for none
+  const Engine* engine = nullptr;
+  std::string predecessor = {};  // where it used to lie, from where it moves to its address; empty for none
 };
 
 inline constexpr char kDefaultInventory[] = "/var/lib/zymdb/inventory.db";
 
-// The inventory: the path or "sqlite:" URI in ZYMDB_INVENTORY, else the default one.
+// The inventory: the address in ZYMDB_INVENTORY, else the default one.
 // False when the variable names what no engine can open; `error` then tells.
 bool locate_inventory(DataSource& source, std::string& error);
 
-// The database of this name beside the inventory, NAME-properties.db beside NAME.db. Only "propertiesdb" is
-// known. All inventories of a folder used to share one, which is the default inventory's.
+// The database of this name that belongs to the inventory. Only "propertiesdb" is known.
 bool locate_database(std::string_view name, DataSource& source, std::string& error);
 
 }  // namespace zymdb::client

@@ -1,13 +1,15 @@
-// What the client needs of a database: a session of one thread that reads and changes. SQLite implements it.
+// What the client needs of a database engine: sessions of one thread that read and change.
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_ENGINE_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_ENGINE_H
 
 #include <cstdint>
-#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <string_view>
 
 #include "client/dialect/catalog.h"
+#include "client/dialect/flavour.h"
 #include "client/dialect/statement.h"
 #include "client/engine/data_source.h"
 #include "client/engine/writer_queue.h"
@@ -22,14 +24,45 @@ struct Change {
   int64_t id = 0;
 };
 
-// What a session can lose its database by.
-inline constexpr char kReplaced[] = "was replaced";
+// What a session answers about itself. All but a usable one are to be opened, or opened anew.
+struct SessionState {
+  enum class Kind : uint8_t { kUsable, kStale, kLost };
 
-// A connection of one thread. Operations answer a status; error() then tells the engine's own words.
+  Kind kind = Kind::kUsable;
+  const char* why = nullptr;  // what became of the database of a lost one
+
+  bool is_usable() const { return kind == Kind::kUsable; }
+};
+
+// What came of opening a session. On a failure the session's error() is the whole line.
+struct Opened {
+  int status = 0;
+  const char* loss = nullptr;  // what became of the database that the process had open in its place
+};
+
+// How closely a session looks at what it is connected to: from time to time, or at once.
+enum class Look : uint8_t { kAtTimes, kNow };
+
+// A session of one thread. It is locked by whoever uses it, and by the engine where that ends a connection
+// from elsewhere: all operations but close() are for the lock's owner. They answer a status; error() then
+// tells the engine's own words.
 class Session {
  public:
   virtual ~Session() = default;
 
+  virtual std::mutex& lock() = 0;
+
+  // Connects, creating or upgrading the database as its schema tells. `held` is the session's lock, which is
+  // released meanwhile.
+  virtual Opened open(std::unique_lock<std::mutex>& held) = 0;
+  // Ends the connection, and a transaction with it, once no operation runs. Takes the lock itself; for any
+  // thread.
+  virtual void close() = 0;
+
+  // A transaction goes on whatever becomes of the database: its commit tells.
+  virtual SessionState state(Look look) = 0;
+
+  // The rest is for a session that is usable, or was until now.
   virtual const Catalog& catalog() const = 0;
 
   virtual int query(Statement& statement, Result& result) = 0;
@@ -42,46 +75,29 @@ class Session {
   virtual int commit() = 0;
   virtual int rollback() = 0;
 
-  // False when the data source names another database by now, or this one cannot be used any further. Looked
-  // at from time to time, and each time when `now` is set. A transaction goes on: its commit tells.
-  virtual bool is_usable(bool now) = 0;
-
-  // The number of the file that it was opened on.
-  virtual uint64_t file() const = 0;
-
-  // What became of the database that it was opened on (kReplaced), once is_usable() has noticed; else
-  // null.
-  virtual const char* loss() const = 0;
-
-  // Whether it has a transaction that can still be committed: all others end before the database is opened
-  // anew.
-  virtual bool must_stay() const = 0;
-
-  // Whether it may stay open though its handle is closed: it has no transaction, and the file alone, as it
-  // may be copied, is all of the database.
-  virtual bool may_rest() const = 0;
-
-  // Called in a child process on a session of its parent, before it is destroyed: nothing may reach the
-  // database any more.
-  virtual void disown() = 0;
-
   virtual const std::string& error() const = 0;
 };
 
-struct Opened {
-  std::unique_ptr<Session> session;  // null on failure
-  int status = 0;
-  std::string error;
+// An engine, chosen by an address's form.
+struct Engine {
+  std::string_view scheme;  // what an address begins with, before ":"
+
+  // Where the database of a schema lies, for the address of the inventory without its scheme. False when it
+  // is no address; `error` then tells what it lacks.
+  bool (*locate)(std::string_view address, const Schema& schema, DataSource& source, std::string& error);
+
+  // A session that is not open yet. `writers` outlives it.
+  std::unique_ptr<Session> (*make_session)(const DataSource& source, WriterQueue& writers,
+                                           const Limits& limits);
+
+  const Flavour& flavour;  // of its SQL
+
+  // A fork is between these two: no operation of the engine runs and no session opens.
+  void (*stand_still)();
+  void (*go_on)();
+  // In a child process: ends its parent's connections without a word to the database.
+  void (*abandon_inherited)();
 };
-
-// Opens a session, creating or upgrading the database as its schema tells. `writers` outlives the session.
-// `connected` is called once the file is open, before anything in it or beside it is used.
-Opened open_session(
-    const DataSource& source, WriterQueue& writers, const Limits& limits = {},
-    const std::function<void()>& connected = [] {});
-
-// The number of the file that a path leads to; 0 for none.
-uint64_t file_at(const std::string& path);
 
 }  // namespace zymdb::client
 

@@ -19,7 +19,8 @@ struct Schema {
   int version;
   const char* sql;  // creates every table of the current version
   std::span<const UpgradeStep> steps;
-  bool may_be_absent = false;  // where none may be created, a missing one counts as empty
+  bool may_be_absent = false;    // where none may be created, a missing one counts as empty
+  bool is_opened_often = false;  // opened and closed for each use
 };
 
 extern const Schema kInventorySchema;

@@ -21,13 +21,13 @@ struct Pool {
 
 }  // namespace
 
-ResultPtr take_result() {
+PooledResult take_result() {
   if (Pool* const pool = PerThread<Pool>::get(); pool != nullptr) {
     for (zym_db_result_t*& place : pool->kept) {
-      if (place != nullptr) return ResultPtr(std::exchange(place, nullptr));
+      if (place != nullptr) return PooledResult(std::exchange(place, nullptr));
     }
   }
-  return ResultPtr(new zym_db_result_t);
+  return PooledResult(new zym_db_result_t);
 }
 
 // Of a thread that took one: what is given back elsewhere goes.

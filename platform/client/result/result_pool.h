@@ -13,9 +13,9 @@ namespace zymdb::client {
 struct GiveBack {
   void operator()(zym_db_result_t* result) const noexcept;
 };
-using ResultPtr = std::unique_ptr<zym_db_result_t, GiveBack>;
+using PooledResult = std::unique_ptr<zym_db_result_t, GiveBack>;
 
-ResultPtr take_result();
+PooledResult take_result();
 
 }  // namespace zymdb::client
 

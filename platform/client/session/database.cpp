@@ -1,18 +1,22 @@
 #include "client/session/database.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace zymdb::client {
 
+ThreadSession::ThreadSession(std::shared_ptr<Database> owner)
+    : database(std::move(owner)),
+      session(database->source().engine->make_session(database->source(), database->writers(), {})) {}
+
 void ThreadSession::close() {
   closed = true;
-  set(nullptr);
+  session->close();
 }
 
 std::shared_ptr<ThreadSession> Database::join(const std::shared_ptr<Database>& database) {
   auto session = std::make_shared<ThreadSession>(database);
   const std::lock_guard lock(database->mutex_);
-  if (database->closed_ || database->resting_) return nullptr;
+  if (database->closed_) return nullptr;
   std::erase_if(database->sessions_, [](const auto& each) { return each.expired(); });
   database->sessions_.push_back(session);
   return session;
@@ -26,18 +30,8 @@ void Database::close() {
     ending.swap(sessions_);
   }
   for (const auto& each : ending) {
-    const auto session = each.lock();
-    if (session == nullptr) continue;
-    const std::lock_guard lock(session->mutex);
-    session->close();
+    if (const auto session = each.lock()) session->close();
   }
-}
-
-bool Database::rest(const ThreadSession& only) {
-  const std::lock_guard lock(mutex_);
-  bool is_alone = !closed_;
-  for_each_session([&](const auto& session) { is_alone = is_alone && session.get() == &only; });
-  return is_alone && !resting_.exchange(true);
 }
 
 }  // namespace zymdb::client

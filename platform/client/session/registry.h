@@ -1,51 +1,44 @@
-// The open handles of the process and each thread's sessions with them.
+// The open handles of the process.
 #ifndef ZYMDB_PLATFORM_CLIENT_SESSION_REGISTRY_H
 #define ZYMDB_PLATFORM_CLIENT_SESSION_REGISTRY_H
 
+#include <atomic>
 #include <memory>
 #include <mutex>
+#include <unordered_map>
+#include <vector>
 
 #include "client/session/database.h"
-#include "zymdb_db.h"
 
 namespace zymdb::client {
 
-// A new handle once this thread's session with the database is open; null, with one line in the log, when it
-// cannot be opened.
-_zym_db_handle_t* open_handle(const DataSource& source);
-
-// The inventory's handle, opened on first use and again after it was closed; null as open_handle.
-_zym_db_handle_t* shared_handle();
-
-// False for what is no open handle.
-bool close_handle(_zym_db_handle_t* handle);
-
-// The calling thread's session, locked for one operation.
-class Lease {
+// Never destroyed: threads may outlive the statics of the process.
+class Registry {
  public:
-  // Returns 0; ZYM_DB_STATUS_NO_DB for a handle that is not open; else why the database cannot be opened,
-  // with a line in the log.
-  int acquire(_zym_db_handle_t* handle);
+  static Registry& instance();
 
-  // Operations on the leased session. A failure leaves a line in the log.
-  int query(const Request& request, Result& result);
-  int change(const Request& request, Change& change);
-  int begin();
-  int commit() { return logged(held_->session->commit(), "commit"); }
-  int rollback() { return logged(held_->session->rollback(), "rollback"); }
+  void add(const std::shared_ptr<_zym_db_handle_t>& handle);
+  // Null for what is no open handle.
+  std::shared_ptr<_zym_db_handle_t> find(_zym_db_handle_t* handle);
+  // False for what is no open handle: another thread may have been quicker.
+  bool close(_zym_db_handle_t* handle);
 
-  Lease() = default;
-  Lease(const Lease&) = delete;
-  Lease& operator=(const Lease&) = delete;
+  // Between these two no handle is opened, closed or joined by a thread.
+  void stand_still();
+  void go_on();
+
+  // In a child process, for the owner of mutex(): the writers inside, if any, stayed in the parent.
+  void reset_writers();
+  std::mutex& mutex() { return mutex_; }
+
+  std::mutex opening;  // of the shared handle
+  std::atomic<_zym_db_handle_t*> shared{nullptr};
 
  private:
-  int compose(const Request& request);
-  int reopen();
-  int logged(int status, const char* operation) const;
-  int logged(int status) const;
+  Registry() = default;
 
-  std::shared_ptr<ThreadSession> held_;
-  std::unique_lock<std::mutex> lock_;  // of what is held
+  std::mutex mutex_;
+  std::unordered_map<_zym_db_handle_t*, std::shared_ptr<_zym_db_handle_t>> handles_;
 };
 
 }  // namespace zymdb::client

@@ -15,7 +15,7 @@ struct CloseDatabase {
 using DatabasePtr = std::unique_ptr<sqlite3, CloseDatabase>;
 
 // For a connection, which may be null, to files that are not its own any more: closing it then neither
-// checkpoints nor removes the log, it only lets go of memory and descriptors.
+// checkpoints nor removes the write-ahead log, it only lets go of memory and descriptors.
 void leave_wal(sqlite3* database);
 
 struct FinalizeStatement {

@@ -87,8 +87,8 @@ Failure Opening::run() {
     Failure failure = try_once();
     if (attempt == kMostAttempts || !is_replaced()) {
       if (failure)
-        failure.reason.insert(
-            0, "cannot open the " + std::string(source_.schema->name) + " database " + source_.path + ": ");
+        failure.reason.insert(0, "cannot open the " + std::string(source_.schema->name) + " database " +
+                                     source_.address + ": ");
       return failure;
     }
     let_go();
@@ -96,14 +96,14 @@ Failure Opening::run() {
 }
 
 bool Opening::is_replaced() const {
-  return connected_to_ != FileId{} && file_id(source_.path) != connected_to_;
+  return connected_to_ != FileId{} && file_id(source_.address) != connected_to_;
 }
 
 // Nothing of what lies at the path is this connection's to tidy up.
 void Opening::let_go() {
   leave_wal(database.get());
   database.reset();
-  catalog = {};
+  catalog = Catalog(kEngine.flavour);
   connected_to_ = {};
 }
 
@@ -121,7 +121,7 @@ Failure Opening::try_once() {
 // A writer makes files beside the database, or finds them there.
 bool Opening::nobody_can_be_writing() const {
   struct stat wal {};
-  const FileNames beside = FileNames::of(source_.path, resolved(source_.path));
+  const FileNames beside = FileNames::of(source_.address, resolved(source_.address));
   const bool has_wal = stat(beside.wal.c_str(), &wal) == 0 && wal.st_size != 0;
   return !has_wal && file_id(beside.shm) == FileId{} && !may_write_folder_of(beside.wal);
 }
@@ -141,12 +141,12 @@ Failure Opening::open() {
 Failure Opening::find_file() {
   struct stat status {};
   if (Failure failure = take_over_predecessor(source_)) return failure;
-  if (stat(source_.path.c_str(), &status) == 0) {
+  if (stat(source_.address.c_str(), &status) == 0) {
     if (!S_ISREG(status.st_mode)) return {kStatusIo, "it is not a file"};
     return status.st_size == 0 && !creation_is_allowed() ? find_none() : Failure{};
   }
   if (!creation_is_allowed()) return errno == ENOENT ? find_none() : system_failure(errno);
-  const int descriptor = ::open(source_.path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
+  const int descriptor = ::open(source_.address.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
   if (descriptor < 0) return errno == EEXIST ? Failure{} : system_failure(errno);
   close(descriptor);
   return {};
@@ -154,7 +154,7 @@ Failure Opening::find_file() {
 
 Failure Opening::find_none() {
   if (!source_.schema->may_be_absent) {
-    if (file_id(source_.path) != FileId{}) return {kStatusIo, kEmpty};
+    if (file_id(source_.address) != FileId{}) return {kStatusIo, kEmpty};
     return system_failure(ENOENT);
   }
   access = Access::kAbsent;
@@ -163,19 +163,19 @@ Failure Opening::find_none() {
 
 Failure Opening::connect() {
   if (access != Access::kAbsent) {
-    if (!may_read(source_.path)) return system_failure(errno);
-    share_permissions(source_.path);
+    if (!may_read(source_.address)) return system_failure(errno);
+    share_permissions(source_.address);
   }
   configure_process();
-  std::string name = source_.path;
+  std::string name = source_.address;
   int flags = kOpenFlags | SQLITE_OPEN_READWRITE;
   if (access == Access::kImmutable) {
-    name = immutable_uri(source_.path);
+    name = immutable_uri(source_.address);
     flags = kOpenFlags | SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
   } else if (access == Access::kAbsent) {
     name = ":memory:";
   }
-  if (access != Access::kAbsent) connected_to_ = file_id(source_.path);
+  if (access != Access::kAbsent) connected_to_ = file_id(source_.address);
   sqlite3* opened = nullptr;
   const int code = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
   database.reset(opened);
@@ -211,7 +211,7 @@ Failure Opening::read_catalog() {
 
 Failure Opening::note_files() {
   const char* const file = sqlite3_db_filename(database.get(), "main");
-  names = FileNames::of(source_.path, file != nullptr && file[0] != 0 ? file : source_.path);
+  names = FileNames::of(source_.address, file != nullptr && file[0] != 0 ? file : source_.address);
   files = names.identify();
   if (access != Access::kAbsent) files.database = connected_to_;
   return {};

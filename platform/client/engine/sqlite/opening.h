@@ -9,6 +9,7 @@
 #include "client/engine/data_source.h"
 #include "client/engine/sqlite/authorizer.h"
 #include "client/engine/sqlite/database_files.h"
+#include "client/engine/sqlite/engine.h"
 #include "client/engine/sqlite/handles.h"
 
 namespace zymdb::client::sqlite {
@@ -30,7 +31,7 @@ class Opening {
 
   Access access = Access::kShared;
   DatabasePtr database;
-  Catalog catalog;
+  Catalog catalog{kEngine.flavour};
   FileNames names;
   Files files;
 

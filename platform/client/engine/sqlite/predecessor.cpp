@@ -20,7 +20,7 @@ constexpr std::chrono::seconds kLimit{5};
 constexpr int kOpenFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
 
 bool is_to_be_taken_over(const DataSource& source) {
-  return !source.predecessor.empty() && file_id(source.path) == FileId{} &&
+  return !source.predecessor.empty() && file_id(source.address) == FileId{} &&
          file_id(source.predecessor) != FileId{};
 }
 
@@ -38,7 +38,7 @@ Failure rename_alone(sqlite3* database, const DataSource& source) {
   Failure failure;
   if (mode != "delete")
     failure = {kStatusBusy, "another process uses it"};
-  else if (is_to_be_taken_over(source) && rename(source.predecessor.c_str(), source.path.c_str()) != 0)
+  else if (is_to_be_taken_over(source) && rename(source.predecessor.c_str(), source.address.c_str()) != 0)
     failure = {kStatusIo, std::strerror(errno)};
   execute(database, "ROLLBACK");
   return failure;

@@ -1,0 +1,86 @@
+#include "client/engine/sqlite/connection.h"
+
+#include <utility>
+
+namespace zymdb::client::sqlite {
+namespace {
+
+constexpr size_t kPreparedStatements = 64;
+
+}  // namespace
+
+Connection::Connection(const Limits& limits) : authorizer_(limits), statements_(kPreparedStatements) {}
+
+Connection::~Connection() {
+  authorizer_.stand_aside();
+  statements_.clear();
+  if (in_transaction()) sqlite3_exec(database(), "ROLLBACK", nullptr, nullptr, nullptr);
+  if (database_ != nullptr) watch_.keeps_its_files();
+  database_.reset();
+  if (in_transaction()) writer_->leave();
+}
+
+Failure Connection::open(const DataSource& source, const std::function<void()>& connected) {
+  Opening opening(source, authorizer_, connected);
+  if (Failure failure = opening.run()) return failure;
+  database_ = std::move(opening.database);
+  catalog_ = std::move(opening.catalog);
+  watch_.begin(database(), opening.access, std::move(opening.names), opening.files);
+  return {};
+}
+
+Failure Connection::prepare(Statement& statement, Prepared*& prepared) {
+  authorizer_.watch(statement.kind(),
+                    statement.table() != nullptr ? statement.table()->name() : std::string_view());
+  prepared = statements_.find(statement.key());
+  if (prepared != nullptr) return {};
+  if (!statement.sql(sql_)) return {ZYM_DB_STATUS_ERROR, std::string(statement.reason())};
+  return compile(statement.key(), sql_, statement.take_column_names(), prepared);
+}
+
+Failure Connection::prepare_probe(Statement& statement, Prepared*& prepared) {
+  authorizer_.watch(Request::Kind::kQuery, {});
+  prepared = statements_.find(statement.probe_key());
+  if (prepared != nullptr) return {};
+  return compile(statement.probe_key(), statement.probe_sql(), {}, prepared);
+}
+
+Failure Connection::compile(std::string_view key, const std::string& sql, std::vector<std::string> names,
+                            Prepared*& prepared) {
+  sqlite3_stmt* raw = nullptr;
+  const int code = sqlite3_prepare_v3(database(), sql.data(), static_cast<int>(sql.size()),
+                                      SQLITE_PREPARE_PERSISTENT, &raw, nullptr);
+  Prepared fresh{StatementPtr(raw), nullptr, {}};
+  if (code != SQLITE_OK) return failure(code);
+  const bool named = !names.empty();
+  for (int column = 0; column < sqlite3_column_count(raw); ++column) {
+    if (!named) names.emplace_back(sqlite3_column_name(raw, column));
+    fresh.expressions.push_back(sqlite3_column_decltype(raw, column) == nullptr);
+  }
+  fresh.names = std::make_shared<const std::vector<std::string>>(std::move(names));
+  prepared = &statements_.add(key, std::move(fresh));
+  return {};
+}
+
+Failure Connection::execute(const char* sql) {
+  authorizer_.stand_aside();
+  const int code = sqlite3_exec(database(), sql, nullptr, nullptr, nullptr);
+  return code == SQLITE_OK ? Failure{} : failure(code);
+}
+
+Failure Connection::failure(int code) {
+  Failure failure = failure_of(database(), code);
+  if (is_of_files(failure.status)) failure.reason.insert(0, watch_.path() + ": ");
+  if (is_lasting(status_of(code))) watch_.give_up();
+  return failure;
+}
+
+Failure Connection::end_transaction(const char* sql) {
+  Failure failure = execute(sql);
+  if (sqlite3_get_autocommit(database()) == 0)
+    sqlite3_exec(database(), "ROLLBACK", nullptr, nullptr, nullptr);
+  std::exchange(writer_, nullptr)->leave();
+  return failure;
+}
+
+}  // namespace zymdb::client::sqlite

@@ -1,0 +1,62 @@
+// A connection to a SQLite database, with what was prepared on it.
+#ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_CONNECTION_H
+#define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_CONNECTION_H
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "client/engine/engine.h"
+#include "client/engine/sqlite/authorizer.h"
+#include "client/engine/sqlite/file_watch.h"
+#include "client/engine/sqlite/statement_cache.h"
+
+namespace zymdb::client::sqlite {
+
+class Connection {
+ public:
+  explicit Connection(const Limits& limits);
+  // Ends a transaction that is open, and leaves files that are not its own any more.
+  ~Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  // `connected` is called once the file is open, before anything in it or beside it is used.
+  Failure open(const DataSource& source, const std::function<void()>& connected);
+
+  const Catalog& catalog() const { return catalog_; }
+  FileWatch& watch() { return watch_; }
+  SessionState state(Look look) { return writer_ != nullptr ? SessionState{} : watch_.state(look); }
+
+  // A failure that the connection cannot outlive makes it unusable.
+  Failure prepare(Statement& statement, Prepared*& prepared);
+  Failure prepare_probe(Statement& statement, Prepared*& prepared);
+  Failure execute(const char* sql);
+  Failure failure(int code);
+
+  sqlite3* database() const { return database_.get(); }
+
+  // A transaction has a stay in the queue of writers.
+  bool in_transaction() const { return writer_ != nullptr; }
+  void hold_transaction(WriterQueue& writers) { writer_ = &writers; }
+  Failure end_transaction(const char* sql);
+  // Whether it has one that can still be committed.
+  bool must_stay() const { return in_transaction() && watch_.is_unchanged(); }
+
+ private:
+  Failure compile(std::string_view key, const std::string& sql, std::vector<std::string> names,
+                  Prepared*& prepared);
+
+  Authorizer authorizer_;
+  Catalog catalog_;
+  FileWatch watch_;
+  DatabasePtr database_;
+  StatementCache statements_;  // after the database: statements go first
+  std::string sql_;
+  WriterQueue* writer_ = nullptr;
+};
+
+}  // namespace zymdb::client::sqlite
+
+#endif
