@@ -50,7 +50,7 @@ struct Machine {
     return function.slot ? &slots[*function.slot] : nullptr;
   }
   Location location_of(const MachineFunction& function) const {
-    return function.slot ? slots[*function.slot].location : Location::kBoard;
+    return function.slot ? slots[*function.slot].location : ZYMDB_LOCATION_BOARD;
   }
 };
 

@@ -128,7 +128,7 @@ std::vector<Slot> slots_of(const std::vector<SmbiosSlot>& described) {
     slot.type = known_code(from.type);
     slot.data_bus_width = known_code(from.data_bus_width);
     const std::string designation = from.designation.value_or("");
-    if (is_drive_bay(from.type, designation)) slot.location = Location::kBay;
+    if (is_drive_bay(from.type, designation)) slot.location = ZYMDB_LOCATION_BAY;
     if (from.id != 0) add_wish(slot, from.id);
     add_wish(slot, designated_number(designation));
     if (from.address) slot.addresses.push_back({*from.address, true});

@@ -12,11 +12,11 @@
 #include "collect/sources/pci/pci_function.h"
 #include "collect/sources/smbios/smbios_decode.h"
 #include "collect/sources/sysfs/sysfs_pci.h"
+#include "zymdb_db.h"
 
 namespace zymdb::collect {
 
-// The inventory's location codes.
-enum class Location : uint8_t { kBoard = 0, kSlot = 1, kBay = 2 };
+using Location = _ZYMDB_Location;
 
 // The PCI key of what sits in a slot or bay.
 inline uint32_t slot_key(Location location, uint16_t number) {
@@ -30,12 +30,12 @@ struct SlotAddress {
 
 struct Slot {
   std::optional<std::string> designation;
-  std::optional<uint8_t> type;            // SMBIOS code
-  std::optional<uint8_t> data_bus_width;  // SMBIOS code
-  Location location = Location::kSlot;    // kSlot or kBay
-  std::vector<uint16_t> wishes;           // numbers it may bear, the best first
-  std::optional<uint16_t> number;         // the number it bears
-  std::vector<SlotAddress> addresses;     // as the sources state them
+  std::optional<uint8_t> type;              // SMBIOS code
+  std::optional<uint8_t> data_bus_width;    // SMBIOS code
+  Location location = ZYMDB_LOCATION_SLOT;  // or ZYMDB_LOCATION_BAY
+  std::vector<uint16_t> wishes;             // numbers it may bear, the best first
+  std::optional<uint16_t> number;           // the number it bears
+  std::vector<SlotAddress> addresses;       // as the sources state them
 };
 
 // Whether SMBIOS calls a slot type, or a designation reads like, the bay of a drive.

@@ -7,6 +7,7 @@
 #include "collect/rows/function_view.h"
 #include "collect/rows/row_columns.h"
 #include "common/text.h"
+#include "zymdb_pci.h"
 
 namespace zymdb::collect {
 namespace {
@@ -16,7 +17,6 @@ struct AdapterView : FunctionView {
   bool is_removable;
 };
 
-constexpr uint32_t kNotAimManaged = 0;
 constexpr uint32_t kHealthNotAssessed = 0;
 
 // Codes of the connector type and package type tables.
@@ -83,7 +83,7 @@ constexpr Column<AdapterView> kAdapterColumns[] = {
     {{"SlotNo", Role::kPlace}, of_function<slot_number>},
     {{"CardName", Role::kValue, Kind::kText}, name},
     {{"ConnectorType", Role::kPlace, Kind::kText}, connector_type},
-    {{"AIMSupported", Role::kInitial}, [](const AdapterView&) { return Value::number(kNotAimManaged); }},
+    {{"AIMSupported", Role::kInitial}, [](const AdapterView&) { return Value::number(ZYMDB_AIM_NONE); }},
     {{"HealthStatus", Role::kInitial}, [](const AdapterView&) { return Value::number(kHealthNotAssessed); }},
 };
 
@@ -135,7 +135,7 @@ Value connector_layout(const FunctionView& view) {
 }
 
 Value package_type(const FunctionView& view) {
-  const bool drive = view.location == Location::kBay && view.pci().base_class() == kClassStorage;
+  const bool drive = view.location == ZYMDB_LOCATION_BAY && view.pci().base_class() == kClassStorage;
   const uint32_t code = !view.slot ? kPackageOnboard : drive ? kPackageStorage : kPackageModule;
   return Value::text(std::to_string(code));
 }
@@ -151,7 +151,7 @@ constexpr Column<FunctionView> kMiscColumns[] = {
 // ---- Rows of other writers
 
 bool is_managed_out_of_band(const Value& supported) {
-  return !supported.is_null() && supported != Value::number(kNotAimManaged);
+  return !supported.is_null() && supported != Value::number(ZYMDB_AIM_NONE);
 }
 
 bool is_set(const Value& value) {

@@ -29,7 +29,7 @@ std::string capacity_text(uint64_t bytes) {
 // Where a drive is. Nothing: in no slot or bay.
 struct DrivePlace {
   const MachineFunction* function = nullptr;
-  Location location = Location::kBoard;
+  Location location = ZYMDB_LOCATION_BOARD;
   uint16_t number = 0;
 };
 
@@ -39,7 +39,7 @@ std::optional<DrivePlace> place_of(const Machine& machine, const Drive& drive) {
                                           [](const MachineFunction& each) { return each.pci.address; });
   if (function == machine.functions->end()) return std::nullopt;
   const Slot* slot = machine.slot_of(*function);
-  if (slot == nullptr || !slot->number) return DrivePlace{&*function, Location::kBoard, 0};
+  if (slot == nullptr || !slot->number) return DrivePlace{&*function, ZYMDB_LOCATION_BOARD, 0};
   return DrivePlace{&*function, slot->location, *slot->number};
 }
 
@@ -68,7 +68,7 @@ std::optional<std::string> maker_of(const Drive& drive) {
 _ZYMDB_AimDisk record_of(const Drive& drive, const DrivePlace& place) {
   _ZYMDB_AimDisk record{};
   record.PCIFuncKey = place.function->key.value;
-  if (place.location != Location::kBay) record.SlotNo = place.number;
+  if (place.location != ZYMDB_LOCATION_BAY) record.SlotNo = place.number;
   record.BayNo = place.number;
   record.LocationId = static_cast<uint8_t>(place.location);
   record.DriveTypeId = static_cast<uint8_t>(DriveBus::kNvme);
@@ -97,7 +97,7 @@ Value location(const Disk& disk) {
   return Value::text("Bay " + std::to_string(disk.bay));
 }
 Value location_kind(const Disk&) {
-  return Value::number(static_cast<uint32_t>(Location::kBay));
+  return Value::number(static_cast<uint32_t>(ZYMDB_LOCATION_BAY));
 }
 Value bay(const Disk& disk) {
   return Value::number(disk.bay);
@@ -163,7 +163,7 @@ TableContent disk_rows(const Machine& machine, const std::optional<std::vector<D
   content.ownership = {"DriveTypeId", drives ? is_no_disk : is_any};
   std::set<uint16_t> taken;
   for (const auto& [record, has_health] : nvme) {
-    if (record.LocationId == static_cast<uint8_t>(Location::kBay)) taken.insert(record.BayNo);
+    if (record.LocationId == static_cast<uint8_t>(ZYMDB_LOCATION_BAY)) taken.insert(record.BayNo);
   }
   if (!drives) return content;
   for (const auto& drive : *drives) {
@@ -181,7 +181,7 @@ std::vector<NvmeRecord> nvme_records(const Machine& machine, const std::vector<D
   std::vector<NvmeRecord> records;
   for (const auto& drive : drives) {
     const auto place = place_of(machine, drive);
-    if (!place || place->location == Location::kBoard) {
+    if (!place || place->location == ZYMDB_LOCATION_BOARD) {
       notices.push_back("the NVMe drive " + drive.name + " is in no slot or bay: left out");
     } else {
       records.push_back({record_of(drive, *place), drive.health.has_value()});

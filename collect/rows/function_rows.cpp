@@ -6,19 +6,18 @@
 #include "collect/rows/function_view.h"
 #include "collect/rows/row_columns.h"
 #include "collect/sources/pci/pci_vpd.h"
+#include "zymdb_db.h"
 
 namespace zymdb::collect {
 namespace {
 
-constexpr uint32_t kPciHardwareType = 3;
-
 template <class Record>
 Value hardware_type(const Record&) {
-  return Value::number(kPciHardwareType);
+  return Value::number(ZYMDB_HARDWARE_PCI);
 }
 
 bool is_other_hardware(const Value& type) {
-  return !type.is_null() && type != Value::number(kPciHardwareType);
+  return !type.is_null() && type != Value::number(ZYMDB_HARDWARE_PCI);
 }
 
 // ---- Functions

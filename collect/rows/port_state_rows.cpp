@@ -8,17 +8,13 @@
 namespace zymdb::collect {
 namespace {
 
-// Codes of the inventory.
-constexpr uint32_t kLinkUp = 1;
-constexpr uint32_t kLinkDown = 2;
-
 constexpr uint64_t kBitsPerMegabit = 1'000'000;
 
 // ---- Link states
 
 Value link_status(const PortView& view) {
-  if (!view.port.has_link) return Value::number(0);
-  return Value::number(*view.port.has_link ? kLinkUp : kLinkDown);
+  if (!view.port.has_link) return Value::number(ZYMDB_LINK_UNKNOWN);
+  return Value::number(*view.port.has_link ? ZYMDB_LINK_UP : ZYMDB_LINK_DOWN);
 }
 
 uint32_t link_speed_of(const NetworkPort& port) {

@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -27,10 +28,9 @@ class Value {
   Value() = default;
 
   // The database's numbers are signed and have 64 bits; a larger one keeps its bits.
-  template <std::integral Number>
-  static Value number(Number number) {
-    return Value(static_cast<int64_t>(number));
-  }
+  template <class Number>
+  requires std::integral<Number> || std::is_enum_v<Number>
+  static Value number(Number number) { return Value(static_cast<int64_t>(number)); }
   static Value number(FunctionKey key) { return number(key.value); }
   static Value text(std::string text) { return Value(std::move(text)); }
 

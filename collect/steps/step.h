@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "collect/rows/table_content.h"
-#include "collect/survey.h"
+#include "collect/steps/survey.h"
 #include "controller/database_client.h"
 
 namespace zymdb::collect {

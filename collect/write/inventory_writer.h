@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "collect/collector.h"
+#include "collect/rows/report.h"
 #include "collect/rows/table_content.h"
 #include "common/client_objects.h"
 

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "collect/collector.h"
 #include "collect/rows/drive_rows.h"
+#include "collect/rows/report.h"
 
 namespace zymdb::collect {
 

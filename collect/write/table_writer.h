@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "collect/collector.h"
+#include "collect/rows/report.h"
 #include "collect/rows/table_content.h"
 #include "collect/write/stored_rows.h"
 #include "common/client_objects.h"

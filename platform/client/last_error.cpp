@@ -3,9 +3,9 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "common/one_line.h"
 #include "controller/database_client.h"
 #include "controller/ruvo_log.h"
-#include "log/one_line.h"
 #include "zymdb_platform.h"
 
 namespace zymdb::client {
@@ -15,7 +15,7 @@ namespace {
 // thread runs anything at all.
 struct LastError {
   int status;
-  char text[ruvo_log::kLineSize];
+  char text[kLineSize];
 };
 
 constinit thread_local LastError last{};
@@ -28,7 +28,7 @@ int report_failure(int status, const char* format, ...) noexcept {
   va_start(values, format);
   std::vsnprintf(last.text, sizeof last.text, format, values);
   va_end(values);
-  ruvo_log::keep_on_one_line(last.text);
+  keep_on_one_line(last.text);
   ruvo_log::logErr("%s", last.text);
   return status;
 }

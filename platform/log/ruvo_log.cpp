@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "log/one_line.h"
+#include "common/one_line.h"
 
 namespace ruvo_log {
 namespace {
@@ -19,9 +19,9 @@ bool to_standard_error() {
 
 __attribute__((format(printf, 3, 0))) void log(int priority, const char* level, const char* format,
                                                va_list values) {
-  char line[kLineSize];
+  char line[zymdb::kLineSize];
   std::vsnprintf(line, sizeof line, format, values);
-  keep_on_one_line(line);
+  zymdb::keep_on_one_line(line);
   if (to_standard_error()) {
     std::fprintf(stderr, "zymdb %s: %s\n", level, line);
   } else {

@@ -201,7 +201,7 @@ TEST(NvmeRecords, HoldTheHealthThatADriveTells) {
   function.slot = 0;
   machine.functions->push_back(function);
   Slot bay;
-  bay.location = Location::kBay;
+  bay.location = ZYMDB_LOCATION_BAY;
   bay.number = 1;
   machine.slots.push_back(bay);
   Drive drive;

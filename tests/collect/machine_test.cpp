@@ -62,11 +62,11 @@ TEST(Machine, PutsTheWholeDeviceAndWhatIsBelowItIntoTheSlot) {
                                   {{"4", {0, 1, 0, 0}}});
   for (const PciAddress inside :
        {PciAddress{0, 1, 0, 0}, PciAddress{0, 2, 0, 0}, PciAddress{0, 3, 0, 0}, PciAddress{0, 3, 0, 1}}) {
-    EXPECT_EQ(machine.location_of(at(machine, inside)), Location::kSlot) << to_string(inside);
+    EXPECT_EQ(machine.location_of(at(machine, inside)), ZYMDB_LOCATION_SLOT) << to_string(inside);
     EXPECT_EQ(at(machine, inside).device_key, 0x10004U);
   }
-  EXPECT_EQ(machine.location_of(at(machine, {0, 0, 1, 0})), Location::kBoard);
-  EXPECT_EQ(machine.location_of(at(machine, {0, 0, 3, 0})), Location::kBoard);
+  EXPECT_EQ(machine.location_of(at(machine, {0, 0, 1, 0})), ZYMDB_LOCATION_BOARD);
+  EXPECT_EQ(machine.location_of(at(machine, {0, 0, 3, 0})), ZYMDB_LOCATION_BOARD);
 }
 
 TEST(Machine, PutsVirtualFunctionsOfACardIntoItsSlot) {
@@ -81,7 +81,7 @@ TEST(Machine, PutsDevicesOfASharedBusIntoTheirOwnSlots) {
       {{"4", {0, 1, 0, 0}}, {"5", {0, 1, 1, 0}}});
   EXPECT_EQ(at(machine, {0, 1, 0, 0}).device_key, 0x10004U);
   EXPECT_EQ(at(machine, {0, 1, 1, 0}).device_key, 0x10005U);
-  EXPECT_EQ(machine.location_of(at(machine, {0, 1, 2, 0})), Location::kBoard);
+  EXPECT_EQ(machine.location_of(at(machine, {0, 1, 2, 0})), ZYMDB_LOCATION_BOARD);
 }
 
 TEST(Machine, KnowsNoPlacesWithoutASourceOfSlots) {
@@ -147,7 +147,7 @@ TEST_F(ExampleServer, NeedsNoNotice) {
 TEST_F(ExampleServer, HasItsCardsInTheSlotsThatNameTheirRootPorts) {
   const auto& port = at(machine_, {0, 0x97, 2, 0});
   const auto& dpu = at(machine_, {0, 0x98, 0, 1});
-  EXPECT_EQ(machine_.location_of(port), Location::kBoard);
+  EXPECT_EQ(machine_.location_of(port), ZYMDB_LOCATION_BOARD);
   EXPECT_EQ(dpu.device_key, 0x10004U);
   EXPECT_EQ(dpu.bridge_key, port.key);
   EXPECT_EQ(machine_.slot_of(dpu)->designation, "PCIe Slot 4");
@@ -157,12 +157,12 @@ TEST_F(ExampleServer, HasItsCardsInTheSlotsThatNameTheirRootPorts) {
 TEST_F(ExampleServer, HasItsDrivesInBays) {
   EXPECT_EQ(at(machine_, {0, 0x68, 0, 0}).device_key, 0x20002U) << "behind a switch; the bay names the drive";
   EXPECT_EQ(at(machine_, {0, 0xe3, 0, 0}).device_key, 0x20005U) << "the bay names the root port";
-  EXPECT_EQ(machine_.location_of(at(machine_, {0, 0x66, 1, 0})), Location::kBoard) << "the switch";
+  EXPECT_EQ(machine_.location_of(at(machine_, {0, 0x66, 1, 0})), ZYMDB_LOCATION_BOARD) << "the switch";
 }
 
 TEST_F(ExampleServer, HasItsBootControllerOnTheBoard) {
   const auto& controller = at(machine_, {0, 3, 0, 0});
-  EXPECT_EQ(machine_.location_of(controller), Location::kBoard);
+  EXPECT_EQ(machine_.location_of(controller), ZYMDB_LOCATION_BOARD);
   EXPECT_EQ(controller.device_key, controller.key.value);
   EXPECT_EQ(controller.designation, "Boot controller");
 }

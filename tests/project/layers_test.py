@@ -26,16 +26,20 @@ ROOMS = {
     "src/db": PUBLIC,
     **{f"src/{area}": BELOW_AREAS for area in ["cpu_mem", "pci", "network", "firmware", "pci_settings", "storage"]},
 
+    "collect/sources": [],
     PCI: ["common"],
     SMBIOS: ["common", PCI],
     SYSFS: ["common", PCI],
-    "collect/model": ["common", PCI, SMBIOS, SYSFS],
+    "collect/model": [*PUBLIC, "common", PCI, SMBIOS, SYSFS],
     "collect/rows": [*PUBLIC, "common", "collect/model", PCI, SMBIOS, SYSFS],
     "collect/write": [*PUBLIC, "common", "collect/model", "collect/rows", PCI, SMBIOS, SYSFS, "platform"],
-    "collect": [*PUBLIC, "common", "collect/model", "collect/rows", "collect/write", PCI, SMBIOS, SYSFS, "platform"],
+    "collect/steps": [*PUBLIC, "common", "collect/sources", "collect/model", "collect/rows", "collect/write", PCI,
+                      SMBIOS, SYSFS],
+    "collect": [*PUBLIC, "common", "collect/sources", "collect/model", "collect/rows", "collect/steps", "collect/write",
+                PCI, SMBIOS, SYSFS, "platform"],
 
     "tools/zymdb/terminal": SHARED,
-    "tools/zymdb/show": [*SHARED, "tools/zymdb/terminal", "collect"],
+    "tools/zymdb/show": [*SHARED, "tools/zymdb/terminal"],
     "tools/zymdb/files": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show"],
     "tools/zymdb/commands": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show", "tools/zymdb/files", "collect",
                              "platform"],
@@ -44,7 +48,7 @@ ROOMS = {
 
     # The header of the client's extensions.
     "platform": ["include"],
-    CLIENT: [*PUBLIC, "platform"],
+    CLIENT: [*PUBLIC, "common", "platform"],
     f"{CLIENT}/dialect": [*PUBLIC, CLIENT],
     f"{CLIENT}/result": [*PUBLIC, CLIENT, f"{CLIENT}/dialect"],
     f"{CLIENT}/engine": [*PUBLIC, CLIENT, f"{CLIENT}/dialect", f"{CLIENT}/result"],

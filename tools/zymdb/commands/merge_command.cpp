@@ -9,6 +9,7 @@
 #include "show/inventory.h"
 #include "terminal/failure.h"
 #include "terminal/terminal.h"
+#include "zymdb_pci.h"
 
 namespace zymdb::tool {
 namespace {
@@ -24,13 +25,11 @@ constexpr char kFooter[] =
     "  zymdb settings import adapters.json && zymdb merge";
 
 constexpr char kAction[] = "merge the settings into the adapters";
-constexpr unsigned kNotManaged = 0;
-constexpr unsigned kMerged = 3;
 
 using Functions = std::set<FunctionKey>;
 
 unsigned management_of(FunctionKey function) {
-  unsigned type = kNotManaged;
+  unsigned type = ZYMDB_AIM_NONE;
   zymdb_get_pci_function_oob_type(function.value, &type);
   return type;
 }
@@ -41,7 +40,7 @@ Functions merged_functions() {
   Functions merged;
   for (const auto& function : records::list_functions(reading)) {
     const auto key = FunctionKey::of(function);
-    if (management_of(key) == kMerged) merged.insert(key);
+    if (management_of(key) == ZYMDB_AIM_MERGED) merged.insert(key);
   }
   reading.require_whole();
   return merged;
@@ -57,7 +56,7 @@ size_t count_missing(const Functions& from, const Functions& in) {
 void require_all_merged() {
   const records::Reading reading("settings");
   for (const FunctionKey function : records::functions_with_settings(reading)) {
-    if (management_of(function) == kNotManaged)
+    if (management_of(function) == ZYMDB_AIM_NONE)
       throw Failure(std::string("cannot ") + kAction + ": function " + function.text() +
                     " has settings, but is not on the bus, or its device has no adapter");
   }

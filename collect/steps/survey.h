@@ -1,15 +1,16 @@
 // What every class of hardware is collected from.
-#ifndef ZYMDB_COLLECT_SURVEY_H
-#define ZYMDB_COLLECT_SURVEY_H
+#ifndef ZYMDB_COLLECT_STEPS_SURVEY_H
+#define ZYMDB_COLLECT_STEPS_SURVEY_H
 
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "collect/collector.h"
 #include "collect/model/machine.h"
+#include "collect/rows/report.h"
 #include "collect/sources/pci/pci_ids.h"
+#include "collect/sources/sources.h"
 
 namespace zymdb::collect {
 

@@ -1,4 +1,4 @@
-#include "collect/survey.h"
+#include "collect/steps/survey.h"
 
 #include <map>
 #include <utility>

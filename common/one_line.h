@@ -1,12 +1,13 @@
 // One message is one line: values that were logged with it must not begin another.
-#ifndef ZYMDB_PLATFORM_LOG_ONE_LINE_H
-#define ZYMDB_PLATFORM_LOG_ONE_LINE_H
+#ifndef ZYMDB_COMMON_ONE_LINE_H
+#define ZYMDB_COMMON_ONE_LINE_H
 
 #include <cstddef>
 #include <cstring>
 
-namespace ruvo_log {
+namespace zymdb {
 
+// What a line of the log holds.
 inline constexpr size_t kLineSize = 2048;
 
 inline void keep_on_one_line(char* line) {
@@ -17,6 +18,6 @@ inline void keep_on_one_line(char* line) {
   }
 }
 
-}  // namespace ruvo_log
+}  // namespace zymdb
 
 #endif

@@ -1,0 +1,22 @@
+// What a collection reads.
+#ifndef ZYMDB_COLLECT_SOURCES_SOURCES_H
+#define ZYMDB_COLLECT_SOURCES_SOURCES_H
+
+#include <string>
+
+namespace zymdb::collect {
+
+// Where a machine is described. With `lspci`, `smbios` and `sysfs` all empty it is the running machine
+// (/sys). As soon as one of them is named only named sources are read, so that a recorded machine is never
+// mixed with the running one; what no named source describes is left as the inventory has it.
+struct Sources {
+  std::string lspci;   // dump of the PCI configuration spaces, as `lspci -x`, `-xxx` or `-xxxx` prints it
+  std::string smbios;  // SMBIOS tables, as `dmidecode --dump-bin` writes them
+  std::string sysfs;   // root of a sysfs tree; beside `lspci` it adds only what a dump lacks (slots, links, VPD)
+  std::string pci_ids = "/usr/share/misc/pci.ids";  // names of vendors and devices; absent: no names
+  bool allow_empty = false;  // believe a source that tells of nothing, and empty what it tells of
+};
+
+}  // namespace zymdb::collect
+
+#endif
