@@ -84,8 +84,22 @@ TEST_F(Adapters, AnAdapterWithAnUnknownHealthIsNotListed) {
                        {"SlotNo", 1},
                        {"CardName", "a card"},
                        {"AIMSupported", 0},
+                       {"HealthStatus", nullptr},
                        {"Location", 1}});
   EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(Adapters, AnAdapterThatWasInsertedWithoutAHealthHasStatusZero) {
+  given("PCIAdapter", {{"PCIKey", 1},
+                       {"PCIFuncKey", 1},
+                       {"NodeNo", 0},
+                       {"SlotNo", 1},
+                       {"CardName", "a card"},
+                       {"AIMSupported", 0},
+                       {"Location", 1}});
+  const auto list = adapters();
+  ASSERT_EQ(list.size(), 1u);
+  EXPECT_EQ(list[0].HealthStatus, 0);
 }
 
 TEST_F(Adapters, TheNameIsReadWholeUpTo128Characters) {
