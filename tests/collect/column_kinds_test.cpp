@@ -59,7 +59,7 @@ class ColumnKinds : public InventoryTest {
 TEST_F(ColumnKinds, AreThoseOfTheSchemaAndOfTheValues) {
   const std::string schema = read_file(ZYMDB_EXAMPLE_SERVER "/../../schema/inventory.sql");
   const auto contents = tables();
-  EXPECT_EQ(contents.size(), 16U);
+  EXPECT_EQ(contents.size(), 17U);
   for (const auto& content : contents) {
     for (size_t i = 0; i < content.columns.size(); ++i) {
       const auto& [name, role, kind] = content.columns[i];

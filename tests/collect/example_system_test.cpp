@@ -37,7 +37,7 @@ TEST_F(ExampleSystem, IsTheMachineOfTheDumps) {
                                         .smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios",
                                         .sysfs = ""});
   ASSERT_TRUE(dumps.ok()) << dumps.error;
-  EXPECT_EQ(dumps.tables.size(), 9U);
+  EXPECT_EQ(dumps.tables.size(), 10U);
   for (const auto& table : dumps.tables) EXPECT_EQ(table.changed(), 0U) << table.table;
 }
 

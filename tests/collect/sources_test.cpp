@@ -114,8 +114,8 @@ TEST_F(SourcesTest, SmbiosTablesWithoutAClassLeaveItAsItIs) {
   ASSERT_TRUE(summary.ok()) << summary.error;
   for (const auto& table : summary.tables) EXPECT_EQ(table.changed(), 0U) << table.table;
   const std::string end = " in the SMBIOS tables: they are left as they are";
-  EXPECT_THAT(notices_,
-              ElementsAre("no processors" + end, "no memory positions" + end, "no firmware versions" + end));
+  EXPECT_THAT(notices_, ElementsAre("no system" + end, "no processors" + end, "no memory positions" + end,
+                                    "no firmware versions" + end));
   EXPECT_EQ(rows("Processor", {"Socket"}), "CPU1\nCPU2\n");
   EXPECT_EQ(rows("PCIs", {"SlotDesignation"}, "FunKey=9961472"), "PCIe Slot 4\n");
 

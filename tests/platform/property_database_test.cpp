@@ -56,6 +56,28 @@ TEST_F(PropertyDatabaseTest, WhatIsMissingOrEmptyLeavesTheDestination) {
   }
 }
 
+// Who waits for its turn to write may wait for a thread that reads properties meanwhile, as a collector does.
+TEST_F(PropertyDatabaseTest, AreReadWithinATransactionThatAnotherThreadWaitsFor) {
+  property("/a", "0108");
+  ASSERT_EQ(zym_db_begin(handle()), 0);
+  std::promise<void> is_open;
+  std::thread other([&] {
+    EXPECT_EQ(count("PCIs", "1"), 0);
+    is_open.set_value();
+    EXPECT_EQ(zym_db_begin(handle()), 0);
+    EXPECT_EQ(zym_db_rollback(handle()), 0);
+  });
+  is_open.get_future().wait();
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the other one waits by now
+  std::thread([] {                                             // this one's connection may be there already
+    unsigned number = 0;
+    EXPECT_EQ(propdb_get_dword("/a", &number), 0);
+  })
+      .join();
+  EXPECT_EQ(zym_db_commit(handle()), 0);
+  other.join();
+}
+
 TEST_F(PropertyDatabaseTest, APathIsFoundWhateverItHolds) {
   property("/odd \"path\"; --", "0105");
   unsigned char byte = 0;

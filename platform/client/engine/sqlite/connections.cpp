@@ -1,12 +1,21 @@
 #include "client/engine/sqlite/connections.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace zymdb::client::sqlite {
+namespace {
+
+size_t hash_of(const std::string& path) {
+  return std::hash<std::string>()(path);
+}
+
+}  // namespace
 
 void Slot::set(std::unique_ptr<Connection> opened) {
   connection = std::move(opened);
+  path = connection != nullptr ? hash_of(connection->watch().path()) : 0;
   file = connection != nullptr ? connection->watch().file() : 0;
 }
 
@@ -39,7 +48,9 @@ bool Connections::is_alone(const Slot& slot) {
 }
 
 void Connections::end(const std::string& path) {
+  const size_t hash = hash_of(path);
   for (const auto& slot : slots()) {
+    if (slot->path != hash) continue;
     const std::lock_guard lock(slot->lock);
     Connection* const connection = slot->connection.get();
     if (connection == nullptr || connection->watch().path() != path) continue;
@@ -49,9 +60,10 @@ void Connections::end(const std::string& path) {
 
 bool Connections::end_those_to_other_files(const std::string& path) {
   const uint64_t current = file_id(path).inode;
+  const size_t hash = hash_of(path);
   bool any = false;
   for (const auto& slot : slots()) {
-    if (slot->file == 0 || slot->file == current) continue;
+    if (slot->path != hash || slot->file == 0 || slot->file == current) continue;
     const std::lock_guard lock(slot->lock);
     if (slot->connection == nullptr || slot->connection->watch().path() != path) continue;
     slot->set(nullptr);

@@ -31,7 +31,10 @@ namespace zymdb::client::sqlite {
 struct Slot {
   std::mutex lock;
   std::unique_ptr<Connection> connection;
-  std::atomic<uint64_t> file{0};  // the connection's, for those who do not wait for the lock
+  // The connection's, for those who do not wait for the lock: its owner may be waiting for his turn to write,
+  // and whoever writes may be opening another database.
+  std::atomic<uint64_t> file{0};
+  std::atomic<size_t> path{0};  // its hash
 
   // For the lock's owner.
   void set(std::unique_ptr<Connection> opened);
