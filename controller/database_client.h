@@ -6,10 +6,10 @@
  *
  *  1. Statuses. Every operation answers a code of zymdb_db.h unless its type says otherwise. Codes of a
  * client's own are passed to the library's callers unchanged.
- *  2. Parameters that mean the same everywhere. `handle`: of get_dmdb_handle or zym_db_open. `table`: a table's
- *     name. `result`: of a query, not freed yet. `values`: a value set, not released yet. `column`: an index or
- *     a name, as 4 says. `value`: what a read sets or a put stores. `params`, `nparams`: the values of a filter's "?", in order, and how many there are;
- *     null with 0 for none. More than there are "?" are ignored.
+ *  2. Parameters that mean the same everywhere. `handle`: of get_dmdb_handle or zym_db_open. `table`: a
+ * table's name. `result`: of a query, not freed yet. `values`: a value set, not released yet. `column`: an
+ * index or a name, as 4 says. `value`: what a read sets or a put stores. `params`, `nparams`: the values of a
+ * filter's "?", in order, and how many there are; null with 0 for none. More than there are "?" are ignored.
  *  3. Null arguments. The library passes null only where an operation says so. A client may answer misuse
  * with ZYM_DB_STATUS_INVALID_PARAM (3); it is never relied on.
  *  4. Columns. Indices count from 0 in the order of the query's column list. Texts are NUL-terminated.

@@ -54,6 +54,24 @@ typedef enum zym_db_status_t {
   ZYMDB_PCI_SETTING_ID_NOEXIT = 33       /**< a setting named in a save list does not exist */
 } zym_db_status_t;
 
+/**
+ * Kinds of places. Columns Location and LocationId hold them, and the number of a slot or bay counts within
+ * its kind. Adapters and PLDM devices are on the board or in slots, drives in slots or bays.
+ */
+typedef enum _ZYMDB_Location {
+  ZYMDB_LOCATION_BOARD = 0,  /**< on the system board */
+  ZYMDB_LOCATION_SLOT = 1,   /**< in a slot */
+  ZYMDB_LOCATION_BAY = 2,    /**< in a bay of a backplane */
+  ZYMDB_LOCATION_M2_BAY = 3, /**< in an M.2 bay */
+  ZYMDB_LOCATION_7MM_BAY = 4 /**< in a 7 mm bay */
+} _ZYMDB_Location;
+
+/** Kinds of hardware that hardware ids belong to, as far as the library tells them apart: HardwareTypeId. */
+typedef enum _ZYMDB_HardwareType {
+  ZYMDB_HARDWARE_DRIVE = 2, /**< drives; a sensor of theirs may have another type as well */
+  ZYMDB_HARDWARE_PCI = 3    /**< PCI devices without a kind of their own */
+} _ZYMDB_HardwareType;
+
 /** A connection to a database. */
 struct _zym_db_handle_t;
 typedef struct _zym_db_handle_t _zym_db_handle_t;

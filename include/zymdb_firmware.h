@@ -89,6 +89,12 @@ int zymdb_update_adapter_firmware_list(unsigned int pciKey, _ZYMDB_PCI_Firmware_
  */
 int zymdb_insert_or_update_firmware_info(unsigned int hardwareId, const _ZYMDB_PCI_Firmware* rec);
 
+/** Update states of a PLDM component: Status. Other values are the updater's own. */
+typedef enum _ZYMDB_PLDM_Status {
+  ZYMDB_PLDM_NOT_PENDING = 0,   /**< nothing waits for an activation */
+  ZYMDB_PLDM_UPDATE_PENDING = 2 /**< an update is staged for the next activation */
+} _ZYMDB_PLDM_Status;
+
 /* ---- PLDM devices -------------------------------------------------------------------------------- */
 
 /**
@@ -115,7 +121,7 @@ struct _ZYMDB_PLDM_Firmware {
   uint8_t UpdateAuxInfo;         /**< the updater's own */
   uint8_t UpdateErrCode;         /**< 0: the update succeeded; else, with Updated, it failed */
   char UpdateErrString[129];     /**< what the last update failed with */
-  uint32_t Status;               /**< 2: an update is pending; 0: none is */
+  uint32_t Status;               /**< a _ZYMDB_PLDM_Status */
 };
 typedef struct _ZYMDB_PLDM_Firmware _ZYMDB_PLDM_Firmware;
 
@@ -375,8 +381,8 @@ int dpu_insert_log(int slot, const _ZYMDB_DPU_Event* event, uint32_t* nextId);
  * Lists the events of a slot's DPU.
  *
  * @param slot  1 or more.
- * @param out   filled on success, empty after a failed query and one without a result. After a failed step it holds what was read, and
- * its array is still the caller's to free.
+ * @param out   filled on success, empty after a failed query and one without a result. After a failed step it
+ * holds what was read, and its array is still the caller's to free.
  * @return checked in this order:
  *         - ZYM_DB_STATUS_INVALID_PARAM (3): `slot` is below 1, or `out` is null
  *         - ZYM_DB_STATUS_NO_DB (6): no database
@@ -419,8 +425,8 @@ typedef struct _ZYMDB_Retimer_Progress _ZYMDB_Retimer_Progress;
 /**
  * Asks the retimer service ("/tmp/rtcfgproxy.sock") for a firmware update and waits for its verdict, for up
  * to an hour. Each read of the reply, and the write of the request as far as signals interrupt it, has five
- * seconds, however many signals arrive. From the first call on the process ignores SIGPIPE. Needs no database.
- * Failures are told to the system log.
+ * seconds, however many signals arrive. From the first call on the process ignores SIGPIPE. Needs no
+ * database. Failures are told to the system log.
  *
  * @param req  the request; its meaning is between the caller and the service.
  * @return the service's result, which may be any number; or, checked in this order:

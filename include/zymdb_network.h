@@ -17,6 +17,13 @@
 extern "C" {
 #endif
 
+/** States of a link: LinkStatus. */
+typedef enum _ZYMDB_LinkStatus {
+  ZYMDB_LINK_UNKNOWN = 0, /**< not known */
+  ZYMDB_LINK_UP = 1,      /**< there is a link */
+  ZYMDB_LINK_DOWN = 2     /**< there is none */
+} _ZYMDB_LinkStatus;
+
 /* ---- Port counts and logical ports --------------------------------------------------------------- */
 
 /** How many ports a function has: the sums over its rows of PCINetwork. */
@@ -129,7 +136,7 @@ struct _ZYMDB_PCI_PhysicalPort {
   uint16_t NumberofLogicalPorts; /**< logical ports that it carries */
   char PermanentAddress[65];     /**< burnt-in address */
   char ConnectorLayoutName[65];  /**< text of ConnectorLayout */
-  uint32_t LinkStatus;           /**< 1 up, 2 down; 0 when not known */
+  uint32_t LinkStatus;           /**< a _ZYMDB_LinkStatus */
   uint32_t LinkSpeed;            /**< Mbit/s; 0 when there is no link or it is not known */
   uint32_t TxUtil;               /**< share of the link in use for sending, percent */
   uint32_t RxUtil;               /**< and for receiving */
@@ -145,7 +152,7 @@ typedef struct _ZYMDB_PCI_PhysicalPort_List _ZYMDB_PCI_PhysicalPort_List;
 
 /** The state of one physical port's link: a row of PCIPhysicalPortStat. Unreadable numbers are 0. */
 struct _ZYMDB_PCI_PortLinkState {
-  uint32_t LinkStatus; /**< 1 up, 2 down; 0 when not known */
+  uint32_t LinkStatus; /**< a _ZYMDB_LinkStatus */
   uint32_t LinkSpeed;  /**< Mbit/s; 0 when there is no link or it is not known */
   uint32_t TxUtil;     /**< share of the link in use for sending, percent */
   uint32_t RxUtil;     /**< and for receiving */

@@ -2,7 +2,7 @@
  * PCI devices of the host: functions, adapters, their health and their sideband addresses.
  *
  * The conventions at the top of zymdb_db.h hold; its convention 6 explains the keys. A slot address is a
- * location code (0 on the system board, 1 in a slot) and the slot number within that location.
+ * location code (a _ZYMDB_Location: on the board or in a slot) and the slot number within that location.
  */
 #ifndef ZYMDB_PCI_H
 #define ZYMDB_PCI_H
@@ -14,6 +14,20 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/** PCI vendor ids of the devices that the library treats in a way of their own. */
+typedef enum _ZYMDB_PCI_Vendor {
+  ZYMDB_VENDOR_WITHOUT_SETTINGS = 0x1000, /**< its adapters have no settings to count, whatever is stored */
+  ZYMDB_VENDOR_DPU = 0x15B3,              /**< maker of the data processing units */
+  ZYMDB_VENDOR_MARVELL = 0x1B4B           /**< maker of the board's own storage controllers */
+} _ZYMDB_PCI_Vendor;
+
+/** How the adapter of a function is managed: AIMSupported. Other values count as not managed. */
+typedef enum _ZYMDB_AIMSupport {
+  ZYMDB_AIM_NONE = 0,    /**< not managed out of band */
+  ZYMDB_AIM_MANAGED = 1, /**< managed out of band, and written so by a collector */
+  ZYMDB_AIM_MERGED = 3   /**< known from configuration data, merged by zymdb_merge_aim_ucm_pfa */
+} _ZYMDB_AIMSupport;
 
 /* ---- Keys ---------------------------------------------------------------------------------------- */
 
@@ -195,7 +209,7 @@ struct _ZYMDB_PCI_Generic {
   uint16_t SubVendorId;     /**< the subsystem's vendor id */
   uint16_t SubDeviceId;     /**< the subsystem's device id */
   uint16_t SlotNo;          /**< slot number within the location */
-  uint8_t Location;         /**< 0 on the system board, 1 in a slot */
+  uint8_t Location;         /**< board or slot, a _ZYMDB_Location */
   char SlotDesignation[65]; /**< the slot's label; the list operation keeps one character less */
   uint8_t SlotType;         /**< SMBIOS slot type code */
   uint8_t SlotDataBusWidth; /**< SMBIOS slot data bus width code */
@@ -311,8 +325,8 @@ struct _ZYMDB_PCI_Adapter {
                                    board, else a slot type code; 0 when not known */
   char ConnectorTypeName[65]; /**< text of ConnectorType */
   char CardName[129];         /**< name */
-  uint8_t AIMSupported;       /**< 1: managed out of band; 3: known from configuration data only */
-  uint8_t Location;           /**< 0 on the system board, 1 in a slot */
+  uint8_t AIMSupported;       /**< a _ZYMDB_AIMSupport; 3 only where no function is managed */
+  uint8_t Location;           /**< board or slot, a _ZYMDB_Location */
   uint8_t HealthStatus;       /**< health, as last written by zymdb_set_adapter_health_status */
   uint8_t NcsiIdValid;        /**< 1: PackageID1 and PackageID2 are this slot's */
   uint8_t PackageID1;         /**< the first NC-SI package id; 0xFF when there is none */

@@ -25,8 +25,9 @@ extern "C" {
 int zym_db_begin(_zym_db_handle_t* handle);
 
 /**
- * Ends the calling thread's transaction on `handle` and makes it durable. On failure nothing of it was written; only when
- * the device fails while it flushes, the whole transaction may turn out to be there once the device works.
+ * Ends the calling thread's transaction on `handle` and makes it durable. On failure nothing of it was
+ * written; only when the device fails while it flushes, the whole transaction may turn out to be there once
+ * the device works.
  */
 int zym_db_commit(_zym_db_handle_t* handle);
 

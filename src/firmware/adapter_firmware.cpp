@@ -23,7 +23,7 @@ constexpr Column kFirmwareColumns[] = {
     ZYMDB_FIELD(Record, SoftwareID),
 };
 
-constexpr uint32_t kPciHardware = 3;
+constexpr uint32_t kPciHardware = ZYMDB_HARDWARE_PCI;
 
 // The hardware that a function's components belong to.
 struct Hardware {

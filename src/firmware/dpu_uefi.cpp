@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 
+#include "db/known_devices.h"
 #include "db/query.h"
 #include "db/rows.h"
 #include "db/system_log.h"
@@ -18,8 +19,7 @@ using namespace zymdb;
 namespace {
 
 // The card: its vendor is also its subsystem's vendor.
-constexpr unsigned kVendor = 0x15B3;
-constexpr unsigned kDevice = 0xA2D6;
+constexpr unsigned kVendor = ZYMDB_VENDOR_DPU;
 constexpr unsigned kSubDevice = 0xA2D4;
 constexpr char kSoftwareId[] = "15B3A2D4";
 constexpr uint32_t kPldmDeviceType = 15;
@@ -86,7 +86,7 @@ int bound_of(unsigned size) {
 }  // namespace
 
 int zymdb_update_dpu_uefi_version(unsigned int slotNo, const char* version) {
-  Filter<64> filter("Location=1 and SlotNo=%u and DeviceId=%u", slotNo, kDevice);
+  Filter<64> filter("Location=1 and SlotNo=%u and DeviceId=%u", slotNo, kDpuDevice);
   _ZYMDB_PCI_FunKey_List keys{};
   const int found = zymdb_get_pci_funkey_list_by_filter(filter.data(), &keys);
   const CallerArray<uint32_t> functions(keys.keys);
@@ -102,7 +102,7 @@ int zymdb_update_dpu_uefi_version(unsigned int slotNo, const char* version) {
 
   _ZYMDB_PLDM_Firmware* const row = uefi_row({list.Firmwares, list.Count});
   if (row != nullptr) std::memcpy(row->VersionString, component.VersionString, sizeof row->VersionString);
-  return zymdb_insert_or_update_pldm_firmware(kVendor, kDevice, kVendor, kSubDevice, row);
+  return zymdb_insert_or_update_pldm_firmware(kVendor, kDpuDevice, kVendor, kSubDevice, row);
 }
 
 int zymdb_get_dpu_uefi_version(unsigned int slotNo, char* buf, unsigned int size) {
@@ -112,7 +112,7 @@ int zymdb_get_dpu_uefi_version(unsigned int slotNo, char* buf, unsigned int size
 
   const Statement<128> hardware(
       "select HardwareId from PCIs where Location=1 and SlotNo=%u and DeviceId=%u and HardwareId&0xFF=0;",
-      slotNo, kDevice);
+      slotNo, kDpuDevice);
   int status = ZYM_DB_STATUS_OK;
   const uint32_t hardware_id = select_number(handle, hardware, status);
   if (hardware_id == 0) return log_not_found(status, hardware);

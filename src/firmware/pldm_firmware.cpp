@@ -11,7 +11,7 @@ namespace {
 
 using Record = _ZYMDB_PLDM_Firmware;
 
-constexpr int32_t kNotPending = 0;
+constexpr int32_t kNotPending = ZYMDB_PLDM_NOT_PENDING;
 
 // The component of the slot, narrowed to a PCI device where one is given.
 Filter<512> filter_of_slot(int location, int slot, int bus, int device) {
@@ -101,7 +101,7 @@ int zymdb_clear_all_pldm_firmware_pending_status(void) {
   if (!values) return ZYM_DB_STATUS_NO_MEMORY;
 
   values.put("Status", kNotPending);
-  const Filter<64> filter("Status=%d", kUpdatePending);
+  const Filter<64> filter("Status=%d", ZYMDB_PLDM_UPDATE_PENDING);
   const int status = values.update("PldmDeviceFirmware", filter);
   if (status != ZYM_DB_STATUS_OK)
     ruvo_log::logErr("clear all pending pldm firmware failed, filter: %s, ret: %d\n", filter.text(), status);

@@ -1,5 +1,6 @@
 #include "firmware/pldm_list.h"
 
+#include "db/known_devices.h"
 #include "db/query.h"
 #include "db/rows.h"
 
@@ -33,9 +34,6 @@ constexpr Column kPldmColumns[] = {
     ZYMDB_FIELD(Record, Status),
 };
 
-constexpr int kMarvell = 0x1B4B;
-constexpr int kMarvellDevices[] = {0x9230, 0x2241};
-
 }  // namespace
 
 int zymdb::list_pldm_firmware(_ZYMDB_PLDM_Firmware_List* out, const char* filter) {
@@ -56,7 +54,7 @@ int zymdb_get_pldm_firmware_list(_ZYMDB_PLDM_Firmware_List* out) {
 }
 
 int zymdb_get_pldm_firmware_pending_list(_ZYMDB_PLDM_Firmware_List* out) {
-  return list_pldm_firmware(out, Filter<64>("Status=%d", kUpdatePending));
+  return list_pldm_firmware(out, Filter<64>("Status=%d", ZYMDB_PLDM_UPDATE_PENDING));
 }
 
 int zymdb_get_pldm_firmware_updated_list(_ZYMDB_PLDM_Firmware_List* out) {
@@ -72,7 +70,5 @@ int zymdb_get_pldm_firmware_update_success_list(_ZYMDB_PLDM_Firmware_List* out) 
 }
 
 int zymdb_get_pldm_firmware_marvell_ctrl_list(_ZYMDB_PLDM_Firmware_List* out) {
-  return list_pldm_firmware(
-      out, Filter<128>("VendorId=%d AND SubVendorId=%d AND (DeviceId=%d OR DeviceId=%d)", kMarvell,
-                       BOARD_SUBSYSTEM_VENDOR_ID, kMarvellDevices[0], kMarvellDevices[1]));
+  return list_pldm_firmware(out, board_marvell_controllers());
 }

@@ -6,8 +6,6 @@
 
 namespace zymdb {
 
-constexpr int kUpdatePending = 2;  // the "Status" of a component with an update to activate
-
 // Lists the components that match `filter`, or all; checks as zymdb_get_pldm_firmware_list documents them.
 int list_pldm_firmware(_ZYMDB_PLDM_Firmware_List* out, const char* filter);
 

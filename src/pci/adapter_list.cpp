@@ -35,9 +35,6 @@ enum AdapterColumn {
   kFunctionCount,
 };
 
-constexpr uint8_t kManagedOutOfBand = 1;
-constexpr uint8_t kMergedFromConfiguration = 3;
-
 // The card that carries two different controller chips, by what one of its functions tells.
 constexpr unsigned kCombinedCardFunctions = 4;
 constexpr char kCombinedCardName[] =
@@ -94,7 +91,7 @@ bool read_card_name(Query& query, char (&name)[129]) {
 // Whether a collector has written any function of the adapter as managed out of band.
 bool has_managed_function(_zym_db_handle_t* handle, uint32_t pci_key) {
   Query query(handle, "PCIAdapter", kAdapterColumns,
-              Filter<64>("PCIKey=%d AND AIMSupported=%d", static_cast<int>(pci_key), kManagedOutOfBand));
+              Filter<64>("PCIKey=%d AND AIMSupported=%d", static_cast<int>(pci_key), ZYMDB_AIM_MANAGED));
   return query.row_count() != 0;
 }
 
@@ -113,17 +110,17 @@ bool is_combined_card(const Record& adapter, unsigned functions, uint32_t funkey
 uint16_t connector_of_place(_zym_db_handle_t* handle, uint32_t funkey) {
   FunctionPlace place;
   if (look_up_place(handle, funkey, place) != ZYM_DB_STATUS_OK) return 0;
-  if (place.location == kOnBoard) return kConnectorOnboard;
-  if (place.location == kInSlot) return kConnectorPciExpress;
+  if (place.location == ZYMDB_LOCATION_BOARD) return kConnectorOnboard;
+  if (place.location == ZYMDB_LOCATION_SLOT) return kConnectorPciExpress;
   return 0;
 }
 
 // Managed adapters report a connector type; of all others only the slot's type is known.
 void name_connector(_zym_db_handle_t* handle, uint32_t funkey, Record& adapter) {
-  if (adapter.AIMSupported == kManagedOutOfBand) {
+  if (adapter.AIMSupported == ZYMDB_AIM_MANAGED) {
     if (adapter.ConnectorType == 0) adapter.ConnectorType = connector_of_place(handle, funkey);
     copy_text(adapter.ConnectorTypeName, connector_type_name(adapter.ConnectorType));
-  } else if (adapter.Location == kOnBoard) {
+  } else if (adapter.Location == ZYMDB_LOCATION_BOARD) {
     adapter.ConnectorType = kConnectorOnboard;
     copy_text(adapter.ConnectorTypeName, connector_type_name(adapter.ConnectorType));
   } else {
@@ -141,8 +138,8 @@ bool read_adapter(_zym_db_handle_t* handle, Query& query, const PackageIds& pack
       !is_read(kHealthStatus, adapter.HealthStatus) || !read_connector(query, adapter.ConnectorType) ||
       !read_card_name(query, adapter.CardName) || !is_read(kAIMSupported, adapter.AIMSupported))
     return false;
-  if (adapter.AIMSupported == kMergedFromConfiguration && has_managed_function(handle, adapter.PCIKey))
-    adapter.AIMSupported = kManagedOutOfBand;
+  if (adapter.AIMSupported == ZYMDB_AIM_MERGED && has_managed_function(handle, adapter.PCIKey))
+    adapter.AIMSupported = ZYMDB_AIM_MANAGED;
   if (!is_read(kLocation, adapter.Location)) return false;
   packages.fill(adapter);
 

@@ -8,13 +8,11 @@
 
 namespace zymdb {
 
-constexpr uint32_t kOnBoard = 0;
-constexpr uint32_t kInSlot = 1;
 constexpr uint32_t kNotLookedUp = 2;
 
 // What the lookup tells, preset to what stands for one that has not run.
 struct FunctionPlace {
-  uint8_t hardware_type = 3;
+  uint8_t hardware_type = ZYMDB_HARDWARE_PCI;
   uint32_t location = kNotLookedUp;
 };
 

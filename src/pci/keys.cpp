@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include "db/filter.h"
+#include "db/known_devices.h"
 #include "db/query.h"
 #include "db/rows.h"
 #include "zymdb_pci.h"
@@ -9,8 +10,6 @@ using namespace zymdb;
 
 namespace {
 
-constexpr unsigned kDpuVendor = 0x15B3;
-constexpr unsigned kDpuDevice = 0xA2D6;
 constexpr unsigned kUnknownFunctionType = 23;
 
 // Lists column 0 of the rows; keys that cannot be read are left out.
@@ -69,7 +68,7 @@ int zymdb_get_pci_keys(_ZYMDB_PCI_Key_List* list, const char* filter) {
 }
 
 int zymdb_get_dpu_keys(_ZYMDB_PCI_Key_List* list) {
-  return zymdb_get_pci_keys(list, Filter<64>("VendorId=%u and DeviceId=%u", kDpuVendor, kDpuDevice));
+  return zymdb_get_pci_keys(list, Filter<64>("VendorId=%u and DeviceId=%u", ZYMDB_VENDOR_DPU, kDpuDevice));
 }
 
 int zymdb_get_pci_funkey_list_by_filter(char* filter, _ZYMDB_PCI_FunKey_List* list) {

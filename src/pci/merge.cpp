@@ -10,9 +10,9 @@ using namespace zymdb;
 
 namespace {
 
-// AIMSupported of a row: no management data, and merged here.
-constexpr uint8_t kNotManaged = 0;
-constexpr uint32_t kMerged = 3;
+// AIMSupported of a row, in the widths that it is written in.
+constexpr uint8_t kNotManaged = ZYMDB_AIM_NONE;
+constexpr uint32_t kMerged = ZYMDB_AIM_MERGED;
 
 // A function with settings, as PCIs tells it.
 struct Function {

@@ -44,15 +44,15 @@ constexpr Column kMiscColumns[] = {
 
 // A connector that is not recorded follows from where the function sits.
 uint16_t connector_at(uint32_t location) {
-  if (location == kOnBoard) return kConnectorOnboard;
-  if (location == kInSlot) return kConnectorPciExpress;
+  if (location == ZYMDB_LOCATION_BOARD) return kConnectorOnboard;
+  if (location == ZYMDB_LOCATION_SLOT) return kConnectorPciExpress;
   return 0;
 }
 
 // A package that is not recorded is told only for a place that was looked up, and for hardware type 0.
 uint16_t package_at(const FunctionPlace& place) {
   if (place.location == kNotLookedUp || place.hardware_type != 0) return 0;
-  return place.location != kOnBoard ? kPackageModule : kPackageOnboard;
+  return place.location != ZYMDB_LOCATION_BOARD ? kPackageModule : kPackageOnboard;
 }
 
 }  // namespace

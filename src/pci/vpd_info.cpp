@@ -21,7 +21,7 @@ int zymdb_get_pci_vpd_info(unsigned int funkey, _ZYMDB_PCI_VPD* vpd) {
   if (vpd == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
 
   unsigned int hardware_id = 0;
-  unsigned char hardware_type = 3;
+  unsigned char hardware_type = ZYMDB_HARDWARE_PCI;
   // The lookup's own code is not told: an unknown function is a wrong argument here.
   if (zymdb_get_pci_hardwareidtype_by_funkey(funkey, &hardware_id, &hardware_type) != ZYM_DB_STATUS_OK)
     return ZYM_DB_STATUS_INVALID_PARAM;

@@ -14,7 +14,6 @@ using namespace zymdb;
 
 namespace {
 
-constexpr uint16_t kVendorWithoutSettings = 0x1000;
 constexpr uint32_t kFlagged = 2;
 
 // Whatever the path names is opened without waiting: a pipe can be read, though nobody may ever write it.
@@ -80,7 +79,7 @@ int zymdb_get_pci_configSet_count(unsigned int pfaKey, const char* prefix, unsig
   _ZYMDB_PCI_Generic adapter{};
   if (const int status = zymdb_get_pci_generic_info(pfaKey, &adapter); status != ZYM_DB_STATUS_OK)
     return status;
-  if (adapter.VendorId == kVendorWithoutSettings) {
+  if (adapter.VendorId == ZYMDB_VENDOR_WITHOUT_SETTINGS) {
     *count = 0;
     return ZYM_DB_STATUS_OK;
   }

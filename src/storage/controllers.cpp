@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "db/known_devices.h"
 #include "db/query.h"
 #include "storage/marvell_controllers.h"
 #include "storage/properties.h"
@@ -9,8 +10,6 @@ using namespace zymdb;
 
 namespace {
 
-constexpr int kMarvell = 0x1B4B;
-constexpr int kMarvellDevices[] = {0x9230, 0x2241};
 constexpr uint8_t kMarvellType = 3;
 constexpr uint8_t kNoSlot = 255;
 
@@ -18,9 +17,7 @@ constexpr uint8_t kNoSlot = 255;
 
 int zymdb::collect_marvell_controllers(_zym_db_handle_t* handle,
                                        GrowingList<MarvellController>& controllers) {
-  Query query(handle, "PCIs", {"SlotNo", "FunKey"},
-              Filter<128>("VendorId=%d AND SubVendorId=%d AND (DeviceId=%d OR DeviceId=%d)", kMarvell,
-                          BOARD_SUBSYSTEM_VENDOR_ID, kMarvellDevices[0], kMarvellDevices[1]));
+  Query query(handle, "PCIs", {"SlotNo", "FunKey"}, board_marvell_controllers());
   if (!query.has_result()) return query.status();
   int status;
   while ((status = query.step()) == ZYM_DB_STATUS_ROW) {

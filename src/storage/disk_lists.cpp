@@ -63,7 +63,8 @@ int zymdb_get_onboard_sata_disk_list(_ZYMDB_AimDisk_List* list) {
 }
 
 int zymdb_get_m2_disk_list(_ZYMDB_AimDisk_List* list) {
-  const int status = zymdb_get_nvme_disk_list_from_mi_filter(list, Filter<48>("Location=%d", kM2Bay));
+  const int status =
+      zymdb_get_nvme_disk_list_from_mi_filter(list, Filter<48>("Location=%d", ZYMDB_LOCATION_M2_BAY));
   if (lists_a_drive(status, list)) return ZYM_DB_STATUS_OK;
   return zymdb_get_disk_list_with_filter(list,
                                          Filter<48>("DriveTypeId=%d OR DriveTypeId=%d", kM2Nvme, kM2Sata));
@@ -74,13 +75,14 @@ int zymdb_get_7mm_disk_list(_ZYMDB_AimDisk_List* list) {
   if (const int status = zymdb_get_mvl_ctrl_type(&controller, 1); status != ZYM_DB_STATUS_OK) return status;
 
   if (controller == kNvme7mmController) {
-    const int status = zymdb_get_nvme_disk_list_from_mi_filter(list, Filter<72>("Location=%d", k7mmBay));
+    const int status =
+        zymdb_get_nvme_disk_list_from_mi_filter(list, Filter<72>("Location=%d", ZYMDB_LOCATION_7MM_BAY));
     if (lists_a_drive(status, list)) return ZYM_DB_STATUS_OK;
     if (status != ZYM_DB_STATUS_OK)
       log_to_system(kLogInformation, "%s: zymdb_get_nvme_disk_list_from_mi_filter() failed, ret = %d\n\n",
                     "zymdb_get_7mm_disk_list", status);
   } else if (controller != kSata7mmController) {
-    return zymdb_get_disk_list_with_filter(list, Filter<72>("LocationId=%d", k7mmBay));
+    return zymdb_get_disk_list_with_filter(list, Filter<72>("LocationId=%d", ZYMDB_LOCATION_7MM_BAY));
   }
   return zymdb_get_disk_list_with_filter(
       list, Filter<72>("DriveTypeId=%d AND Presence=%d",
@@ -91,8 +93,9 @@ int zymdb_get_ctrl_aim_disk_list(int ctrl_slot, _ZYMDB_AimDisk_List* list, int k
   const int status = zymdb_get_nvme_disk_list_from_mi_filter(list, Filter<64>("CtrlSlot=%d", ctrl_slot));
   if (lists_a_drive(status, list)) return ZYM_DB_STATUS_OK;
   return zymdb_get_disk_list_with_filter(
-      list, kind > k7mmBay
-                ? Filter<64>("SlotNo=%d and ( LocationId=%d or LocationId=%d )", ctrl_slot, kM2Bay, k7mmBay)
+      list, kind > ZYMDB_LOCATION_7MM_BAY
+                ? Filter<64>("SlotNo=%d and ( LocationId=%d or LocationId=%d )", ctrl_slot,
+                             ZYMDB_LOCATION_M2_BAY, ZYMDB_LOCATION_7MM_BAY)
                 : Filter<64>("SlotNo=%d and ( LocationId=%d )", ctrl_slot, kind));
 }
 
@@ -142,7 +145,8 @@ int zymdb_get_disk_list_funkey(unsigned int funkey, _ZYMDB_AimDisk_List* list) {
 
 int zymdb_get_nvme_aim_disk(int location_id, int bay_no, _ZYMDB_AimDisk* disk) {
   if (disk == nullptr) return ZYM_DB_STATUS_INVALID_PARAM;
-  if (location_id != kSlot && location_id != kBay) return ZYM_DB_STATUS_INVALID_PARAM;
+  if (location_id != ZYMDB_LOCATION_SLOT && location_id != ZYMDB_LOCATION_BAY)
+    return ZYM_DB_STATUS_INVALID_PARAM;
 
   List list{};
   zymdb_get_disk_list_with_filter(&list, Filter<72>("Location=\"%s\" AND DriveTypeId=%d",

@@ -5,13 +5,9 @@
 #include <cstdint>
 
 #include "db/filter.h"
+#include "zymdb_db.h"
 
 namespace zymdb {
-
-constexpr int kSlot = 1;
-constexpr int kBay = 2;
-constexpr int kM2Bay = 3;
-constexpr int k7mmBay = 4;
 
 constexpr int kNvmeDrive = 3;
 constexpr int kM2Sata = 4;
@@ -25,11 +21,11 @@ using LocationText = Filter<16>;
 // kind of place than the four counts as a slot.
 inline LocationText location_text(int kind, int number) {
   switch (kind) {
-    case kBay:
+    case ZYMDB_LOCATION_BAY:
       return LocationText("Bay %d", number);
-    case kM2Bay:
+    case ZYMDB_LOCATION_M2_BAY:
       return LocationText("M.2 Bay%d", number);
-    case k7mmBay:
+    case ZYMDB_LOCATION_7MM_BAY:
       return LocationText("7MM Bay%d", number);
     default:
       return LocationText("Slot %d", number);

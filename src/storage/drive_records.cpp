@@ -17,11 +17,11 @@ constexpr char kSolidState[] = "1";
 constexpr int kHysteresis = 3;  // degrees
 
 constexpr bool is_slot_or_bay(int kind) {
-  return kind == kSlot || kind == kBay;
+  return kind == ZYMDB_LOCATION_SLOT || kind == ZYMDB_LOCATION_BAY;
 }
 
 constexpr bool is_known_place(int kind) {
-  return kind >= kSlot && kind <= k7mmBay;
+  return kind >= ZYMDB_LOCATION_SLOT && kind <= ZYMDB_LOCATION_7MM_BAY;
 }
 
 Filter<48> nvme_drive_at(int kind, int bay) {

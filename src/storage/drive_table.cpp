@@ -55,7 +55,7 @@ long read_type(Query& query, int column) {
 class EdsffBays {
  public:
   bool hold(const Record& drive) {
-    if (drive.LocationId != kBay || drive.DriveTypeId != kNvmeDrive) return false;
+    if (drive.LocationId != ZYMDB_LOCATION_BAY || drive.DriveTypeId != kNvmeDrive) return false;
     if (!bays_) get_u2_nvme_drive_bays(BayKind::kEdsff, bays_.emplace());
     return bays_->contains(drive.BayNo);
   }
@@ -83,13 +83,13 @@ uint32_t form_factor_in_slot(uint8_t drive_type) {
 
 Place place_of(const Record& drive, bool is_edsff) {
   switch (drive.LocationId) {
-    case kSlot:
+    case ZYMDB_LOCATION_SLOT:
       return {kNoSensor, form_factor_in_slot(drive.DriveTypeId)};
-    case kBay:
+    case ZYMDB_LOCATION_BAY:
       return {bay_sensor(drive.BayNo), is_edsff ? ZYMDB_FORM_FACTOR_EDSFF : bay_form_factor(drive.BayNo)};
-    case kM2Bay:
+    case ZYMDB_LOCATION_M2_BAY:
       return {m2_sensor(drive.BayNo), ZYMDB_FORM_FACTOR_M2};
-    case k7mmBay:
+    case ZYMDB_LOCATION_7MM_BAY:
       return {sensor_of_7mm(drive.BayNo), ZYMDB_FORM_FACTOR_DRIVE_BAY};
     default:
       return {};

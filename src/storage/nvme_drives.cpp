@@ -64,11 +64,11 @@ constexpr uint64_t kTerabyte = 1'000'000'000'000;
 
 uint16_t sensor_of(const Record& drive) {
   switch (drive.LocationId) {
-    case kBay:
+    case ZYMDB_LOCATION_BAY:
       return bay_sensor(drive.BayNo);
-    case kM2Bay:
+    case ZYMDB_LOCATION_M2_BAY:
       return m2_sensor(drive.BayNo);
-    case k7mmBay:
+    case ZYMDB_LOCATION_7MM_BAY:
       return sensor_of_7mm(drive.BayNo);
     default:
       return kNoSensor;
@@ -82,8 +82,8 @@ _AimDiskFormFactor form_factor_of(uint8_t code) {
 }
 
 void set_place(Record& drive) {
-  const bool is_bay = drive.LocationId >= kBay && drive.LocationId <= k7mmBay;
-  const Place& place = kPlaces[is_bay ? drive.LocationId - kSlot : 0];
+  const bool is_bay = drive.LocationId >= ZYMDB_LOCATION_BAY && drive.LocationId <= ZYMDB_LOCATION_7MM_BAY;
+  const Place& place = kPlaces[is_bay ? drive.LocationId - ZYMDB_LOCATION_SLOT : 0];
   drive.DriveTypeId = place.drive_type;
   copy_text(drive.DisplayType, place.display_type);
   copy_text(drive.MediaType, "SSD");
@@ -93,7 +93,7 @@ void set_place(Record& drive) {
 void set_health(Record& drive, const SensorHealth& health) {
   drive.HealthStatusId = health.of(sensor_of(drive));
   // Nothing senses a slot: there the drive's own warnings tell.
-  if (drive.LocationId == kSlot && drive.HealthStatusId == kNoHealth && drive.Warning != 0)
+  if (drive.LocationId == ZYMDB_LOCATION_SLOT && drive.HealthStatusId == kNoHealth && drive.Warning != 0)
     drive.HealthStatusId = kWarned;
 }
 
@@ -120,7 +120,8 @@ int zymdb_get_nvme_disk_list_from_mi_filter(_ZYMDB_AimDisk_List* list, const cha
   return build_list(query, list, [&](Record& drive) {
     query.read_columns(kNvmeColumns, &drive);
     set_place(drive);
-    if (drive.LocationId == kM2Bay || drive.LocationId == k7mmBay) controllers.assign(drive);
+    if (drive.LocationId == ZYMDB_LOCATION_M2_BAY || drive.LocationId == ZYMDB_LOCATION_7MM_BAY)
+      controllers.assign(drive);
     set_health(drive, health);
     drive.InfoMask = kAllValid;
     set_capacity(drive, query.read_or(kCapacity, uint64_t{0}));

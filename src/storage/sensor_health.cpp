@@ -7,7 +7,7 @@
 namespace zymdb {
 namespace {
 
-constexpr int kDriveHardware[] = {2, 21, 22};
+constexpr int kDriveHardware[] = {ZYMDB_HARDWARE_DRIVE, 21, 22};
 
 }  // namespace
 

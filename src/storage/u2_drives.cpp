@@ -18,7 +18,8 @@ using Record = _ZYMDB_AimDisk;
 using List = _ZYMDB_AimDisk_List;
 
 constexpr int kNoRaidController = 0;
-constexpr int kInSlot = 2;  // in column Location of PCIs
+// The column Location of PCIs has drives in bays, those on cards in slots too.
+constexpr int kPlaceOfControllers = ZYMDB_LOCATION_BAY;
 
 void log_failure(const char* source, int status) {
   log_to_system(kLogInformation, "%s: %s() failed, ret = %d\n\n", "zymdb_get_u2_aic_nvme_disk_list", source,
@@ -38,10 +39,10 @@ struct Joined {
 Filter<384> filter_of_table(const DriveBays& bays) {
   if (bays.indices().empty())
     return Filter<384>("CtrlType=%d AND DriveTypeId=%d AND ((LocationId=%d) OR (LocationId=%d))",
-                       kNoRaidController, kNvmeDrive, kSlot, kBay);
+                       kNoRaidController, kNvmeDrive, ZYMDB_LOCATION_SLOT, ZYMDB_LOCATION_BAY);
   return Filter<384>(
       "CtrlType=%d AND DriveTypeId=%d AND ((LocationId=%d) OR (LocationId=%d AND BayNo IN (%s)))",
-      kNoRaidController, kNvmeDrive, kSlot, kBay, Joined(bays.indices()).text);
+      kNoRaidController, kNvmeDrive, ZYMDB_LOCATION_SLOT, ZYMDB_LOCATION_BAY, Joined(bays.indices()).text);
 }
 
 List list_from_table() {
@@ -57,7 +58,8 @@ List list_from_table() {
 
 List list_from_management_interface() {
   List list{};
-  const Filter<64> filter("CtrlType=%d AND (Location=%d OR Location=%d)", kNoRaidController, kSlot, kBay);
+  const Filter<64> filter("CtrlType=%d AND (Location=%d OR Location=%d)", kNoRaidController,
+                          ZYMDB_LOCATION_SLOT, ZYMDB_LOCATION_BAY);
   if (const int status = zymdb_get_nvme_disk_list_from_mi_filter(&list, filter); status != ZYM_DB_STATUS_OK)
     log_failure("zymdb_get_nvme_disk_list_from_mi_filter", status);
   return list;
@@ -68,9 +70,11 @@ class CardSlots {
  public:
   explicit CardSlots(std::span<const Record> drives) {
     for (const Record& drive : drives)
-      if (drive.LocationId == kSlot) slots_.set(drive.BayNo & 0xFF);
+      if (drive.LocationId == ZYMDB_LOCATION_SLOT) slots_.set(drive.BayNo & 0xFF);
   }
-  bool hold(const Record& drive) const { return drive.LocationId == kSlot && slots_[drive.BayNo & 0xFF]; }
+  bool hold(const Record& drive) const {
+    return drive.LocationId == ZYMDB_LOCATION_SLOT && slots_[drive.BayNo & 0xFF];
+  }
 
  private:
   std::bitset<256> slots_;
@@ -99,7 +103,7 @@ int zymdb_get_u2_aic_nvme_disk_list(_ZYMDB_AimDisk_List* list) {
           return reported_cards.hold(drive);
         }).out;
   for (Record& drive : std::span(drives.get(), end))
-    zymdb_get_nvme_drv_funkey(kInSlot, drive.BayNo, &drive.PCIFuncKey);
+    zymdb_get_nvme_drv_funkey(kPlaceOfControllers, drive.BayNo, &drive.PCIFuncKey);
   *list = {static_cast<uint32_t>(end - drives.get()), drives.release()};
   return ZYM_DB_STATUS_OK;
 }

@@ -1,39 +1,102 @@
 #!/usr/bin/env python3
-"""Includes point down: each folder includes only from the folders below it."""
+"""Includes point down: the sources of each room include only from the rooms that are named beside it."""
 import re
 import sys
 from pathlib import Path
 
-# What the sources of a folder may include, by the path's beginning; "" stands for the exported headers.
-LAYERS = {
-    "include": [""],
-    "src/db": ["", "db/", "platform/"],
-    "src/platform": [""],
-    "src/cpu_mem": ["", "db/", "platform/", "cpu_mem/"],
-    "src/pci": ["", "db/", "platform/", "pci/"],
-    "src/network": ["", "db/", "platform/", "network/"],
-    "src/firmware": ["", "db/", "platform/", "firmware/"],
-    "src/pci_settings": ["", "db/", "platform/", "pci_settings/"],
-    "src/storage": ["", "db/", "platform/", "storage/"],
-    # The collector writes through value sets, which are the client's.
-    "collect": ["", "collect/", "db/database_client.h", "platform/zymdb_platform.h"],
-    "tools": ["", "zymdb/", "collect/", "tools/", "db/database_client.h", "platform/zymdb_platform.h", "platform/ruvo_log.h"],
+SOURCES = {".h", ".c", ".cpp", ".in"}
+# What has rooms of its own; tests, benchmarks and fuzzers may look into all of them.
+HOUSE = ["include", "controller", "common", "records", "src", "collect", "tools", "platform", "service"]
+# From where an include names its file.
+ROOTS = ["", "include", "src", "platform", "tools/zymdb"]
+
+PUBLIC = ["include", "controller"]
+BELOW_AREAS = [*PUBLIC, "src/db"]
+PCI, SMBIOS, SYSFS = "collect/sources/pci", "collect/sources/smbios", "collect/sources/sysfs"
+SHARED = [*PUBLIC, "common", "records", PCI]
+CLIENT = "platform/client"
+
+# Each room, and those below that it may include from; it may always include from itself.
+ROOMS = {
+    "include": [],
+    "controller": ["include"],
+    # A transaction is an extension of our own client, which the header of the platform declares.
+    "common": [*PUBLIC, "platform"],
+    "records": [*PUBLIC, "common", PCI],
+    "src/db": PUBLIC,
+    **{f"src/{area}": BELOW_AREAS for area in ["cpu_mem", "pci", "network", "firmware", "pci_settings", "storage"]},
+
+    PCI: ["common"],
+    SMBIOS: ["common", PCI],
+    SYSFS: ["common", PCI],
+    "collect/model": ["common", PCI, SMBIOS, SYSFS],
+    "collect/rows": [*PUBLIC, "common", "collect/model", PCI, SMBIOS, SYSFS],
+    "collect/write": [*PUBLIC, "common", "collect/model", "collect/rows", PCI, SMBIOS, SYSFS, "platform"],
+    "collect": [*PUBLIC, "common", "collect/model", "collect/rows", "collect/write", PCI, SMBIOS, SYSFS, "platform"],
+
+    "tools/zymdb/terminal": SHARED,
+    "tools/zymdb/show": [*SHARED, "tools/zymdb/terminal", "collect"],
+    "tools/zymdb/files": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show"],
+    "tools/zymdb/commands": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show", "tools/zymdb/files", "collect",
+                             "platform"],
+    "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
+    "service": [*SHARED, "platform"],
+
+    # The header of the client's extensions.
+    "platform": ["include"],
+    CLIENT: [*PUBLIC, "platform"],
+    f"{CLIENT}/dialect": [*PUBLIC, CLIENT],
+    f"{CLIENT}/result": [*PUBLIC, CLIENT, f"{CLIENT}/dialect"],
+    f"{CLIENT}/engine": [*PUBLIC, CLIENT, f"{CLIENT}/dialect", f"{CLIENT}/result"],
+    **{f"{CLIENT}/engine/{engine}": [*PUBLIC, CLIENT, f"{CLIENT}/dialect", f"{CLIENT}/result", f"{CLIENT}/engine"]
+       for engine in ["sqlite", "mariadb"]},
+    f"{CLIENT}/session": [*PUBLIC, CLIENT, f"{CLIENT}/dialect", f"{CLIENT}/result", f"{CLIENT}/engine"],
+    f"{CLIENT}/api": [*PUBLIC, "common", "platform", CLIENT, f"{CLIENT}/dialect", f"{CLIENT}/result",
+                      f"{CLIENT}/engine", f"{CLIENT}/session"],
+    **{f"platform/{room}": [*PUBLIC, "common", "platform", CLIENT, f"{CLIENT}/api"]
+       for room in ["bios", "log", "properties", "tables"]},
 }
-EXPORTED = re.compile(r"zymdb_\w+\.h$")
+
+# The one place where the engines are named.
+TABLE_OF_ENGINES = [f"{CLIENT}/engine/data_source.cpp", f"{CLIENT}/engine/engines.cpp"]
+ENGINES = [f"{CLIENT}/engine/sqlite", f"{CLIENT}/engine/mariadb"]
+
+
+def room_of_include(root, source, include):
+    """The folder that an include's file is in, beside its source or below one of the roots; None when there is none."""
+    for base in [source.parent, *(root / each for each in ROOTS)]:
+        if (base / include).exists():
+            return str((base / include).resolve().parent.relative_to(root))
+    return None
+
+
+def allowed(source, room):
+    return [room, *ROOMS[room], *(ENGINES if str(source) in TABLE_OF_ENGINES else [])]
+
+
+def check(root, source):
+    room = str(source.parent.relative_to(root))
+    name = source.relative_to(root)
+    if room not in ROOMS:
+        return [f"{name} is in a room that no rule names"]
+    wrong = []
+    for include in re.findall(r'^\s*#\s*include "([^"]+)"', source.read_text(), re.MULTILINE):
+        found = room_of_include(root, source, include)
+        if include.startswith("src/"):
+            wrong.append(f"{name} includes {include}, which names no room")
+        elif found is None:
+            wrong.append(f"{name} includes {include}, which is nowhere")
+        elif found not in allowed(name, room):
+            wrong.append(f"{name} includes {include}, which is not below it")
+    return wrong
 
 
 def main():
-    root = Path(sys.argv[1])
-    wrong = []
-    for folder, allowed in LAYERS.items():
-        for source in sorted((root / folder).rglob("*")):
-            if source.suffix not in {".h", ".cpp"}:
-                continue
-            for include in re.findall(r'^#include "([^"]+)"', source.read_text(), re.MULTILINE):
-                own = (source.parent / include).exists()
-                exported = EXPORTED.match(include) and (root / "include" / include).exists()
-                if not own and not exported and not any(a and include.startswith(a) for a in allowed):
-                    wrong.append(f"{source.relative_to(root)} includes {include}")
+    root = Path(sys.argv[1]).resolve()
+    sources = [path for folder in HOUSE for path in sorted((root / folder).rglob("*")) if path.suffix in SOURCES]
+    wrong = [each for source in sources for each in check(root, source)]
+    if len(sources) < 200:
+        wrong.append(f"only {len(sources)} sources were found")
     print("\n".join(wrong))
     return 1 if wrong else 0
 
