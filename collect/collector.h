@@ -19,6 +19,7 @@ struct Sources {
   std::string
       sysfs;  // root of a sysfs tree; beside `lspci` it adds only what a dump lacks (slots, links, VPD)
   std::string pci_ids = "/usr/share/misc/pci.ids";  // names of vendors and devices; absent: no names
+  bool allow_empty = false;  // believe a source that tells of nothing, and empty what it tells of
 };
 
 // Who is told what happens meanwhile. Either function may be empty. Both are called on the calling thread.
@@ -52,9 +53,9 @@ struct Summary {
 // changed rows are updated, rows of hardware that is gone are removed, all in one transaction when the
 // database client in the process offers transactions. A second run on an unchanged machine writes nothing.
 //
-// A source that is not there or may not be read costs one notice, and its rows stay as they were. A file that
-// is named but missing, is cut short or is something else is an error, found before anything is written.
-// Nothing is printed and nothing is thrown but std::bad_alloc.
+// A source that is not there, may not be read or has nothing in it costs one notice, and its rows stay as
+// they were. A file that is named but missing, is cut short or is something else is an error, found before
+// anything is written. Nothing is printed and nothing is thrown but std::bad_alloc.
 Summary collect_inventory(const Sources& sources, const Observer& observer = {});
 
 }  // namespace zymdb::collect

@@ -20,11 +20,11 @@ void check(std::vector<PciFunction> functions) {
   Findings findings;
   findings.functions = std::move(functions);
   const Machine machine = build_machine(std::move(findings));
-  std::set<uint32_t> keys;
+  std::set<FunctionKey> keys;
   for (const auto& function : *machine.functions) {
-    require(function.key < 1U << 31 && keys.insert(function.key).second, "a key that is not its own");
-    require(function.device_key == (function.key & ~0xFFU), "a function of another device");
-    require(!function.bridge_key || *function.bridge_key >> 16 < function.key >> 16,
+    require(function.key.value < 1U << 31 && keys.insert(function.key).second, "a key that is not its own");
+    require(function.device_key == (function.key.value & ~0xFFU), "a function of another device");
+    require(!function.bridge_key || function.bridge_key->value >> 16 < function.key.value >> 16,
             "a bridge that leads away from the root");
   }
 }

@@ -3,123 +3,19 @@
 #include <algorithm>
 #include <map>
 #include <set>
-#include <tuple>
 #include <utility>
 
+#include "collect/model/topology.h"
 #include "common/text.h"
 
 namespace zymdb::collect {
 namespace {
 
 constexpr uint32_t kSegments = 128;  // a function key of a larger one would not fit 31 bits
-constexpr uint8_t kSubclassHost = 0x00;
 
-uint32_t function_key(uint8_t segment, const PciAddress& address) {
-  return uint32_t{segment} << 24 | uint32_t{address.bus} << 16 | uint32_t{address.device} << 8 |
-         address.function;
+FunctionKey key_of(uint8_t segment, const PciAddress& address) {
+  return {segment, address.bus, address.device, address.function};
 }
-
-PciAddress device_of(PciAddress address) {
-  address.function = 0;
-  return address;
-}
-
-PciAddress bus_of(PciAddress address) {
-  address.device = 0;
-  return device_of(address);
-}
-
-bool is_host_bridge(const PciFunction& function) {
-  return function.base_class() == kClassBridge && function.subclass() == kSubclassHost;
-}
-
-// The functions by address, and which bridge leads to which.
-class Topology {
- public:
-  explicit Topology(const std::vector<PciFunction>& functions) {
-    for (const auto& function : functions) {
-      functions_.emplace(function.address, &function);
-      // A bridge that nobody configured has bus 0 on both sides.
-      if (function.secondary_bus.value_or(0) <= function.address.bus) continue;
-      bridges_.emplace(PciAddress{function.address.domain, *function.secondary_bus, 0, 0}, &function);
-    }
-  }
-
-  const PciFunction* find(const PciAddress& address) const { return lookup(functions_, address); }
-
-  // The bridge above. Its bus number is always the smaller one, so every path ends.
-  const PciFunction* parent(const PciFunction& function) const {
-    if (!function.parent) return lookup(bridges_, bus_of(function.address));
-    const PciFunction* named = find(*function.parent);
-    const bool above = named != nullptr && named->address.domain == function.address.domain &&
-                       named->address.bus < function.address.bus;
-    return above ? named : nullptr;
-  }
-
- private:
-  using Index = std::map<PciAddress, const PciFunction*>;
-
-  static const PciFunction* lookup(const Index& index, const PciAddress& address) {
-    const auto found = index.find(address);
-    return found == index.end() ? nullptr : found->second;
-  }
-
-  Index functions_;
-  Index bridges_;  // by domain and the bus below
-};
-
-// Finds the slot of a function, among the slots of one source.
-class SlotFinder {
- public:
-  // The slots from `first` on, `last` excluded.
-  SlotFinder(const Topology& topology, const std::vector<Slot>& slots, size_t first, size_t last)
-      : topology_(topology) {
-    for (size_t i = first; i < last; ++i) {
-      for (const auto& stated : slots[i].addresses) add(i, stated);
-    }
-  }
-
-  std::optional<size_t> find(const PciFunction& function) const {
-    if (is_host_bridge(function)) return std::nullopt;
-    for (const PciFunction* node = &function; node != nullptr; node = topology_.parent(*node)) {
-      if (const auto slot = lookup(devices_, device_of(node->address))) return slot;
-      if (const auto slot = lookup(buses_, bus_of(node->address))) return slot;
-      if (const auto slot = lookup(bridges_, node->address); slot && node != &function) return slot;
-    }
-    return std::nullopt;
-  }
-
- private:
-  // Nothing as a value: several slots lay claim.
-  using Index = std::map<PciAddress, std::optional<size_t>>;
-
-  static std::optional<size_t> lookup(const Index& index, const PciAddress& address) {
-    const auto found = index.find(address);
-    return found == index.end() ? std::nullopt : found->second;
-  }
-
-  void add(size_t slot, const SlotAddress& stated) {
-    const auto& [address, names_function] = stated;
-    const PciFunction* function = topology_.find(names_function ? address : device_of(address));
-    if (function != nullptr && is_host_bridge(*function)) return;
-    if (function != nullptr && function->secondary_bus && names_function) {
-      bridges_.emplace(address, slot);
-      if (!is_on_card(*function)) return;
-    }
-    devices_.emplace(device_of(address), slot);
-    const bool behind_bridge = function != nullptr && topology_.parent(*function) != nullptr;
-    const auto [claim, first] = buses_.emplace(bus_of(address), slot);
-    if (!first || !behind_bridge || address.device != 0) claim->second.reset();
-  }
-
-  // The port that the card itself brought, not the one it is plugged into.
-  bool is_on_card(const PciFunction& bridge) const { return bridge.port_type == PortType::kUpstream; }
-
-  const Topology& topology_;
-  Index bridges_;
-  Index devices_;
-  Index buses_;
-};
 
 using Segments = std::map<uint32_t, uint8_t>;
 
@@ -177,8 +73,12 @@ class MachineBuilder {
 
  private:
   void collect_slots() {
-    if (findings_.smbios) machine_.slots = slots_of(decode_slots(*findings_.smbios));
+    if (findings_.smbios) {
+      machine_.slots = slots_of(decode_slots(*findings_.smbios));
+      onboard_ = decode_onboard_devices(*findings_.smbios);
+    }
     described_ = machine_.slots.size();
+    tells_places_ = described_ != 0 || !onboard_.empty();
     join_slots(machine_.slots, slots_of(findings_.sysfs_slots));
   }
 
@@ -194,21 +94,20 @@ class MachineBuilder {
       auto& function = functions.emplace_back();
       function.pci = pci;
       function.segment = segment->second;
-      function.key = function_key(function.segment, pci.address);
-      function.device_key = function_key(function.segment, device_of(pci.address));
+      function.key = key_of(function.segment, pci.address);
+      function.device_key = key_of(function.segment, device_of(pci.address)).value;
       if (const auto* bridge = topology.parent(pci))
-        function.bridge_key = function_key(function.segment, bridge->address);
+        function.bridge_key = key_of(function.segment, bridge->address);
       function.slot = described.find(pci);
       if (!function.slot) function.slot = named.find(pci);
-      function.place_known = function.slot || findings_.smbios;
+      function.place_known = function.slot || tells_places_;
     }
     std::ranges::sort(functions, {}, &MachineFunction::key);
   }
 
   void name_onboard_devices() {
-    if (!findings_.smbios) return;
     std::map<PciAddress, std::optional<std::string>> names;
-    for (const auto& device : decode_onboard_devices(*findings_.smbios)) {
+    for (const auto& device : onboard_) {
       if (device.address) names.emplace(*device.address, device.designation);
     }
     for (auto& function : *machine_.functions) {
@@ -252,7 +151,9 @@ class MachineBuilder {
 
   Findings findings_;
   Machine machine_;
-  size_t described_ = 0;  // slots that SMBIOS describes; the system's own follow
+  std::vector<SmbiosOnboardDevice> onboard_;
+  bool tells_places_ = false;  // SMBIOS knows of a slot or of a device on the board
+  size_t described_ = 0;       // slots that SMBIOS describes; the system's own follow
 };
 
 }  // namespace

@@ -26,10 +26,10 @@ struct Findings {
 
 struct MachineFunction {
   PciFunction pci;
-  uint8_t segment = 0;                     // the domain, or the number it got instead
-  uint32_t key = 0;                        // function key
+  uint8_t segment = 0;  // the domain, or the number it got instead
+  FunctionKey key;
   uint32_t device_key = 0;                 // PCI key
-  std::optional<uint32_t> bridge_key;      // function key of the bridge above; nothing at a root
+  std::optional<FunctionKey> bridge_key;   // of the bridge above; nothing at a root
   std::optional<size_t> slot;              // index into the machine's slots; nothing: on the board
   bool place_known = false;                // false: no source could say whether it sits in a slot
   std::optional<std::string> designation;  // the board's own name for it
@@ -58,7 +58,7 @@ struct Machine {
 // the nearest one counts, and SMBIOS's slots before the system's. A slot that names device 0 behind a bridge
 // has the whole bus (a PCI Express link has one device). A bridge that a slot names is itself in the slot
 // only as the upstream port of a card's switch; host bridges are never in one. Everything else is on the
-// board.
+// board; that is known where SMBIOS describes any slot or device on the board.
 //
 // Domains from 128 on do not fit the function key: each gets the smallest free number. Functions that do not
 // answer (vendor FFFF) and domains for which no number is left are left out. Each of these is a notice.

@@ -11,6 +11,11 @@
 namespace zymdb::collect {
 namespace {
 
+// An adapter, and whether it can be taken out of the machine.
+struct AdapterView : FunctionView {
+  bool is_removable;
+};
+
 constexpr uint32_t kNotAimManaged = 0;
 constexpr uint32_t kHealthNotAssessed = 0;
 
@@ -47,32 +52,39 @@ bool is_adapter(const FunctionView& view) {
   return false;
 }
 
-Value name(const FunctionView& view) {
-  return Value::text(card_name(view.names, view.pci().vendor, view.pci().device,
-                               view.pci().subsystem_vendor.value_or(0),
-                               view.pci().subsystem_device.value_or(0)));
+// On the board the subsystem is the board itself: only a card or drive is called what its subsystem is.
+Value name(const AdapterView& view) {
+  const PciFunction& pci = view.pci();
+  if (!view.is_removable) return Value::text(device_name(view.names, pci.vendor, pci.device));
+  return Value::text(card_name(view.names, pci.vendor, pci.device, pci.subsystem_vendor.value_or(0),
+                               pci.subsystem_device.value_or(0)));
 }
 
 // In a slot it is the slot's type, on the board the code for that.
-Value connector_type(const FunctionView& view) {
+Value connector_type(const AdapterView& view) {
   if (!view.slot) return Value::text(hex_text(kConnectorOnboard));
   return view.slot->type ? Value::text(hex_text(*view.slot->type)) : Value();
 }
 
-constexpr Column<FunctionView> kAdapterColumns[] = {
-    {{"PCIFuncKey", Role::kKey}, function_key},
-    {{"PCIKey", Role::kPlace}, device_key},
+template <auto Read>
+Value of_function(const AdapterView& view) {
+  return Read(view);
+}
+
+constexpr Column<AdapterView> kAdapterColumns[] = {
+    {{"PCIFuncKey", Role::kKey}, of_function<function_key>},
+    {{"PCIKey", Role::kPlace}, of_function<device_key>},
     {{"NodeNo", Role::kValue}, only_node},
-    {{"SegNo", Role::kValue}, segment},
-    {{"BusNo", Role::kValue}, bus},
-    {{"DeviceNo", Role::kValue}, device},
-    {{"FunctionNo", Role::kValue}, function_number},
-    {{"Location", Role::kPlace}, location},
-    {{"SlotNo", Role::kPlace}, slot_number},
-    {{"CardName", Role::kValue}, name},
-    {{"ConnectorType", Role::kPlace}, connector_type},
-    {{"AIMSupported", Role::kInitial}, [](const FunctionView&) { return Value::number(kNotAimManaged); }},
-    {{"HealthStatus", Role::kInitial}, [](const FunctionView&) { return Value::number(kHealthNotAssessed); }},
+    {{"SegNo", Role::kValue}, of_function<segment>},
+    {{"BusNo", Role::kValue}, of_function<bus>},
+    {{"DeviceNo", Role::kValue}, of_function<device>},
+    {{"FunctionNo", Role::kValue}, of_function<function_number>},
+    {{"Location", Role::kPlace}, of_function<location>},
+    {{"SlotNo", Role::kPlace}, of_function<slot_number>},
+    {{"CardName", Role::kValue, Kind::kText}, name},
+    {{"ConnectorType", Role::kPlace, Kind::kText}, connector_type},
+    {{"AIMSupported", Role::kInitial}, [](const AdapterView&) { return Value::number(kNotAimManaged); }},
+    {{"HealthStatus", Role::kInitial}, [](const AdapterView&) { return Value::number(kHealthNotAssessed); }},
 };
 
 // ---- Connector and package
@@ -131,36 +143,40 @@ Value package_type(const FunctionView& view) {
 constexpr Column<FunctionView> kMiscColumns[] = {
     {{"PCIFuncKey", Role::kKey}, function_key},
     {{"MaxDataWidth", Role::kPlace}, max_data_width},
-    {{"ConnectorLayout", Role::kPlace}, connector_layout},
-    {{"PackageType", Role::kPlace}, package_type},
+    {{"ConnectorLayout", Role::kPlace, Kind::kText}, connector_layout},
+    {{"PackageType", Role::kPlace, Kind::kText}, package_type},
+    others_column<FunctionView>("AIMSpecVersion", Kind::kText),
 };
 
 // ---- Rows of other writers
 
-bool is_managed_out_of_band(const std::string* supported) {
-  return supported != nullptr && *supported != std::to_string(kNotAimManaged);
+bool is_managed_out_of_band(const Value& supported) {
+  return !supported.is_null() && supported != Value::number(kNotAimManaged);
 }
 
-bool is_set(const std::string* text) {
-  return text != nullptr;
+bool is_set(const Value& value) {
+  return !value.is_null();
 }
 
 }  // namespace
 
-std::vector<TableContent> adapter_rows(const Machine& machine, const PciIds& names) {
+std::vector<TableContent> adapter_rows(const Machine& machine, const PciIds& names,
+                                       const std::set<FunctionKey>& known_removable) {
   auto adapters = make_content("PCIAdapter", kAdapterColumns);
   auto misc = make_content("PCIMisc", kMiscColumns);
-  set_owner(adapters, "AIMSupported", is_managed_out_of_band);
-  set_owner(misc, "AIMSpecVersion", is_set);
+  adapters.ownership = {"AIMSupported", is_managed_out_of_band};
+  misc.ownership = {"AIMSpecVersion", is_set};
+  adapters.kept.column = misc.kept.column = "PCIFuncKey";
   for (const auto& function : *machine.functions) {
     const FunctionView view(machine, function, names);
     if (is_adapter(view)) {
-      add_row(adapters, kAdapterColumns, view, function.place_known);
+      const bool stays_removable = !function.place_known && known_removable.contains(function.key);
+      add_row(adapters, kAdapterColumns, {view, view.slot || stays_removable}, function.place_known);
       add_row(misc, kMiscColumns, view, function.place_known);
     } else if (!function.place_known) {
       // It may sit in a slot that this run cannot see.
-      adapters.kept_keys.insert(std::to_string(function.key));
-      misc.kept_keys.insert(std::to_string(function.key));
+      adapters.kept.add(function.key);
+      misc.kept.add(function.key);
     }
   }
   return {std::move(adapters), std::move(misc)};

@@ -2,21 +2,16 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <set>
 
 #include "collect/rows/row_columns.h"
-#include "collect/write/inventory_writer.h"
 #include "common/text.h"
-#include "controller/database_client.h"
 #include "zymdb_storage.h"
 
 namespace zymdb::collect {
 namespace {
 
-constexpr int kBayKind = static_cast<int>(Location::kBay);
 constexpr uint32_t kSolidState = 1;
 constexpr uint32_t kRotating = 0;
 constexpr uint16_t kAllHealth = 0x0F;
@@ -34,7 +29,7 @@ std::string capacity_text(uint64_t bytes) {
 // Where a drive is. Nothing: in no slot or bay.
 struct DrivePlace {
   const MachineFunction* function = nullptr;
-  int kind = 0;
+  Location location = Location::kBoard;
   uint16_t number = 0;
 };
 
@@ -44,8 +39,8 @@ std::optional<DrivePlace> place_of(const Machine& machine, const Drive& drive) {
                                           [](const MachineFunction& each) { return each.pci.address; });
   if (function == machine.functions->end()) return std::nullopt;
   const Slot* slot = machine.slot_of(*function);
-  if (slot == nullptr || !slot->number) return DrivePlace{&*function, 0, 0};
-  return DrivePlace{&*function, static_cast<int>(slot->location), *slot->number};
+  if (slot == nullptr || !slot->number) return DrivePlace{&*function, Location::kBoard, 0};
+  return DrivePlace{&*function, slot->location, *slot->number};
 }
 
 template <size_t N>
@@ -72,10 +67,10 @@ std::optional<std::string> maker_of(const Drive& drive) {
 
 _ZYMDB_AimDisk record_of(const Drive& drive, const DrivePlace& place) {
   _ZYMDB_AimDisk record{};
-  record.PCIFuncKey = place.function->key;
-  if (place.kind != kBayKind) record.SlotNo = place.number;
+  record.PCIFuncKey = place.function->key.value;
+  if (place.location != Location::kBay) record.SlotNo = place.number;
   record.BayNo = place.number;
-  record.LocationId = static_cast<uint8_t>(place.kind);
+  record.LocationId = static_cast<uint8_t>(place.location);
   record.DriveTypeId = static_cast<uint8_t>(DriveBus::kNvme);
   set_text(record.Model, drive.model);
   set_text(record.SerialNo, drive.serial);
@@ -102,7 +97,7 @@ Value location(const Disk& disk) {
   return Value::text("Bay " + std::to_string(disk.bay));
 }
 Value location_kind(const Disk&) {
-  return Value::number(kBayKind);
+  return Value::number(static_cast<uint32_t>(Location::kBay));
 }
 Value bay(const Disk& disk) {
   return Value::number(disk.bay);
@@ -134,7 +129,7 @@ Value text_of(const Disk& disk) {
 }
 
 constexpr Column<Disk> kDiskColumns[] = {
-    {{"Location", Role::kKey}, location},
+    {{"Location", Role::kKey, Kind::kText}, location},
     {{"LocationId", Role::kValue}, location_kind},
     {{"BayNo", Role::kValue}, bay},
     {{"Presence", Role::kValue}, presence},
@@ -142,104 +137,57 @@ constexpr Column<Disk> kDiskColumns[] = {
     {{"CtrlType", Role::kInitial}, controller_type},
     {{"DriveTypeId", Role::kValue}, drive_type},
     {{"MediaTypeId", Role::kValue}, media_type},
-    {{"SerialNo", Role::kValue}, text_of<&Drive::serial>},
-    {{"Model", Role::kValue}, text_of<&Drive::model>},
-    {{"UUID", Role::kValue}, text_of<&Drive::unique_id>},
-    {{"Manufacture", Role::kValue}, maker},
-    {{"FwVersion", Role::kValue}, text_of<&Drive::firmware>},
-    {{"Capacity", Role::kValue}, capacity},
+    {{"SerialNo", Role::kValue, Kind::kText}, text_of<&Drive::serial>},
+    {{"Model", Role::kValue, Kind::kText}, text_of<&Drive::model>},
+    {{"UUID", Role::kValue, Kind::kText}, text_of<&Drive::unique_id>},
+    {{"Manufacture", Role::kValue, Kind::kText}, maker},
+    {{"FwVersion", Role::kValue, Kind::kText}, text_of<&Drive::firmware>},
+    {{"Capacity", Role::kValue, Kind::kText}, capacity},
 };
 
 // Drives of other types than SATA and SAS.
-bool is_no_disk(const std::string* drive_type_id) {
-  return drive_type_id == nullptr || (*drive_type_id != "1" && *drive_type_id != "2");
+bool is_no_disk(const Value& drive_type) {
+  return drive_type != Value::number(static_cast<uint8_t>(DriveBus::kSata)) &&
+         drive_type != Value::number(static_cast<uint8_t>(DriveBus::kSas));
 }
 
-void require(int status, const std::string& action) {
-  if (status == ZYM_DB_STATUS_OK) return;
-  const char* reason = zym_db_get_error_str(status);
-  throw DatabaseError("cannot " + action + ": " + (reason != nullptr ? reason : "unknown failure"));
-}
-
-std::vector<_ZYMDB_AimDisk> stored_drives(const std::string& filter) {
-  _ZYMDB_AimDisk_List list{};
-  require(zymdb_get_disk_list_with_filter(&list, filter.c_str()), "read the NVMe drives");
-  const std::unique_ptr<_ZYMDB_AimDisk, decltype(&std::free)> owner(list.disks, &std::free);
-  return {list.disks, list.disks + list.count};
-}
-
-bool is_equal(const std::vector<_ZYMDB_AimDisk>& drives, const std::vector<_ZYMDB_AimDisk>& others) {
-  return drives.size() == others.size() &&
-         std::memcmp(drives.data(), others.data(), drives.size() * sizeof(_ZYMDB_AimDisk)) == 0;
-}
-
-void write_drive(const _ZYMDB_AimDisk& drive, bool has_health, TableSummary& summary) {
-  const int kind = drive.LocationId;
-  const std::string place =
-      "DriveTypeId=3 AND LocationId=" + std::to_string(kind) + " AND BayNo=" + std::to_string(drive.BayNo);
-  const auto before = stored_drives(place);
-  require(zymdb_add_update_nvme_aim_disk(&drive), "write an NVMe drive");
-  if (has_health) require(zymdb_update_aim_disk_smart_info(&drive), "write an NVMe drive's health");
-  require(zymdb_update_aim_disk_presence(kind, drive.BayNo, 1), "write an NVMe drive's presence");
-  const auto after = stored_drives(place);
-  // The library takes a place that it cannot read for an empty one.
-  if (after.size() != std::max<size_t>(before.size(), 1)) throw DatabaseError("cannot read the NVMe drives");
-  if (before.empty())
-    ++summary.inserted;
-  else if (!is_equal(before, after))
-    ++summary.updated;
-  else
-    ++summary.unchanged;
-}
-
-using Places = std::set<std::pair<int, uint16_t>>;
-
-void mark_the_gone(const Places& present, TableSummary& summary) {
-  for (const auto& drive : stored_drives("Presence=1 AND DriveTypeId=3")) {
-    if (present.contains({drive.LocationId, drive.BayNo})) continue;
-    require(zymdb_update_aim_disk_presence(drive.LocationId, drive.BayNo, 0),
-            "write an NVMe drive's presence");
-    ++summary.updated;
-  }
+bool is_any(const Value&) {
+  return true;
 }
 
 }  // namespace
 
-TableContent disk_rows(const Machine& machine, const std::vector<Drive>& drives) {
-  std::vector<Disk> disks;
+TableContent disk_rows(const Machine& machine, const std::optional<std::vector<Drive>>& drives,
+                       const std::vector<NvmeRecord>& nvme) {
+  auto content = make_content("AimDisks", kDiskColumns);
+  content.ownership = {"DriveTypeId", drives ? is_no_disk : is_any};
   std::set<uint16_t> taken;
-  for (const auto& drive : drives) {
+  for (const auto& [record, has_health] : nvme) {
+    if (record.LocationId == static_cast<uint8_t>(Location::kBay)) taken.insert(record.BayNo);
+  }
+  if (!drives) return content;
+  for (const auto& drive : *drives) {
     const auto place = place_of(machine, drive);
     if (!place) continue;
-    if (drive.bus != DriveBus::kNvme)
-      disks.push_back({&drive, place->function, drive.port.value_or(0)});
-    else if (place->kind == kBayKind)
-      taken.insert(place->number);
-  }
-  auto content = make_content("AimDisks", kDiskColumns);
-  set_owner(content, "DriveTypeId", is_no_disk);
-  for (auto& disk : disks) {
+    Disk disk{&drive, place->function, drive.port.value_or(0)};
     while (!taken.insert(disk.bay).second) ++disk.bay;
     add_row(content, kDiskColumns, disk, true);
   }
   return content;
 }
 
-void write_nvme_drives(const Machine& machine, const std::vector<Drive>& drives, const Observer& observer,
-                       TableSummary& disks) {
-  Places present;
+std::vector<NvmeRecord> nvme_records(const Machine& machine, const std::vector<Drive>& drives,
+                                     std::vector<std::string>& notices) {
+  std::vector<NvmeRecord> records;
   for (const auto& drive : drives) {
-    if (drive.bus != DriveBus::kNvme) continue;
     const auto place = place_of(machine, drive);
-    if (!place || place->kind == 0) {
-      if (observer.notice)
-        observer.notice("the NVMe drive " + drive.name + " is in no slot or bay: left out");
-      continue;
+    if (!place || place->location == Location::kBoard) {
+      notices.push_back("the NVMe drive " + drive.name + " is in no slot or bay: left out");
+    } else {
+      records.push_back({record_of(drive, *place), drive.health.has_value()});
     }
-    present.emplace(place->kind, place->number);
-    write_drive(record_of(drive, *place), drive.health.has_value(), disks);
   }
-  mark_the_gone(present, disks);
+  return records;
 }
 
 }  // namespace zymdb::collect

@@ -54,17 +54,19 @@ Value version(const View& view) {
 
 constexpr Column<View> kColumns[] = {
     {{"HardwareId", Role::kKey}, [](const View& view) { return Value::number(view.function.key); }},
-    {{"SoftwareID", Role::kKey}, [](const View& view) { return Value::text(view.kind().software_id); }},
+    {{"SoftwareID", Role::kKey, Kind::kText},
+     [](const View& view) { return Value::text(view.kind().software_id); }},
     {{"HardwareTypeId", Role::kValue}, [](const View&) { return Value::number(kPciHardwareType); }},
-    {{"FirmwareName", Role::kValue}, [](const View& view) { return Value::text(view.kind().name); }},
-    {{"VersionString", Role::kValue}, version},
-    {{"Manufacture", Role::kValue}, manufacture},
+    {{"FirmwareName", Role::kValue, Kind::kText},
+     [](const View& view) { return Value::text(view.kind().name); }},
+    {{"VersionString", Role::kValue, Kind::kText}, version},
+    {{"Manufacture", Role::kValue, Kind::kText}, manufacture},
     {{"Classification", Role::kValue},
      [](const View& view) { return Value::number(view.kind().classification); }},
 };
 
-bool is_reported_by_others(const std::string* software_id) {
-  return software_id == nullptr || !software_id->starts_with("OS:");
+bool is_reported_by_others(const Value& software_id) {
+  return software_id.as_text() == nullptr || !software_id.as_text()->starts_with("OS:");
 }
 
 bool is_told_by_drivers(const PciFunction& function) {
@@ -83,18 +85,18 @@ constexpr char kSystem[] = "SYSTEM";
 constexpr char kController[] = "EC";
 
 constexpr Column<EmbeddedDevice> kEmbeddedColumns[] = {
-    {{"SoftwareID", Role::kKey},
+    {{"SoftwareID", Role::kKey, Kind::kText},
      [](const EmbeddedDevice& device) { return Value::text(device.software_id); }},
     {{"DeviceIndex", Role::kKey}, [](const EmbeddedDevice&) { return Value::number(0); }},
-    {{"DeviceName", Role::kValue},
+    {{"DeviceName", Role::kValue, Kind::kText},
      [](const EmbeddedDevice& device) {
        return Value::text(std::string(cut(device.name, kLongestDeviceName)));
      }},
     {{"Version", Role::kValue}, [](const EmbeddedDevice& device) { return number_or_null(device.version); }},
 };
 
-bool is_not_of_the_system(const std::string* software_id) {
-  return software_id == nullptr || (*software_id != kSystem && *software_id != kController);
+bool is_not_of_the_system(const Value& software_id) {
+  return software_id != Value::text(kSystem) && software_id != Value::text(kController);
 }
 
 void append(std::string& text, const char* before, const std::optional<std::string>& part) {
@@ -117,9 +119,10 @@ EmbeddedDevice controller_device(uint8_t major, uint8_t minor) {
 }  // namespace
 
 TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareComponent>& components,
-                           const PciIds& names, bool drivers_asked) {
+                           const PciIds& names, ToldBy told_by) {
   auto content = make_content("Firmwares", kColumns);
-  set_owner(content, "SoftwareID", is_reported_by_others);
+  content.ownership = {"SoftwareID", is_reported_by_others};
+  content.kept.column = "HardwareId";
   std::map<PciAddress, const MachineFunction*> functions;
   for (const auto& function : *machine.functions) functions.emplace(function.pci.address, &function);
   for (const auto& component : components) {
@@ -127,15 +130,16 @@ TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareCom
     if (found != functions.end()) add_row(content, kColumns, {*found->second, component, names}, true);
   }
   for (const auto& function : *machine.functions) {
-    if (!drivers_asked && is_told_by_drivers(function.pci))
-      content.kept_keys.insert(std::to_string(function.key));
+    const bool is_told =
+        told_by == ToldBy::kDrivers || (told_by == ToldBy::kSysfs && !is_told_by_drivers(function.pci));
+    if (!is_told) content.kept.add(function.key);
   }
   return content;
 }
 
 TableContent embedded_firmware_rows(const std::vector<SmbiosFirmware>& firmware) {
   auto content = make_content("EmbeddedDeviceFirmware", kEmbeddedColumns);
-  set_owner(content, "SoftwareID", is_not_of_the_system);
+  content.ownership = {"SoftwareID", is_not_of_the_system};
   if (firmware.empty()) return content;
   const SmbiosFirmware& system = firmware.front();
   add_row(content, kEmbeddedColumns, system_device(system), true);

@@ -2,6 +2,7 @@
 #ifndef ZYMDB_COLLECT_ROWS_FIRMWARE_ROWS_H
 #define ZYMDB_COLLECT_ROWS_FIRMWARE_ROWS_H
 
+#include <cstdint>
 #include <vector>
 
 #include "collect/model/machine.h"
@@ -12,11 +13,17 @@
 
 namespace zymdb::collect {
 
+// Who could be asked for components.
+enum class ToldBy : uint8_t {
+  kNobody,   // functions that are there keep the rows that they have
+  kSysfs,    // but no driver: the functions that only drivers tell of keep theirs
+  kDrivers,  // and sysfs
+};
+
 // Firmwares: the components of `machine`'s functions. The collector's rows have software ids of their own,
-// "OS:NVME" and the like; all others belong to whoever reported them. Where no driver could be asked, the
-// functions that only drivers tell of keep the rows that they have.
+// "OS:NVME" and the like; all others belong to whoever reported them.
 TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareComponent>& components,
-                           const PciIds& names, bool drivers_asked);
+                           const PciIds& names, ToldBy told_by);
 
 // EmbeddedDeviceFirmware: the system's firmware, and that of its embedded controller where it tells one.
 TableContent embedded_firmware_rows(const std::vector<SmbiosFirmware>& firmware);

@@ -17,8 +17,8 @@ Value hardware_type(const Record&) {
   return Value::number(kPciHardwareType);
 }
 
-bool is_other_hardware(const std::string* type) {
-  return type != nullptr && *type != std::to_string(kPciHardwareType);
+bool is_other_hardware(const Value& type) {
+  return !type.is_null() && type != Value::number(kPciHardwareType);
 }
 
 // ---- Functions
@@ -61,7 +61,7 @@ constexpr Column<FunctionView> kFunctionColumns[] = {
     {{"SubDeviceId", Role::kValue}, pci_optional<&PciFunction::subsystem_device>},
     {{"SlotNo", Role::kPlace}, slot_number},
     {{"Location", Role::kPlace}, location},
-    {{"SlotDesignation", Role::kPlace}, slot_designation},
+    {{"SlotDesignation", Role::kPlace, Kind::kText}, slot_designation},
     {{"SlotType", Role::kPlace}, slot_code<&Slot::type>},
     {{"SlotDataBusWidth", Role::kPlace}, slot_code<&Slot::data_bus_width>},
     {{"NodeIndex", Role::kValue}, only_node},
@@ -74,7 +74,7 @@ constexpr Column<FunctionView> kFunctionColumns[] = {
 // ---- Vital product data
 
 struct VpdRecord {
-  uint32_t key;
+  FunctionKey key;
   PciVpd vpd;
 };
 
@@ -86,19 +86,19 @@ Value vpd_text(const VpdRecord& record) {
 constexpr Column<VpdRecord> kVpdColumns[] = {
     {{"HardwareId", Role::kKey}, [](const VpdRecord& record) { return Value::number(record.key); }},
     {{"HardwareTypeId", Role::kValue}, hardware_type},
-    {{"ProductName", Role::kValue}, vpd_text<&PciVpd::product_name>},
-    {{"Manufacture", Role::kValue}, vpd_text<&PciVpd::manufacturer>},
-    {{"SerialNo", Role::kValue}, vpd_text<&PciVpd::serial_number>},
-    {{"PartNo", Role::kValue}, vpd_text<&PciVpd::part_number>},
-    {{"Model", Role::kValue}, vpd_text<&PciVpd::model>},
-    {{"FRUNo", Role::kValue}, vpd_text<&PciVpd::fru_number>},
+    {{"ProductName", Role::kValue, Kind::kText}, vpd_text<&PciVpd::product_name>},
+    {{"Manufacture", Role::kValue, Kind::kText}, vpd_text<&PciVpd::manufacturer>},
+    {{"SerialNo", Role::kValue, Kind::kText}, vpd_text<&PciVpd::serial_number>},
+    {{"PartNo", Role::kValue, Kind::kText}, vpd_text<&PciVpd::part_number>},
+    {{"Model", Role::kValue, Kind::kText}, vpd_text<&PciVpd::model>},
+    {{"FRUNo", Role::kValue, Kind::kText}, vpd_text<&PciVpd::fru_number>},
 };
 
 }  // namespace
 
 TableContent function_rows(const Machine& machine, const PciIds& names) {
   auto content = make_content("PCIs", kFunctionColumns);
-  set_owner(content, "HardwareTypeId", is_other_hardware);
+  content.ownership = {"HardwareTypeId", is_other_hardware};
   for (const auto& function : *machine.functions)
     add_row(content, kFunctionColumns, {machine, function, names}, function.place_known);
   return content;
@@ -106,10 +106,11 @@ TableContent function_rows(const Machine& machine, const PciIds& names) {
 
 TableContent vpd_rows(const Machine& machine) {
   auto content = make_content("VPDs", kVpdColumns);
-  set_owner(content, "HardwareTypeId", is_other_hardware);
+  content.ownership = {"HardwareTypeId", is_other_hardware};
+  content.kept.column = "HardwareId";
   for (const auto& function : *machine.functions) {
     // A present function keeps the row it has where its own data cannot be read: others know of it as well.
-    content.kept_keys.insert(std::to_string(function.key));
+    content.kept.add(function.key);
     if (!function.pci.vpd) continue;
     const auto vpd = parse_pci_vpd(as_bytes(*function.pci.vpd));
     if (vpd && !vpd->empty()) add_row(content, kVpdColumns, {function.key, *vpd}, true);

@@ -35,8 +35,7 @@ Value position_number(const Module& module) {
 
 template <auto Field>
 Value capacity(const Module& module) {
-  const auto& bytes = module.device.persistent.*Field;
-  return bytes ? wide_number(*bytes) : Value();
+  return number_or_null(module.device.persistent.*Field);
 }
 
 constexpr Column<Module> kMemoryColumns[] = {
@@ -50,12 +49,12 @@ constexpr Column<Module> kMemoryColumns[] = {
     {{"TypeDetail", Role::kValue}, device_number<&Device::type_detail>},
     {{"MaxSpeed", Role::kValue}, device_number<&Device::max_speed>},
     {{"ClockSpeed", Role::kValue}, device_number<&Device::configured_speed>},
-    {{"DevLocator", Role::kValue}, device_text<&Device::locator>},
-    {{"BankLocator", Role::kValue}, device_text<&Device::bank>},
-    {{"Manufacturer", Role::kKey}, device_text<&Device::manufacturer>},
-    {{"SerialNo", Role::kKey}, device_text<&Device::serial_number>},
-    {{"PartNo", Role::kKey}, device_text<&Device::part_number>},
-    {{"AssetTag", Role::kValue}, device_text<&Device::asset_tag>},
+    {{"DevLocator", Role::kValue, Kind::kText}, device_text<&Device::locator>},
+    {{"BankLocator", Role::kValue, Kind::kText}, device_text<&Device::bank>},
+    {{"Manufacturer", Role::kKey, Kind::kText}, device_text<&Device::manufacturer>},
+    {{"SerialNo", Role::kKey, Kind::kText}, device_text<&Device::serial_number>},
+    {{"PartNo", Role::kKey, Kind::kText}, device_text<&Device::part_number>},
+    {{"AssetTag", Role::kValue, Kind::kText}, device_text<&Device::asset_tag>},
     {{"Attributes", Role::kValue}, device_number<&Device::attributes>},
     {{"NodeIndex", Role::kValue}, only_node},
     {{"Capacity", Role::kValue}, capacity<&Persistent::capacity>},
@@ -65,7 +64,7 @@ constexpr Column<Module> kMemoryColumns[] = {
     {{"iMCNum", Role::kValue}, position_number<&MemoryPosition::controller>},
     {{"ChannelNum", Role::kValue}, position_number<&MemoryPosition::channel>},
     {{"DimmNum", Role::kValue}, position_number<&MemoryPosition::module>},
-    {{"FirmwareVersion", Role::kValue},
+    {{"FirmwareVersion", Role::kValue, Kind::kText},
      [](const Module& module) { return text_or_null(module.device.persistent.firmware_version); }},
 };
 

@@ -1,8 +1,6 @@
 #include "collect/rows/processor_rows.h"
 
 #include <cstddef>
-#include <cstdint>
-#include <string>
 
 #include "collect/rows/row_columns.h"
 
@@ -26,13 +24,6 @@ Value cache_number(const Processor& processor) {
   return number_or_null(processor.caches[Level - 1].*Field);
 }
 
-// No put of the client takes 64 bits: the column makes a number of the text. The database's numbers are
-// signed.
-Value processor_id(const Processor& processor) {
-  if (!processor.id) return {};
-  return Value::text(std::to_string(static_cast<int64_t>(*processor.id)));
-}
-
 template <auto Field>
 constexpr Column<Processor> number_column(const char* name) {
   return {{name, Role::kValue}, processor_number<Field>};
@@ -40,7 +31,7 @@ constexpr Column<Processor> number_column(const char* name) {
 
 template <auto Field>
 constexpr Column<Processor> text_column(const char* name, Role role = Role::kValue) {
-  return {{name, role}, processor_text<Field>};
+  return {{name, role, Kind::kText}, processor_text<Field>};
 }
 
 template <size_t Level, auto Field>
@@ -50,7 +41,7 @@ constexpr Column<Processor> cache_column(const char* name) {
 
 constexpr Column<Processor> kProcessorColumns[] = {
     text_column<&Processor::socket>("Socket", Role::kKey),
-    {{"ProcId", Role::kValue}, processor_id},
+    number_column<&Processor::id>("ProcId"),
     number_column<&Processor::type>("ProcType"),
     number_column<&Processor::family>("Family"),
     text_column<&Processor::manufacturer>("Manufacturer"),

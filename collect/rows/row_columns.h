@@ -3,7 +3,6 @@
 #define ZYMDB_COLLECT_ROWS_ROW_COLUMNS_H
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -23,11 +22,6 @@ Value number_or_null(const std::optional<T>& number) {
   return number ? Value::number(*number) : Value();
 }
 
-// The client puts 32 bits at most: the column makes a number of the text, where it is one of numbers.
-inline Value wide_number(uint64_t number) {
-  return Value::text(std::to_string(number));
-}
-
 // The host is one node.
 template <typename Record>
 Value only_node(const Record&) {
@@ -38,18 +32,18 @@ inline Value text_or_null(const std::optional<std::string>& text) {
   return text ? Value::text(*text) : Value();
 }
 
+// A column of other writers, which tells whose the row is.
+template <typename Record>
+constexpr Column<Record> others_column(const char* name, Kind kind) {
+  return {{name, Role::kOthers, kind}, [](const Record&) { return Value(); }};
+}
+
 template <typename Record, size_t N>
 TableContent make_content(const char* table, const Column<Record> (&columns)[N]) {
   TableContent content;
   content.table = table;
   for (const auto& column : columns) content.columns.push_back(column.spec);
   return content;
-}
-
-// Rows whose `column` says so belong to other writers.
-inline void set_owner(TableContent& content, const char* column, bool (*is_foreign)(const std::string*)) {
-  content.owner_column = column;
-  content.is_foreign = is_foreign;
 }
 
 template <typename Record, size_t N>

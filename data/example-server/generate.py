@@ -35,10 +35,14 @@ class Function:
         self.class_code = class_code
         self.revision = revision
         self.ids = ids
+        self.most = self.current = None  # of its link: generation and lanes
         self.config = bytearray(256)
         struct.pack_into("<HHHH", self.config, 0, *ids, 0x0006, 0)
         struct.pack_into("<I", self.config, 8, class_code << 8 | revision)
         struct.pack_into("<HH", self.config, 0x2C, *subsystem)
+
+    def address(self):
+        return "%02x:%02x.%x" % (self.bus, self.device, self.function)
 
     def multi_function(self):
         self.config[0x0E] |= 0x80
@@ -51,6 +55,7 @@ class Function:
 
     def link(self, port_type, most, current, slot=0):
         """A PCI Express capability: link as it could be and as it is; a port with a slot tells its number."""
+        self.most, self.current = most, current
         at = EXPRESS_CAPABILITY
         self._capability(at, 0x10)
         flags = 2 | port_type << 4 | (0x100 if slot else 0)
@@ -191,10 +196,13 @@ def second_processor():
     yield from card("e5:00.0", INTEL_P4800X_CARD[0], 0x010802, 0, INTEL_P4800X_CARD[1], GEN3_X4, GEN3_X4)
 
 
-def lspci_dump():
+def pci_functions():
     functions = [*chipset(), *first_processor(), *second_processor()]
-    functions.sort(key=lambda f: (f.bus, f.device, f.function))
-    return "".join(f.dump() for f in functions).encode()
+    return sorted(functions, key=lambda f: (f.bus, f.device, f.function))
+
+
+def lspci_dump():
+    return "".join(function.dump() for function in pci_functions()).encode()
 
 
 # ---- SMBIOS ------------------------------------------------------------------------------------------------

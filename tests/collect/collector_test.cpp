@@ -9,6 +9,7 @@
 #include <string>
 
 #include "collect/machines.h"
+#include "common/bytes.h"
 #include "support/inventory.h"
 #include "zymdb_cpu_mem.h"
 #include "zymdb_pci.h"
@@ -24,7 +25,8 @@ using testing::IsEmpty;
 constexpr char kNames[] =
     "15b3  Mellanox Technologies\n\ta2d6  BlueField-2\n\t101d  ConnectX-6 Dx\n"
     "1b4b  Marvell Technology Group Ltd.\n\t2241  88NR2241 Non-Volatile memory controller\n"
-    "8086  Intel Corporation\n\t0b60  P5510\n\t\t8086 8008  SE 2.5\" U.2 (P5510)\n";
+    "8086  Intel Corporation\n\t1521  I350\n\t\t8086 0000  The Motherboard\n\t0b60  P5510\n\t\t8086 8008  SE "
+    "2.5\" U.2 (P5510)\n";
 
 class CollectorTest : public InventoryTest {
  protected:
@@ -139,6 +141,23 @@ TEST_F(CollectorTest, ListsEveryAdapterWithItsPlace) {
   EXPECT_EQ(adapters[0x10006], "PCI device 1000:10e2, PCI-E Gen 4 x8");
   EXPECT_EQ(adapters[0x30000], "Marvell 88NR2241 Non-Volatile memory controller, Onboard");
   EXPECT_EQ(adapters[0x20005], "SE 2.5\" U.2 (P5510), Unknown");
+}
+
+TEST_F(CollectorTest, NamesDevicesOnTheBoardByThemselvesNotByTheBoard) {
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "PCIFuncKey=262144"), "Intel I350\n");
+}
+
+TEST_F(CollectorTest, WithoutSmbiosNamesNewDevicesByThemselvesAndKeepsTheNamesOfCards) {
+  sources_.smbios.clear();
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "PCIFuncKey=262144 OR PCIFuncKey=14876672"),
+            "Intel I350\nIntel P5510\n");
+  sources_.smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios";
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "PCIFuncKey=14876672"), "SE 2.5\" U.2 (P5510)\n");
+  sources_.smbios.clear();
+  for (const auto& table : collect().tables) EXPECT_EQ(table.changed(), 0U) << table.table;
 }
 
 TEST_F(CollectorTest, ChangesNoRowAndWritesNoByteTheSecondTime) {
@@ -267,6 +286,56 @@ TEST_F(CollectorTest, ReportsItsProgressFromFirstToLast) {
   constexpr size_t kRows = 147;
   ASSERT_EQ(steps.size(), kRows + 1);
   for (size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], std::pair(i, kRows));
+}
+
+// ---- Sources with nothing in them
+
+TEST_F(CollectorTest, WhereNoFunctionIsOrAnswersNoneIsToldOf) {
+  ASSERT_TRUE(collect().ok());
+  const std::string before = rows("PCIs", {"FunKey"}) + rows("PCIAdapter", {"PCIFuncKey", "CardName"});
+  std::filesystem::create_directories(files_.path() / "sys/bus/pci/devices");
+  const std::string tree = files_.path().string() + "/sys";
+  std::string silent = "00:00.0 ffff: ffff:ffff\n";
+  for (const char* offset : {"00", "10", "20", "30"}) {
+    silent += std::string(offset) + ":";
+    for (int i = 0; i < 16; ++i) silent += " ff";
+    silent += "\n";
+  }
+  const struct {
+    std::string lspci, sysfs, notice;
+  } kCases[] = {{"", tree, "no PCI functions in " + tree + "/bus/pci/devices: they are left as they are"},
+                {files_.write("silent", silent + "\n"), "", "/silent: they are left as they are"}};
+  for (const auto& [lspci, sysfs, notice] : kCases) {
+    sources_.lspci = lspci;
+    sources_.sysfs = sysfs;
+    ASSERT_TRUE(collect().ok());
+    EXPECT_THAT(notices_, testing::Contains(HasSubstr(notice)));
+    EXPECT_EQ(rows("PCIs", {"FunKey"}) + rows("PCIAdapter", {"PCIFuncKey", "CardName"}), before);
+  }
+  sources_.allow_empty = true;
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"FunKey"}) + rows("PCIAdapter", {"PCIFuncKey"}), "");
+}
+
+TEST_F(CollectorTest, SmbiosTablesWithoutAClassLeaveItAsItIs) {
+  ASSERT_TRUE(collect().ok());
+  // An entry point and a table of nothing but its end.
+  std::string tables("_SM3_\0\x18\x03\x03\0\x01\0\x06\0\0\0\x20\0\0\0\0\0\0\0", 24);
+  tables[5] = static_cast<char>(-checksum(as_bytes(tables)));
+  tables += std::string(8, '\0') + std::string("\x7f\x04\0\0\0\0", 6);
+  sources_.smbios = files_.write("nothing.smbios", tables);
+  const auto summary = collect();
+  ASSERT_TRUE(summary.ok()) << summary.error;
+  for (const auto& table : summary.tables) EXPECT_EQ(table.changed(), 0U) << table.table;
+  const std::string end = " in the SMBIOS tables: they are left as they are";
+  EXPECT_THAT(notices_,
+              ElementsAre("no processors" + end, "no memory positions" + end, "no firmware versions" + end));
+  EXPECT_EQ(rows("Processor", {"Socket"}), "CPU1\nCPU2\n");
+  EXPECT_EQ(rows("PCIs", {"SlotDesignation"}, "FunKey=9961472"), "PCIe Slot 4\n");
+
+  sources_.allow_empty = true;
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("Processor", {"Socket"}) + rows("Memory", {"SlotNo"}), "");
 }
 
 // ---- A sysfs tree

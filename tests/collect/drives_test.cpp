@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -11,6 +12,7 @@
 #include "collect/machines.h"
 #include "collect/rows/drive_rows.h"
 #include "collect/sources/sysfs/sysfs_drives.h"
+#include "collect/write/nvme_drives.h"
 #include "support/inventory.h"
 #include "zymdb_storage.h"
 
@@ -21,21 +23,28 @@ namespace fs = std::filesystem;
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 using testing::SizeIs;
 
 class SysfsDrives : public testing::Test {
  protected:
+  // NVMe drives, then disks.
   std::vector<Drive> drives(const HealthReader& health = {}) const {
-    return read_sysfs_drives(tree_.root(), health).value();
+    auto all = read_nvme_drives(tree_.root(), health).value_or(std::vector<Drive>{});
+    for (auto& disk : read_disks(tree_.root()).value_or(std::vector<Drive>{})) all.push_back(disk);
+    return all;
   }
 
   DriveTree tree_;
 };
 
 TEST_F(SysfsDrives, WithoutTheirFoldersAreNotTold) {
-  EXPECT_FALSE(read_sysfs_drives(tree_.root(), {}));
+  EXPECT_FALSE(read_nvme_drives(tree_.root(), {}));
+  EXPECT_FALSE(read_disks(tree_.root()));
+  fs::create_directories(fs::path(tree_.root()) / "class/nvme");
   fs::create_directories(fs::path(tree_.root()) / "block");
-  EXPECT_THAT(drives(), IsEmpty());
+  EXPECT_THAT(read_nvme_drives(tree_.root(), {}).value(), IsEmpty());
+  EXPECT_THAT(read_disks(tree_.root()).value(), IsEmpty());
 }
 
 TEST_F(SysfsDrives, OfNvmeTellWhoTheyAre) {
@@ -170,17 +179,57 @@ TEST_F(DriveCollection, NewFirmwareAndNewDrivesAreUpdates) {
 
 TEST_F(DriveCollection, NvmeDrivesThatAreGoneAreNotPresentAndDisksThatAreGoneAreRemoved) {
   tree_.nvme("0000:67:00.0", "nvme0", "S1");
-  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.nvme("0000:69:00.0", "nvme1", "S2");
+  tree_.disk("0000:00:17.0", "ata4/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.disk("0000:00:17.0", "ata5/host3/target3:0:0", "3:0:0:0", "sdb", "ATA", true);
   collect();
   tree_.remove("class/nvme/nvme0");
   tree_.remove("block/sda");
   const auto summary = collect();
   EXPECT_EQ(summary.updated, 1u);
   EXPECT_EQ(summary.removed, 1u);
-  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 1|0\n");
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 5|1\nBay 1|0\nBay 3|1\n");
   EXPECT_EQ(collect().changed(), 0u);
   tree_.nvme("0000:68:00.0", "nvme0", "S1");
   EXPECT_EQ(collect().inserted, 1u);
+}
+
+TEST_F(DriveCollection, FoldersWithNothingInThemTellOfNoDrives) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  collect();
+  tree_.remove("class/nvme/nvme0");
+  tree_.remove("block/sda");
+  EXPECT_EQ(collect().changed(), 0u);
+  EXPECT_THAT(notices_,
+              IsSupersetOf({"no NVMe drives in " + tree_.root() + "/class/nvme: they are left as they are",
+                            "no disks in " + tree_.root() + "/block: they are left as they are"}));
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 3|1\nBay 1|1\n");
+
+  sources_.allow_empty = true;
+  const auto summary = collect();
+  EXPECT_EQ(summary.removed, 1u);
+  EXPECT_EQ(summary.updated, 1u);
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 1|0\n");
+}
+
+TEST_F(DriveCollection, DrivesWhoseFolderIsNotThereStay) {
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  collect();
+  fs::remove_all(fs::path(tree_.root()) / "block");
+  EXPECT_EQ(collect().changed(), 0u);
+  tree_.link("block", "devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0/block/sda", "sda");
+  fs::remove_all(fs::path(tree_.root()) / "class/nvme");
+  EXPECT_EQ(collect().changed(), 0u);
+}
+
+TEST_F(DriveCollection, TheLastDiskIsGoneWhereOtherBlockDevicesAreSeen) {
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.write("block/loop0/removable", "0\n");
+  collect();
+  tree_.remove("block/sda");
+  EXPECT_EQ(collect().removed, 1u);
 }
 
 TEST_F(DriveCollection, ADiskMakesRoomForANvmeDriveInItsBay) {
@@ -210,6 +259,25 @@ TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
   collect();
   EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "0|0|0|0\n");
 
+  NvmeRecord record{};
+  record.drive.LocationId = 2;
+  record.drive.BayNo = 1;
+  std::strcpy(record.drive.SerialNo, "S1");
+  record.drive.Warning = 4;
+  record.drive.Temperature = 41;
+  record.drive.RemainLife = 97;
+  record.drive.InfoMask = 15;
+  record.has_health = true;
+  TableSummary summary;
+  write_nvme_drives({record}, summary);
+  EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "4|41|97|15\n");
+  EXPECT_EQ(summary.updated, 1u);
+  record.drive.Temperature = 44;
+  write_nvme_drives({record}, summary);
+  EXPECT_EQ(summary.unchanged, 1u);
+}
+
+TEST(NvmeRecords, HoldTheHealthThatADriveTells) {
   Machine machine;
   machine.functions.emplace();
   MachineFunction function;
@@ -222,15 +290,17 @@ TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
   machine.slots.push_back(bay);
   Drive drive;
   drive.function = function.pci.address;
-  drive.serial = "S1";
   drive.health = DriveHealth{4, 41, 97, {}};
-  TableSummary summary;
-  write_nvme_drives(machine, {drive}, {}, summary);
-  EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "4|41|97|15\n");
-  EXPECT_EQ(summary.updated, 1u);
-  drive.health->temperature = 44;
-  write_nvme_drives(machine, {drive}, {}, summary);
-  EXPECT_EQ(summary.unchanged, 1u);
+  std::vector<std::string> notices;
+  const auto records = nvme_records(machine, {drive}, notices);
+  ASSERT_THAT(records, SizeIs(1));
+  EXPECT_TRUE(records[0].has_health);
+  EXPECT_EQ(records[0].drive.Warning, 4);
+  EXPECT_EQ(records[0].drive.Temperature, 41);
+  EXPECT_EQ(records[0].drive.RemainLife, 97);
+  EXPECT_EQ(records[0].drive.InfoMask, 15);
+  EXPECT_EQ(records[0].drive.BayNo, 1);
+  EXPECT_THAT(notices, IsEmpty());
 }
 
 }  // namespace

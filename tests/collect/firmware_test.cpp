@@ -185,6 +185,14 @@ TEST_F(FirmwareCollection, KeepsWhatDriversToldWhereNoneCanBeAsked) {
   EXPECT_EQ(rows("Firmwares", {"SoftwareID"}), "OS:NIC\nOS:NVME\n");
 }
 
+TEST_F(FirmwareCollection, WhereNothingTellsOfAnyKeepsThatOfFunctionsThatAreThere) {
+  collect("Firmwares");
+  given("Firmwares", {{"HardwareId", 0x990000}, {"HardwareTypeId", 3}, {"SoftwareID", "OS:NVME"}});
+  fs::remove_all(fs::path(tree_.root()) / "class/nvme");
+  EXPECT_EQ(collect("Firmwares").removed, 1u);
+  EXPECT_EQ(stored(), kDriveRow);
+}
+
 TEST_F(FirmwareCollection, LongVersionsAreCutToTheirColumn) {
   tree_.add_device("0000:65:00.0", "nvme", "nvme0", "firmware_rev", std::string(40, '7') + "\n");
   collect("Firmwares");
@@ -205,8 +213,8 @@ TEST_F(FirmwareCollection, TheSystemsFirmwareIsAnEmbeddedDevice) {
 std::vector<std::string> embedded_rows(const SmbiosFirmware& firmware) {
   std::vector<std::string> texts;
   for (const Row& row : embedded_firmware_rows({firmware}).rows)
-    texts.push_back(*row.values[0].as_text() + " " + row.values[2].as_text().value_or("-") + " " +
-                    row.values[3].as_text().value_or("-"));
+    texts.push_back(*row.values[0].as_text() + " " + *row.values[2].as_text() + " " +
+                    (row.values[3].is_null() ? "-" : std::to_string(*row.values[3].as_number())));
   return texts;
 }
 

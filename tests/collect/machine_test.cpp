@@ -49,9 +49,9 @@ const MachineFunction& at(const Machine& machine, PciAddress address) {
 TEST(Machine, MakesKeysOfAddresses) {
   const auto machine = machine_of({endpoint({1, 0x3b, 0x1f, 7}), bridge({1, 0, 2, 0}, 0x3b)});
   const auto& function = at(machine, {1, 0x3b, 0x1f, 7});
-  EXPECT_EQ(function.key, 0x013B1F07U);
+  EXPECT_EQ(function.key, FunctionKey(0x013B1F07U));
   EXPECT_EQ(function.device_key, 0x013B1F00U) << "the device's function 0, there or not";
-  EXPECT_EQ(function.bridge_key, 0x01000200U);
+  EXPECT_EQ(function.bridge_key, FunctionKey(0x01000200U));
   EXPECT_FALSE(at(machine, {1, 0, 2, 0}).bridge_key);
 }
 
@@ -93,8 +93,8 @@ TEST(Machine, KnowsNoPlacesWithoutASourceOfSlots) {
 TEST(Machine, NumbersLargeDomainsAnewAndSaysSo) {
   const auto machine =
       machine_of({endpoint({0, 1, 0, 0}), endpoint({0x10000, 1, 0, 0}), endpoint({0x10001, 1, 0, 0})});
-  EXPECT_EQ(at(machine, {0x10000, 1, 0, 0}).key, 0x01010000U);
-  EXPECT_EQ(at(machine, {0x10001, 1, 0, 0}).key, 0x02010000U);
+  EXPECT_EQ(at(machine, {0x10000, 1, 0, 0}).key, FunctionKey(0x01010000U));
+  EXPECT_EQ(at(machine, {0x10001, 1, 0, 0}).key, FunctionKey(0x02010000U));
   EXPECT_THAT(machine.notices, ElementsAre("PCI domain 0x10000 is segment 1 in the inventory",
                                            "PCI domain 0x10001 is segment 2 in the inventory"));
 }
@@ -105,7 +105,7 @@ TEST(Machine, LeavesDomainsOutThatFitNowhere) {
   const auto machine = machine_of(functions);
   EXPECT_EQ(machine.functions->size(), 128U);
   EXPECT_THAT(machine.notices, ElementsAre(HasSubstr("PCI domain 0x80 is left out")));
-  for (const auto& function : *machine.functions) EXPECT_LT(function.key, 1U << 31);
+  for (const auto& function : *machine.functions) EXPECT_LT(function.key.value, 1U << 31);
 }
 
 TEST(Machine, LeavesFunctionsOutThatDoNotAnswer) {
@@ -163,7 +163,7 @@ TEST_F(ExampleServer, HasItsDrivesInBays) {
 TEST_F(ExampleServer, HasItsBootControllerOnTheBoard) {
   const auto& controller = at(machine_, {0, 3, 0, 0});
   EXPECT_EQ(machine_.location_of(controller), Location::kBoard);
-  EXPECT_EQ(controller.device_key, controller.key);
+  EXPECT_EQ(controller.device_key, controller.key.value);
   EXPECT_EQ(controller.designation, "Boot controller");
 }
 

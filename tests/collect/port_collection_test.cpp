@@ -10,7 +10,7 @@
 
 #include "collect/collector.h"
 #include "collect/machines.h"
-#include "collect/rows/network_rows.h"
+#include "collect/rows/port_state_rows.h"
 #include "support/inventory.h"
 #include "zymdb_network.h"
 
@@ -26,7 +26,7 @@ constexpr unsigned kFibreChannel = 0xCB0000;
 class PortCollection : public InventoryTest {
  protected:
   PortCollection() {
-    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/ports.py '" + root() + "'");
+    output_of("python3 " ZYMDB_EXAMPLE_SERVER "/system_tree.py '" + root() + "'");
     sources_.lspci = ZYMDB_EXAMPLE_SERVER "/server.lspci";
     sources_.smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios";
     sources_.sysfs = root();
@@ -183,6 +183,27 @@ TEST_F(PortCollection, PortsThatAreGoneGo) {
   EXPECT_EQ(rows("PCINetwork", {"NumberofPhysicalPorts"}, "PCIFuncKey=262144"), "NULL\n");
   _ZYMDB_PCI_PhysicalPort_List list{};
   EXPECT_EQ(zymdb_get_network_physical_port_list(kOnBoard, &list), ZYM_DB_STATUS_NOT_FOUND);
+}
+
+TEST_F(PortCollection, ATreeThatShowsNoPortOfAnyNetworkFunctionTellsOfNone) {
+  collect();
+  const auto remove_ports = [this](const char* kind) {
+    for (const auto& entry : std::filesystem::directory_iterator(files_.path() / "class" / kind))
+      std::filesystem::remove(entry.path());
+  };
+  for (const char* kind : {"net", "infiniband", "fc_host"}) remove_ports(kind);
+  files_.write("class/net/lo/type", "772\n");
+  std::vector<std::string> notices;
+  const auto summary = collect_inventory(
+      sources_, {.notice = [&](std::string_view line) { notices.emplace_back(line); }, .progress = {}});
+  EXPECT_TRUE(summary.ok()) << summary.error;
+  for (const auto& table : summary.tables) EXPECT_EQ(table.changed(), 0U) << table.table;
+  EXPECT_THAT(notices, testing::Contains("no ports of network functions in " + root() +
+                                         "/class: they are left as they are"));
+  EXPECT_EQ(physical_port(kFastCard).LinkStatus, 1U);
+
+  sources_.allow_empty = true;
+  EXPECT_EQ(collect().at("PCIPhysicalPort").removed, 12U);
 }
 
 TEST_F(PortCollection, RowsThatLostTheirOrderAreWrittenAnew) {

@@ -17,9 +17,9 @@ class WriterTest : public InventoryTest {
     TableContent content;
     content.table = "VPDs";
     content.columns = {{"HardwareId", Role::kKey},
-                       {"SerialNo", Role::kValue},
-                       {"UUID", Role::kInitial},
-                       {"Model", Role::kPlace}};
+                       {"SerialNo", Role::kValue, Kind::kText},
+                       {"UUID", Role::kInitial, Kind::kText},
+                       {"Model", Role::kPlace, Kind::kText}};
     for (const auto& [id, serial] : rows) {
       content.rows.push_back({{Value::number(id), serial ? Value::text(serial) : Value(),
                                Value::text("first"), Value::text("place")},
@@ -75,9 +75,61 @@ TEST_F(WriterTest, PairsRowsOfOneKeyInTheirOrder) {
 TEST_F(WriterTest, KeepsRowsOfKeptKeys) {
   write(vpds({{1, "a"}, {2, "b"}}));
   auto content = vpds({});
-  content.kept_keys = {"2"};
+  content.kept = {"HardwareId", {Value::number(2)}};
   EXPECT_EQ(write(content).removed, 1U);
   EXPECT_EQ(rows("VPDs", {"HardwareId"}), "2\n");
+}
+
+TEST_F(WriterTest, LeavesRowsOfOtherWritersAsTheyAre) {
+  given("VPDs", {{"HardwareId", 1}, {"HardwareTypeId", 5}, {"SerialNo", "theirs"}});
+  given("VPDs", {{"HardwareId", 2}, {"HardwareTypeId", 5}});
+  auto content = vpds({{1, "a"}, {3, "c"}});
+  content.columns.push_back({"HardwareTypeId", Role::kOthers});
+  for (auto& row : content.rows) row.values.emplace_back();
+  content.ownership = {"HardwareTypeId", [](const Value& type) { return type == Value::number(5); }};
+  const auto summary = write(content);
+  EXPECT_EQ(summary.unchanged, 1U);
+  EXPECT_EQ(summary.removed, 0U);
+  EXPECT_EQ(rows("VPDs", {"HardwareId", "HardwareTypeId", "SerialNo"}), "1|5|theirs\n2|5|NULL\n3|NULL|c\n");
+}
+
+TEST_F(WriterTest, ComparesNumbersAsNumbersAndTextsAsTexts) {
+  given("VPDs", {{"HardwareId", 1}, {"SerialNo", "007"}, {"Model", "place"}});
+  auto content = vpds({{1, "7"}});
+  EXPECT_EQ(write(content).updated, 1U);
+  EXPECT_EQ(rows("VPDs", {"SerialNo"}), "7\n");
+  content.rows[0].values[1] = Value::text("007");
+  EXPECT_EQ(write(content).updated, 1U);
+  EXPECT_EQ(rows("VPDs", {"SerialNo"}), "007\n");
+  EXPECT_EQ(write(content).unchanged, 1U);
+}
+
+TEST_F(WriterTest, WritesNumbersOf64Bits) {
+  TableContent content{.table = "Processor",
+                       .columns = {{"Socket", Role::kKey, Kind::kText}, {"ProcId", Role::kValue}},
+                       .rows = {},
+                       .ownership = {},
+                       .kept = {},
+                       .write_further = {}};
+  for (const uint64_t id : {uint64_t{0}, uint64_t{UINT32_MAX}, uint64_t{UINT32_MAX} + 1, UINT64_MAX >> 1,
+                            uint64_t{0xBFEBFBFF000606A6}, UINT64_MAX}) {
+    content.rows = {{{Value::text("CPU1"), Value::number(id)}, true}};
+    EXPECT_EQ(write(content).unchanged, 0U) << id;
+    EXPECT_EQ(rows("Processor", {"ProcId"}), std::to_string(static_cast<int64_t>(id)) + "\n");
+    EXPECT_EQ(write(content).unchanged, 1U) << id;
+  }
+}
+
+TEST_F(WriterTest, PutsANumberWhereATextStands) {
+  given("Processor", {{"Socket", "CPU1"}, {"CoreCount", "many"}});
+  const TableContent content{.table = "Processor",
+                             .columns = {{"Socket", Role::kKey, Kind::kText}, {"CoreCount", Role::kValue}},
+                             .rows = {{{Value::text("CPU1"), Value::number(8)}, true}},
+                             .ownership = {},
+                             .kept = {},
+                             .write_further = {}};
+  EXPECT_EQ(write(content).updated, 1U);
+  EXPECT_EQ(rows("Processor", {"CoreCount"}), "8\n");
 }
 
 TEST_F(WriterTest, AFailingWriteRollsEverythingBack) {

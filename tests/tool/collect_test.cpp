@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 
 #include "tool/listing_case.h"
@@ -81,6 +82,22 @@ TEST(Collect, HardwareThatIsGoneIsRemoved) {
       summary_of(workplace.tool({"collect", "--lspci", smaller, "--smbios", example_smbios()}));
   EXPECT_EQ(line_of(summary, "PCIs").removed, 1);
   EXPECT_EQ(records(workplace, kListings[2]).size(), before - 1);
+}
+
+TEST(Collect, AnEmptySourceEmptiesTheInventoryOnlyWhereItMay) {
+  const Workplace workplace;
+  workplace.collect_example();
+  const auto before = records(workplace, kListings[2]).size();
+  const auto empty = workplace.path("sys");
+  std::filesystem::create_directories(empty / "bus/pci/devices");
+  Words command{"collect", "--smbios", example_smbios(), "--sysfs", empty.string()};
+  const auto outcome = workplace.tool(command);
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  EXPECT_THAT(outcome.err, HasSubstr("zymdb: no PCI functions in " + empty.string() + "/bus/pci/devices"));
+  EXPECT_EQ(records(workplace, kListings[2]).size(), before);
+  command.emplace_back("--allow-empty");
+  EXPECT_EQ(workplace.tool(command).status, 0);
+  EXPECT_THAT(records(workplace, kListings[2]), IsEmpty());
 }
 
 TEST(Collect, QuietPrintsNothing) {

@@ -42,7 +42,7 @@ TEST(Completion, OffersTheCommands) {
 TEST(Completion, OffersTheOptionsOfACommandAndTheGlobalOnes) {
   EXPECT_THAT(complete({"collect", "--"}),
               UnorderedElementsAre("--help", "--version", "--inventory", "--lspci", "--smbios", "--sysfs",
-                                   "--pci-ids", "--quiet"));
+                                   "--pci-ids", "--allow-empty", "--quiet"));
   EXPECT_THAT(
       complete({"show", "processors", "--"}),
       AllOf(Contains("--json"), Contains("--columns"), Contains("--inventory"), Not(Contains("--lspci"))));

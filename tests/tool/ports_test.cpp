@@ -21,7 +21,8 @@ class Ports : public testing::Test {
  protected:
   Ports() {
     const auto sysfs = workplace_.path("sys").string();
-    EXPECT_EQ(run_program({"python3", ZYMDB_SOURCE_DIR "/data/example-server/ports.py", sysfs}).status, 0);
+    EXPECT_EQ(run_program({"python3", ZYMDB_SOURCE_DIR "/data/example-server/system_tree.py", sysfs}).status,
+              0);
     const auto outcome = workplace_.tool(
         {"collect", "--quiet", "--lspci", example_lspci(), "--smbios", example_smbios(), "--sysfs", sysfs});
     EXPECT_EQ(outcome.status, 0) << outcome;

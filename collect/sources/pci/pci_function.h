@@ -24,6 +24,8 @@ inline constexpr uint8_t kClassSerialBus = 0x0c;
 inline constexpr uint8_t kClassEncryption = 0x10;
 inline constexpr uint8_t kClassAccelerator = 0x12;
 
+inline constexpr uint8_t kSubclassNvme = 0x08;
+
 // A PCI Express link. Unknown where neither the configuration space nor the system tells.
 struct PciLink {
   std::optional<uint8_t> width;       // lanes in use
@@ -54,6 +56,7 @@ struct PciFunction {
   uint8_t base_class() const { return static_cast<uint8_t>(class_code >> 16); }
   uint8_t subclass() const { return static_cast<uint8_t>(class_code >> 8); }
   bool answers() const { return vendor != 0xFFFF; }
+  bool is_nvme() const { return class_code >> 8 == (kClassStorage << 8 | kSubclassNvme); }
   bool has_video_memory() const { return base_class() == kClassDisplay || base_class() == kClassAccelerator; }
   bool is_bridge() const { return base_class() == kClassBridge || secondary_bus.has_value(); }
 };

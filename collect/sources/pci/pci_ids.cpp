@@ -156,17 +156,19 @@ std::string vendor_name(const PciIds& ids, uint16_t vendor) {
   return std::string(has_short ? name.substr(open + 2, name.size() - open - 3) : short_vendor(name));
 }
 
-std::string card_name(const PciIds& ids, uint16_t vendor, uint16_t device, uint16_t subvendor,
-                      uint16_t subdevice) {
-  if (const auto name = ids.subsystem(vendor, device, subvendor, subdevice); !name.empty()) {
-    return std::string(cut(name, kLongestCardName));
-  }
+std::string device_name(const PciIds& ids, uint16_t vendor, uint16_t device) {
   const std::string_view maker = short_vendor(ids.vendor(vendor));
   const std::string_view product = ids.device(vendor, device);
   if (maker.empty() || product.empty()) return numeric_name(vendor, device);
   const bool names_maker = product.starts_with(maker);
   return std::string(cut(names_maker ? std::string(product) : std::string(maker).append(" ").append(product),
                          kLongestCardName));
+}
+
+std::string card_name(const PciIds& ids, uint16_t vendor, uint16_t device, uint16_t subvendor,
+                      uint16_t subdevice) {
+  const auto name = ids.subsystem(vendor, device, subvendor, subdevice);
+  return name.empty() ? device_name(ids, vendor, device) : std::string(cut(name, kLongestCardName));
 }
 
 }  // namespace zymdb::collect

@@ -49,8 +49,11 @@ std::string_view short_vendor(std::string_view name);
 // form. Empty when it is not known.
 std::string vendor_name(const PciIds& ids, uint16_t vendor);
 
-// What people call a card: the subsystem's name where the list has it, else vendor and device, with the
-// vendor's legal form left out; "PCI device 15b3:a2d6" without a name. At most 128 bytes.
+// What people call a device: vendor and device, with the vendor's legal form left out; "PCI device 15b3:a2d6"
+// without a name. At most 128 bytes.
+std::string device_name(const PciIds& ids, uint16_t vendor, uint16_t device);
+
+// What people call a card or drive: the subsystem's name where the list has it, else the device's.
 std::string card_name(const PciIds& ids, uint16_t vendor, uint16_t device, uint16_t subvendor,
                       uint16_t subdevice);
 

@@ -108,18 +108,31 @@ std::optional<Drive> read_disk(const fs::path& disk) {
   return drive;
 }
 
+template <class Read>
+std::optional<std::vector<Drive>> read_each(const fs::path& folder, Read read) {
+  const auto entries = folder_entries(folder);
+  if (!entries) return std::nullopt;
+  std::vector<Drive> drives;
+  for (const auto& entry : *entries) {
+    if (auto drive = read(entry)) drives.push_back(std::move(*drive));
+  }
+  return drives;
+}
+
 }  // namespace
 
-std::optional<std::vector<Drive>> read_sysfs_drives(const std::string& root, const HealthReader& health) {
-  const auto nvme = folder_entries(fs::path(root) / "class/nvme");
-  const auto disks = folder_entries(fs::path(root) / "block");
-  if (!nvme && !disks) return std::nullopt;
-  std::vector<Drive> drives;
-  for (const auto& folder : nvme.value_or(std::vector<fs::path>{}))
-    if (auto drive = read_nvme_drive(folder, health)) drives.push_back(std::move(*drive));
-  for (const auto& disk : disks.value_or(std::vector<fs::path>{}))
-    if (auto drive = read_disk(disk)) drives.push_back(std::move(*drive));
-  return drives;
+std::optional<std::vector<Drive>> read_nvme_drives(const std::string& root, const HealthReader& health) {
+  return read_each(fs::path(root) / "class/nvme",
+                   [&health](const fs::path& folder) { return read_nvme_drive(folder, health); });
+}
+
+std::optional<std::vector<Drive>> read_disks(const std::string& root) {
+  return read_each(fs::path(root) / "block", read_disk);
+}
+
+bool has_block_devices(const std::string& root) {
+  const auto entries = folder_entries(fs::path(root) / "block");
+  return entries && !entries->empty();
 }
 
 }  // namespace zymdb::collect

@@ -10,14 +10,19 @@
 
 namespace zymdb::collect {
 
-// NVMe drives below `root`/class/nvme, SATA and SAS disks below `root`/block, each by name. Nothing when
-// `root` has neither folder.
-//
 // A drive hangs on the PCI function that its folder lies in; what lies in none (drives across a network) or
-// behind USB is not the server's, nor are removable disks. The port of a SATA disk is the number of its link,
-// that of a SAS disk its target's. `health` is asked about NVMe drives; it is empty for a tree that is not
-// the running machine's.
-std::optional<std::vector<Drive>> read_sysfs_drives(const std::string& root, const HealthReader& health);
+// behind USB is not the server's, nor are removable disks.
+
+// The NVMe drives below `root`/class/nvme, by name; nothing when there is no such folder. `health` is asked
+// about each; it is empty for a tree that is not the running machine's.
+std::optional<std::vector<Drive>> read_nvme_drives(const std::string& root, const HealthReader& health);
+
+// The SATA and SAS disks below `root`/block, by name; nothing when there is no such folder. The port of a
+// SATA disk is the number of its link, that of a SAS disk its target's.
+std::optional<std::vector<Drive>> read_disks(const std::string& root);
+
+// Whether `root`/block has any entry, of whatever kind.
+bool has_block_devices(const std::string& root);
 
 }  // namespace zymdb::collect
 

@@ -17,10 +17,10 @@ namespace {
 
 constexpr char kFooter[] =
     "Without --lspci, --smbios and --sysfs it is this machine that is looked at; as soon as one of them is\n"
-    "given, only what is given is. What no source describes stays in the inventory as it is. All changes "
-    "are\n"
-    "made at once: others see the inventory as it was or as it is afterwards, and after a failure as it "
-    "was.\n"
+    "given, only what is given is. What no source tells of stays in the inventory as it is, also where a "
+    "source\n"
+    "is there but empty. All changes are made at once: others see the inventory as it was or as it is\n"
+    "afterwards, and after a failure as it was.\n"
     "\n"
     "Examples:\n"
     "  zymdb collect                                        this machine (as root: SMBIOS, VPD)\n"
@@ -103,6 +103,8 @@ void add_collect(CommandTree& tree) {
   command.add_option("--sysfs", sources->sysfs, "A recorded machine: the root of a copy of /sys")
       ->type_name(kFolderType);
   add_pci_ids_option(command, sources->pci_ids);
+  command.add_flag("--allow-empty", sources->allow_empty,
+                   "Believe a source with nothing in it, and remove what it should tell of");
   command.add_flag("--quiet", *quiet, "Print neither notices nor a summary");
   command.callback([sources, quiet] { run(*sources, *quiet); });
 }

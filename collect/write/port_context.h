@@ -1,8 +1,8 @@
 // What the inventory knows of network ports before a collection.
-#ifndef ZYMDB_COLLECT_ROWS_PORT_CONTEXT_H
-#define ZYMDB_COLLECT_ROWS_PORT_CONTEXT_H
+#ifndef ZYMDB_COLLECT_WRITE_PORT_CONTEXT_H
+#define ZYMDB_COLLECT_WRITE_PORT_CONTEXT_H
 
-#include "collect/rows/network_rows.h"
+#include "collect/rows/port_view.h"
 #include "zymdb_db.h"
 
 namespace zymdb::collect {

@@ -1,0 +1,110 @@
+#include "collect/survey.h"
+
+#include <map>
+#include <utility>
+
+#include "collect/sources/pci/lspci_dump.h"
+#include "collect/sources/smbios/smbios.h"
+#include "collect/sources/sysfs/sysfs_pci.h"
+#include "common/source_file.h"
+
+namespace zymdb::collect {
+namespace {
+
+constexpr char kRunningMachine[] = "/sys";
+constexpr char kSmbiosFolder[] = "/firmware/dmi/tables";
+
+bool names_nothing(const Sources& sources) {
+  return sources.lspci.empty() && sources.smbios.empty() && sources.sysfs.empty();
+}
+
+void add_what_a_dump_lacks(const PciFunction& from, PciFunction& function) {
+  if (from.vendor != function.vendor || from.device != function.device) return;
+  function.link = from.link;
+  function.parent = from.parent;
+  function.numa_node = from.numa_node;
+  function.video_memory = from.video_memory;
+  function.vpd = from.vpd;
+}
+
+}  // namespace
+
+Survey::Survey(const Sources& sources, const Observer& observer) : sources_(sources), observer_(observer) {
+  if (names_nothing(sources)) sources_.sysfs = kRunningMachine;
+  Findings findings{.functions = find_functions(), .sysfs_slots = {}, .smbios = find_smbios()};
+  if (!sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
+  machine_ = build_machine(std::move(findings));
+  for (const auto& notice : machine_.notices) note(notice);
+  if (!is_told(machine_.functions, "PCI functions in " + function_source())) machine_.functions.reset();
+  if (machine_.functions) names_ = find_names();
+}
+
+bool Survey::is_running() const {
+  return sources_.sysfs == kRunningMachine;
+}
+
+void Survey::note(const std::string& line) const {
+  if (observer_.notice) observer_.notice(line);
+}
+
+void Survey::note_left(std::string_view what) const {
+  note("no " + std::string(what) + ": they are left as they are");
+}
+
+std::string Survey::function_source() const {
+  return sources_.lspci.empty() ? sources_.sysfs + "/bus/pci/devices" : sources_.lspci;
+}
+
+std::optional<std::vector<PciFunction>> Survey::find_functions() const {
+  if (!sources_.lspci.empty()) return find_recorded_functions();
+  if (sources_.sysfs.empty()) {
+    note("no source describes PCI functions: they are left as they are");
+    return std::nullopt;
+  }
+  auto functions = read_sysfs_functions(sources_.sysfs);
+  if (!functions) note_left("PCI functions in " + function_source());
+  return functions;
+}
+
+std::vector<PciFunction> Survey::find_recorded_functions() const {
+  auto functions = parse_lspci_dump(read_source(sources_.lspci), sources_.lspci);
+  if (sources_.sysfs.empty()) return functions;
+  std::map<PciAddress, PciFunction> known;
+  for (auto& function : read_sysfs_functions(sources_.sysfs).value_or(std::vector<PciFunction>{})) {
+    known.emplace(function.address, std::move(function));
+  }
+  for (auto& function : functions) {
+    const auto same = known.find(function.address);
+    if (same != known.end()) add_what_a_dump_lacks(same->second, function);
+  }
+  return functions;
+}
+
+std::optional<SmbiosTables> Survey::find_smbios() const {
+  if (!sources_.smbios.empty())
+    return SmbiosTables::parse_dump(read_source(sources_.smbios), sources_.smbios);
+  if (sources_.sysfs.empty()) {
+    note("no source has SMBIOS tables: processors, memory and places of devices are left as they are");
+    return std::nullopt;
+  }
+  const std::string folder = sources_.sysfs + kSmbiosFolder;
+  const auto entry_point = read_attribute(folder + "/smbios_entry_point");
+  const auto table = read_attribute(folder + "/DMI");
+  if (!entry_point || !table) {
+    note("no SMBIOS tables can be read in " + folder +
+         ": processors, memory and places of devices are left as they are");
+    return std::nullopt;
+  }
+  return SmbiosTables::parse(as_bytes(*entry_point), *table, folder + "/DMI");
+}
+
+PciIds Survey::find_names() const {
+  try {
+    return PciIds::load(sources_.pci_ids);
+  } catch (const SourceError& error) {
+    note(std::string("no names of PCI devices: ") + error.what());
+    return {};
+  }
+}
+
+}  // namespace zymdb::collect

@@ -1,0 +1,62 @@
+// What every class of hardware is collected from.
+#ifndef ZYMDB_COLLECT_SURVEY_H
+#define ZYMDB_COLLECT_SURVEY_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "collect/collector.h"
+#include "collect/model/machine.h"
+#include "collect/sources/pci/pci_ids.h"
+
+namespace zymdb::collect {
+
+// The machine as PCI functions and SMBIOS tell it, and where more is told of it.
+class Survey {
+ public:
+  // Reads the sources; what is missing is told to `observer`. Throws SourceError.
+  Survey(const Sources& sources, const Observer& observer);
+
+  const Machine& machine() const { return machine_; }
+  const PciIds& names() const { return names_; }
+
+  // The root of the sysfs tree; empty when there is none.
+  const std::string& sysfs() const { return sources_.sysfs; }
+
+  // Whether the tree is the running machine's, whose drivers can be asked as well.
+  bool is_running() const;
+
+  // Whether empty sources are to be believed.
+  bool allows_empty() const { return sources_.allow_empty; }
+
+  void note(const std::string& line) const;
+
+  // Whether a source told of something. One with nothing in it counts as no source, unless that is allowed:
+  // it is told to the observer as "no `what`: they are left as they are".
+  template <class Record>
+  bool is_told(const std::optional<std::vector<Record>>& found, std::string_view what) const {
+    if (!found) return false;
+    if (found->empty() && !allows_empty()) note_left(what);
+    return !found->empty() || allows_empty();
+  }
+
+  void note_left(std::string_view what) const;
+
+ private:
+  std::optional<std::vector<PciFunction>> find_functions() const;
+  std::vector<PciFunction> find_recorded_functions() const;
+  std::optional<SmbiosTables> find_smbios() const;
+  PciIds find_names() const;
+  std::string function_source() const;
+
+  Sources sources_;
+  const Observer& observer_;
+  Machine machine_;
+  PciIds names_;
+};
+
+}  // namespace zymdb::collect
+
+#endif
