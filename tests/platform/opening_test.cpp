@@ -446,12 +446,15 @@ TEST_F(Version1Test, KeepsItsAdaptersWithAHealthStatusForEach) {
 
 TEST_F(Version1Test, KeepsEveryColumnOfAnAdapter) {
   run_sql(
-      "INSERT INTO PCIAdapter (_id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, "
-      "SlotNo, CardName, ConnectorType, AIMSupported, HealthStatus) VALUES (1,2,3,4,5,6,7,8,9,10,'a','b',11,12)");
+      "INSERT INTO PCIAdapter (_id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, "
+      "Location, "
+      "SlotNo, CardName, ConnectorType, AIMSupported, HealthStatus) VALUES "
+      "(1,2,3,4,5,6,7,8,9,10,'a','b',11,12)");
   { ASSERT_NE(open().session, nullptr); }
-  EXPECT_EQ(rows("SELECT _id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, SlotNo, "
-                 "CardName, ConnectorType, AIMSupported, HealthStatus FROM PCIAdapter"),
-            "1|2|3|4|5|6|7|8|9|10|a|b|11|12\n");
+  EXPECT_EQ(
+      rows("SELECT _id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, SlotNo, "
+           "CardName, ConnectorType, AIMSupported, HealthStatus FROM PCIAdapter"),
+      "1|2|3|4|5|6|7|8|9|10|a|b|11|12\n");
 }
 
 TEST_F(Version1Test, IsUpgradedOnceByProcessesThatOpenItTogether) {
@@ -474,7 +477,8 @@ TEST_F(Version1Test, ThatMayNotBeWrittenIsRefusedAndLeftAsItWas) {
   ASSERT_EQ(chmod(folder_.file("inventory.db").c_str(), 0444), 0);
   EXPECT_EQ(as_somebody_else([&] {
               const Opened opened = open();
-              return opened.status == kStatusReadOnly && opened.error.ends_with("it cannot be written") ? 0 : 1;
+              return opened.status == kStatusReadOnly && opened.error.ends_with("it cannot be written") ? 0
+                                                                                                        : 1;
             }),
             0);
   ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);

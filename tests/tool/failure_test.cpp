@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/parsing_marker.h"
 #include "tool/rows.h"
 #include "tool/run_tool.h"
 
@@ -10,6 +11,7 @@ namespace zymdb::test {
 namespace {
 
 using std::filesystem::perms;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -74,7 +76,7 @@ TEST(Inventory, ADamagedPageIsToldUnlessTheListingDoesNotNeedIt) {
   workplace.collect_example();
   const auto sound = read_file(workplace.inventory());
   const auto damaged = workplace.path("damaged.db");
-  for (const char* listing : {"processors", "functions"}) {
+  for (const char* listing : {"processors", "memory", "adapters", "functions", "gpus"}) {
     SCOPED_TRACE(listing);
     const auto whole = workplace.tool({"show", listing, "--json"}).out;
     int told = 0;
@@ -117,13 +119,57 @@ TEST(Inventory, AnInventoryThatMayNotBeReadIsToldInOneLine) {
   expect_every_command_fails(workplace, workplace.inventory(), nobody);
 }
 
-TEST(Inventory, TheLogAddsNoSecondLine) {
+TEST(Inventory, TheLogIsPrintedForThoseWhoAskOnly) {
   const Workplace workplace;
   const auto path = workplace.path("missing") / "inventory.db";
-  for (const char* log : {"", "stderr", "syslog"}) {
-    expect_one_line(
-        workplace.tool({"show", "adapters", "--inventory", path}, {.environment = {{"ZYMDB_LOG", log}}}),
-        path);
+  const Words command{"show", "adapters", "--inventory", path};
+  for (const char* log : {"", "syslog", "none"})
+    expect_one_line(workplace.tool(command, {.environment = {{"ZYMDB_LOG", log}}}), path);
+  const auto told = workplace.tool(command);
+  const auto logged = workplace.tool(command, {.environment = {{"ZYMDB_LOG", "stderr"}}});
+  EXPECT_EQ(logged.status, 1);
+  EXPECT_THAT(logged.err, EndsWith(told.err));
+  EXPECT_THAT(lines_of(logged.err), SizeIs(2)) << logged;
+}
+
+// Those who only read, or change what must be there already.
+const Words kReaders[] = {{"show", "backplanes"},
+                          {"link", "3b:00.0"},
+                          {"link", "3b:00.0", "--set", "tx=1"},
+                          {"watch", "ports"},
+                          {"merge"},
+                          {"settings", "list", "3b:00.0"},
+                          {"settings", "set", "Boot.1=Pxe"},
+                          {"settings", "pending"},
+                          {"dpu", "log", "3"},
+                          {"dpu", "clear", "3"},
+                          {"dpu", "uefi", "3"},
+                          {"dpu", "uefi", "3", "4.2"}};
+
+TEST(Inventory, IsNotMadeByItsReaders) {
+  const Workplace workplace;
+  const ParsingMarker nobody_stores_settings;
+  for (const auto& command : kReaders) {
+    SCOPED_TRACE(testing::PrintToString(command));
+    expect_one_line(workplace.tool(command), workplace.inventory().string());
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(workplace.path("")));
+}
+
+TEST(Inventory, IsMadeByThoseWhoFillIt) {
+  const ParsingMarker nobody_stores_settings;
+  const Words writers[] = {
+      {"init"},
+      {"collect", "--quiet", "--smbios", example_smbios()},
+      {"settings", "import", ZYMDB_SOURCE_DIR "/data/example-server/settings.json"},
+      {"properties", "import", ZYMDB_SOURCE_DIR "/tests/data/properties/two-backplanes.properties"},
+      {"dpu", "append", "3", "--message", "boot done"}};
+  for (const auto& command : writers) {
+    SCOPED_TRACE(testing::PrintToString(command));
+    const Workplace workplace;
+    const auto outcome = workplace.tool(command);
+    EXPECT_EQ(outcome.status, 0) << outcome;
+    EXPECT_TRUE(exists(workplace.inventory()));
   }
 }
 
@@ -182,7 +228,9 @@ TEST(Sources, ADamagedSecondFileKeepsTheFirstFromBeingStored) {
   const auto foreign = workplace.path("foreign").string();
   write_file(foreign, "no tables");
   expect_one_line(workplace.tool({"collect", "--lspci", example_lspci(), "--smbios", foreign}), foreign);
-  EXPECT_THAT(lines_of(workplace.tool({"show", "functions"}).out), SizeIs(1));
+  const auto functions = workplace.tool({"show", "functions"});
+  EXPECT_EQ(functions.status, 0) << functions;
+  EXPECT_THAT(lines_of(functions.out), SizeIs(1));
 }
 
 }  // namespace
