@@ -156,6 +156,29 @@ TEST(Inventory, IsNotMadeByItsReaders) {
   EXPECT_TRUE(std::filesystem::is_empty(workplace.path("")));
 }
 
+TEST(Inventory, HasNoMoreFilesAfterItsReaders) {
+  const Workplace workplace;
+  const ParsingMarker nobody_stores_settings;
+  workplace.collect_example();
+  const auto files = [&] {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(workplace.path("")))
+      names.push_back(entry.path().filename());
+    return names;
+  };
+  const auto before = files();
+  for (const Words& command : {Words{"show", "backplanes"},
+                               {"show", "drives", "--merged"},
+                               {"show", "adapters"},
+                               {"show", "settings"},
+                               {"settings", "pending"},
+                               {"dpu", "log", "3"},
+                               {"merge"}}) {
+    EXPECT_EQ(workplace.tool(command).status, 0) << testing::PrintToString(command);
+    EXPECT_THAT(files(), testing::UnorderedElementsAreArray(before)) << testing::PrintToString(command);
+  }
+}
+
 TEST(Inventory, IsMadeByThoseWhoFillIt) {
   const ParsingMarker nobody_stores_settings;
   const Words writers[] = {

@@ -141,6 +141,16 @@ TEST_F(Ports, ALinkOfSeveralNeedsItsPort) {
   EXPECT_EQ(link({"17:00.0", "--port", "1"}), "1 state 7         0   0");
 }
 
+// The library logs an error for each port that it passes on its way.
+TEST_F(Ports, ALinkIsPrintedWhateverIsLogged) {
+  add_second_port();
+  const auto logged =
+      workplace_.tool({"link", "17:00.0", "--port", "1"}, {.environment = {{"ZYMDB_LOG", "stderr"}}});
+  EXPECT_EQ(logged.status, 0) << logged;
+  EXPECT_THAT(logged.err, HasSubstr("Find a physical port"));
+  EXPECT_THAT(logged.out, HasSubstr("1 down"));
+}
+
 TEST_F(Ports, ALinkThatIsNotThereIsAFailure) {
   for (const Words& command : {Words{"link", "17:00.0", "--port", "5"}, Words{"link", "00:1f.0"},
                                Words{"link", "17:00.0", "--port", "5", "--set", "tx=1"}}) {
