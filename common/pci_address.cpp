@@ -11,6 +11,8 @@ namespace {
 
 constexpr uint32_t kSegments = 256;
 
+}  // namespace
+
 std::optional<uint32_t> parse_key(std::string_view text) {
   const bool is_hex = text.starts_with("0x") || text.starts_with("0X");
   if (is_hex) text.remove_prefix(2);
@@ -19,8 +21,6 @@ std::optional<uint32_t> parse_key(std::string_view text) {
   const auto [end, error] = std::from_chars(text.data(), last, key, is_hex ? 16 : 10);
   return error == std::errc() && end == last ? std::optional(key) : std::nullopt;
 }
-
-}  // namespace
 
 std::optional<PciAddress> parse_pci_address(std::string_view text) {
   const size_t colon = text.rfind(':');

@@ -27,6 +27,9 @@ struct PciAddress {
 std::optional<PciAddress> parse_pci_address(std::string_view text);
 std::string to_string(const PciAddress& address);
 
+// A key as people write it: in decimal or with "0x", and nothing else.
+std::optional<uint32_t> parse_key(std::string_view text);
+
 // Segment, bus, device and function, eight bits each.
 struct FunctionKey {
   uint32_t value = 0;

@@ -2,9 +2,11 @@
 
 #include <array>
 #include <ctime>
+#include <map>
 #include <utility>
 
 #include "records/pci.h"
+#include "records/rows.h"
 #include "records/text.h"
 
 namespace zymdb::records {
@@ -14,11 +16,19 @@ struct Component : _ZYMDB_PCI_Firmware {
   uint32_t PCIFuncKey = 0;
 };
 using Device = _ZYMDB_PLDM_Firmware;
-using Embedded = _ZYMDB_Embedded_Firmware;
+struct Embedded : _ZYMDB_Embedded_Firmware {
+  std::string version_text;  // as it was reported
+};
 using Event = _ZYMDB_DPU_Event;
 
 Value function_address(const Component& component) {
   return FunctionKey(component.PCIFuncKey).text();
+}
+
+// The record's number has no room for "3.0c". Who reports no words reports a number.
+Value version(const Embedded& device) {
+  if (!device.version_text.empty()) return device.version_text;
+  return device.Version == 0 ? Value() : std::to_string(device.Version);
 }
 
 Value device_place(const Device& device) {
@@ -104,7 +114,9 @@ constexpr Field<Embedded> kEmbeddedFields[] = {
     ZYMDB_RECORD_FIELD(Embedded, DeviceName, "DEVICE", "name").long_text().shown(),
     ZYMDB_RECORD_FIELD(Embedded, DeviceIndex, "INDEX", "tells devices of a software id apart").shown(),
     ZYMDB_RECORD_FIELD(Embedded, StructRev, "REVISION", "revision of its description"),
-    ZYMDB_RECORD_FIELD(Embedded, Version, "VERSION", "version").shown(),
+    derived<Embedded>("VersionString", "VERSION", "version as it was reported, or else its number", version)
+        .shown(),
+    ZYMDB_RECORD_FIELD(Embedded, Version, "VERSIONNO", "number of the version, or of its first part"),
     ZYMDB_RECORD_FIELD(Embedded, SoftwareID, "SOFTWARE", "software id").shown(),
     ZYMDB_RECORD_FIELD(Embedded, Class, "CLASS", "class code").hex(4),
     ZYMDB_RECORD_FIELD(Embedded, Category, "CATEGORY", "category code"),
@@ -157,6 +169,30 @@ std::vector<Event> list_events(int slot) {
   return events;
 }
 
+using DeviceName = std::pair<std::string, uint32_t>;  // software id and index
+
+std::map<DeviceName, std::string> reported_versions(const Reading& reading) {
+  std::map<DeviceName, std::string> versions;
+  Rows rows(reading, get_dmdb_handle(), "EmbeddedDeviceFirmware",
+            {"SoftwareID", "DeviceIndex", "VersionString"});
+  while (rows.step())
+    versions.emplace(DeviceName(rows.text("SoftwareID"), rows.number("DeviceIndex")),
+                     rows.text("VersionString"));
+  reading.require_whole();
+  return versions;
+}
+
+std::vector<Embedded> list_embedded() {
+  const auto found = list_whole("embedded devices", zymdb_get_embedded_firmware_list);
+  const auto versions = reported_versions(Reading("embedded devices"));
+  std::vector<Embedded> devices;
+  for (const auto& device : found) {
+    const auto version = versions.find({device.SoftwareID, device.DeviceIndex});
+    devices.push_back({device, version != versions.end() ? version->second : std::string()});
+  }
+  return devices;
+}
+
 }  // namespace
 
 RecordType firmware_components() {
@@ -171,7 +207,7 @@ RecordType pldm_devices(std::function<PldmReader()> which) {
 
 RecordType embedded_devices() {
   return describe<Embedded>("embedded", "Firmware of devices on the system board", kEmbeddedFields,
-                            [] { return list_whole("embedded devices", zymdb_get_embedded_firmware_list); });
+                            list_embedded);
 }
 
 RecordType dpu_events(std::function<int()> slot) {

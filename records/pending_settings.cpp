@@ -1,9 +1,8 @@
-#include <initializer_list>
 #include <map>
 #include <utility>
 
 #include "records/pci_settings.h"
-#include "records/reading.h"
+#include "records/rows.h"
 
 namespace zymdb::records {
 namespace {
@@ -35,35 +34,6 @@ constexpr Field<Pending> kFields[] = {
     ZYMDB_RECORD_FIELD(Pending, AcceptedValue, "ACCEPTED",
                        "value that the BIOS configuration manager holds for the firmware")
         .shown(),
-};
-
-// The rows of a query, read by name.
-class Rows {
- public:
-  Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
-       std::initializer_list<const char*> columns) {
-    zym_db_result_t* result = nullptr;
-    const int status = zym_db_query(handle, table, columns.begin(), static_cast<int>(columns.size()), nullptr,
-                                    nullptr, 0, 0, &result);
-    result_.reset(result);
-    reading.require(status);
-  }
-
-  bool step() { return result_ != nullptr && zym_db_result_step(result_.get()) == ZYM_DB_STATUS_ROW; }
-
-  std::string text(const char* column) {
-    char text[1025] = "";
-    extract_str_column_from_result(result_.get(), column, text, sizeof text);
-    return text;
-  }
-  uint32_t number(const char* column) {
-    uint32_t number = 0;
-    extract_uint_column_from_result(result_.get(), column, &number);
-    return number;
-  }
-
- private:
-  ResultPtr result_;
 };
 
 using PendingById = std::map<std::string, Pending>;

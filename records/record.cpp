@@ -29,10 +29,12 @@ Selection default_fields(const RecordType& type) {
 
 std::optional<size_t> find_field(const RecordType& type, std::string_view name) {
   const std::string wanted(name);
-  const auto named = select(type, [&](const FieldInfo& field) {
-    return strcasecmp(field.heading, wanted.c_str()) == 0 || strcasecmp(field.key, wanted.c_str()) == 0;
-  });
-  return named.empty() ? std::nullopt : std::optional(named.front());
+  for (const auto part : {&FieldInfo::heading, &FieldInfo::key}) {
+    const auto named =
+        select(type, [&](const FieldInfo& field) { return strcasecmp(field.*part, wanted.c_str()) == 0; });
+    if (!named.empty()) return named.front();
+  }
+  return std::nullopt;
 }
 
 std::string text_of(const FieldInfo& field, const Value& value) {

@@ -200,7 +200,8 @@ RecordType describe(std::string name, std::string description, const Field<Recor
 Selection all_fields(const RecordType& type);
 Selection default_fields(const RecordType& type);
 
-// The field of this heading or key, in any case.
+// The field of this heading, or else of this key, in any case: a code's key may be the heading of the text
+// that says the same.
 std::optional<size_t> find_field(const RecordType& type, std::string_view name);
 
 // For people: nothing for what is not known, "0x0010de" for a number with digits to be shown.

@@ -340,16 +340,17 @@ CREATE INDEX "PldmDeviceFirmwareBySlot" ON "PldmDeviceFirmware" ("Location", "Sl
 
 -- Firmware of devices embedded on the system board, by software id and device index.
 CREATE TABLE "EmbeddedDeviceFirmware" (
-  "_id"         INTEGER PRIMARY KEY,
-  "DeviceName"  TEXT,
-  "DeviceIndex" INTEGER,
-  "StructRev"   INTEGER,
-  "Version"     INTEGER,
-  "SoftwareID"  TEXT,
-  "Class"       INTEGER,
-  "Category"    INTEGER,
-  "SubCategory" INTEGER,
-  "Checksum"    INTEGER
+  "_id"           INTEGER PRIMARY KEY,
+  "DeviceName"    TEXT,
+  "DeviceIndex"   INTEGER,
+  "StructRev"     INTEGER,
+  "Version"       INTEGER,
+  "VersionString" TEXT,     -- in the words of whoever reports it: the number has no room for all of it
+  "SoftwareID"    TEXT,
+  "Class"         INTEGER,
+  "Category"      INTEGER,
+  "SubCategory"   INTEGER,
+  "Checksum"      INTEGER
 );
 CREATE INDEX "EmbeddedDeviceFirmwareBySoftwareID" ON "EmbeddedDeviceFirmware" ("SoftwareID");
 

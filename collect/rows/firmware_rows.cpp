@@ -79,6 +79,7 @@ struct EmbeddedDevice {
   std::string software_id;
   std::string name;
   std::optional<uint8_t> version;
+  std::optional<std::string> version_text;
 };
 
 constexpr char kSystem[] = "SYSTEM";
@@ -93,6 +94,8 @@ constexpr Column<EmbeddedDevice> kEmbeddedColumns[] = {
        return Value::text(std::string(cut(device.name, kLongestDeviceName)));
      }},
     {{"Version", Role::kValue}, [](const EmbeddedDevice& device) { return number_or_null(device.version); }},
+    {{"VersionString", Role::kValue, Kind::kText},
+     [](const EmbeddedDevice& device) { return text_or_null(device.version_text); }},
 };
 
 bool is_not_of_the_system(const Value& software_id) {
@@ -103,9 +106,9 @@ void append(std::string& text, const char* before, const std::optional<std::stri
   if (part) text += before + *part;
 }
 
-// The column for versions has room for one number: the whole version stands in the name.
+// The library's record has room for one number of the version: the whole version stands in the name.
 EmbeddedDevice system_device(const SmbiosFirmware& firmware) {
-  EmbeddedDevice device{kSystem, "System firmware", firmware.major_release};
+  EmbeddedDevice device{kSystem, "System firmware", firmware.major_release, firmware.version};
   append(device.name, " ", firmware.version);
   append(device.name, ", ", firmware.release_date);
   append(device.name, ", ", firmware.vendor);
@@ -113,7 +116,8 @@ EmbeddedDevice system_device(const SmbiosFirmware& firmware) {
 }
 
 EmbeddedDevice controller_device(uint8_t major, uint8_t minor) {
-  return {kController, "Embedded controller " + std::to_string(major) + "." + std::to_string(minor), major};
+  const std::string version = std::to_string(major) + "." + std::to_string(minor);
+  return {kController, "Embedded controller " + version, major, version};
 }
 
 }  // namespace

@@ -44,3 +44,25 @@ CREATE TABLE "System" (
   "FirmwareVersion"   TEXT,
   "FirmwareDate"      TEXT
 );
+
+-- Embedded devices have a version in words. Made anew, too, so that the table reads as in a new inventory.
+ALTER TABLE "EmbeddedDeviceFirmware" RENAME TO "FormerEmbeddedDeviceFirmware";
+CREATE TABLE "EmbeddedDeviceFirmware" (
+  "_id"           INTEGER PRIMARY KEY,
+  "DeviceName"    TEXT,
+  "DeviceIndex"   INTEGER,
+  "StructRev"     INTEGER,
+  "Version"       INTEGER,
+  "VersionString" TEXT,     -- in the words of whoever reports it: the number has no room for all of it
+  "SoftwareID"    TEXT,
+  "Class"         INTEGER,
+  "Category"      INTEGER,
+  "SubCategory"   INTEGER,
+  "Checksum"      INTEGER
+);
+INSERT INTO "EmbeddedDeviceFirmware"
+  SELECT "_id", "DeviceName", "DeviceIndex", "StructRev", "Version", NULL, "SoftwareID", "Class", "Category",
+         "SubCategory", "Checksum"
+  FROM "FormerEmbeddedDeviceFirmware";
+DROP TABLE "FormerEmbeddedDeviceFirmware";
+CREATE INDEX "EmbeddedDeviceFirmwareBySoftwareID" ON "EmbeddedDeviceFirmware" ("SoftwareID");

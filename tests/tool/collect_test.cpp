@@ -50,9 +50,9 @@ TEST(Collect, TheSummaryCountsTheRowsOfEveryTable) {
   ASSERT_EQ(outcome.status, 0) << outcome;
   const auto summary = summary_of(outcome);
   const auto& functions = line_of(summary, "PCIs");
-  EXPECT_EQ(static_cast<size_t>(functions.inserted), records(workplace, kListings[2]).size());
+  EXPECT_EQ(static_cast<size_t>(functions.inserted), records(workplace, listing("functions")).size());
   EXPECT_EQ(static_cast<size_t>(line_of(summary, "Processor").inserted),
-            records(workplace, kListings[0]).size());
+            records(workplace, listing("processors")).size());
   for (const auto& line : summary) EXPECT_EQ(line.updated + line.removed + line.unchanged, 0) << line.table;
 }
 
@@ -77,27 +77,27 @@ TEST(Collect, HardwareThatIsGoneIsRemoved) {
   ASSERT_NE(last_device, std::string::npos);
   const auto smaller = workplace.path("smaller.lspci").string();
   write_file(smaller, dump.substr(0, last_device + 2));
-  const auto before = records(workplace, kListings[2]).size();
+  const auto before = records(workplace, listing("functions")).size();
   const auto summary =
       summary_of(workplace.tool({"collect", "--lspci", smaller, "--smbios", example_smbios()}));
   EXPECT_EQ(line_of(summary, "PCIs").removed, 1);
-  EXPECT_EQ(records(workplace, kListings[2]).size(), before - 1);
+  EXPECT_EQ(records(workplace, listing("functions")).size(), before - 1);
 }
 
 TEST(Collect, AnEmptySourceEmptiesTheInventoryOnlyWhereItMay) {
   const Workplace workplace;
   workplace.collect_example();
-  const auto before = records(workplace, kListings[2]).size();
+  const auto before = records(workplace, listing("functions")).size();
   const auto empty = workplace.path("sys");
   std::filesystem::create_directories(empty / "bus/pci/devices");
   Words command{"collect", "--smbios", example_smbios(), "--sysfs", empty.string()};
   const auto outcome = workplace.tool(command);
   EXPECT_EQ(outcome.status, 0) << outcome;
   EXPECT_THAT(outcome.err, HasSubstr("zymdb: no PCI functions in " + empty.string() + "/bus/pci/devices"));
-  EXPECT_EQ(records(workplace, kListings[2]).size(), before);
+  EXPECT_EQ(records(workplace, listing("functions")).size(), before);
   command.emplace_back("--allow-empty");
   EXPECT_EQ(workplace.tool(command).status, 0);
-  EXPECT_THAT(records(workplace, kListings[2]), IsEmpty());
+  EXPECT_THAT(records(workplace, listing("functions")), IsEmpty());
 }
 
 TEST(Collect, QuietPrintsNothing) {
@@ -108,7 +108,7 @@ TEST(Collect, QuietPrintsNothing) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.out, IsEmpty());
   EXPECT_THAT(outcome.err, IsEmpty());
-  EXPECT_FALSE(records(workplace, kListings[2]).empty());
+  EXPECT_FALSE(records(workplace, listing("functions")).empty());
 }
 
 TEST(Collect, NamesComeFromTheListThatIsNamed) {
@@ -118,7 +118,7 @@ TEST(Collect, NamesComeFromTheListThatIsNamed) {
   auto command = kCollect;
   command.insert(command.end(), {"--pci-ids", list.string()});
   ASSERT_EQ(workplace.tool(command).status, 0);
-  EXPECT_THAT(column(workplace, kListings[1], "NAME"), Contains(HasSubstr("Data Processor")));
+  EXPECT_THAT(column(workplace, listing("adapters"), "NAME"), Contains(HasSubstr("Data Processor")));
 }
 
 TEST(Collect, WithoutATerminalNothingIsDrawn) {

@@ -29,7 +29,7 @@ TEST(ProcessorState, IsWhatTheStatusCodeSays) {
     insert_row(workplace, "Processor", {{"Status", status}});
     states.emplace_back(state);
   }
-  EXPECT_THAT(column(workplace, kListings[0], "STATE"), ElementsAreArray(states));
+  EXPECT_THAT(column(workplace, listing("processors"), "STATE"), ElementsAreArray(states));
 }
 
 TEST(ProcessorVoltage, IsInVoltsWhereTheCodeIsInTenths) {
@@ -38,7 +38,7 @@ TEST(ProcessorVoltage, IsInVoltsWhereTheCodeIsInTenths) {
   insert_row(workplace, "Processor", {{"Voltage", 0x80u + 9}});
   insert_row(workplace, "Processor", {{"Voltage", 0x02u}});
   insert_row(workplace, "Processor", {{"Version", "without"}});
-  EXPECT_THAT(column(workplace, kListings[0], "VOLTS"), ElementsAre("1.8 V", "0.9 V", "", ""));
+  EXPECT_THAT(column(workplace, listing("processors"), "VOLTS"), ElementsAre("1.8 V", "0.9 V", "", ""));
 }
 
 void insert_function(const Workplace& workplace, unsigned number, std::vector<ColumnValue> row) {
@@ -53,7 +53,76 @@ TEST(FunctionLink, IsShortWhereTheLinkIsAsGoodAsItGets) {
                   {{"LanesInUse", 16u}, {"MaxLanes", 16u}, {"PCIeType", 4u}, {"MaxPCIeType", 4u}});
   insert_function(workplace, 1,
                   {{"LanesInUse", 8u}, {"MaxLanes", 16u}, {"PCIeType", 3u}, {"MaxPCIeType", 5u}});
-  EXPECT_THAT(column(workplace, kListings[2], "LINK"), ElementsAre("x16 gen4", "x8/16 gen3/5"));
+  EXPECT_THAT(column(workplace, listing("functions"), "LINK"), ElementsAre("x16 gen4", "x8/16 gen3/5"));
+}
+
+// A root port and the card behind it, with their lanes in use, their most lanes, and the same of generations.
+void insert_pair(const Workplace& workplace, const unsigned (&port)[4], const unsigned (&card)[4]) {
+  constexpr unsigned kPort = 1, kCard = 2;
+  insert_function(workplace, kPort,
+                  {{"ClsCode", 0x060400u},
+                   {"LanesInUse", port[0]},
+                   {"MaxLanes", port[1]},
+                   {"PCIeType", port[2]},
+                   {"MaxPCIeType", port[3]}});
+  insert_function(workplace, kCard,
+                  {{"BridgeId", kPort},
+                   {"LanesInUse", card[0]},
+                   {"MaxLanes", card[1]},
+                   {"PCIeType", card[2]},
+                   {"MaxPCIeType", card[3]}});
+}
+
+// The links of a table in colour that are marked.
+std::vector<std::string> marked_links(const Workplace& workplace) {
+  constexpr std::string_view kWarning = "\033[33m";
+  const auto outcome =
+      workplace.tool({"show", "functions", "--columns", "LINK", "--color", "always", "--no-headings"});
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  std::vector<std::string> marked;
+  for (const auto& line : lines_of(outcome.out)) {
+    if (const auto mark = line.find(kWarning); mark != std::string::npos)
+      marked.push_back(
+          stripped(line.substr(mark + kWarning.size(), line.rfind('\033') - mark - kWarning.size())));
+  }
+  return marked;
+}
+
+TEST(FunctionLink, OfASlowCardInAFastSlotIsNoWarning) {
+  const Workplace workplace;
+  insert_pair(workplace, {4, 16, 3, 5}, {4, 4, 3, 3});
+  EXPECT_THAT(column(workplace, listing("functions"), "LINK"), ElementsAre("x4/16 gen3/5", "x4 gen3"));
+  EXPECT_THAT(column(workplace, listing("functions"), "LINKSTATE"), ElementsAre("full", "full"));
+  EXPECT_THAT(marked_links(workplace), testing::IsEmpty());
+}
+
+TEST(FunctionLink, ThatIsWorseThanBothEndsCanDoIsAWarning) {
+  const Workplace workplace;
+  insert_pair(workplace, {8, 16, 4, 4}, {8, 16, 4, 4});
+  EXPECT_THAT(column(workplace, listing("functions"), "LINKSTATE"), ElementsAre("reduced", "reduced"));
+  EXPECT_THAT(marked_links(workplace), ElementsAre("x8/16 gen4", "x8/16 gen4"));
+}
+
+TEST(FunctionLink, OfAnEmptyPortIsDownAndNoWarning) {
+  const Workplace workplace;
+  insert_function(
+      workplace, 1,
+      {{"ClsCode", 0x060400u}, {"LanesInUse", 0u}, {"MaxLanes", 16u}, {"PCIeType", 1u}, {"MaxPCIeType", 4u}});
+  EXPECT_THAT(column(workplace, listing("functions"), "LINKSTATE"), ElementsAre("down"));
+  EXPECT_THAT(marked_links(workplace), testing::IsEmpty());
+}
+
+TEST(FunctionLink, IsNeverReducedWhereNobodyKnowsIt) {
+  const Workplace workplace;
+  workplace.collect_example();
+  size_t unknown = 0;
+  for (const auto& function : records(workplace, listing("functions"))) {
+    EXPECT_NE(function.at("LinkState"), "reduced") << function;
+    EXPECT_EQ(function.at("LinkState").is_null(), function.at("LanesInUse").is_null()) << function;
+    unknown += function.at("LanesInUse").is_null() ? 1 : 0;
+  }
+  EXPECT_GT(unknown, 0u);
+  EXPECT_THAT(marked_links(workplace), testing::IsEmpty());
 }
 
 TEST(FunctionLink, ALinkThatNobodyHasSeenIsNotShown) {
@@ -61,7 +130,7 @@ TEST(FunctionLink, ALinkThatNobodyHasSeenIsNotShown) {
   insert_function(workplace, 0, {});
   insert_function(workplace, 1,
                   {{"LanesInUse", 0u}, {"MaxLanes", 8u}, {"PCIeType", 3u}, {"MaxPCIeType", 3u}});
-  EXPECT_THAT(column(workplace, kListings[2], "LINK"), ElementsAre("", ""));
+  EXPECT_THAT(column(workplace, listing("functions"), "LINK"), ElementsAre("", ""));
 }
 
 TEST(FunctionPlace, IsTheBoardASlotOrABay) {
@@ -70,7 +139,7 @@ TEST(FunctionPlace, IsTheBoardASlotOrABay) {
   insert_function(workplace, 1, {{"Location", 1u}, {"SlotNo", 3u}});
   insert_function(workplace, 2, {{"Location", 2u}, {"SlotNo", 12u}});
   insert_function(workplace, 3, {{"Location", 7u}, {"SlotNo", 1u}});
-  EXPECT_THAT(column(workplace, kListings[2], "PLACE"),
+  EXPECT_THAT(column(workplace, listing("functions"), "PLACE"),
               ElementsAre("on board", "slot 3", "bay 12", "location 7 number 1"));
 }
 
@@ -83,10 +152,11 @@ TEST(FunctionIds, AreShownAsTheirFieldsSay) {
                    {"SubDeviceId", 0x61u},
                    {"BridgeId", 0x01020304u}});
   insert_function(workplace, 3, {{"VendorId", 0x8086u}, {"DeviceId", 0x1u}});
-  EXPECT_THAT(column(workplace, kListings[2], "ID"), ElementsAre("15b3:a2d6", "8086:0001"));
-  EXPECT_THAT(column(workplace, kListings[2], "SUBID"), ElementsAre("15b3:0061", ""));
-  EXPECT_THAT(column(workplace, kListings[2], "BRIDGE"), ElementsAre("0001:02:03.4", ""));
-  EXPECT_THAT(column(workplace, kListings[2], "ADDRESS"), ElementsAre("0000:00:00.2", "0000:00:00.3"));
+  EXPECT_THAT(column(workplace, listing("functions"), "ID"), ElementsAre("15b3:a2d6", "8086:0001"));
+  EXPECT_THAT(column(workplace, listing("functions"), "SUBID"), ElementsAre("15b3:0061", ""));
+  EXPECT_THAT(column(workplace, listing("functions"), "BRIDGE"), ElementsAre("0001:02:03.4", ""));
+  EXPECT_THAT(column(workplace, listing("functions"), "ADDRESS"),
+              ElementsAre("0000:00:00.2", "0000:00:00.3"));
 }
 
 TEST(FunctionName, FallsBackToTheClassAndToNothing) {

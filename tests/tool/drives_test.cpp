@@ -8,13 +8,13 @@
 namespace zymdb::test {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const ListingCase kDrives{"drives", "zymdb_storage.h", "_ZYMDB_AimDisk"};
+const ListingCase& kDrives = listing("drives");
 constexpr char kProperties[] = ZYMDB_SOURCE_DIR "/tests/data/properties/two-backplanes.properties";
 
 std::string vpd_file(const std::string& name) {
@@ -23,6 +23,10 @@ std::string vpd_file(const std::string& name) {
 
 class Drives : public testing::Test {
  protected:
+  void function(unsigned bus) const {
+    insert_row(workplace_, "PCIs",
+               {{"FunKey", bus << 16}, {"SegNo", 0u}, {"BusNo", bus}, {"DeviceNo", 0u}, {"FunctionNo", 0u}});
+  }
   void drive(unsigned kind, unsigned bay, unsigned type, const std::string& location) const {
     insert_row(workplace_, "AimDisks",
                {{"LocationId", kind},
@@ -54,6 +58,8 @@ class Drives : public testing::Test {
 };
 
 TEST_F(Drives, AreListedByTheirKind) {
+  function(0x3b);
+  function(0x3c);
   drive(3, 1, 5, "M.2 Bay1");
   drive(4, 1, 7, "7MM Bay1");
   drive(2, 5, 1, "Bay 5");
@@ -65,17 +71,38 @@ TEST_F(Drives, AreListedByTheirKind) {
   EXPECT_THAT(shown({"--controller", "12"}), ElementsAre("M.2 Bay1 M.2 NVMe", "7MM Bay1 7MM NVMe"));
   EXPECT_THAT(shown({"--controller", "13"}), IsEmpty());
   EXPECT_THAT(shown({"--function", "3b:00.0"}), SizeIs(3));
-  EXPECT_THAT(shown({"--function", "1"}), IsEmpty());
+  EXPECT_THAT(shown({"--function", "3c:00.0"}), IsEmpty());
 }
 
-TEST_F(Drives, InJsonHaveTheRecordsFieldsInTheirOrder) {
+TEST_F(Drives, OfAFunctionThatIsNotThereAreAFailure) {
+  function(0x3b);
+  const auto outcome = workplace_.tool({"show", "drives", "--function", "3c:00.0"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "zymdb: there is no function 0000:3c:00.0 in the inventory\n");
+}
+
+// A zero would be a drive that is cold and worn out.
+TEST_F(Drives, WithoutHealthDataHaveNoTemperatureAndNoLife) {
   drive(2, 5, 1, "Bay 5");
+  insert_row(workplace_, "AimDisks",
+             {{"LocationId", 2u},
+              {"BayNo", 6u},
+              {"DriveTypeId", 1u},
+              {"Location", "Bay 6"},
+              {"Presence", 1u},
+              {"InfoMask", 15u},
+              {"Temperature", 0u},
+              {"RemainLife", 0u},
+              {"SFlags", 0u},
+              {"Warning", 0u}});
   const auto rows = records(workplace_, kDrives);
-  ASSERT_THAT(rows, SizeIs(1));
-  std::vector<std::string> keys;
-  for (const auto& [key, value] : rows[0].items()) keys.push_back(key);
-  EXPECT_THAT(keys, ElementsAreArray(declared_fields(kDrives)));
+  ASSERT_THAT(rows, SizeIs(2));
   EXPECT_EQ(rows[0].at("Model"), "a model");
+  for (const char* value : {"Temperature", "RemainLife", "SFlags", "Warning"}) {
+    EXPECT_TRUE(rows[0].at(value).is_null()) << value;
+    EXPECT_EQ(rows[1].at(value), 0) << value;
+    EXPECT_THAT(column(workplace_, kDrives, value), testing::Not(Contains("0").Times(2))) << value;
+  }
 }
 
 TEST_F(Drives, OfTwoKindsAtOnceAreWrongUsage) {
@@ -129,8 +156,7 @@ TEST_F(Drives, PropertiesFilesAreStoredWholeOrNotAtAll) {
     EXPECT_THAT(outcome.err, HasSubstr(problem)) << line;
     EXPECT_THAT(outcome.err, HasSubstr("line 2")) << line;
   }
-  EXPECT_THAT(workplace_.tool({"show", "backplanes", "--columns", "MARVELL1", "--no-headings"}).out,
-              HasSubstr("0"));
+  EXPECT_FALSE(exists(workplace_.inventory())) << "not even an empty one is made";
 }
 
 TEST_F(Drives, DataAreDecodedFromBytesAndDigits) {

@@ -10,6 +10,7 @@ namespace zymdb::test {
 namespace {
 
 using std::filesystem::perms;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -74,7 +75,7 @@ TEST(Inventory, ADamagedPageIsToldUnlessTheListingDoesNotNeedIt) {
   workplace.collect_example();
   const auto sound = read_file(workplace.inventory());
   const auto damaged = workplace.path("damaged.db");
-  for (const char* listing : {"processors", "functions"}) {
+  for (const char* listing : {"processors", "memory", "adapters", "functions", "gpus"}) {
     SCOPED_TRACE(listing);
     const auto whole = workplace.tool({"show", listing, "--json"}).out;
     int told = 0;
@@ -117,24 +118,17 @@ TEST(Inventory, AnInventoryThatMayNotBeReadIsToldInOneLine) {
   expect_every_command_fails(workplace, workplace.inventory(), nobody);
 }
 
-TEST(Inventory, TheLogAddsNoSecondLine) {
+TEST(Inventory, TheLogIsPrintedForThoseWhoAskOnly) {
   const Workplace workplace;
   const auto path = workplace.path("missing") / "inventory.db";
-  for (const char* log : {"", "stderr", "syslog"}) {
-    expect_one_line(
-        workplace.tool({"show", "adapters", "--inventory", path}, {.environment = {{"ZYMDB_LOG", log}}}),
-        path);
-  }
-}
-
-TEST(Inventory, InitPrintsWhereItIsAndMayBeRepeated) {
-  const Workplace workplace;
-  for (int time = 1; time <= 2; ++time) {
-    const auto outcome = workplace.tool({"init"});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.out, workplace.inventory().string() + "\n");
-  }
-  EXPECT_TRUE(exists(workplace.inventory()));
+  const Words command{"show", "adapters", "--inventory", path};
+  for (const char* log : {"", "syslog", "none"})
+    expect_one_line(workplace.tool(command, {.environment = {{"ZYMDB_LOG", log}}}), path);
+  const auto told = workplace.tool(command);
+  const auto logged = workplace.tool(command, {.environment = {{"ZYMDB_LOG", "stderr"}}});
+  EXPECT_EQ(logged.status, 1);
+  EXPECT_THAT(logged.err, EndsWith(told.err));
+  EXPECT_THAT(lines_of(logged.err), SizeIs(2)) << logged;
 }
 
 // ---- Sources -----------------------------------------------------------------------------------------
@@ -182,7 +176,9 @@ TEST(Sources, ADamagedSecondFileKeepsTheFirstFromBeingStored) {
   const auto foreign = workplace.path("foreign").string();
   write_file(foreign, "no tables");
   expect_one_line(workplace.tool({"collect", "--lspci", example_lspci(), "--smbios", foreign}), foreign);
-  EXPECT_THAT(lines_of(workplace.tool({"show", "functions"}).out), SizeIs(1));
+  const auto functions = workplace.tool({"show", "functions"});
+  EXPECT_EQ(functions.status, 0) << functions;
+  EXPECT_THAT(lines_of(functions.out), SizeIs(1));
 }
 
 }  // namespace

@@ -10,38 +10,12 @@ namespace zymdb::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const ListingCase kGpus{"gpus", "zymdb_pci.h", "_ZYMDB_GPU_Device"};
-const ListingCase kChips{"gpus", "zymdb_pci.h", "_ZYMDB_GPU_Chip"};
-const ListingCase kCards{"cards", "zymdb_pci.h", "_ZYMDB_HC_Card"};
-
-std::vector<std::string> keys_of(const Json& row) {
-  std::vector<std::string> keys;
-  for (const auto& [key, value] : row.items()) keys.push_back(key);
-  return keys;
-}
-
-TEST(Gpus, HaveTheFunctionAndTheFieldsOfBothRecordsInJson) {
-  const Workplace workplace;
-  workplace.collect_example();
-  std::vector<std::string> fields{"PCIFuncKey"};
-  for (const auto& listing : {kGpus, kChips})
-    for (const auto& field : declared_fields(listing)) fields.push_back(field);
-  const auto rows = records(workplace, kGpus);
-  ASSERT_THAT(rows, SizeIs(3));
-  for (const auto& row : rows) EXPECT_THAT(keys_of(row), ElementsAreArray(fields));
-}
-
-TEST(Gpus, OfTheExampleServerAreAsKept) {
-  const Workplace workplace;
-  workplace.collect_example();
-  EXPECT_EQ(workplace.tool({"show", "gpus", "--json"}).out,
-            read_file(ZYMDB_SOURCE_DIR "/tests/tool/golden/gpus.json"));
-}
+const ListingCase& kGpus = listing("gpus");
+const ListingCase& kCards = listing("cards");
 
 // Functions 0 and 1 on bus 1.
 void insert_functions(const Workplace& workplace) {
@@ -72,10 +46,11 @@ TEST(Cards, AreThoseOfTheLibrary) {
   const auto cards = records(workplace, kCards);
   ASSERT_THAT(cards, SizeIs(37));
   for (size_t i = 0; i < cards.size(); ++i) {
-    EXPECT_THAT(keys_of(cards[i]), ElementsAreArray(declared_fields(kCards)));
     EXPECT_EQ(cards[i].at("CardName"), hc_card_table[i].CardName);
     EXPECT_EQ(cards[i].at("DeviceId"), hc_card_table[i].DeviceId);
-    EXPECT_EQ(cards[i].at("BoardPower"), hc_card_table[i].BoardPower);
+    // What the table leaves out is not known.
+    const auto& power = cards[i].at("BoardPower");
+    EXPECT_EQ(power, hc_card_table[i].BoardPower == 0 ? Json() : Json(hc_card_table[i].BoardPower));
   }
 }
 

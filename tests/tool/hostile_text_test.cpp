@@ -4,6 +4,7 @@
 
 #include "tool/listing_case.h"
 #include "tool/rows.h"
+#include "zymdb_cpu_mem.h"
 
 namespace zymdb::test {
 namespace {
@@ -29,8 +30,8 @@ const HostileText kTexts[] = {
 TEST(HostileText, IsWholeInJsonAndHarmlessInTheTable) {
   const Workplace workplace;
   for (const auto& text : kTexts) insert_row(workplace, "Processor", {{"Version", text.stored}});
-  const auto rows = records(workplace, kListings[0]);
-  const auto cells = column(workplace, kListings[0], "VERSION");
+  const auto rows = records(workplace, listing("processors"));
+  const auto cells = column(workplace, listing("processors"), "VERSION");
   ASSERT_EQ(rows.size(), std::size(kTexts));
   ASSERT_EQ(cells.size(), std::size(kTexts));
   for (size_t i = 0; i < cells.size(); ++i) {
@@ -39,20 +40,38 @@ TEST(HostileText, IsWholeInJsonAndHarmlessInTheTable) {
   }
 }
 
+// What its field has no room for is gone; half a character is no text.
+TEST(HostileText, CutInsideACharacterLosesThatCharacter) {
+  const Workplace workplace;
+  constexpr size_t kRoom = sizeof _ZYMDB_Processor{}.Version - 1;
+  const std::string character = "\xe4\xb8\xad";
+  for (size_t before = kRoom - 3; before <= kRoom; ++before)
+    insert_row(workplace, "Processor", {{"Version", std::string(before, 'v') + character + "more"}});
+  const auto rows = records(workplace, listing("processors"));
+  const auto cells = column(workplace, listing("processors"), "VERSION");
+  ASSERT_EQ(rows.size(), 4u);
+  const std::string kept[] = {std::string(kRoom - 3, 'v') + character, std::string(kRoom - 2, 'v'),
+                              std::string(kRoom - 1, 'v'), std::string(kRoom, 'v')};
+  for (size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(rows[i].at("Version"), kept[i]);
+    EXPECT_EQ(cells.at(i), kept[i]);
+  }
+}
+
 TEST(HostileText, AnEmptyTextIsNullAndAnEmptyCell) {
   const Workplace workplace;
   insert_row(workplace, "Processor", {{"Version", ""}, {"CoreCount", 4u}});
-  EXPECT_TRUE(records(workplace, kListings[0])[0].at("Version").is_null());
-  EXPECT_EQ(column(workplace, kListings[0], "VERSION"), std::vector<std::string>{""});
+  EXPECT_TRUE(records(workplace, listing("processors"))[0].at("Version").is_null());
+  EXPECT_EQ(column(workplace, listing("processors"), "VERSION"), std::vector<std::string>{""});
 }
 
 TEST(HostileText, LargeNumbersAreNumbers) {
   const Workplace workplace;
   insert_row(workplace, "PCIs", {{"FunKey", 0x7fffffffu}, {"SegNo", 0x7fu}, {"BridgeId", 0xffffffffu}});
-  const auto row = records(workplace, kListings[2])[0];
+  const auto row = records(workplace, listing("functions"))[0];
   EXPECT_EQ(row.at("BridgeId"), 0xffffffffu);
   EXPECT_TRUE(row.at("BridgeId").is_number_unsigned());
-  EXPECT_EQ(column(workplace, kListings[2], "BRIDGE"), std::vector<std::string>{"00ff:ff:ff.ff"});
+  EXPECT_EQ(column(workplace, listing("functions"), "BRIDGE"), std::vector<std::string>{"00ff:ff:ff.ff"});
 }
 
 }  // namespace

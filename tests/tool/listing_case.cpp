@@ -2,22 +2,38 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 #include <sstream>
+#include <stdexcept>
 
 namespace zymdb::test {
+namespace {
+
+constexpr int kFormatVersion = 2;
+
+void add_declared_fields(const std::string& header, const std::string& record,
+                         std::vector<std::string>& fields) {
+  const auto begin = header.find("struct " + record + " {");
+  EXPECT_NE(begin, std::string::npos) << record;
+  const auto declaration = header.substr(begin, header.find("};", begin) - begin);
+  const std::regex member(R"((?:char|u?int\d+_t) (\w+)(?:\[\d+\])?;)");
+  for (std::sregex_iterator match(declaration.begin(), declaration.end(), member), end; match != end; ++match)
+    fields.push_back((*match)[1]);
+}
+
+}  // namespace
+
+const ListingCase& listing(const std::string& name) {
+  const auto* const found = std::ranges::find(kListings, name, &ListingCase::name);
+  if (found == std::end(kListings)) throw std::out_of_range(name);
+  return *found;
+}
 
 std::vector<std::string> declared_fields(const ListingCase& listing) {
   const auto header = read_file(std::string(ZYMDB_SOURCE_DIR "/include/") + listing.header);
-  const auto begin = header.find("struct " + listing.record + " {");
-  EXPECT_NE(begin, std::string::npos);
-  const auto declaration = header.substr(begin, header.find("};", begin) - begin);
-  const std::regex member(R"((?:char|u?int\d+_t) (\w+)(?:\[\d+\])?;)");
   std::vector<std::string> fields;
-  for (std::sregex_iterator match(declaration.begin(), declaration.end(), member), end; match != end;
-       ++match) {
-    fields.push_back((*match)[1]);
-  }
+  for (const auto& record : listing.records) add_declared_fields(header, record, fields);
   return fields;
 }
 
@@ -46,13 +62,20 @@ Json records(const Workplace& workplace, const ListingCase& listing) {
   auto document = Json::parse(outcome.out);
   EXPECT_EQ(document.size(), 2u);
   EXPECT_EQ(document.begin().key(), "format_version");
-  EXPECT_EQ(document.at("format_version"), 1);
+  EXPECT_EQ(document.at("format_version"), kFormatVersion);
   return document.at(listing.name);
+}
+
+std::vector<std::string> keys_of(const Json& row) {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : row.items()) keys.push_back(key);
+  return keys;
 }
 
 bool shows(const std::string& cell, const Json& value) {
   if (value.is_null()) return cell.empty();
   if (value.is_string()) return cell == stripped(value.get<std::string>());
+  if (value < 0) return cell == value.dump();
   size_t used = 0;
   const int base = cell.starts_with("0x") ? 16 : 10;
   return !cell.empty() && std::stoull(cell, &used, base) == value.get<uint64_t>() && used == cell.size();

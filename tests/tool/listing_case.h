@@ -15,22 +15,51 @@ using Json = nlohmann::ordered_json;
 
 struct ListingCase {
   std::string name;
-  std::string header;  // the public header that declares the record
-  std::string record;
+  std::string header;  // the public header that declares the records
+  std::vector<std::string> records;
+  std::vector<std::string> derived;  // keys that no record has, in their order
 };
 
 inline std::ostream& operator<<(std::ostream& stream, const ListingCase& listing) {
   return stream << listing.name;
 }
 
+// Every listing whose records a public header declares.
 inline const ListingCase kListings[] = {
-    {"processors", "zymdb_cpu_mem.h", "_ZYMDB_Processor"},
-    {"adapters", "zymdb_pci.h", "_ZYMDB_PCI_Adapter"},
-    {"functions", "zymdb_pci.h", "_ZYMDB_PCI_Generic"},
-    {"memory", "zymdb_cpu_mem.h", "_ZYMDB_Memory"},
+    {"processors", "zymdb_cpu_mem.h", {"_ZYMDB_Processor"}, {"State", "VoltageText"}},
+    {"memory",
+     "zymdb_cpu_mem.h",
+     {"_ZYMDB_Memory"},
+     {"Size", "MemTypeName", "Locator", "Security", "Health"}},
+    {"adapters", "zymdb_pci.h", {"_ZYMDB_PCI_Adapter"}, {"Place", "Address"}},
+    {"functions",
+     "zymdb_pci.h",
+     {"_ZYMDB_PCI_Generic"},
+     {"Address", "Bridge", "Id", "SubsystemId", "Place", "Link", "LinkState", "ClassName", "Name",
+      "VendorName", "DeviceName"}},
+    {"gpus",
+     "zymdb_pci.h",
+     {"_ZYMDB_GPU_Device", "_ZYMDB_GPU_Chip"},
+     {"Function", "PCIFuncKey", "VideoMemory"}},
+    {"cards", "zymdb_pci.h", {"_ZYMDB_HC_Card"}, {"Id", "SubsystemId"}},
+    {"ports",
+     "zymdb_network.h",
+     {"_ZYMDB_PCI_PhysicalPort"},
+     {"Function", "PCIFuncKey", "Link", "LinkSpeedText"}},
+    {"logical-ports",
+     "zymdb_network.h",
+     {"_ZYMDB_PCI_LogicalPort"},
+     {"Function", "PCIFuncKey", "MaxSpeedText"}},
+    {"drives", "zymdb_storage.h", {"_ZYMDB_AimDisk"}, {"Function"}},
+    {"firmware", "zymdb_firmware.h", {"_ZYMDB_PCI_Firmware"}, {"Function", "PCIFuncKey"}},
+    {"pldm", "zymdb_firmware.h", {"_ZYMDB_PLDM_Firmware"}, {"Place", "Update"}},
+    {"embedded", "zymdb_firmware.h", {"_ZYMDB_Embedded_Firmware"}, {"VersionString"}},
+    {"settings", "zymdb_pci_settings.h", {"ZYMDB_PCI_Config_Setting"}, {"Function"}},
 };
 
-// The fields of the record in the order of its declaration.
+const ListingCase& listing(const std::string& name);
+
+// The fields of the records in the order of their declaration.
 std::vector<std::string> declared_fields(const ListingCase& listing);
 
 // All column headings, in the order of the table with all columns.
@@ -42,6 +71,8 @@ std::vector<std::string> column(const Workplace& workplace, const ListingCase& l
 
 // The array that --json prints, after its frame has been checked.
 Json records(const Workplace& workplace, const ListingCase& listing);
+
+std::vector<std::string> keys_of(const Json& row);
 
 // A value of JSON as the cell of a table shows it, apart from how numbers are written.
 bool shows(const std::string& cell, const Json& value);

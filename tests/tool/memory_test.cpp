@@ -10,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-const ListingCase& kMemory = kListings[3];
+const ListingCase& kMemory = listing("memory");
 
 TEST(MemorySize, IsInGibibytesWhereItIsAWholeNumberOfThem) {
   const Workplace workplace;
@@ -36,6 +36,23 @@ TEST(MemoryHealth, IsShownWhereTheModuleSaysThatItsValuesAreValid) {
   insert_row(workplace, "Memory", {{"InfoMask", 0u}, {"HealthStatus", 2u}});
   EXPECT_THAT(column(workplace, kMemory, "HEALTH"), ElementsAre("Critical", "others(0x3)", ""));
   EXPECT_THAT(column(workplace, kMemory, "SECURITY"), ElementsAre("Locked", "Not Supported", ""));
+}
+
+TEST(MemoryLocator, IsTheBoardsNameAloneWhereItIsTheOnlyOne) {
+  const Workplace workplace;
+  for (const char* name : {"DIMM A1", "DIMM A2"})
+    insert_row(workplace, "Memory", {{"DevLocator", name}, {"BankLocator", "BANK 0"}});
+  EXPECT_THAT(column(workplace, kMemory, "LOCATOR"), ElementsAre("DIMM A1", "DIMM A2"));
+}
+
+TEST(MemoryLocator, HasTheBankInFrontWhereSeveralPositionsHaveOneName) {
+  const Workplace workplace;
+  for (const char* bank : {"P0 CHANNEL A", "P0 CHANNEL B", ""})
+    insert_row(workplace, "Memory", {{"DevLocator", "DIMM 0"}, {"BankLocator", bank}});
+  insert_row(workplace, "Memory", {{"DevLocator", "DIMM 1"}, {"BankLocator", "P0 CHANNEL A"}});
+  EXPECT_THAT(column(workplace, kMemory, "LOCATOR"),
+              ElementsAre("P0 CHANNEL A DIMM 0", "P0 CHANNEL B DIMM 0", "DIMM 0", "DIMM 1"));
+  EXPECT_THAT(column(workplace, kMemory, "DEVLOCATOR"), ElementsAre("DIMM 0", "DIMM 0", "DIMM 0", "DIMM 1"));
 }
 
 TEST(MemoryRows, ComeInTheOrderOfTheirSlots) {

@@ -9,7 +9,6 @@ namespace zymdb::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr unsigned kFirst = 0x010000;
@@ -68,14 +67,33 @@ TEST_F(Merge, LetsGoOfAFunctionWhoseSettingsAreGone) {
   EXPECT_EQ(merge(), "0 functions merged, 0 of them new; 1 no longer\n");
 }
 
+TEST_F(Merge, FailsAtAFunctionWhoseDeviceHasNoAdapter) {
+  insert_row(workplace_, "PCIs",
+             {{"FunKey", 0x020000u},
+              {"DevKey", 0x20000u},
+              {"SegNo", 0u},
+              {"BusNo", 2u},
+              {"DeviceNo", 0u},
+              {"FunctionNo", 0u},
+              {"NodeIndex", 0u}});
+  set(0x020000);
+  const auto outcome = workplace_.tool({"merge"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.out, IsEmpty());
+  EXPECT_THAT(lines_of(outcome.err),
+              ElementsAre(testing::HasSubstr("function 0000:02:00.0 has settings, but")));
+}
+
 TEST_F(Merge, FailsAtAFunctionThatIsNotThereAndKeepsWhatItMerged) {
   set(kFirst);
   set(0x7f0000);
   const auto outcome = workplace_.tool({"merge"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.out, IsEmpty());
-  EXPECT_THAT(lines_of(outcome.err), ElementsAre(HasSubstr("Can not step query result for funkey 8323072")));
-  EXPECT_THAT(column(workplace_, kListings[1], "AIMSupported"), ElementsAre("3"));
+  EXPECT_THAT(lines_of(outcome.err), ElementsAre("zymdb: cannot merge the settings into the adapters: "
+                                                 "function 0000:7f:00.0 has settings, but is not "
+                                                 "on the bus, or its device has no adapter"));
+  EXPECT_THAT(column(workplace_, listing("adapters"), "AIMSupported"), ElementsAre("3"));
 }
 
 }  // namespace

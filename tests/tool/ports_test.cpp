@@ -13,20 +13,18 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const ListingCase kPorts{"ports", "zymdb_network.h", "_ZYMDB_PCI_PhysicalPort"};
-const ListingCase kLogicalPorts{"logical-ports", "zymdb_network.h", "_ZYMDB_PCI_LogicalPort"};
+// Every command that takes a function, up to that.
+const Words kOfOneFunction[] = {{"link"},
+                                {"show", "ports", "--function"},
+                                {"show", "logical-ports", "--function"},
+                                {"show", "drives", "--function"},
+                                {"settings", "list"},
+                                {"watch", "ports", "--function"}};
 
 // The example server with its ports.
 class Ports : public testing::Test {
  protected:
-  Ports() {
-    const auto sysfs = workplace_.path("sys").string();
-    EXPECT_EQ(run_program({"python3", ZYMDB_SOURCE_DIR "/data/example-server/system_tree.py", sysfs}).status,
-              0);
-    const auto outcome = workplace_.tool(
-        {"collect", "--quiet", "--lspci", example_lspci(), "--smbios", example_smbios(), "--sysfs", sysfs});
-    EXPECT_EQ(outcome.status, 0) << outcome;
-  }
+  Ports() { workplace_.collect_example_system(); }
 
   // One column of the ports that the options select.
   Words shown(const Words& options, const std::string& column) const {
@@ -77,40 +75,51 @@ TEST_F(Ports, OfAnAdapterThatIsNotThereAreAFailure) {
 }
 
 TEST_F(Ports, OfSomethingThatIsNoFunctionAreWrongUsage) {
-  for (const char* function : {"nonsense", "3b-", "0x", "4294967296", "zz:00.0", "17:00.8"}) {
-    const auto outcome = workplace_.tool({"show", "ports", "--function", function});
-    EXPECT_EQ(outcome.status, 2) << function;
-  }
-}
-
-// Every field of the record, and before them the function that has the port.
-void expect_complete_json(const Workplace& workplace, const ListingCase& listing, size_t count) {
-  const auto ports = records(workplace, listing);
-  ASSERT_EQ(ports.size(), count);
-  auto fields = declared_fields(listing);
-  for (const auto& port : ports) {
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : port.items()) keys.push_back(key);
-    EXPECT_EQ(keys.at(0), "PCIFuncKey");
-    keys.erase(keys.begin());
-    EXPECT_THAT(keys, testing::UnorderedElementsAreArray(fields));
-  }
-}
-
-TEST_F(Ports, JsonHasEveryFieldOfTheRecords) {
-  expect_complete_json(workplace_, kPorts, 12);
-  expect_complete_json(workplace_, kLogicalPorts, 12);
-}
-
-TEST_F(Ports, JsonAndTableSayTheSame) {
-  for (const auto& listing : {kPorts, kLogicalPorts}) {
-    const auto ports = records(workplace_, listing);
-    for (const auto& [field, first] : ports.at(0).items()) {
-      const auto cells = column(workplace_, listing, field);
-      ASSERT_EQ(cells.size(), ports.size()) << field;
-      for (size_t i = 0; i < cells.size(); ++i) EXPECT_TRUE(shows(cells[i], ports[i].at(field))) << field;
+  for (const char* function :
+       {"nonsense", "3b-", "0x", "170000g", "17:00", "4294967296", "zz:00.0", "17:00.8", ""}) {
+    for (Words command : kOfOneFunction) {
+      command.emplace_back(function);
+      const auto outcome = workplace_.tool(command);
+      EXPECT_EQ(outcome.status, 2) << testing::PrintToString(command);
+      EXPECT_THAT(outcome.err, HasSubstr("'" + std::string(function) +
+                                         "' is neither an address like 0000:3b:00.0 nor a key"));
     }
   }
+}
+
+TEST_F(Ports, OfAFunctionThatIsNotThereAreAFailure) {
+  for (const char* function : {"3f:00.0", "0x3f0000", "4128768"}) {
+    for (Words command : kOfOneFunction) {
+      command.emplace_back(function);
+      const auto outcome = workplace_.tool(command);
+      EXPECT_EQ(outcome.status, 1) << testing::PrintToString(command);
+      EXPECT_EQ(outcome.err, "zymdb: there is no function 0000:3f:00.0 in the inventory\n");
+      EXPECT_THAT(outcome.out, IsEmpty());
+    }
+  }
+}
+
+// What looks like an address without its marks is no key: 4b0000 would be the function 4 of the host bridge.
+TEST_F(Ports, AreNotThoseOfAnotherFunctionForWantOfAColon) {
+  for (Words command : kOfOneFunction) {
+    command.emplace_back("4b0000");
+    EXPECT_EQ(workplace_.tool(command).status, 2) << testing::PrintToString(command);
+  }
+}
+
+TEST_F(Ports, OfAnAdapterWhoseKeyIsOnlyBegunAreAFailure) {
+  for (const char* adapter : {"0x40000z", "262144 ", "262144:1", "0x"}) {
+    const auto outcome = workplace_.tool({"show", "ports", "--adapter", adapter});
+    EXPECT_EQ(outcome.status, 1) << adapter;
+    EXPECT_EQ(outcome.err, "zymdb: there is no adapter '" + std::string(adapter) + "' in the inventory\n");
+  }
+  EXPECT_THAT(shown({"--adapter", "262144"}, "LINK"), ElementsAre("up", "down"));
+}
+
+TEST_F(Ports, OfAnEmptyNameAreNotThoseOfEveryAdapter) {
+  const auto outcome = workplace_.tool({"show", "ports", "--adapter", ""});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("--adapter: an empty name names no adapter"));
 }
 
 TEST_F(Ports, ALinkIsPrintedAndWritten) {
@@ -130,6 +139,16 @@ TEST_F(Ports, ALinkOfSeveralNeedsItsPort) {
   EXPECT_EQ(link({"17:00.0", "--port", "1"}), "1 down         0   0");
   EXPECT_EQ(link({"17:00.0", "--port", "1", "--set", "status=7"}), "");
   EXPECT_EQ(link({"17:00.0", "--port", "1"}), "1 state 7         0   0");
+}
+
+// The library logs an error for each port that it passes on its way.
+TEST_F(Ports, ALinkIsPrintedWhateverIsLogged) {
+  add_second_port();
+  const auto logged =
+      workplace_.tool({"link", "17:00.0", "--port", "1"}, {.environment = {{"ZYMDB_LOG", "stderr"}}});
+  EXPECT_EQ(logged.status, 0) << logged;
+  EXPECT_THAT(logged.err, HasSubstr("Find a physical port"));
+  EXPECT_THAT(logged.out, HasSubstr("1 down"));
 }
 
 TEST_F(Ports, ALinkThatIsNotThereIsAFailure) {

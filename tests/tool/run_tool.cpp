@@ -165,9 +165,24 @@ Outcome Workplace::tool(const Words& arguments, const Setting& setting) const {
   return run_tool(arguments, with_inventory(setting));
 }
 
+void Workplace::run(const Words& arguments) const {
+  const auto outcome = tool(arguments);
+  if (outcome.status != 0) throw std::runtime_error("cannot prepare the inventory: " + outcome.err);
+}
+
+void Workplace::create_inventory() const {
+  run({"init"});
+}
+
 void Workplace::collect_example() const {
-  const auto outcome = tool({"collect", "--quiet", "--lspci", example_lspci(), "--smbios", example_smbios()});
-  if (outcome.status != 0) throw std::runtime_error("cannot collect the example server: " + outcome.err);
+  run({"collect", "--quiet", "--lspci", example_lspci(), "--smbios", example_smbios()});
+}
+
+void Workplace::collect_example_system() const {
+  const auto tree = path("sys").string();
+  const auto made = run_program({"python3", ZYMDB_SOURCE_DIR "/data/example-server/system_tree.py", tree});
+  if (made.status != 0) throw std::runtime_error("cannot make the example server's tree: " + made.err);
+  run({"collect", "--quiet", "--lspci", example_lspci(), "--smbios", example_smbios(), "--sysfs", tree});
 }
 
 std::string example_lspci() {

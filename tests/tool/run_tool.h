@@ -61,10 +61,18 @@ class Workplace {
 
   Outcome tool(const Words& arguments, const Setting& setting = {}) const;
 
+  // Makes an inventory with nothing in it: commands that only read make none.
+  void create_inventory() const;
+
   // Fills the inventory with the example server.
   void collect_example() const;
 
+  // The same as its running system shows it, which tells of ports, drives and firmware.
+  void collect_example_system() const;
+
  private:
+  void run(const Words& arguments) const;
+
   TemporaryFolder folder_;
 };
 

@@ -11,7 +11,7 @@
 #include "controller/database_client.h"
 #include "support/parsing_marker.h"
 #include "tool/listing_case.h"
-#include "tool/run_tool.h"
+#include "tool/rows.h"
 
 namespace zymdb::test {
 
@@ -24,6 +24,13 @@ class Settings : public testing::Test {
   _zym_db_handle_t* open_inventory() {
     setenv("ZYMDB_INVENTORY", workplace_.inventory().c_str(), 1);
     return get_dmdb_handle();
+  }
+
+  // The function without any settings.
+  void given_function() {
+    insert_row(
+        workplace_, "PCIs",
+        {{"FunKey", kFunctionKey}, {"SegNo", 0u}, {"BusNo", 0x3bu}, {"DeviceNo", 0u}, {"FunctionNo", 0u}});
   }
 
   Outcome import(const std::string& content) {
@@ -60,6 +67,11 @@ class Settings : public testing::Test {
     }
     return lines;
   }
+  void expect_no_settings() {
+    const auto outcome = list({"--no-headings"});
+    EXPECT_EQ(outcome.status, 0) << outcome;
+    EXPECT_THAT(outcome.out, testing::IsEmpty());
+  }
   std::vector<std::string> pending() {
     return table({"settings", "pending", "--no-headings", "--columns", "SETTING,CURRENT,PENDING,ACCEPTED"});
   }
@@ -78,8 +90,7 @@ inline void expect_failure(const Outcome& outcome, int status, const std::string
 // Every field has a value.
 inline std::string whole_setting() {
   Json setting;
-  for (const auto& field : declared_fields({"settings", "zymdb_pci_settings.h", "ZYMDB_PCI_Config_Setting"}))
-    setting[field] = "a " + field;
+  for (const auto& field : declared_fields(listing("settings"))) setting[field] = "a " + field;
   unsigned number = 100;
   for (const char* field : {"Type", "Flags", "Minim", "Maxim", "Step", "Mins", "Maxs"})
     setting[field] = ++number;

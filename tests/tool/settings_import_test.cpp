@@ -16,6 +16,7 @@ class InterruptedImport : public Settings, public testing::WithParamInterface<co
 TEST_P(InterruptedImport, TakesTheMarkerAwayAndStoresNothing) {
   const auto file = workplace_.path("settings.json").string();
   write_file(file, "[" + whole_setting() + "]");
+  given_function();
   auto* const handle = open_inventory();
   ASSERT_EQ(zym_db_begin(handle), 0);
   const auto outcome = run_program(
@@ -32,7 +33,7 @@ TEST_P(InterruptedImport, TakesTheMarkerAwayAndStoresNothing) {
   const std::map<std::string, int> numbers = {{"INT", SIGINT}, {"TERM", SIGTERM}, {"HUP", SIGHUP}};
   EXPECT_EQ(outcome.out, std::to_string(128 + numbers.at(GetParam())) + "\n") << outcome;
   EXPECT_FALSE(marker_.is_set());
-  EXPECT_THAT(list({"--no-headings"}).out, IsEmpty());
+  expect_no_settings();
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, InterruptedImport, testing::Values("INT", "TERM", "HUP"),
@@ -67,6 +68,9 @@ const WrongFile kWrongFiles[] = {
     {"ArrayOfNulls", "[null]", ", line 1: an object is expected"},
     {"ArrayOfArrays", "[\n[]]", ", line 2: an array is not expected here"},
     {"UnknownKey", with("\"Colour\": 1"), ", line 4: Colour: no such key"},
+    {"NumberBehindWhatIsDerived", "[{\"SettingID\": \"A\", \"PfaKey\": 1, \"Function\": \"\"}, 7]",
+     ", line 1: an object is expected"},
+    {"ArrayForWhatIsDerived", with("\"Function\": []"), ", line 4: Function: an array is not expected here"},
     {"KeyInAnotherCase", with("\"flags\": 1"), ", line 4: flags: no such key"},
     {"KeyTwice", with("\"Flags\": 1, \"Type\": 1,\n\"Flags\": 1"), ", line 5: Flags: is given twice"},
     {"TextForANumber", with("\"Flags\":\n\"1\""), ", line 4: Flags: a whole number from 0 on is expected"},
@@ -100,14 +104,20 @@ const WrongFile kWrongFiles[] = {
 
 // The setting before the mistake is not stored either.
 TEST_P(RefusedSettings, AreToldByLineAndKeyAndNotStored) {
+  given_function();
   const auto outcome = import(GetParam().content);
   expect_failure(outcome, 1, "settings.json" + GetParam().complaint);
   EXPECT_THAT(outcome.out, IsEmpty());
-  EXPECT_THAT(list({"--no-headings"}).out, IsEmpty());
+  expect_no_settings();
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, RefusedSettings, testing::ValuesIn(kWrongFiles),
                          [](const auto& file) { return std::string(file.param.name); });
+
+TEST_F(Settings, OfARefusedFileMakeNoInventory) {
+  EXPECT_EQ(import("{}").status, 1);
+  EXPECT_FALSE(exists(workplace_.inventory()));
+}
 
 TEST_F(Settings, OfAMissingFileAreToldByItsName) {
   expect_failure(workplace_.tool({"settings", "import", "/nowhere/settings.json"}), 1,

@@ -11,8 +11,11 @@ using testing::SizeIs;
 TEST_F(Settings, AreListedInTheShapeInWhichTheyAreImported) {
   given("[" + whole_setting() + "]");
   const auto listed = Json::parse(list({"--json"}).out);
-  EXPECT_EQ(listed.at("settings").size(), 1u);
-  EXPECT_EQ(listed.at("settings")[0].dump(), whole_setting());
+  ASSERT_EQ(listed.at("settings").size(), 1u);
+  auto setting = listed.at("settings")[0];
+  EXPECT_EQ(setting.at("Function"), "0000:3b:00.0");
+  setting.erase("Function");
+  EXPECT_EQ(setting.dump(), whole_setting());
   given(listed.at("settings").dump());
   EXPECT_EQ(Json::parse(list({"--json"}).out), listed);
 }
@@ -53,15 +56,16 @@ TEST_F(Settings, ImportedTwiceAreTheSame) {
 }
 
 TEST_F(Settings, OfAnEmptyArrayAreNone) {
+  given_function();
   EXPECT_EQ(import("[]").out, "0 settings stored\n");
-  EXPECT_EQ(list({"--json"}).out, "{\n  \"format_version\": 1,\n  \"settings\": []\n}\n");
+  EXPECT_EQ(list({"--json"}).out, "{\n  \"format_version\": 2,\n  \"settings\": []\n}\n");
 }
 
 TEST_F(Settings, AreListedByFunctionPrefixAndFlag) {
   given_three();
   EXPECT_THAT(table({"settings", "list", kFunction}),
               ElementsAre("SETTING NAME CURRENT PENDING TITLE", "Boot.1 None None", "Boot.2 Pxe None"));
-  for (const char* function : {"0000:3b:00.0", "3b:00", "0x3b0000", "3866624"})
+  for (const char* function : {"0000:3b:00.0", "0x3b0000", "0X3B0000", "3866624"})
     EXPECT_THAT(table({"settings", "list", function, "--columns", "SETTING", "--no-headings"}),
                 ElementsAre("Boot.1", "Boot.2"))
         << function;
@@ -75,7 +79,26 @@ TEST_F(Settings, AreListedByFunctionPrefixAndFlag) {
 
 TEST_F(Settings, OfAFunctionWithoutAnyAreNone) {
   given_three();
-  EXPECT_THAT(lines_of(workplace_.tool({"settings", "list", "ff:1f.7"}).out), SizeIs(1));
+  insert_row(
+      workplace_, "PCIs",
+      {{"FunKey", 0xff1f07u}, {"SegNo", 0u}, {"BusNo", 0xffu}, {"DeviceNo", 0x1fu}, {"FunctionNo", 7u}});
+  const auto outcome = workplace_.tool({"settings", "list", "ff:1f.7"});
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  EXPECT_THAT(lines_of(outcome.out), SizeIs(1));
+}
+
+TEST_F(Settings, OfAllFunctionsAreListedByFunction) {
+  given_three();
+  EXPECT_THAT(table({"show", "settings", "--columns", "FUNCTION,SETTING,CURRENT", "--no-headings"}),
+              ElementsAre("0000:00:00.1 Speed.1 10G", "0000:3b:00.0 Boot.1 None", "0000:3b:00.0 Boot.2 Pxe"));
+  marker_.set();
+  expect_failure(workplace_.tool({"show", "settings"}), 1, "(/tmp/dp.ucmparsing exists)");
+}
+
+TEST_F(Settings, OfAFunctionThatIsNotThereAreAFailure) {
+  given_three();
+  expect_failure(workplace_.tool({"settings", "list", "ff:1f.7"}), 1,
+                 "there is no function 0000:ff:1f.7 in the inventory");
 }
 
 TEST_F(Settings, OfAnAdapterOfTheVendorWithoutSettingsAreNone) {
@@ -87,9 +110,7 @@ TEST_F(Settings, OfAnAdapterOfTheVendorWithoutSettingsAreNone) {
   EXPECT_EQ(zym_db_insert(handle, "PCIs", values, 0, nullptr), 0);
   zym_db_free_content_values(values);
   zym_db_close(handle);
-  const auto outcome = list({"--no-headings"});
-  EXPECT_EQ(outcome.status, 0) << outcome;
-  EXPECT_THAT(outcome.out, IsEmpty());
+  expect_no_settings();
 }
 
 TEST_F(Settings, GivenNewValuesArePendingAndAccepted) {
@@ -141,8 +162,10 @@ TEST_F(Settings, AreNotSetByWhatIsNoAssignment) {
 }
 
 TEST_F(Settings, AreNotListedByWhatIsNoFunctionOrPrefix) {
-  for (const char* function : {"eth0", "", "3b:00.8", "100:3b:00.0", "4294967296", "0x"})
-    expect_failure(workplace_.tool({"settings", "list", function}), 2, "neither a PCI address nor");
+  given_three();
+  for (const char* function : {"eth0", "", "3b:00", "3b0000", "3b:00.8", "100:3b:00.0", "4294967296", "0x"})
+    expect_failure(workplace_.tool({"settings", "list", function}), 2,
+                   "'" + std::string(function) + "' is neither an address like 0000:3b:00.0 nor a key");
   expect_failure(list({"--prefix", "it's"}), 2, "a quote cannot be asked for");
   expect_failure(list({"--prefix", std::string(87, 'p')}), 2, "longer than 86 bytes");
   EXPECT_EQ(list({"--prefix", std::string(86, 'p')}).status, 0);

@@ -94,6 +94,7 @@ const Words kPrinting[] = {{"show", "functions"}, {"show", "functions", "--json"
 
 TEST(Output, AFullDiskIsAFailure) {
   const Workplace workplace;
+  workplace.create_inventory();
   const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
   ASSERT_GE(full, 0);
   for (const auto& command : kPrinting) {
@@ -106,6 +107,7 @@ TEST(Output, AFullDiskIsAFailure) {
 
 TEST(Output, AClosedStandardOutputIsAFailure) {
   const Workplace workplace;
+  workplace.create_inventory();
   for (const auto& command : kPrinting) {
     const auto outcome = workplace.tool(command, printing_to(Stream::closed()));
     EXPECT_EQ(outcome.status, 1);
@@ -115,6 +117,7 @@ TEST(Output, AClosedStandardOutputIsAFailure) {
 
 TEST(Output, AReaderThatHasGoneEndsTheCommandQuietly) {
   const Workplace workplace;
+  workplace.create_inventory();
   for (const auto& command : kPrinting) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);

@@ -149,7 +149,10 @@ void add_progress(CLI::App& retimer) {
   auto& command = *retimer.add_subcommand("progress", "Follow the update of the retimer in a slot");
   command.footer(kFooter);
   const auto options = std::make_shared<ProgressOptions>();
-  command.add_option("SLOT", options->slot, "Number of the retimer's slot")->type_name("")->required();
+  command.add_option("SLOT", options->slot, "Number of the retimer's slot")
+      ->check(whole_number(0, UINT32_MAX))
+      ->type_name("")
+      ->required();
   command.add_flag("--once", options->once, "Print how far it is, and do not follow");
   command.callback([options] { follow(*options); });
 }

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "commands/settings.h"
+#include "common/client_extensions.h"
 #include "controller/database_client.h"
 #include "records/pci_settings.h"
 #include "show/inventory.h"
@@ -99,6 +100,8 @@ std::vector<Entry> parse_all(const std::vector<std::string>& assignments) {
 void save(const std::vector<std::string>& assignments) {
   auto entries = parse_all(assignments);
   open_inventory(Opening::kExisting);
+  // The BIOS configuration manager keeps what it accepts in the property database, and makes that at need.
+  allow_creation(true);
   records::require_settled_settings();
   const int status = zymdb_save_pci_configSet_list(entries.data(), static_cast<unsigned>(entries.size()));
   if (status == ZYMDB_PCI_SETTING_ID_NOEXIT) fail_for_unknown(entries);

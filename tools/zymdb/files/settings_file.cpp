@@ -71,6 +71,13 @@ size_t index_of_field(const std::string& name) {
 const size_t kIdField = index_of_field("SettingID");
 const size_t kFunctionField = index_of_field("PfaKey");
 
+// Keys that the listing prints beside the fields, so that its array is taken back as it is.
+bool is_derived(const std::string& name) {
+  static const records::RecordType type = records::settings();
+  return std::ranges::any_of(type.fields,
+                             [&](const auto& field) { return field.is_derived && name == field.key; });
+}
+
 // What keeps a text from being stored as it is, or nothing. Statements hold texts between double quotes.
 std::string objection_to(const std::string& text, const SettingField& field) {
   if (text.size() >= field.size) return "longer than " + std::to_string(field.size - 1) + " bytes";
@@ -106,6 +113,8 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   bool key(std::string& name) override {
     key_ = name;
     key_line_ = position_.line();
+    is_passed_over_ = is_derived(name);
+    if (is_passed_over_) return true;
     field_ = index_of_field(name);
     if (field_ == kFieldCount) refuse("no such key");
     if (given_.test(field_)) refuse("is given twice");
@@ -117,25 +126,29 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
     --depth_;
     for (const size_t required : {kIdField, kFunctionField}) require(required);
     key_.clear();
+    is_passed_over_ = false;
     return true;
   }
 
   bool null() override {
+    if (is_passed_over_) return true;
     require_value(SettingType::kText);
     if (field_ == kIdField) remember_id({});
     return true;
   }
-  bool boolean(bool) override { return refuse_type(); }
-  bool number_float(double, const std::string&) override { return refuse_type(); }
+  bool boolean(bool) override { return is_passed_over_ || refuse_type(); }
+  bool number_float(double, const std::string&) override { return is_passed_over_ || refuse_type(); }
   bool binary(nlohmann::json::binary_t&) override { return refuse_type(); }
 
   bool number_integer(int64_t number) override {
+    if (is_passed_over_) return true;
     require_value(SettingType::kSigned);
     if (number < std::numeric_limits<int32_t>::min()) refuse("the number is too small");
     store(static_cast<int32_t>(number));
     return true;
   }
   bool number_unsigned(uint64_t number) override {
+    if (is_passed_over_) return true;
     if (depth_ != 2 || type() == SettingType::kText) return refuse_type();
     const bool is_signed = type() == SettingType::kSigned;
     if (number > (is_signed ? uint64_t{INT32_MAX} : uint64_t{UINT32_MAX})) refuse("the number is too large");
@@ -144,6 +157,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   }
 
   bool string(std::string& text) override {
+    if (is_passed_over_) return true;
     require_value(SettingType::kText);
     const auto& field = kSettingFields[field_];
     if (const auto objection = objection_to(text, field); !objection.empty()) refuse(objection);
@@ -209,6 +223,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   std::string key_;                      // the last one
   size_t key_line_ = 0;
   size_t field_ = 0;
+  bool is_passed_over_ = false;  // the last key's value
 };
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "common/text.h"
 #include "records/reading.h"
 #include "records/text.h"
 #include "terminal/failure.h"
@@ -48,7 +47,7 @@ uint32_t find_adapter(const std::string& text) {
   const int status = zymdb_get_pci_adapter_list(&list);
   const auto adapters = records::take_array(list.adapters, list.count);
   reading.require(status);
-  const auto key = leading_number(text);
+  const auto key = parse_key(text);
   const auto found = std::ranges::find_if(adapters, [&](const _ZYMDB_PCI_Adapter& adapter) {
     return adapter.PCIKey == key ||
            (adapter.Location != 0 && records::place_text(adapter.Location, adapter.SlotNo) == text);

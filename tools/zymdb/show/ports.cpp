@@ -5,12 +5,21 @@
 #include "show/functions.h"
 
 namespace zymdb::tool {
+namespace {
+
+// A script's variable that is not set must not stand for all adapters.
+std::string objection_to_adapter(const std::string& text) {
+  return text.empty() ? "an empty name names no adapter" : "";
+}
+
+}  // namespace
 
 void add_port_options(CLI::App& command, PortSelection& selection) {
   auto& function = add_function_option(command, selection.function, "Only of this function");
   command
       .add_option("--adapter", selection.adapter, "Only of this adapter: PCI key or place, as in \"slot 3\"")
       ->type_name("ADAPTER")
+      ->check(CLI::Validator(objection_to_adapter, ""))
       ->excludes(&function);
 }
 

@@ -10,18 +10,25 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// Letters to change, add or leave out to make one word of another.
+bool same_letter(char one, char other) {
+  return std::tolower(static_cast<unsigned char>(one)) == std::tolower(static_cast<unsigned char>(other));
+}
+
+// Letters to change, add, leave out or swap with their neighbour to make one word of another.
 size_t distance(const std::string& from, const std::string& to) {
-  std::vector<size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), size_t{0});
-  for (size_t i = 0; i < from.size(); ++i) {
-    size_t diagonal = std::exchange(row[0], i + 1);
-    for (size_t j = 0; j < to.size(); ++j) {
-      const size_t replaced = diagonal + (std::tolower(from[i]) == std::tolower(to[j]) ? 0 : 1);
-      diagonal = std::exchange(row[j + 1], std::min({replaced, row[j] + 1, row[j + 1] + 1}));
+  std::vector<std::vector<size_t>> least(from.size() + 1, std::vector<size_t>(to.size() + 1));
+  std::iota(least[0].begin(), least[0].end(), size_t{0});
+  for (size_t i = 1; i <= from.size(); ++i) {
+    least[i][0] = i;
+    for (size_t j = 1; j <= to.size(); ++j) {
+      const size_t changed = least[i - 1][j - 1] + (same_letter(from[i - 1], to[j - 1]) ? 0 : 1);
+      least[i][j] = std::min({changed, least[i - 1][j] + 1, least[i][j - 1] + 1});
+      const bool is_swap =
+          i > 1 && j > 1 && same_letter(from[i - 1], to[j - 2]) && same_letter(from[i - 2], to[j - 1]);
+      if (is_swap) least[i][j] = std::min(least[i][j], least[i - 2][j - 2] + 1);
     }
   }
-  return row.back();
+  return least.back().back();
 }
 
 // A third of the letters may be wrong, and a word of two letters still has one.
@@ -60,7 +67,7 @@ Words options_of(const std::vector<const CLI::App*>& path) {
 
 std::string explain_word(const std::vector<const CLI::App*>& path, const std::string& word) {
   if (word.starts_with('-')) {
-    const auto meant = closest(word, options_of(path));
+    const auto meant = closest(word.substr(0, word.find('=')), options_of(path));
     return "unknown option '" + word + "'" + (meant ? "; did you mean '" + *meant + "'?" : "");
   }
   const auto commands = commands_of(*path.back());
@@ -78,14 +85,24 @@ std::string joined(const Words& words) {
   return CLI::detail::join(words, ", ");
 }
 
+std::string all_of(const Words& words) {
+  return (words.size() == 1 ? "there is " : "there are ") + joined(words);
+}
+
+std::string between_brackets(const std::string& text) {
+  const auto first = text.find('[') + 1;
+  return text.substr(first, text.rfind(']') - first);
+}
+
 // What the parser says, in the words of the other messages.
 std::string in_our_words(const std::vector<const CLI::App*>& path, std::string text) {
-  if (text == "A subcommand is required")
-    return "a command is missing; there are " + joined(commands_of(*path.back()));
+  if (text == "A subcommand is required") return "a command is missing; " + all_of(commands_of(*path.back()));
   if (cut_end(text, " is required")) return text + " is missing";
   if (cut_end(text, " missing")) return text.substr(0, text.find(':')) + ": its value is missing";
   if (const auto at = text.find(" excludes "); at != std::string::npos)
     return text.substr(0, at) + " and " + text.substr(at + 10) + " do not go together";
+  if (text.starts_with("Requires at most 1 option"))
+    return "only one can be given of " + joined(CLI::detail::split(between_brackets(text), ','));
   if (text.starts_with("Could not convert: ")) return text.substr(19) + " is no number that it takes";
   return text;
 }
@@ -114,8 +131,7 @@ CLI::Validator one_of(const Words& words) {
 
 std::string unknown_word(const std::string& kind, const std::string& word, const Words& known) {
   const auto meant = closest(word, known);
-  return "unknown " + kind + " '" + word + "'; " +
-         (meant ? "did you mean '" + *meant + "'?" : "there are " + joined(known));
+  return "unknown " + kind + " '" + word + "'; " + (meant ? "did you mean '" + *meant + "'?" : all_of(known));
 }
 
 std::string explain(const CLI::App& app, const CLI::ParseError& error) {

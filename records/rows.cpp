@@ -1,0 +1,32 @@
+#include "records/rows.h"
+
+#include "zymdb_db.h"
+
+namespace zymdb::records {
+
+Rows::Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
+           std::initializer_list<const char*> columns) {
+  zym_db_result_t* result = nullptr;
+  const int status = zym_db_query(handle, table, columns.begin(), static_cast<int>(columns.size()), nullptr,
+                                  nullptr, 0, 0, &result);
+  result_.reset(result);
+  reading.require(status);
+}
+
+bool Rows::step() {
+  return result_ != nullptr && zym_db_result_step(result_.get()) == ZYM_DB_STATUS_ROW;
+}
+
+std::string Rows::text(const char* column) {
+  char text[1025] = "";
+  extract_str_column_from_result(result_.get(), column, text, sizeof text);
+  return text;
+}
+
+uint32_t Rows::number(const char* column) {
+  uint32_t number = 0;
+  extract_uint_column_from_result(result_.get(), column, &number);
+  return number;
+}
+
+}  // namespace zymdb::records

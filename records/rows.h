@@ -1,0 +1,32 @@
+// The rows of a table that no operation of the library lists as they are.
+#ifndef ZYMDB_RECORDS_ROWS_H
+#define ZYMDB_RECORDS_ROWS_H
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+
+#include "records/reading.h"
+
+namespace zymdb::records {
+
+class Rows {
+ public:
+  // Throws DatabaseError unless the table can be read.
+  Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
+       std::initializer_list<const char*> columns);
+
+  // Whether there is another row, which the following reads are about.
+  bool step();
+
+  // Empty and 0 for a NULL.
+  std::string text(const char* column);
+  uint32_t number(const char* column);
+
+ private:
+  ResultPtr result_;
+};
+
+}  // namespace zymdb::records
+
+#endif

@@ -1,0 +1,109 @@
+// What nobody knows is no value, in every record: never a 0, a 255 or the word "Unknown".
+#include <gtest/gtest.h>
+
+#include "records/cpu_mem.h"
+#include "records/network.h"
+#include "records/pci.h"
+#include "records/storage.h"
+#include "support/inventory.h"
+
+namespace zymdb::records {
+namespace {
+
+class UnknownValues : public InventoryTest {
+ protected:
+  static Value value(const RecordType& type, const char* field, size_t row = 0) {
+    return type.list({find_field(type, field).value()}).rows.at(row).at(0).value;
+  }
+  static void expect_unknown(const RecordType& type, std::initializer_list<const char*> fields) {
+    for (const char* field : fields) EXPECT_EQ(value(type, field), Value()) << field;
+  }
+  static RecordType functions() { return records::functions(std::make_shared<std::string>(kPciIdsFile)); }
+};
+
+TEST_F(UnknownValues, OfAnEmptySocketAreItsSpeedsAndCores) {
+  given("Processor",
+        {{"Status", 0x01}, {"MaxSpeed", 4000}, {"CurSpeed", 2000}, {"CoreCount", 8}, {"ThreadCount", 16}});
+  expect_unknown(processors(), {"MaxSpeed", "CurSpeed", "CoreCount", "CoreEnabled", "ThreadCount"});
+  EXPECT_EQ(value(processors(), "State"), Value("empty"));
+}
+
+TEST_F(UnknownValues, OfAProcessorAreSpeedsAndCoresOfZero) {
+  given("Processor",
+        {{"Status", 0x41}, {"MaxSpeed", 0}, {"CurSpeed", 0}, {"CoreCount", 0}, {"ThreadCount", 0}});
+  expect_unknown(processors(), {"MaxSpeed", "CurSpeed", "CoreCount", "ThreadCount"});
+}
+
+TEST_F(UnknownValues, OfAnEmptyMemoryPositionAreItsSpeeds) {
+  given("Memory", {{"SlotNo", 1}, {"MemSize", 0}, {"MaxSpeed", 0}, {"ClockSpeed", 0}});
+  expect_unknown(memory_modules(), {"MaxSpeed", "ClockSpeed", "MemTypeName", "Health"});
+  EXPECT_EQ(value(memory_modules(), "MemSize"), Value(uint64_t{0}));
+  EXPECT_EQ(value(memory_modules(), "Size"), Value("empty"));
+}
+
+TEST_F(UnknownValues, OfAMemoryModuleAreTheOnesThatItDoesNotReport) {
+  given("Memory", {{"InfoMask", 0}, {"RemainingLife", 0}, {"HealthStatus", 0}, {"SecurityState", 0}});
+  given("Memory", {{"InfoMask", 1}, {"RemainingLife", 0}, {"HealthStatus", 0}, {"SecurityState", 0}});
+  const auto type = memory_modules();
+  expect_unknown(type, {"RemainingLife", "HealthStatus", "Health", "SecurityState", "Security"});
+  EXPECT_EQ(value(type, "RemainingLife", 1), Value(uint64_t{0}));
+  EXPECT_EQ(value(type, "Health", 1), Value("Normal"));
+}
+
+// The library gives such a link four lanes of sixteen.
+TEST_F(UnknownValues, OfAFunctionIsALinkThatNobodyHasSeen) {
+  given("PCIs", {{"FunKey", 0x010000}, {"SegNo", 0}, {"BusNo", 1}, {"DeviceNo", 0}, {"FunctionNo", 0}});
+  expect_unknown(functions(), {"LanesInUse", "MaxLanes", "PCIeType", "MaxPCIeType", "Link", "LinkState"});
+  expect_unknown(functions(), {"BridgeId", "Bridge", "SubVendorId", "SubDeviceId", "SubsystemId"});
+}
+
+TEST_F(UnknownValues, OfAnAdapterAreItsPackagesAndItsConnector) {
+  given("PCIs", {{"FunKey", 0x010000},
+                 {"DevKey", 1},
+                 {"SegNo", 0},
+                 {"BusNo", 1},
+                 {"DeviceNo", 0},
+                 {"FunctionNo", 0},
+                 {"NodeIndex", 0},
+                 {"Location", 1},
+                 {"SlotNo", 1}});
+  given("PCIAdapter", {{"PCIFuncKey", 0x010000},
+                       {"PCIKey", 1},
+                       {"NodeNo", 0},
+                       {"Location", 1},
+                       {"SlotNo", 1},
+                       {"CardName", "a card"},
+                       {"AIMSupported", 0},
+                       {"HealthStatus", 0}});
+  expect_unknown(adapters(), {"PackageID1", "PackageID2", "ConnectorTypeName"});
+  EXPECT_EQ(value(adapters(), "Address"), Value("0000:01:00.0"));
+}
+
+TEST_F(UnknownValues, OfAPortAreItsConnectorAndTheSpeedOfNoLink) {
+  given("PCIs", {{"FunKey", 0x010000}, {"SegNo", 0}, {"BusNo", 1}, {"DeviceNo", 0}, {"FunctionNo", 0}});
+  given("PCINetwork", {{"PCIFuncKey", 0x010000}, {"NumberofPhysicalPorts", 1}});
+  given("PCIPhysicalPort", {{"PCIFuncKey", 0x010000}, {"Idx", 0}});
+  given("PCIPhysicalPortStat", {{"PCIFuncKey", 0x010000}, {"Idx", 0}, {"LinkStatus", 0}, {"LinkSpeed", 0}});
+  expect_unknown(physical_ports(),
+                 {"ConnectorLayoutName", "PermanentAddress", "LinkStatus", "LinkSpeed", "LinkSpeedText"});
+  EXPECT_EQ(value(physical_ports(), "Link"), Value("unknown"));
+}
+
+TEST_F(UnknownValues, OfADriveAreItsOwnWithoutHealthData) {
+  given("AimDisks", {{"LocationId", 2}, {"BayNo", 5}, {"DriveTypeId", 1}, {"Presence", 1}, {"InfoMask", 0}});
+  expect_unknown(drives(), {"Temperature", "RemainLife", "Warning", "SFlags", "PCIFuncKey", "Function"});
+}
+
+TEST_F(UnknownValues, OfADriveAreNotTheOnesThatItReports) {
+  given("AimDisks", {{"LocationId", 2},
+                     {"BayNo", 5},
+                     {"DriveTypeId", 1},
+                     {"Presence", 1},
+                     {"InfoMask", 15},
+                     {"Temperature", 0}});
+  for (const char* field : {"Temperature", "RemainLife", "Warning", "SFlags"})
+    EXPECT_EQ(value(drives(), field), Value(uint64_t{0})) << field;
+}
+
+}  // namespace
+}  // namespace zymdb::records
