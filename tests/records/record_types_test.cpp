@@ -11,6 +11,7 @@
 #include "records/pci.h"
 #include "records/pci_settings.h"
 #include "records/storage.h"
+#include "records/system.h"
 #include "support/inventory.h"
 #include "support/parsing_marker.h"
 
@@ -20,7 +21,8 @@ namespace {
 using testing::HasSubstr;
 
 std::vector<RecordType> stored_types() {
-  return {processors(),
+  return {system(),
+          processors(),
           memory_modules(),
           adapters(),
           functions(std::make_shared<std::string>(kPciIdsFile)),

@@ -31,8 +31,9 @@ const ListingCase& listing(const std::string& name) {
 }
 
 std::vector<std::string> declared_fields(const ListingCase& listing) {
-  const auto header = read_file(std::string(ZYMDB_SOURCE_DIR "/include/") + listing.header);
   std::vector<std::string> fields;
+  if (listing.header.empty()) return fields;
+  const auto header = read_file(std::string(ZYMDB_SOURCE_DIR "/include/") + listing.header);
   for (const auto& record : listing.records) add_declared_fields(header, record, fields);
   return fields;
 }

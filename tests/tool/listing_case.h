@@ -15,7 +15,7 @@ using Json = nlohmann::ordered_json;
 
 struct ListingCase {
   std::string name;
-  std::string header;  // the public header that declares the records
+  std::string header;  // the public header that declares the records; empty when none does
   std::vector<std::string> records;
   std::vector<std::string> derived;  // keys that no record has, in their order
 };
@@ -24,8 +24,13 @@ inline std::ostream& operator<<(std::ostream& stream, const ListingCase& listing
   return stream << listing.name;
 }
 
-// Every listing whose records a public header declares.
+// Every listing with a record for each row of a table.
 inline const ListingCase kListings[] = {
+    {"system",
+     "",
+     {},
+     {"Manufacturer", "Model", "Version", "SerialNo", "UUID", "SKU", "Family", "BoardManufacturer",
+      "BoardModel", "BoardVersion", "BoardSerialNo", "FirmwareVendor", "FirmwareVersion", "FirmwareDate"}},
     {"processors", "zymdb_cpu_mem.h", {"_ZYMDB_Processor"}, {"State", "VoltageText"}},
     {"memory",
      "zymdb_cpu_mem.h",
