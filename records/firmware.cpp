@@ -40,9 +40,8 @@ bool has_failed(const Device& device) {
 }
 
 Value update_state(const Device& device) {
-  constexpr uint32_t kPending = 2;
   std::string text = device.Updated == 0 ? "" : has_failed(device) ? "failed" : "succeeded";
-  if (device.Status == kPending) text += text.empty() ? "pending" : ", pending";
+  if (device.Status == ZYMDB_PLDM_UPDATE_PENDING) text += text.empty() ? "pending" : ", pending";
   return value_of(text);
 }
 

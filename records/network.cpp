@@ -33,8 +33,7 @@ Value speed(const Port& port) {
 }
 
 Attention status_attention(const PhysicalPort& port) {
-  constexpr uint32_t kUp = 1;
-  return port.LinkStatus == kUp ? Attention::kNone : Attention::kAbsent;
+  return port.LinkStatus == ZYMDB_LINK_UP ? Attention::kNone : Attention::kAbsent;
 }
 
 Value max_speed(const LogicalPort& port) {

@@ -2,15 +2,17 @@
 
 #include <cstdio>
 
+#include "zymdb_network.h"
+
 namespace zymdb::records {
 
 std::string place_text(unsigned location, unsigned number) {
   switch (location) {
-    case 0:
+    case ZYMDB_LOCATION_BOARD:
       return "on board";
-    case 1:
+    case ZYMDB_LOCATION_SLOT:
       return "slot " + std::to_string(number);
-    case 2:
+    case ZYMDB_LOCATION_BAY:
       return "bay " + std::to_string(number);
     default:
       return "location " + std::to_string(location) + " number " + std::to_string(number);
@@ -25,11 +27,11 @@ std::string id_text(unsigned vendor, unsigned device) {
 
 std::string link_status_text(uint32_t status) {
   switch (status) {
-    case 0:
+    case ZYMDB_LINK_UNKNOWN:
       return "unknown";
-    case 1:
+    case ZYMDB_LINK_UP:
       return "up";
-    case 2:
+    case ZYMDB_LINK_DOWN:
       return "down";
     default:
       return "state " + std::to_string(status);
