@@ -460,6 +460,18 @@ TEST_F(Version1Test, KeepsEveryColumnOfAnAdapter) {
       "1|2|3|4|5|6|7|8|9|10|a|b|11|12\n");
 }
 
+TEST_F(Version1Test, KeepsEveryColumnOfAnEmbeddedDevice) {
+  run_sql(
+      "INSERT INTO EmbeddedDeviceFirmware (_id, DeviceName, DeviceIndex, StructRev, Version, SoftwareID, "
+      "Class, "
+      "Category, SubCategory, Checksum) VALUES (1,'a',2,3,4,'b',5,6,7,8)");
+  { ASSERT_NE(open().session, nullptr); }
+  EXPECT_EQ(rows("SELECT _id, DeviceName, DeviceIndex, StructRev, Version, VersionString, SoftwareID, Class, "
+                 "Category, "
+                 "SubCategory, Checksum FROM EmbeddedDeviceFirmware"),
+            "1|a|2|3|4|NULL|b|5|6|7|8\n");
+}
+
 TEST_F(Version1Test, IsUpgradedOnceByProcessesThatOpenItTogether) {
   for (int round = 0; round < 10; ++round) {
     std::filesystem::remove(folder_.file("inventory.db"));
