@@ -83,6 +83,9 @@ class Columns {
   template <size_t N>
   requires(N <= kMaxColumns) constexpr Columns(const ColumnTable<Record, N>& table)
       : columns_(table.columns) {}
+  // A table that goes away is not looked at.
+  template <size_t N>
+  Columns(const ColumnTable<Record, N>&& table) = delete;
 
   constexpr std::span<const Column> all() const { return columns_; }
 
@@ -147,6 +150,8 @@ class WrittenColumns {
   template <size_t N>
   constexpr WrittenColumns(const WrittenTable<Record, N>& written)
       : columns_(written.table.columns), puts_(written.puts) {}
+  template <size_t N>
+  WrittenColumns(const WrittenTable<Record, N>&& written) = delete;
 
   constexpr std::span<const Column> all() const { return columns_; }
   constexpr Puts puts() const { return puts_; }

@@ -62,10 +62,15 @@ constexpr auto kPacked = columns_of<Packed>({ZYMDB_FIELD(Packed, byte), ZYMDB_FI
                                              ZYMDB_FIELD(Packed, number), ZYMDB_FIELD(Packed, difference),
                                              ZYMDB_COLUMN("t", Packed, text, 0), ZYMDB_FIELD(Packed, none)});
 
+constexpr auto kWide = written(kPacked, Puts::kWide);
+constexpr auto kWideOrNull = written(kPacked, Puts::kWideOrNull);
+constexpr auto kAsFields = written(kPacked, Puts::kAsFields);
+constexpr auto kInAnotherOrder = written(in_order(kPacked, {"none", "byte", "t"}), Puts::kWideOrNull);
+
 TEST_F(ValuesTest, ATableOfColumnsPutsARecord) {
   const Packed record{1, 2, UINT32_MAX, -4, "five", ""};
   Values values(get_dmdb_handle());
-  values.put_columns(written(kPacked, Puts::kWideOrNull), &record);
+  values.put_columns(kWideOrNull, &record);
   EXPECT_EQ(values.insert("T"), ZYM_DB_STATUS_OK);
   EXPECT_THAT(client().statements, ElementsAre("insert T {byte=uint:1, word=uint:2, number=uint:4294967295, "
                                                "difference=int:-4, t=text:five, none=null:}"));
@@ -74,9 +79,9 @@ TEST_F(ValuesTest, ATableOfColumnsPutsARecord) {
 TEST_F(ValuesTest, ATableSaysHowItsFieldsArePut) {
   const Packed record{1, 2, 3, -4, "five", ""};
   const std::pair<WrittenColumns<Packed>, const char*> cases[] = {
-      {written(kPacked, Puts::kWide),
+      {kWide,
        "insert T {byte=uint:1, word=uint:2, number=uint:3, difference=int:-4, t=text:five, none=text:}"},
-      {written(kPacked, Puts::kAsFields),
+      {kAsFields,
        "insert T {byte=uchar:1, word=short_uint:2, number=uint:3, difference=int:-4, t=text:five, "
        "none=text:}"},
       {{}, "insert T {}"}};
@@ -91,7 +96,7 @@ TEST_F(ValuesTest, ATableSaysHowItsFieldsArePut) {
 TEST_F(ValuesTest, ColumnsCanBePutInAnotherOrder) {
   const Packed record{1, 2, 3, 4, "five", "six"};
   Values values(get_dmdb_handle());
-  values.put_columns(written(in_order(kPacked, {"none", "byte", "t"}), Puts::kWideOrNull), &record);
+  values.put_columns(kInAnotherOrder, &record);
   EXPECT_EQ(values.insert("T"), ZYM_DB_STATUS_OK);
   EXPECT_THAT(client().statements, ElementsAre("insert T {none=text:six, byte=uint:1, t=text:five}"));
 }
