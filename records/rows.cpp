@@ -7,8 +7,9 @@ namespace zymdb::records {
 Rows::Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
            std::initializer_list<const char*> columns) {
   zym_db_result_t* result = nullptr;
-  const int status = zym_db_query(handle, table, columns.begin(), static_cast<int>(columns.size()), nullptr,
-                                  nullptr, 0, 0, &result);
+  const char* const* const names = columns.size() > 0 ? columns.begin() : nullptr;
+  const int status =
+      zym_db_query(handle, table, names, static_cast<int>(columns.size()), nullptr, nullptr, 0, 0, &result);
   result_.reset(result);
   reading.require(status);
 }

@@ -12,9 +12,9 @@ namespace zymdb::records {
 
 class Rows {
  public:
-  // Throws DatabaseError unless the table can be read.
+  // Without names all columns. Throws DatabaseError unless the table can be read.
   Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
-       std::initializer_list<const char*> columns);
+       std::initializer_list<const char*> columns = {});
 
   // Whether there is another row, which the following reads are about.
   bool step();

@@ -1,6 +1,6 @@
 #include "records/system.h"
 
-#include "records/reading.h"
+#include "records/rows.h"
 
 namespace zymdb::records {
 namespace {
@@ -22,30 +22,27 @@ struct System {
   std::string FirmwareDate;
 };
 
-// The column of a field, which bears its name.
+// Which column fills which text.
 struct Column {
   const char* name;
-  std::string System::*field;
+  std::string System::*text;
 };
-#define ZYMDB_SYSTEM_COLUMN(NAME) \
-  { #NAME, &System::NAME }
 constexpr Column kColumns[] = {
-    ZYMDB_SYSTEM_COLUMN(Manufacturer),
-    ZYMDB_SYSTEM_COLUMN(Model),
-    ZYMDB_SYSTEM_COLUMN(Version),
-    ZYMDB_SYSTEM_COLUMN(SerialNo),
-    ZYMDB_SYSTEM_COLUMN(UUID),
-    ZYMDB_SYSTEM_COLUMN(SKU),
-    ZYMDB_SYSTEM_COLUMN(Family),
-    ZYMDB_SYSTEM_COLUMN(BoardManufacturer),
-    ZYMDB_SYSTEM_COLUMN(BoardModel),
-    ZYMDB_SYSTEM_COLUMN(BoardVersion),
-    ZYMDB_SYSTEM_COLUMN(BoardSerialNo),
-    ZYMDB_SYSTEM_COLUMN(FirmwareVendor),
-    ZYMDB_SYSTEM_COLUMN(FirmwareVersion),
-    ZYMDB_SYSTEM_COLUMN(FirmwareDate),
+    {"Manufacturer", &System::Manufacturer},
+    {"Model", &System::Model},
+    {"Version", &System::Version},
+    {"SerialNo", &System::SerialNo},
+    {"UUID", &System::UUID},
+    {"SKU", &System::SKU},
+    {"Family", &System::Family},
+    {"BoardManufacturer", &System::BoardManufacturer},
+    {"BoardModel", &System::BoardModel},
+    {"BoardVersion", &System::BoardVersion},
+    {"BoardSerialNo", &System::BoardSerialNo},
+    {"FirmwareVendor", &System::FirmwareVendor},
+    {"FirmwareVersion", &System::FirmwareVersion},
+    {"FirmwareDate", &System::FirmwareDate},
 };
-#undef ZYMDB_SYSTEM_COLUMN
 
 constexpr Field<System> kFields[] = {
     ZYMDB_RECORD_FIELD(System, Manufacturer, "MANUFACTURER", "manufacturer").shown(),
@@ -63,31 +60,17 @@ constexpr Field<System> kFields[] = {
     ZYMDB_RECORD_FIELD(System, FirmwareVersion, "FIRMWARE", "version of the system's firmware").shown(),
     ZYMDB_RECORD_FIELD(System, FirmwareDate, "FIRMWAREDATE", "release date of the system's firmware").shown(),
 };
-static_assert(std::size(kFields) == std::size(kColumns));
-
-System read_system(zym_db_result_t* row) {
+System read_system(Rows& rows) {
   System system;
-  int column = 0;
-  for (const auto& [name, field] : kColumns) {
-    char text[257] = "";
-    zym_db_result_column_text(row, column++, text, sizeof text);
-    system.*field = text;
-  }
+  for (const auto& [name, text] : kColumns) system.*text = rows.text(name);
   return system;
 }
 
 std::vector<System> list_systems() {
   const Reading reading("system");
-  std::vector<const char*> names;
-  for (const auto& column : kColumns) names.push_back(column.name);
-  zym_db_result_t* raw = nullptr;
-  const int status = zym_db_query(get_dmdb_handle(), "System", names.data(), static_cast<int>(names.size()),
-                                  nullptr, nullptr, 0, 0, &raw);
-  const ResultPtr result(raw);
-  reading.require(status);
+  Rows rows(reading, get_dmdb_handle(), "System");
   std::vector<System> systems;
-  while (result != nullptr && zym_db_result_step(result.get()) == ZYM_DB_STATUS_ROW)
-    systems.push_back(read_system(result.get()));
+  while (rows.step()) systems.push_back(read_system(rows));
   reading.require_whole();
   return systems;
 }

@@ -5,6 +5,7 @@
 #include "records/network.h"
 #include "records/pci.h"
 #include "records/storage.h"
+#include "records/system.h"
 #include "support/inventory.h"
 
 namespace zymdb::records {
@@ -20,6 +21,12 @@ class UnknownValues : public InventoryTest {
   }
   static RecordType functions() { return records::functions(std::make_shared<std::string>(kPciIdsFile)); }
 };
+
+TEST_F(UnknownValues, OfTheMachineAreTheTextsThatNobodyGave) {
+  given("System", {{"Model", "ES-2240"}, {"SKU", ""}});
+  expect_unknown(system(), {"SKU", "SerialNo", "UUID"});
+  EXPECT_EQ(value(system(), "Model"), Value("ES-2240"));
+}
 
 TEST_F(UnknownValues, OfAnEmptySocketAreItsSpeedsAndCores) {
   given("Processor",
