@@ -3,10 +3,13 @@
 #include <array>
 #include <ctime>
 #include <map>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 #include "records/pci.h"
 #include "records/rows.h"
+#include "records/stored_rows.h"
 #include "records/text.h"
 
 namespace zymdb::records {
@@ -15,8 +18,8 @@ namespace {
 struct Component : _ZYMDB_PCI_Firmware {
   uint32_t PCIFuncKey = 0;
 };
-using Device = _ZYMDB_PLDM_Firmware;
-struct Embedded : _ZYMDB_Embedded_Firmware {
+using Device = Stored<_ZYMDB_PLDM_Firmware>;
+struct Embedded : Stored<_ZYMDB_Embedded_Firmware> {
   std::string version_text;  // as it was reported
 };
 using Event = _ZYMDB_DPU_Event;
@@ -32,6 +35,8 @@ Value version(const Embedded& device) {
 }
 
 Value device_place(const Device& device) {
+  const Value* const location = device.stored("Location");
+  if (location != nullptr && !is_known(*location)) return {};
   return place_text(device.Location, device.SlotNo);
 }
 
@@ -168,26 +173,69 @@ std::vector<Event> list_events(int slot) {
   return events;
 }
 
-using DeviceName = std::pair<std::string, uint32_t>;  // software id and index
+// Neither list tells the ids of its rows: what names a device there finds its row as well.
+using EmbeddedName = std::pair<std::string, uint32_t>;                     // software id and index
+using DeviceName = std::tuple<std::string, uint32_t, uint32_t, uint32_t>;  // software id, function and place
 
-std::map<DeviceName, std::string> reported_versions(const Reading& reading) {
-  std::map<DeviceName, std::string> versions;
-  Rows rows(reading, get_dmdb_handle(), "EmbeddedDeviceFirmware",
-            {"SoftwareID", "DeviceIndex", "VersionString"});
+// A software id as far as the record has room for it.
+template <class Record>
+std::string software_id(Rows& rows) {
+  return rows.text("SoftwareID").substr(0, sizeof(Record::SoftwareID) - 1);
+}
+
+StoredRow stored_row(Rows& rows, const std::vector<const char*>& columns) {
+  StoredRow row;
+  for (const char* column : columns) row[column] = rows.stored(column);
+  return row;
+}
+
+std::map<DeviceName, StoredRow> device_rows(const Reading& reading) {
+  const auto columns = number_columns(kDeviceFields);
+  std::map<DeviceName, StoredRow> found;
+  Rows rows(reading, get_dmdb_handle(), "PldmDeviceFirmware");
   while (rows.step())
-    versions.emplace(DeviceName(rows.text("SoftwareID"), rows.number("DeviceIndex")),
-                     rows.text("VersionString"));
+    found.emplace(DeviceName(software_id<Device>(rows), rows.number("PCIFuncKey"), rows.number("Location"),
+                             rows.number("SlotNo")),
+                  stored_row(rows, columns));
   reading.require_whole();
-  return versions;
+  return found;
+}
+
+std::vector<Device> list_devices(PldmReader read) {
+  const auto found = list_whole("PLDM devices", read);
+  const auto rows = device_rows(Reading("PLDM devices"));
+  std::vector<Device> devices;
+  for (const auto& device : found) {
+    const auto row = rows.find({device.SoftwareID, device.PCIFuncKey, device.Location, device.SlotNo});
+    devices.push_back({device, row != rows.end() ? row->second : StoredRow()});
+  }
+  return devices;
+}
+
+struct EmbeddedRow {
+  StoredRow numbers;
+  std::string version;
+};
+
+std::map<EmbeddedName, EmbeddedRow> embedded_rows(const Reading& reading) {
+  const auto columns = number_columns(kEmbeddedFields);
+  std::map<EmbeddedName, EmbeddedRow> found;
+  Rows rows(reading, get_dmdb_handle(), "EmbeddedDeviceFirmware");
+  while (rows.step())
+    found.emplace(EmbeddedName(software_id<Embedded>(rows), rows.number("DeviceIndex")),
+                  EmbeddedRow{stored_row(rows, columns), rows.text("VersionString")});
+  reading.require_whole();
+  return found;
 }
 
 std::vector<Embedded> list_embedded() {
   const auto found = list_whole("embedded devices", zymdb_get_embedded_firmware_list);
-  const auto versions = reported_versions(Reading("embedded devices"));
+  const auto rows = embedded_rows(Reading("embedded devices"));
   std::vector<Embedded> devices;
   for (const auto& device : found) {
-    const auto version = versions.find({device.SoftwareID, device.DeviceIndex});
-    devices.push_back({device, version != versions.end() ? version->second : std::string()});
+    const auto row = rows.find({device.SoftwareID, device.DeviceIndex});
+    const EmbeddedRow stored = row != rows.end() ? row->second : EmbeddedRow();
+    devices.push_back({{device, stored.numbers}, stored.version});
   }
   return devices;
 }
@@ -201,7 +249,7 @@ RecordType firmware_components() {
 
 RecordType pldm_devices(std::function<PldmReader()> which) {
   return describe<Device>("pldm", "Firmware of devices that are updated over PLDM", kDeviceFields,
-                          [which = std::move(which)] { return list_whole("PLDM devices", which()); });
+                          [which = std::move(which)] { return list_devices(which()); });
 }
 
 RecordType embedded_devices() {

@@ -24,6 +24,12 @@ std::string Rows::text(const char* column) {
   return text;
 }
 
+Value Rows::stored(const char* column) {
+  uint32_t number = 0;
+  const int status = extract_uint_column_from_result(result_.get(), column, &number);
+  return status == ZYM_DB_STATUS_OK ? Value(uint64_t{number}) : Value();
+}
+
 uint32_t Rows::number(const char* column) {
   uint32_t number = 0;
   extract_uint_column_from_result(result_.get(), column, &number);

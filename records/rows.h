@@ -7,6 +7,7 @@
 #include <string>
 
 #include "records/reading.h"
+#include "records/value.h"
 
 namespace zymdb::records {
 
@@ -22,6 +23,9 @@ class Rows {
   // Empty and 0 for a NULL.
   std::string text(const char* column);
   uint32_t number(const char* column);
+
+  // A number as it is stored: none for a NULL.
+  Value stored(const char* column);
 
  private:
   ResultPtr result_;

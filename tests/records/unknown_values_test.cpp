@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "records/cpu_mem.h"
+#include "records/firmware.h"
 #include "records/network.h"
 #include "records/pci.h"
 #include "records/storage.h"
@@ -26,6 +27,24 @@ TEST_F(UnknownValues, OfTheMachineAreTheTextsThatNobodyGave) {
   given("System", {{"Model", "ES-2240"}, {"SKU", ""}});
   expect_unknown(system(), {"SKU", "SerialNo", "UUID"});
   EXPECT_EQ(value(system(), "Model"), Value("ES-2240"));
+}
+
+TEST_F(UnknownValues, OfAnEmbeddedDeviceAreTheNumbersThatNobodyStored) {
+  given("EmbeddedDeviceFirmware", {{"SoftwareID", "0123456789ABCDEF"}, {"DeviceIndex", 0}, {"Class", 0}});
+  given("EmbeddedDeviceFirmware", {{"SoftwareID", "0123456789ABCDEF"}, {"DeviceIndex", 1}, {"Checksum", 0}});
+  expect_unknown(embedded_devices(), {"StructRev", "Version", "VersionString", "Category", "Checksum"});
+  EXPECT_EQ(value(embedded_devices(), "Class"), Value(uint64_t{0}));
+  EXPECT_EQ(value(embedded_devices(), "Checksum", 1), Value(uint64_t{0}));
+  EXPECT_EQ(value(embedded_devices(), "Class", 1), Value());
+}
+
+TEST_F(UnknownValues, OfAPldmDeviceAreTheNumbersThatNobodyStored) {
+  given("PldmDeviceFirmware", {{"SoftwareID", "01234567"}, {"Location", 0}, {"SlotNo", 0}});
+  given("PldmDeviceFirmware", {{"SoftwareID", "01234567"}, {"SlotNo", 1}, {"Status", 0}});
+  expect_unknown(pldm_devices(), {"DeviceType", "PCIKey", "PCIFuncKey", "UpdateMethod", "Status"});
+  EXPECT_EQ(value(pldm_devices(), "Place"), Value("on board"));
+  EXPECT_EQ(value(pldm_devices(), "Place", 1), Value());
+  EXPECT_EQ(value(pldm_devices(), "Status", 1), Value(uint64_t{0}));
 }
 
 TEST_F(UnknownValues, OfAnEmptySocketAreItsSpeedsAndCores) {
