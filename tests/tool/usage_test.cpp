@@ -28,7 +28,8 @@ const WrongUsage kWrongUsages[] = {
      "properties, "
      "vpd, drive-date, completion (try 'zymdb --help')\n"},
     {{"show"},
-     "a command is missing; there are system, processors, memory, adapters, gpus, backplanes, firmware, embedded, "
+     "a command is missing; there are system, processors, memory, adapters, gpus, backplanes, firmware, "
+     "embedded, "
      "settings, "
      "functions, ports, logical-ports, drives, pldm, cards (try 'zymdb show --help')\n"},
     {{"watch"}, "a command is missing; there is ports (try 'zymdb watch --help')\n"},
