@@ -183,10 +183,11 @@ std::string software_id(Rows& rows) {
   return rows.text("SoftwareID").substr(0, sizeof(Record::SoftwareID) - 1);
 }
 
-StoredRow stored_row(Rows& rows, const std::vector<const char*>& columns) {
-  StoredRow row;
-  for (const char* column : columns) row[column] = rows.stored(column);
-  return row;
+// Of two rows with one name neither is kept: whose is whose cannot be told.
+template <class Name, class Row>
+void keep_if_alone(std::map<Name, Row>& rows, Name name, Row row) {
+  const auto [at, is_new] = rows.emplace(std::move(name), std::move(row));
+  if (!is_new) at->second = {};
 }
 
 std::map<DeviceName, StoredRow> device_rows(const Reading& reading) {
@@ -194,7 +195,8 @@ std::map<DeviceName, StoredRow> device_rows(const Reading& reading) {
   std::map<DeviceName, StoredRow> found;
   Rows rows(reading, get_dmdb_handle(), "PldmDeviceFirmware");
   while (rows.step())
-    found.emplace(DeviceName(software_id<Device>(rows), rows.number("PCIFuncKey"), rows.number("Location"),
+    keep_if_alone(found,
+                  DeviceName(software_id<Device>(rows), rows.number("PCIFuncKey"), rows.number("Location"),
                              rows.number("SlotNo")),
                   stored_row(rows, columns));
   reading.require_whole();
@@ -222,7 +224,7 @@ std::map<EmbeddedName, EmbeddedRow> embedded_rows(const Reading& reading) {
   std::map<EmbeddedName, EmbeddedRow> found;
   Rows rows(reading, get_dmdb_handle(), "EmbeddedDeviceFirmware");
   while (rows.step())
-    found.emplace(EmbeddedName(software_id<Embedded>(rows), rows.number("DeviceIndex")),
+    keep_if_alone(found, EmbeddedName(software_id<Embedded>(rows), rows.number("DeviceIndex")),
                   EmbeddedRow{stored_row(rows, columns), rows.text("VersionString")});
   reading.require_whole();
   return found;

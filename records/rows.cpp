@@ -5,9 +5,9 @@
 namespace zymdb::records {
 
 Rows::Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
-           std::initializer_list<const char*> columns) {
+           const std::vector<const char*>& columns) {
   zym_db_result_t* result = nullptr;
-  const char* const* const names = columns.size() > 0 ? columns.begin() : nullptr;
+  const char* const* const names = columns.empty() ? nullptr : columns.data();
   const int status =
       zym_db_query(handle, table, names, static_cast<int>(columns.size()), nullptr, nullptr, 0, 0, &result);
   result_.reset(result);
@@ -25,9 +25,9 @@ std::string Rows::text(const char* column) {
 }
 
 Value Rows::stored(const char* column) {
-  uint32_t number = 0;
-  const int status = extract_uint_column_from_result(result_.get(), column, &number);
-  return status == ZYM_DB_STATUS_OK ? Value(uint64_t{number}) : Value();
+  uint64_t number = 0;
+  const int status = extract_uint64_column_from_result(result_.get(), column, &number);
+  return status == ZYM_DB_STATUS_OK ? Value(number) : Value();
 }
 
 uint32_t Rows::number(const char* column) {

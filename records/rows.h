@@ -3,8 +3,8 @@
 #define ZYMDB_RECORDS_ROWS_H
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "records/reading.h"
 #include "records/value.h"
@@ -15,7 +15,7 @@ class Rows {
  public:
   // Without names all columns. Throws DatabaseError unless the table can be read.
   Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
-       std::initializer_list<const char*> columns = {});
+       const std::vector<const char*>& columns = {});
 
   // Whether there is another row, which the following reads are about.
   bool step();
@@ -24,7 +24,7 @@ class Rows {
   std::string text(const char* column);
   uint32_t number(const char* column);
 
-  // A number as it is stored: none for a NULL.
+  // A number as it is stored, with all its bits: none for a NULL.
   Value stored(const char* column);
 
  private:

@@ -11,10 +11,14 @@
 
 #include "records/reading.h"
 #include "records/record.h"
+#include "records/rows.h"
 
 namespace zymdb::records {
 
 using StoredRow = std::map<std::string, Value, std::less<>>;
+
+// The named columns, all of numbers, of the row that is read.
+StoredRow stored_row(Rows& rows, const std::vector<const char*>& columns);
 
 // The named columns, all of numbers, of every row of a table, by the number in `key`. Rows without a key are
 // left out.

@@ -47,6 +47,21 @@ TEST_F(UnknownValues, OfAPldmDeviceAreTheNumbersThatNobodyStored) {
   EXPECT_EQ(value(pldm_devices(), "Status", 1), Value(uint64_t{0}));
 }
 
+// Whose row is whose cannot be told then: each shows what its own record has.
+TEST_F(UnknownValues, OfDevicesOfOneNameAreNotTakenFromEachOther) {
+  given("PldmDeviceFirmware", {{"SoftwareID", "01234567"}, {"SlotNo", 1}, {"Location", 1}, {"Status", 2}});
+  given("PldmDeviceFirmware", {{"SoftwareID", "01234567"}, {"SlotNo", 1}, {"Location", 1}, {"Status", 0}});
+  given("EmbeddedDeviceFirmware",
+        {{"SoftwareID", "BIOS"}, {"DeviceIndex", 0}, {"Version", 3}, {"VersionString", "3.0c"}});
+  given("EmbeddedDeviceFirmware",
+        {{"SoftwareID", "BIOS"}, {"DeviceIndex", 0}, {"Version", 4}, {"VersionString", "4.1"}});
+  EXPECT_EQ(value(pldm_devices(), "Status"), Value(uint64_t{2}));
+  EXPECT_EQ(value(pldm_devices(), "Status", 1), Value(uint64_t{0}));
+  EXPECT_EQ(value(embedded_devices(), "VersionString"), Value("3"));
+  EXPECT_EQ(value(embedded_devices(), "VersionString", 1), Value("4"));
+  EXPECT_EQ(value(embedded_devices(), "VERSIONNO", 1), Value(uint64_t{4}));
+}
+
 TEST_F(UnknownValues, OfAnEmptySocketAreItsSpeedsAndCores) {
   given("Processor",
         {{"Status", 0x01}, {"MaxSpeed", 4000}, {"CurSpeed", 2000}, {"CoreCount", 8}, {"ThreadCount", 16}});
