@@ -1,6 +1,6 @@
 -- The inventory of the host: every table and column that the library reads or writes.
 --
--- Version 2. Every row has an "_id". Numbers are INTEGER; where a collector reports a code as text, in decimal
+-- Version 3. Every row has an "_id". Numbers are INTEGER; where a collector reports a code as text, in decimal
 -- or with a "0x" prefix, the column is TEXT and readers convert it. No column is required and nothing is unique
 -- but "_id": a collector writes what it knows, and two writers that both find no row may both insert one.
 -- Indexes serve the filters of the operations; rows of one key come out in the order of "_id".
@@ -122,7 +122,9 @@ CREATE TABLE "PCIs" (
   "LanesInUse"       INTEGER,
   "MaxLanes"         INTEGER,
   "MaxPCIeType"      INTEGER,
-  "PCIeType"         INTEGER
+  "PCIeType"         INTEGER,
+  "Driver"           TEXT,     -- the kernel's; our own column, as the next
+  "IOMMUGroup"       INTEGER
 );
 CREATE INDEX "PCIsByFunKey" ON "PCIs" ("FunKey");
 CREATE INDEX "PCIsByDevKey" ON "PCIs" ("DevKey");
@@ -264,7 +266,8 @@ CREATE TABLE "PCIPhysicalPort" (
   "Idx"                  INTEGER,
   "ConnectorLayout"      TEXT,  -- number in text
   "NumberofLogicalPorts" INTEGER,
-  "PermanentAddress"     TEXT
+  "PermanentAddress"     TEXT,
+  "InterfaceName"        TEXT   -- the operating system's; our own column
 );
 CREATE INDEX "PCIPhysicalPortByPCIFuncKey" ON "PCIPhysicalPort" ("PCIFuncKey");
 
@@ -476,5 +479,9 @@ CREATE TABLE "System" (
   "BoardSerialNo"     TEXT,
   "FirmwareVendor"    TEXT,
   "FirmwareVersion"   TEXT,
-  "FirmwareDate"      TEXT
+  "FirmwareDate"      TEXT,
+  "HostName"          TEXT,
+  "CollectedAt"       INTEGER,  -- seconds since 1970: when a collection last changed anything
+  "CollectedBy"       TEXT,     -- the version that did
+  "CollectedFrom"     TEXT      -- and its sources
 );

@@ -5,11 +5,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "client/engine/sqlite/connection.h"
 #include "client/status.h"
@@ -140,7 +145,7 @@ TEST_F(OpeningTest, WhatIsNotOursIsRefusedAndLeftAsItWas) {
       {"PRAGMA user_version=1; CREATE TABLE x (y)", kStatusCorrupt, "not a database of this kind"},
       {"PRAGMA application_id=0x5A594D50; PRAGMA user_version=1", kStatusCorrupt,
        "not a database of this kind"},
-      {"PRAGMA application_id=0x5A594D49; PRAGMA user_version=3", 1, "version 3 is newer"},
+      {"PRAGMA application_id=0x5A594D49; PRAGMA user_version=4", 1, "version 4 is newer"},
       {"=short", kStatusCorrupt, "not a database"},
       {garbage.c_str(), kStatusCorrupt, "not a database"},
   };
@@ -395,20 +400,21 @@ TEST_F(ReplacedOpeningTest, EndsSomeTimeAndKnowsThatItsFileIsGone) {
   EXPECT_STREQ(connection_.state(Look::kAtTimes).why, sqlite::kReplaced);
 }
 
-// The frozen schema of version 1: whatever the current version becomes, such a file still opens, and is then
-// the same as a new one.
-class Version1Test : public UpgradeTest {
+// The frozen schemas of former versions: whatever the current version becomes, such a file still opens, and
+// is then the same as a new one.
+class FormerVersionTest : public UpgradeTest, public testing::WithParamInterface<int> {
  protected:
-  Version1Test() { make(); }
+  void SetUp() override { make(); }
 
   void make() {
-    const std::string sql = read_file(ZYMDB_TEST_DATA "/inventory-v1.sql");
+    const std::string version = std::to_string(GetParam());
+    const std::string sql = read_file(ZYMDB_TEST_DATA "/inventory-v" + version + ".sql");
     EXPECT_FALSE(sql.empty());
-    run_sql(sql + "PRAGMA application_id=0x5A594D49; PRAGMA user_version=1;");
+    run_sql(sql + "PRAGMA application_id=0x5A594D49; PRAGMA user_version=" + version);
   }
 
   // The rows of a query, values separated by "|".
-  std::string rows(const char* sql) {
+  std::string rows(const std::string& sql) {
     sqlite3* database = nullptr;
     EXPECT_EQ(sqlite3_open(folder_.file("inventory.db").c_str(), &database), SQLITE_OK);
     std::string text;
@@ -418,13 +424,41 @@ class Version1Test : public UpgradeTest {
       static_cast<std::string*>(out)->append("\n");
       return 0;
     };
-    EXPECT_EQ(sqlite3_exec(database, sql, add, &text, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), add, &text, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(database);
     sqlite3_close(database);
     return text;
   }
+
+  std::vector<std::string> lines(const std::string& sql) {
+    std::istringstream text(rows(sql));
+    std::vector<std::string> found;
+    for (std::string line; std::getline(text, line);) found.push_back(line);
+    return found;
+  }
+
+  std::vector<std::string> tables() {
+    return lines("SELECT name FROM sqlite_schema WHERE type='table' ORDER BY name");
+  }
+
+  // The names of a table's columns, separated by ", ".
+  std::string columns(const std::string& table) {
+    return lines("SELECT group_concat(name, ', ') FROM pragma_table_info('" + table + "')").at(0);
+  }
+
+  // A row whose values all differ: "1, 'value 2', 'value 3'".
+  void add_row(const std::string& table, int id) {
+    const auto count = std::ranges::count(columns(table), ',');
+    std::string values = std::to_string(id);
+    for (int i = 1; i <= count; ++i) values += ", 'value " + std::to_string(i) + "'";
+    run_sql("INSERT INTO " + table + " VALUES (" + values + ")");
+  }
 };
 
-TEST_F(Version1Test, BecomesTheSameAsANewOne) {
+INSTANTIATE_TEST_SUITE_P(Versions, FormerVersionTest, testing::Values(1, 2),
+                         testing::PrintToStringParamName());
+
+TEST_P(FormerVersionTest, BecomesTheSameAsANewOne) {
   { ASSERT_NE(open().session, nullptr); }
   {
     const OpenedSession fresh = open_session({folder_.file("fresh.db"), &kInventorySchema}, writers_);
@@ -433,46 +467,33 @@ TEST_F(Version1Test, BecomesTheSameAsANewOne) {
   EXPECT_EQ(schema_of("inventory.db"), schema_of("fresh.db"));
 }
 
-TEST_F(Version1Test, KeepsItsAdaptersWithAHealthStatusForEach) {
-  run_sql(
-      "INSERT INTO PCIAdapter (_id, PCIKey, CardName, HealthStatus) VALUES (3, 1, 'first', NULL), "
-      "(70000, 2, 'second', 2), (5, 4294967295, NULL, 0);"
-      "INSERT INTO PCIs (_id, FunKey) VALUES (9, 1)");
+TEST_P(FormerVersionTest, KeepsEveryColumnOfEveryRow) {
+  std::map<std::string, std::string> queries;
+  for (const auto& table : tables()) {
+    for (const int id : {3, 70000}) add_row(table, id);
+    queries[table] = "SELECT " + columns(table) + " FROM " + table + " ORDER BY 1";
+  }
+  ASSERT_GE(queries.size(), 20u);
+  std::map<std::string, std::string> before;
+  for (const auto& [table, query] : queries) before[table] = rows(query);
   { ASSERT_NE(open().session, nullptr); }
-  EXPECT_EQ(rows("SELECT _id, PCIKey, CardName, HealthStatus FROM PCIAdapter"),
-            "3|1|first|0\n5|4294967295|NULL|0\n70000|2|second|2\n");
-  EXPECT_EQ(rows("SELECT _id, FunKey FROM PCIs"), "9|1\n");
-  run_sql("INSERT INTO PCIAdapter (PCIKey) VALUES (8)");
-  EXPECT_EQ(rows("SELECT _id, HealthStatus FROM PCIAdapter WHERE PCIKey=8"), "70001|0\n");
+  for (const auto& [table, query] : queries) EXPECT_EQ(rows(query), before[table]) << table;
   EXPECT_EQ(rows("PRAGMA integrity_check"), "ok\n");
 }
 
-TEST_F(Version1Test, KeepsEveryColumnOfAnAdapter) {
+TEST_P(FormerVersionTest, HasAHealthStatusForEachAdapter) {
   run_sql(
-      "INSERT INTO PCIAdapter (_id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, "
-      "Location, "
-      "SlotNo, CardName, ConnectorType, AIMSupported, HealthStatus) VALUES "
-      "(1,2,3,4,5,6,7,8,9,10,'a','b',11,12)");
+      "INSERT INTO PCIAdapter (_id, PCIKey, CardName, HealthStatus) VALUES (3, 1, 'first', 0), "
+      "(70000, 2, 'second', 2), (5, 4294967295, NULL, 0);");
+  if (GetParam() == 1) run_sql("UPDATE PCIAdapter SET HealthStatus=NULL WHERE HealthStatus=0");
   { ASSERT_NE(open().session, nullptr); }
-  EXPECT_EQ(
-      rows("SELECT _id, PCIKey, PCIFuncKey, NodeNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, SlotNo, "
-           "CardName, ConnectorType, AIMSupported, HealthStatus FROM PCIAdapter"),
-      "1|2|3|4|5|6|7|8|9|10|a|b|11|12\n");
+  EXPECT_EQ(rows("SELECT _id, PCIKey, CardName, HealthStatus FROM PCIAdapter"),
+            "3|1|first|0\n5|4294967295|NULL|0\n70000|2|second|2\n");
+  run_sql("INSERT INTO PCIAdapter (PCIKey) VALUES (8)");
+  EXPECT_EQ(rows("SELECT _id, HealthStatus FROM PCIAdapter WHERE PCIKey=8"), "70001|0\n");
 }
 
-TEST_F(Version1Test, KeepsEveryColumnOfAnEmbeddedDevice) {
-  run_sql(
-      "INSERT INTO EmbeddedDeviceFirmware (_id, DeviceName, DeviceIndex, StructRev, Version, SoftwareID, "
-      "Class, "
-      "Category, SubCategory, Checksum) VALUES (1,'a',2,3,4,'b',5,6,7,8)");
-  { ASSERT_NE(open().session, nullptr); }
-  EXPECT_EQ(rows("SELECT _id, DeviceName, DeviceIndex, StructRev, Version, VersionString, SoftwareID, Class, "
-                 "Category, "
-                 "SubCategory, Checksum FROM EmbeddedDeviceFirmware"),
-            "1|a|2|3|4|NULL|b|5|6|7|8\n");
-}
-
-TEST_F(Version1Test, IsUpgradedOnceByProcessesThatOpenItTogether) {
+TEST_P(FormerVersionTest, IsUpgradedOnceByProcessesThatOpenItTogether) {
   for (int round = 0; round < 10; ++round) {
     std::filesystem::remove(folder_.file("inventory.db"));
     make();
@@ -483,11 +504,11 @@ TEST_F(Version1Test, IsUpgradedOnceByProcessesThatOpenItTogether) {
     EXPECT_EQ(first.wait(), 0) << round;
     EXPECT_EQ(second.wait(), 0) << round;
     EXPECT_EQ(rows("SELECT count(*), sum(HealthStatus) FROM PCIAdapter"), "2|0\n") << round;
-    EXPECT_EQ(rows("PRAGMA user_version"), "2\n");
+    EXPECT_EQ(rows("PRAGMA user_version"), std::to_string(kInventorySchema.version) + "\n");
   }
 }
 
-TEST_F(Version1Test, ThatMayNotBeWrittenIsRefusedAndLeftAsItWas) {
+TEST_P(FormerVersionTest, ThatMayNotBeWrittenIsRefusedAndLeftAsItWas) {
   ASSERT_EQ(chmod(folder_.path().c_str(), 0555), 0);
   ASSERT_EQ(chmod(folder_.file("inventory.db").c_str(), 0444), 0);
   EXPECT_EQ(as_somebody_else([&] {
@@ -497,7 +518,7 @@ TEST_F(Version1Test, ThatMayNotBeWrittenIsRefusedAndLeftAsItWas) {
             }),
             0);
   ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
-  EXPECT_EQ(rows("PRAGMA user_version"), "1\n");
+  EXPECT_EQ(rows("PRAGMA user_version"), std::to_string(GetParam()) + "\n");
 }
 
 }  // namespace

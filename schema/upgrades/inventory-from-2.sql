@@ -1,0 +1,99 @@
+-- From version 2 to 3: what the operating system knows of functions and ports, and how the machine was collected.
+-- The tables are made anew, so that they read as in a new inventory.
+ALTER TABLE "PCIs" RENAME TO "FormerPCIs";
+CREATE TABLE "PCIs" (
+  "_id"              INTEGER PRIMARY KEY,
+  "FunKey"           INTEGER,  -- function key
+  "DevKey"           INTEGER,  -- PCI key
+  "HardwareId"       INTEGER,
+  "HardwareTypeId"   INTEGER,
+  "BridgeId"         INTEGER,
+  "SegNo"            INTEGER,
+  "BusNo"            INTEGER,
+  "DeviceNo"         INTEGER,
+  "FunctionNo"       INTEGER,
+  "VendorId"         INTEGER,
+  "DeviceId"         INTEGER,
+  "RevId"            INTEGER,
+  "ClsCode"          INTEGER,  -- class, subclass, programming interface: 24 bits
+  "SubVendorId"      INTEGER,
+  "SubDeviceId"      INTEGER,
+  "SlotNo"           INTEGER,
+  "Location"         INTEGER,  -- 0 on the board, 1 in a slot, 2 in a drive bay
+  "SlotDesignation"  TEXT,
+  "SlotType"         INTEGER,
+  "SlotDataBusWidth" INTEGER,
+  "Hotplug"          INTEGER,
+  "PCIType"          INTEGER,
+  "BladeSlotPort"    INTEGER,
+  "NodeIndex"        INTEGER,
+  "FunType"          INTEGER,
+  "LanesInUse"       INTEGER,
+  "MaxLanes"         INTEGER,
+  "MaxPCIeType"      INTEGER,
+  "PCIeType"         INTEGER,
+  "Driver"           TEXT,     -- the kernel's; our own column, as the next
+  "IOMMUGroup"       INTEGER
+);
+INSERT INTO "PCIs"
+  ("_id", "FunKey", "DevKey", "HardwareId", "HardwareTypeId", "BridgeId", "SegNo", "BusNo", "DeviceNo",
+   "FunctionNo", "VendorId", "DeviceId", "RevId", "ClsCode", "SubVendorId", "SubDeviceId", "SlotNo",
+   "Location", "SlotDesignation", "SlotType", "SlotDataBusWidth", "Hotplug", "PCIType",
+   "BladeSlotPort", "NodeIndex", "FunType", "LanesInUse", "MaxLanes", "MaxPCIeType", "PCIeType")
+  SELECT "_id", "FunKey", "DevKey", "HardwareId", "HardwareTypeId", "BridgeId", "SegNo", "BusNo", "DeviceNo",
+         "FunctionNo", "VendorId", "DeviceId", "RevId", "ClsCode", "SubVendorId", "SubDeviceId", "SlotNo",
+         "Location", "SlotDesignation", "SlotType", "SlotDataBusWidth", "Hotplug", "PCIType",
+         "BladeSlotPort", "NodeIndex", "FunType", "LanesInUse", "MaxLanes", "MaxPCIeType", "PCIeType"
+  FROM "FormerPCIs";
+DROP TABLE "FormerPCIs";
+CREATE INDEX "PCIsByFunKey" ON "PCIs" ("FunKey");
+CREATE INDEX "PCIsByDevKey" ON "PCIs" ("DevKey");
+CREATE INDEX "PCIsBySlot" ON "PCIs" ("Location", "SlotNo");
+CREATE INDEX "PCIsByDeviceId" ON "PCIs" ("DeviceId");
+
+ALTER TABLE "PCIPhysicalPort" RENAME TO "FormerPCIPhysicalPort";
+CREATE TABLE "PCIPhysicalPort" (
+  "_id"                  INTEGER PRIMARY KEY,
+  "PCIFuncKey"           INTEGER,
+  "Idx"                  INTEGER,
+  "ConnectorLayout"      TEXT,  -- number in text
+  "NumberofLogicalPorts" INTEGER,
+  "PermanentAddress"     TEXT,
+  "InterfaceName"        TEXT   -- the operating system's; our own column
+);
+INSERT INTO "PCIPhysicalPort"
+  ("_id", "PCIFuncKey", "Idx", "ConnectorLayout", "NumberofLogicalPorts", "PermanentAddress")
+  SELECT "_id", "PCIFuncKey", "Idx", "ConnectorLayout", "NumberofLogicalPorts", "PermanentAddress"
+  FROM "FormerPCIPhysicalPort";
+DROP TABLE "FormerPCIPhysicalPort";
+CREATE INDEX "PCIPhysicalPortByPCIFuncKey" ON "PCIPhysicalPort" ("PCIFuncKey");
+
+ALTER TABLE "System" RENAME TO "FormerSystem";
+CREATE TABLE "System" (
+  "_id"               INTEGER PRIMARY KEY,
+  "Manufacturer"      TEXT,
+  "Model"             TEXT,
+  "Version"           TEXT,
+  "SerialNo"          TEXT,
+  "UUID"              TEXT,
+  "SKU"               TEXT,
+  "Family"            TEXT,
+  "BoardManufacturer" TEXT,
+  "BoardModel"        TEXT,
+  "BoardVersion"      TEXT,
+  "BoardSerialNo"     TEXT,
+  "FirmwareVendor"    TEXT,
+  "FirmwareVersion"   TEXT,
+  "FirmwareDate"      TEXT,
+  "HostName"          TEXT,
+  "CollectedAt"       INTEGER,  -- seconds since 1970: when a collection last changed anything
+  "CollectedBy"       TEXT,     -- the version that did
+  "CollectedFrom"     TEXT      -- and its sources
+);
+INSERT INTO "System"
+  ("_id", "Manufacturer", "Model", "Version", "SerialNo", "UUID", "SKU", "Family", "BoardManufacturer",
+   "BoardModel", "BoardVersion", "BoardSerialNo", "FirmwareVendor", "FirmwareVersion", "FirmwareDate")
+  SELECT "_id", "Manufacturer", "Model", "Version", "SerialNo", "UUID", "SKU", "Family", "BoardManufacturer",
+         "BoardModel", "BoardVersion", "BoardSerialNo", "FirmwareVendor", "FirmwareVersion", "FirmwareDate"
+  FROM "FormerSystem";
+DROP TABLE "FormerSystem";
