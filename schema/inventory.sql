@@ -4,6 +4,9 @@
 -- or with a "0x" prefix, the column is TEXT and readers convert it. No column is required and nothing is unique
 -- but "_id": a collector writes what it knows, and two writers that both find no row may both insert one.
 -- Indexes serve the filters of the operations; rows of one key come out in the order of "_id".
+--
+-- A line "volatile:" in front of a table names its columns that change while nothing happens to the machine, or
+-- all of them: "*". The journal leaves them out.
 
 -- Processors, one row per socket, as SMBIOS describes them.
 CREATE TABLE "Processor" (
@@ -273,6 +276,7 @@ CREATE INDEX "PCIPhysicalPortByPCIFuncKey" ON "PCIPhysicalPort" ("PCIFuncKey");
 
 -- Physical ports of network functions: their link. Paired with "PCIPhysicalPort" by position, so both tables
 -- hold a function's rows in the same order.
+-- volatile: TxUtil, RxUtil
 CREATE TABLE "PCIPhysicalPortStat" (
   "_id"        INTEGER PRIMARY KEY,
   "PCIFuncKey" INTEGER,
@@ -286,6 +290,7 @@ CREATE INDEX "PCIPhysicalPortStatByPCIFuncKey" ON "PCIPhysicalPortStat" ("PCIFun
 
 -- Physical ports of network functions: what their counters said last. Collectors tell from it how much of the
 -- link was in use since then.
+-- volatile: *
 CREATE TABLE "PCIPhysicalPortCounter" (
   "_id"        INTEGER PRIMARY KEY,
   "PCIFuncKey" INTEGER,
@@ -358,6 +363,7 @@ CREATE TABLE "EmbeddedDeviceFirmware" (
 CREATE INDEX "EmbeddedDeviceFirmwareBySoftwareID" ON "EmbeddedDeviceFirmware" ("SoftwareID");
 
 -- Events of data-processing units, by slot. An event's id is shown to users, so it never comes back.
+-- volatile: *
 CREATE TABLE "DPUEvents" (
   "_id"       INTEGER PRIMARY KEY AUTOINCREMENT,
   "Slot"      INTEGER,
@@ -405,6 +411,7 @@ CREATE INDEX "PCISettingBySettingID" ON "PCISetting" ("SettingID");
 CREATE INDEX "PCISettingByPfaKey" ON "PCISetting" ("PfaKey");
 
 -- Drives known to the controller, by their location text ("Bay 3").
+-- volatile: Temperature
 CREATE TABLE "AimDisks" (
   "_id"         INTEGER PRIMARY KEY,
   "PCIFuncKey"  INTEGER,
@@ -434,6 +441,7 @@ CREATE INDEX "AimDisksByLocation" ON "AimDisks" ("Location");
 CREATE INDEX "AimDisksByBay" ON "AimDisks" ("LocationId", "BayNo");
 
 -- NVMe drives as their management interface reports them.
+-- volatile: Temperature
 CREATE TABLE "NVMeDrives" (
   "_id"          INTEGER PRIMARY KEY,
   "Location"     INTEGER,  -- 1 slot, 2 bay, 3 M.2 bay, 4 7 mm bay
@@ -464,6 +472,7 @@ CREATE TABLE "SensorSlotMap" (
 );
 
 -- The machine as a whole, one row: our own table, which no operation of the library reads.
+-- volatile: CollectedAt, CollectedBy, CollectedFrom
 CREATE TABLE "System" (
   "_id"               INTEGER PRIMARY KEY,
   "Manufacturer"      TEXT,
@@ -484,4 +493,14 @@ CREATE TABLE "System" (
   "CollectedAt"       INTEGER,  -- seconds since 1970: when a collection last changed anything
   "CollectedBy"       TEXT,     -- the version that did
   "CollectedFrom"     TEXT      -- and its sources
+);
+
+-- What changed, and when: a row for each transaction that changed anything, none for one that did not. The
+-- client alone writes it. The newest row's "_id" is the inventory's generation. A transaction that changed
+-- volatile columns alone leaves no "Changes": the newest row moves along, if it has none either.
+CREATE TABLE "Journal" (
+  "_id"     INTEGER PRIMARY KEY,  -- the generation
+  "Time"    INTEGER,              -- ms since 1970
+  "Size"    INTEGER,              -- bytes of all "Changes" up to this one, since the inventory was made
+  "Changes" TEXT                  -- JSON: what was there before
 );

@@ -1,4 +1,5 @@
--- From version 2 to 3: what the operating system knows of functions and ports, and how the machine was collected.
+-- From version 2 to 3: what the operating system knows of functions and ports, how the machine was collected, and a
+-- journal, which begins with what is there.
 -- The tables are made anew, so that they read as in a new inventory.
 ALTER TABLE "PCIs" RENAME TO "FormerPCIs";
 CREATE TABLE "PCIs" (
@@ -97,3 +98,14 @@ INSERT INTO "System"
          "BoardModel", "BoardVersion", "BoardSerialNo", "FirmwareVendor", "FirmwareVersion", "FirmwareDate"
   FROM "FormerSystem";
 DROP TABLE "FormerSystem";
+
+-- What changed, and when: a row for each transaction that changed anything, none for one that did not. The
+-- client alone writes it. The newest row's "_id" is the inventory's generation. A transaction that changed
+-- volatile columns alone leaves no "Changes": the newest row moves along, if it has none either.
+CREATE TABLE "Journal" (
+  "_id"     INTEGER PRIMARY KEY,  -- the generation
+  "Time"    INTEGER,              -- ms since 1970
+  "Size"    INTEGER,              -- bytes of all "Changes" up to this one, since the inventory was made
+  "Changes" TEXT                  -- JSON: what was there before
+);
+INSERT INTO "Journal" ("Time", "Size") SELECT CAST(strftime('%s', 'now') AS INTEGER) * 1000, 0;

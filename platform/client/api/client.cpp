@@ -30,10 +30,18 @@ std::span<const _zym_db_param_t> params_of(const _zym_db_param_t* params, int co
   return {params, static_cast<size_t>(count)};
 }
 
-int run_query(_zym_db_handle_t* handle, const Request& request, zym_db_result_t** result) {
+// Runs an operation on the calling thread's session.
+template <class Operation>
+int run(_zym_db_handle_t* handle, Operation operation) {
   return guarded([&] {
     Lease lease;
-    if (const int status = lease.acquire(handle)) return status;
+    const int status = lease.acquire(handle);
+    return status != 0 ? status : operation(lease);
+  });
+}
+
+int run_query(_zym_db_handle_t* handle, const Request& request, zym_db_result_t** result) {
+  return run(handle, [&](Lease& lease) {
     PooledResult rows = take_result();
     const int status = lease.query(request, *rows);
     if (status == 0) *result = rows.release();
@@ -42,20 +50,12 @@ int run_query(_zym_db_handle_t* handle, const Request& request, zym_db_result_t*
 }
 
 int run_change(_zym_db_handle_t* handle, const Request& request, Change& change) {
-  return guarded([&] {
-    Lease lease;
-    const int status = lease.acquire(handle);
-    return status != 0 ? status : lease.change(request, change);
-  });
+  return run(handle, [&](Lease& lease) { return lease.change(request, change); });
 }
 
 int run_transaction(_zym_db_handle_t* handle, int (Lease::*step)()) {
   if (handle == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
-  return guarded([&] {
-    Lease lease;
-    const int status = lease.acquire(handle);
-    return status != 0 ? status : (lease.*step)();
-  });
+  return run(handle, [&](Lease& lease) { return (lease.*step)(); });
 }
 
 Request change_request(Request::Kind kind, const char* table, const zym_db_content_values_t* values,
@@ -169,6 +169,21 @@ int zym_db_commit(_zym_db_handle_t* handle) {
 }
 int zym_db_rollback(_zym_db_handle_t* handle) {
   return run_transaction(handle, &Lease::rollback);
+}
+
+int zym_db_generation(_zym_db_handle_t* handle, uint64_t* generation) {
+  if (handle == nullptr || generation == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
+  return run(handle, [&](Lease& lease) { return lease.generation(*generation); });
+}
+
+int zym_db_snapshot(_zym_db_handle_t* handle, const char* path) {
+  if (handle == nullptr || path == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
+  return run(handle, [&](Lease& lease) { return lease.save_copy(path); });
+}
+
+int zym_db_rewind(_zym_db_handle_t* handle, uint64_t generation) {
+  if (handle == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
+  return run(handle, [&](Lease& lease) { return lease.rewind(generation); });
 }
 
 zym_db_content_values_t* zym_db_get_content_values(_zym_db_handle_t* handle) {

@@ -75,6 +75,13 @@ class Session {
   virtual int commit() = 0;
   virtual int rollback() = 0;
 
+  // The number of the last change that was committed.
+  virtual int generation(uint64_t& generation) = 0;
+  // Writes a new file that holds the database as one moment had it.
+  virtual int save_copy(const char* path) = 0;
+  // Takes back every change after `generation`.
+  virtual int rewind(uint64_t generation) = 0;
+
   virtual const std::string& error() const = 0;
 };
 

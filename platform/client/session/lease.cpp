@@ -74,10 +74,17 @@ int Lease::change(const Request& request, Change& change) {
 }
 
 int Lease::begin() {
-  if (!session().state(Look::kNow).is_usable()) {
-    if (const int status = reopen()) return status;
-  }
-  return logged(session().begin(), "begin");
+  const int status = renew();
+  return status != 0 ? status : logged(session().begin(), "begin");
+}
+
+int Lease::rewind(uint64_t generation) {
+  const int status = renew();
+  return status != 0 ? status : logged(session().rewind(generation), "rewind");
+}
+
+int Lease::renew() {
+  return session().state(Look::kNow).is_usable() ? 0 : reopen();
 }
 
 int Lease::logged(int status, const char* operation) {

@@ -23,6 +23,9 @@ class Lease {
   int begin();
   int commit() { return logged(session().commit(), "commit"); }
   int rollback() { return logged(session().rollback(), "rollback"); }
+  int generation(uint64_t& generation) { return logged(session().generation(generation), "generation"); }
+  int save_copy(const char* path) { return logged(session().save_copy(path), "snapshot"); }
+  int rewind(uint64_t generation);
 
   Lease() = default;
   Lease(const Lease&) = delete;
@@ -33,6 +36,7 @@ class Lease {
   Statement& statement() { return held_->statement; }
   int compose(const Request& request);
   int recompose(const Request& request);
+  int renew();
   int reopen();
   int logged(int status, const char* operation);
   int logged(int status);

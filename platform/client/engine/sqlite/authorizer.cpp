@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "client/dialect/dialect.h"
+#include "client/engine/sqlite/change_recorder.h"
 
 namespace zymdb::client::sqlite {
 namespace {
@@ -51,14 +52,19 @@ bool Authorizer::allows(int action, std::string_view first, std::string_view sec
     case SQLITE_FUNCTION:
       return second == "like" || is_function(second);
     case SQLITE_INSERT:
-      return kind_ == Request::Kind::kInsert && first == table_;
+      return kind_ == Request::Kind::kInsert && may_write(first);
     case SQLITE_UPDATE:
-      return kind_ == Request::Kind::kUpdate && first == table_;
+      return kind_ == Request::Kind::kUpdate && may_write(first);
     case SQLITE_DELETE:
-      return kind_ == Request::Kind::kDelete && first == table_;
+      return kind_ == Request::Kind::kDelete && may_write(first);
     default:
       return false;
   }
+}
+
+// The journal is the client's own.
+bool Authorizer::may_write(std::string_view table) const {
+  return table == table_ && table != kJournalTable;
 }
 
 // The clock starts with the first look: a statement that ends before it never pays for one.

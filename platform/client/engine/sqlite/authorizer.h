@@ -36,6 +36,7 @@ class Authorizer {
   static int check_time(void* self);
   static int wait_for_writer(void* self, int tries);
 
+  bool may_write(std::string_view table) const;
   bool allows(int action, std::string_view first, std::string_view second) const;
 
   Limits limits_;

@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "client/engine/sqlite/file_copy.h"
+#include "client/engine/sqlite/rewinding.h"
+
 namespace zymdb::client::sqlite {
 namespace {
 
@@ -14,6 +17,7 @@ Connection::Connection(const Limits& limits) : authorizer_(limits), statements_(
 Connection::~Connection() {
   authorizer_.stand_aside();
   statements_.clear();
+  journal_.reset();
   if (in_transaction()) sqlite3_exec(database(), "ROLLBACK", nullptr, nullptr, nullptr);
   if (database_ != nullptr) watch_.keeps_its_files();
   database_.reset();
@@ -26,6 +30,15 @@ Failure Connection::open(const DataSource& source, const std::function<void()>& 
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);
   watch_.begin(database(), opening.access, std::move(opening.names), opening.files);
+  return open_journal(source, opening.access);
+}
+
+Failure Connection::open_journal(const DataSource& source, Access access) {
+  if (access != Access::kShared || catalog_.table(kJournalTable) == nullptr) return {};
+  HistoryBounds bounds;
+  std::string error;
+  if (!configured_history_bounds(bounds, error)) return {ZYM_DB_STATUS_ERROR, error};
+  journal_.emplace(database(), catalog_, source.schema->sql, bounds);
   return {};
 }
 
@@ -75,12 +88,53 @@ Failure Connection::failure(int code) {
   return failure;
 }
 
-Failure Connection::end_transaction(const char* sql) {
+Failure Connection::begin() {
+  if (journal_) journal_->forget();
+  return execute("BEGIN IMMEDIATE");
+}
+
+Failure Connection::commit() {
+  authorizer_.stand_aside();
+  if (Failure failure = journal_ ? journal_->record() : Failure{}) {
+    rollback();
+    return failure;
+  }
+  return finish("COMMIT");
+}
+
+Failure Connection::rollback() {
+  return finish("ROLLBACK");
+}
+
+// Some failures have ended the transaction already.
+Failure Connection::finish(const char* sql) {
   Failure failure = execute(sql);
   if (sqlite3_get_autocommit(database()) == 0)
     sqlite3_exec(database(), "ROLLBACK", nullptr, nullptr, nullptr);
-  std::exchange(writer_, nullptr)->leave();
+  if (journal_) journal_->forget();
   return failure;
+}
+
+Failure Connection::generation(uint64_t& generation) {
+  authorizer_.stand_aside();
+  if (!journal_) return {ZYM_DB_STATUS_ERROR, "the database has no generation"};
+  return journal_->generation(generation);
+}
+
+Failure Connection::save_copy(const std::string& path) {
+  authorizer_.stand_aside();
+  return sqlite::save_copy(database(), path);
+}
+
+// The journal does not account for its own rewinding.
+Failure Connection::rewind(uint64_t generation) {
+  if (!journal_) return {ZYM_DB_STATUS_ERROR, "the database has no journal"};
+  if (Failure failure = begin()) return failure;
+  if (Failure failure = Rewinding(database(), catalog_).run(generation)) {
+    rollback();
+    return failure;
+  }
+  return finish("COMMIT");
 }
 
 }  // namespace zymdb::client::sqlite

@@ -4,12 +4,15 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "client/engine/engine.h"
 #include "client/engine/sqlite/authorizer.h"
 #include "client/engine/sqlite/file_watch.h"
+#include "client/engine/sqlite/journal.h"
 #include "client/engine/sqlite/statement_cache.h"
 
 namespace zymdb::client::sqlite {
@@ -37,14 +40,27 @@ class Connection {
 
   sqlite3* database() const { return database_.get(); }
 
-  // A transaction has a stay in the queue of writers.
+  // A transaction of SQLite's. Its commit accounts for what changed.
+  Failure begin();
+  Failure commit();
+  Failure rollback();
+
+  // Whether changes are accounted for, each within a transaction.
+  bool has_journal() const { return journal_.has_value(); }
+  Failure generation(uint64_t& generation);
+  Failure save_copy(const std::string& path);
+  Failure rewind(uint64_t generation);
+
+  // A caller's transaction has a stay in the queue of writers.
   bool in_transaction() const { return writer_ != nullptr; }
   void hold_transaction(WriterQueue& writers) { writer_ = &writers; }
-  Failure end_transaction(const char* sql);
+  void release_transaction() { std::exchange(writer_, nullptr)->leave(); }
   // Whether it has one that can still be committed.
   bool must_stay() const { return in_transaction() && watch_.is_unchanged(); }
 
  private:
+  Failure open_journal(const DataSource& source, Access access);
+  Failure finish(const char* sql);
   Failure compile(std::string_view key, const std::string& sql, std::vector<std::string> names,
                   Prepared*& prepared);
 
@@ -53,6 +69,7 @@ class Connection {
   FileWatch watch_;
   DatabasePtr database_;
   StatementCache statements_;  // after the database: statements go first
+  std::optional<Journal> journal_;
   std::string sql_;
   WriterQueue* writer_ = nullptr;
 };

@@ -9,6 +9,7 @@
 namespace zymdb::client::sqlite {
 namespace {
 
+constexpr char kTransactionLasts[] = "a transaction is open on this thread already";
 constexpr char kWriterLasts[] = "another thread's transaction lasts";
 
 }  // namespace
@@ -89,7 +90,19 @@ int SqliteSession::would_change(Statement& statement, bool& would) {
 int SqliteSession::change(Statement& statement, Change& change) {
   if (connection().in_transaction()) return write(statement, change);
   const WriterTurn turn(writers_, limits_.writer);
-  return turn ? write(statement, change) : fail({kStatusBusy, kWriterLasts});
+  if (!turn) return fail({kStatusBusy, kWriterLasts});
+  return connection().has_journal() ? write_alone(statement, change) : write(statement, change);
+}
+
+// The change and the account of it are one transaction.
+int SqliteSession::write_alone(Statement& statement, Change& change) {
+  if (Failure failure = connection().begin()) return fail(std::move(failure));
+  if (const int status = write(statement, change)) {
+    connection().rollback();
+    return status;
+  }
+  Failure failure = connection().commit();
+  return failure ? fail(std::move(failure)) : 0;
 }
 
 int SqliteSession::write(Statement& statement, Change& change) {
@@ -107,19 +120,18 @@ int SqliteSession::write(Statement& statement, Change& change) {
 }
 
 int SqliteSession::begin() {
-  if (connection().in_transaction())
-    return fail({ZYM_DB_STATUS_ERROR, "a transaction is open on this thread already"});
+  if (connection().in_transaction()) return fail({ZYM_DB_STATUS_ERROR, kTransactionLasts});
   WriterTurn turn(writers_, limits_.writer);
   if (!turn) return fail({kStatusBusy, kWriterLasts});
-  if (Failure failure = connection().execute("BEGIN IMMEDIATE")) return fail(std::move(failure));
+  if (Failure failure = connection().begin()) return fail(std::move(failure));
   connection().hold_transaction(writers_);
   turn.keep();
   return 0;
 }
 
 int SqliteSession::commit() {
-  if (!connection().in_transaction() || connection().must_stay()) return end_transaction("COMMIT");
-  end_transaction("ROLLBACK");
+  if (!connection().in_transaction() || connection().must_stay()) return end_transaction(&Connection::commit);
+  end_transaction(&Connection::rollback);
   FileWatch& watch = connection().watch();
   watch.keeps_its_files();
   const char* const loss = watch.loss() != nullptr ? watch.loss() : "changed";
@@ -127,13 +139,33 @@ int SqliteSession::commit() {
 }
 
 int SqliteSession::rollback() {
-  return end_transaction("ROLLBACK");
+  return end_transaction(&Connection::rollback);
 }
 
-int SqliteSession::end_transaction(const char* sql) {
+int SqliteSession::generation(uint64_t& generation) {
+  Failure failure = connection().generation(generation);
+  return failure ? fail(std::move(failure)) : 0;
+}
+
+int SqliteSession::save_copy(const char* path) {
+  if (connection().in_transaction()) return fail({ZYM_DB_STATUS_ERROR, kTransactionLasts});
+  Failure failure = connection().save_copy(path);
+  return failure ? fail(std::move(failure)) : 0;
+}
+
+int SqliteSession::rewind(uint64_t generation) {
+  if (connection().in_transaction()) return fail({ZYM_DB_STATUS_ERROR, kTransactionLasts});
+  const WriterTurn turn(writers_, limits_.writer);
+  if (!turn) return fail({kStatusBusy, kWriterLasts});
+  Failure failure = connection().rewind(generation);
+  return failure ? fail(std::move(failure)) : 0;
+}
+
+int SqliteSession::end_transaction(Failure (Connection::*end)()) {
   if (!connection().in_transaction())
     return fail({ZYM_DB_STATUS_ERROR, "no transaction is open on this thread"});
-  Failure failure = connection().end_transaction(sql);
+  Failure failure = (connection().*end)();
+  connection().release_transaction();
   return failure ? fail(std::move(failure)) : 0;
 }
 

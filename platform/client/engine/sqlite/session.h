@@ -28,13 +28,17 @@ class SqliteSession final : public Session {
   int begin() override;
   int commit() override;
   int rollback() override;
+  int generation(uint64_t& generation) override;
+  int save_copy(const char* path) override;
+  int rewind(uint64_t generation) override;
   const std::string& error() const override { return error_; }
 
  private:
   Connection& connection() { return *slot_->connection; }
   bool may_be_idle();
   int write(Statement& statement, Change& change);
-  int end_transaction(const char* sql);
+  int write_alone(Statement& statement, Change& change);
+  int end_transaction(Failure (Connection::*end)());
   int outcome(int code);
   int fail(Failure failure);
 

@@ -1,0 +1,16 @@
+// A database as one moment has it, in a file of its own.
+#ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_FILE_COPY_H
+#define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_FILE_COPY_H
+
+#include <string>
+
+#include "client/engine/sqlite/handles.h"
+
+namespace zymdb::client::sqlite {
+
+// Makes the file, which must not exist, while others read and write the database. A failure leaves none.
+Failure save_copy(sqlite3* database, const std::string& path);
+
+}  // namespace zymdb::client::sqlite
+
+#endif

@@ -1,0 +1,57 @@
+// The inventory's account of its changes: one row for each transaction that changed anything. The newest
+// row's id is the generation.
+#ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_JOURNAL_H
+#define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_JOURNAL_H
+
+#include <cstdint>
+#include <string>
+
+#include "client/engine/history_bounds.h"
+#include "client/engine/sqlite/change_recorder.h"
+#include "client/engine/sqlite/handles.h"
+#include "client/engine/sqlite/wal_index.h"
+
+namespace zymdb::client::sqlite {
+
+class Journal {
+ public:
+  // Begins to listen to the connection's changes. `catalog` and `schema` outlive the journal, which goes
+  // before the connection does.
+  Journal(sqlite3* database, const Catalog& catalog, const char* schema, const HistoryBounds& bounds);
+
+  // A transaction begins, or ends without a commit.
+  void forget() { recorder_.forget(); }
+
+  // The last statements of a transaction: accounts for what it changed.
+  Failure record();
+
+  // A statement is run only when somebody has committed since the last call.
+  Failure generation(uint64_t& generation);
+
+ private:
+  struct Entry {
+    int64_t id = 0;
+    int64_t time = 0;  // ms since 1970
+    int64_t size = 0;  // of all accounts up to this one
+    bool has_account = false;
+  };
+
+  Failure append(const std::string& account);
+  Failure drop_oldest(const Entry& newest);
+  Failure find(StatementPtr& statement, const char* sql, Entry& entry);
+  Failure run(StatementPtr& statement, const char* sql, const Entry& entry,
+              const std::string* account = nullptr);
+  Failure prepare(StatementPtr& statement, const char* sql);
+
+  sqlite3* database_;
+  HistoryBounds bounds_;
+  ChangeRecorder recorder_;
+  StatementPtr newest_, oldest_, move_, add_, drop_;
+  WalHeader seen_{};  // the header under which the generation was read
+  bool has_seen_ = false;
+  uint64_t generation_ = 0;
+};
+
+}  // namespace zymdb::client::sqlite
+
+#endif
