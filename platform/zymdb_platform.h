@@ -38,11 +38,13 @@ int zym_db_rollback(_zym_db_handle_t* handle);
 
 /**
  * The inventory's generation: a number that grows by one with every transaction, of whichever process, that
- * changed anything (what it put back again counts), and with no other. It costs next to nothing while nobody commits: no statement is run.
+ * changed anything (what it put back again counts), and with no other. It costs next to nothing while nobody
+ * commits: no statement is run.
  *
  * A caller that reads the generation, then the inventory, and later finds the same generation, need not read
  * again. Within a transaction it is the one that the transaction began with.
  *
+ * @param handle      of the inventory
  * @param generation  receives the number; 0 for an inventory that nobody has written yet; left as it is on
  * failure
  * @return 0; ZYM_DB_STATUS_INVALID_PARAM for a null pointer; ZYM_DB_STATUS_ERROR for a database without a
@@ -55,7 +57,8 @@ int zym_db_generation(_zym_db_handle_t* handle, uint64_t* generation);
  * Writes a new file that holds the whole inventory as one moment had it, while others read and write. It is
  * an inventory of its own: one file with mode 0640, with its journal.
  *
- * @param path  the file to make; one that exists is a failure
+ * @param handle  of the inventory, or of another database of this client
+ * @param path    the file to make; one that exists is a failure
  * @return 0; ZYM_DB_STATUS_INVALID_PARAM for a null pointer; ZYM_DB_STATUS_ERROR when a transaction is open
  * on this thread; a status of the client's own when the inventory cannot be read or the file not be written:
  * then there is no such file
@@ -67,6 +70,8 @@ int zym_db_snapshot(_zym_db_handle_t* handle, const char* path);
  * none, and forgets that they happened. Meant for copies made by zym_db_snapshot(). What the journal leaves
  * out (columns that change while nothing happens to the machine) stays as it is.
  *
+ * @param handle      of the inventory
+ * @param generation  the one to go back to
  * @return 0; ZYM_DB_STATUS_INVALID_PARAM for a null handle; ZYM_DB_STATUS_ERROR when a transaction is open on
  *         this thread, for a database without a journal, for a generation that is newer than the inventory or
  *         older than what its journal reaches back to; a status of the client's own when the inventory cannot

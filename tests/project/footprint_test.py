@@ -43,7 +43,7 @@ def main():
     library, platform_library, with_library, with_sqlite = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
         sizes = {"size of the library": (stripped_size(library, folder), 200 * KIB),
-                 "size of the platform library": (stripped_size(platform_library, folder), 250 * KIB),
+                 "size of the platform library": (stripped_size(platform_library, folder), 280 * KIB),
                  "memory beyond SQLite's": (added_memory(with_library, with_sqlite, folder), 3072 * KIB)}
     for what, (size, most) in sizes.items():
         print(f"{what}: {size // KIB} KiB of {most // KIB}")

@@ -49,9 +49,11 @@ constexpr EngineSetting kEngineOptions[] = {
     {SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0},
 };
 
+// page_size: of a new database. A change writes whole pages, and few of its bytes are new.
 // cache_spill: a transaction reaches the files at its commit and not before, so a child process that drops
 // its parent's connections has nothing of it to undo.
 constexpr char kSettings[] =
+    "PRAGMA page_size=1024;"
     "PRAGMA synchronous=FULL;"
     "PRAGMA case_sensitive_like=ON;"
     "PRAGMA cache_spill=OFF;"
