@@ -228,6 +228,7 @@ TEST_F(SnapshotTest, IsAnInventoryOfItsOwnInOneFile) {
   ASSERT_EQ(zym_db_snapshot(handle(), copy.c_str()), 0);
   given("PCIs", {{"FunKey", 8}});
   EXPECT_FALSE(std::filesystem::exists(copy + "-wal"));
+  EXPECT_EQ(found_in(copy, "PRAGMA journal_mode"), "delete\n");
   EXPECT_EQ(integrity_of(copy), "ok");
   open_instead(copy);
   EXPECT_EQ(rows("PCIs", {"FunKey"}), "7\n");

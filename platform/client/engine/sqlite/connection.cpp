@@ -89,7 +89,6 @@ Failure Connection::failure(int code) {
 }
 
 Failure Connection::begin() {
-  if (journal_) journal_->forget();
   return execute("BEGIN IMMEDIATE");
 }
 
