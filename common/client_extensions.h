@@ -3,6 +3,8 @@
 #ifndef ZYMDB_COMMON_CLIENT_EXTENSIONS_H
 #define ZYMDB_COMMON_CLIENT_EXTENSIONS_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace zymdb {
@@ -13,6 +15,14 @@ void clear_client_error();
 
 // Whether those who open a database that is not there create it.
 void allow_creation(bool allowed);
+
+// The generation of the inventory; nothing where it has none.
+std::optional<uint64_t> inventory_generation();
+
+// A copy of the inventory as a new file, of which generation it is, and the inventory as an earlier
+// generation had it. Throw DatabaseError.
+uint64_t copy_inventory(const std::string& path);
+void rewind_inventory(uint64_t generation);
 
 }  // namespace zymdb
 

@@ -57,13 +57,14 @@ int zym_db_generation(_zym_db_handle_t* handle, uint64_t* generation);
  * Writes a new file that holds the whole inventory as one moment had it, while others read and write. It is
  * an inventory of its own: one file with mode 0640, with its journal.
  *
- * @param handle  of the inventory, or of another database of this client
- * @param path    the file to make; one that exists is a failure
+ * @param handle      of the inventory, or of another database of this client
+ * @param path        the file to make; one that exists is a failure
+ * @param generation  receives the copy's generation, 0 for a database that has none; may be null
  * @return 0; ZYM_DB_STATUS_INVALID_PARAM for a null pointer; ZYM_DB_STATUS_ERROR when a transaction is open
  * on this thread; a status of the client's own when the inventory cannot be read or the file not be written:
  * then there is no such file
  */
-int zym_db_snapshot(_zym_db_handle_t* handle, const char* path);
+int zym_db_snapshot(_zym_db_handle_t* handle, const char* path, uint64_t* generation);
 
 /**
  * Makes the inventory what it was when `generation` was its newest: takes back every change after it, all or

@@ -38,10 +38,10 @@ constexpr Field<Adapter> kFields[] = {
     ZYMDB_RECORD_FIELD(Adapter, ConnectorTypeName, "CONNECTOR", "connector or slot type")
         .shown()
         .unknown_at("Unknown"),
-    ZYMDB_RECORD_FIELD(Adapter, CardName, "NAME", "name").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Adapter, CardName, "NAME", "name").long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Adapter, AIMSupported, "AIM", "how it is managed: 1 out of band"),
     ZYMDB_RECORD_FIELD(Adapter, Location, "LOCATION", "0 system board, 1 slot, 2 drive bay").place(),
-    ZYMDB_RECORD_FIELD(Adapter, HealthStatus, "HEALTH", "health, as its writer codes it").changing(),
+    ZYMDB_RECORD_FIELD(Adapter, HealthStatus, "HEALTH", "health, as its writer codes it").state(),
     ZYMDB_RECORD_FIELD(Adapter, NcsiIdValid, "NCSI", "1: the slot has NC-SI package ids"),
     ZYMDB_RECORD_FIELD(Adapter, PackageID1, "PACKAGE1", "first NC-SI package id").unknown_at(255),
     ZYMDB_RECORD_FIELD(Adapter, PackageID2, "PACKAGE2", "second NC-SI package id").unknown_at(255),

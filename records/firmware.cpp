@@ -69,7 +69,7 @@ constexpr Field<Component> kComponentFields[] = {
         .shown()
         .place(),
     ZYMDB_RECORD_FIELD(Component, PCIFuncKey, "KEY", "function key").hex(8).place(),
-    ZYMDB_RECORD_FIELD(Component, FirmwareName, "NAME", "name of the component").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Component, FirmwareName, "NAME", "name of the component").long_text().shown().place(),
     ZYMDB_RECORD_FIELD(Component, VersionString, "VERSION", "installed version").shown(),
     ZYMDB_RECORD_FIELD(Component, Description, "DESCRIPTION", "description"),
     ZYMDB_RECORD_FIELD(Component, ReleaseDate, "DATE", "release date").shown(),
@@ -80,14 +80,14 @@ constexpr Field<Component> kComponentFields[] = {
         .shown()
         .unknown_at("Unknown"),
     ZYMDB_RECORD_FIELD(Component, Manufacture, "MAKER", "maker").shown(),
-    ZYMDB_RECORD_FIELD(Component, SoftwareID, "SOFTWARE", "software id").shown(),
+    ZYMDB_RECORD_FIELD(Component, SoftwareID, "SOFTWARE", "software id").shown().place(),
 };
 
 constexpr Field<Device> kDeviceFields[] = {
     derived<Device>("Place", "PLACE", "slot, drive bay or system board (Location and SlotNo)", device_place)
         .shown()
         .place(),
-    ZYMDB_RECORD_FIELD(Device, DeviceName, "DEVICE", "name").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Device, DeviceName, "DEVICE", "name").long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Device, DeviceType, "TYPE", "device type code").unknown_at(23),
     ZYMDB_RECORD_FIELD(Device, PCIKey, "KEY", "PCI key").hex(8).place(),
     ZYMDB_RECORD_FIELD(Device, PCIFuncKey, "FUNCTIONKEY", "function key").hex(8).place(),
@@ -105,23 +105,25 @@ constexpr Field<Device> kDeviceFields[] = {
     derived<Device>("Update", "UPDATE", "what became of the last update", update_state)
         .shown()
         .noted(update_attention)
-        .changing(),
-    ZYMDB_RECORD_FIELD(Device, Updated, "UPDATED", "not 0: an update was applied").changing(),
+        .state(),
+    ZYMDB_RECORD_FIELD(Device, Updated, "UPDATED", "not 0: an update was applied").state(),
     ZYMDB_RECORD_FIELD(Device, UpdateMethod, "METHOD", "update method code").hex(4),
     ZYMDB_RECORD_FIELD(Device, UpdateAuxInfo, "AUXINFO", "auxiliary information"),
-    ZYMDB_RECORD_FIELD(Device, UpdateErrCode, "ERRORCODE", "0: the update succeeded").changing(),
-    ZYMDB_RECORD_FIELD(Device, UpdateErrString, "ERROR", "why the update failed").changing(),
-    ZYMDB_RECORD_FIELD(Device, Status, "STATUS", "2: an update is pending").changing(),
+    ZYMDB_RECORD_FIELD(Device, UpdateErrCode, "ERRORCODE", "0: the update succeeded").state(),
+    ZYMDB_RECORD_FIELD(Device, UpdateErrString, "ERROR", "why the update failed").state(),
+    ZYMDB_RECORD_FIELD(Device, Status, "STATUS", "2: an update is pending").state(),
 };
 
 constexpr Field<Embedded> kEmbeddedFields[] = {
-    ZYMDB_RECORD_FIELD(Embedded, DeviceName, "DEVICE", "name").long_text().shown(),
-    ZYMDB_RECORD_FIELD(Embedded, DeviceIndex, "INDEX", "tells devices of a software id apart").shown(),
+    ZYMDB_RECORD_FIELD(Embedded, DeviceName, "DEVICE", "name").long_text().shown().place(),
+    ZYMDB_RECORD_FIELD(Embedded, DeviceIndex, "INDEX", "tells devices of a software id apart")
+        .shown()
+        .place(),
     ZYMDB_RECORD_FIELD(Embedded, StructRev, "REVISION", "revision of its description"),
     derived<Embedded>("VersionString", "VERSION", "version as it was reported, or else its number", version)
         .shown(),
     ZYMDB_RECORD_FIELD(Embedded, Version, "VERSIONNO", "number of the version, or of its first part"),
-    ZYMDB_RECORD_FIELD(Embedded, SoftwareID, "SOFTWARE", "software id").shown(),
+    ZYMDB_RECORD_FIELD(Embedded, SoftwareID, "SOFTWARE", "software id").shown().place(),
     ZYMDB_RECORD_FIELD(Embedded, Class, "CLASS", "class code").hex(4),
     ZYMDB_RECORD_FIELD(Embedded, Category, "CATEGORY", "category code"),
     ZYMDB_RECORD_FIELD(Embedded, SubCategory, "SUBCATEGORY", "subcategory code"),

@@ -134,37 +134,42 @@ Value place(const Function& function) {
 
 constexpr Field<Function> kFields[] = {
     derived<Function>("Address", "ADDRESS", "bus address", address).shown().place(),
-    derived<Function>("Bridge", "BRIDGE", "bus address of the bridge above", bridge),
-    derived<Function>("Id", "ID", "vendor and device id", id).shown(),
+    derived<Function>("Bridge", "BRIDGE", "bus address of the bridge above", bridge).place(),
+    derived<Function>("Id", "ID", "vendor and device id", id).shown().model(),
     derived<Function>("SubsystemId", "SUBID", "subsystem's vendor and device id", subsystem_id)
-        .known_if(has_subsystem),
+        .known_if(has_subsystem)
+        .model(),
     derived<Function>("Place", "PLACE", "slot, drive bay or system board", place).shown().place(),
     derived<Function>("Link", "LINK", "PCI Express link: lanes and generation, in use/largest", link)
         .shown()
         .noted(link_attention)
-        .changing(),
+        .state(),
     derived<Function>("LinkState", "LINKSTATE", "full, reduced (less than both ends can do) or down",
                       link_state)
-        .changing()
+        .state()
         .noted(link_attention),
-    derived<Function>("ClassName", "CLASS", "class, by name", class_name),
-    derived<Function>("Name", "NAME", "vendor and device, by name", name).long_text().shown(),
-    derived<Function>("VendorName", "VENDORNAME", "vendor, by name", vendor_name),
-    derived<Function>("DeviceName", "DEVICENAME", "device, by name", device_name),
-    ZYMDB_RECORD_FIELD(Function, _id, "ROWID", "row of the inventory"),
-    ZYMDB_RECORD_FIELD(Function, BridgeId, "BRIDGEID", "function key of the bridge above").hex(8),
-    ZYMDB_RECORD_FIELD(Function, SegNo, "SEGMENT", "segment (domain) number"),
-    ZYMDB_RECORD_FIELD(Function, BusNo, "BUS", "bus number"),
-    ZYMDB_RECORD_FIELD(Function, DeviceNo, "DEVICENO", "device number"),
-    ZYMDB_RECORD_FIELD(Function, FunctionNo, "FUNCTIONNO", "function number"),
-    ZYMDB_RECORD_FIELD(Function, VendorId, "VENDOR", "vendor id").hex(4),
-    ZYMDB_RECORD_FIELD(Function, DeviceId, "DEVICE", "device id").hex(4),
-    ZYMDB_RECORD_FIELD(Function, ClsCode, "CLASSCODE", "class code").hex(6),
-    ZYMDB_RECORD_FIELD(Function, RevId, "REV", "revision").hex(2),
+    derived<Function>("ClassName", "CLASS", "class, by name", class_name).model(),
+    derived<Function>("Name", "NAME", "vendor and device, by name", name).long_text().shown().model(),
+    derived<Function>("VendorName", "VENDORNAME", "vendor, by name", vendor_name).model(),
+    derived<Function>("DeviceName", "DEVICENAME", "device, by name", device_name).model(),
+    ZYMDB_RECORD_FIELD(Function, _id, "ROWID", "row of the inventory").row(),
+    ZYMDB_RECORD_FIELD(Function, BridgeId, "BRIDGEID", "function key of the bridge above").hex(8).place(),
+    ZYMDB_RECORD_FIELD(Function, SegNo, "SEGMENT", "segment (domain) number").place(),
+    ZYMDB_RECORD_FIELD(Function, BusNo, "BUS", "bus number").place(),
+    ZYMDB_RECORD_FIELD(Function, DeviceNo, "DEVICENO", "device number").place(),
+    ZYMDB_RECORD_FIELD(Function, FunctionNo, "FUNCTIONNO", "function number").place(),
+    ZYMDB_RECORD_FIELD(Function, VendorId, "VENDOR", "vendor id").hex(4).model(),
+    ZYMDB_RECORD_FIELD(Function, DeviceId, "DEVICE", "device id").hex(4).model(),
+    ZYMDB_RECORD_FIELD(Function, ClsCode, "CLASSCODE", "class code").hex(6).model(),
+    ZYMDB_RECORD_FIELD(Function, RevId, "REV", "revision").hex(2).model(),
     ZYMDB_RECORD_FIELD(Function, SubVendorId, "SUBVENDOR", "subsystem vendor id")
         .hex(4)
-        .known_if(has_subsystem),
-    ZYMDB_RECORD_FIELD(Function, SubDeviceId, "SUBDEVICE", "subsystem id").hex(4).known_if(has_subsystem),
+        .known_if(has_subsystem)
+        .model(),
+    ZYMDB_RECORD_FIELD(Function, SubDeviceId, "SUBDEVICE", "subsystem id")
+        .hex(4)
+        .known_if(has_subsystem)
+        .model(),
     ZYMDB_RECORD_FIELD(Function, SlotNo, "SLOTNO", "slot number within the location").place(),
     ZYMDB_RECORD_FIELD(Function, Location, "LOCATION", "0 system board, 1 slot, 2 drive bay").place(),
     ZYMDB_RECORD_FIELD(Function, SlotDesignation, "SLOT", "the slot's label").place(),
@@ -175,10 +180,10 @@ constexpr Field<Function> kFields[] = {
     ZYMDB_RECORD_FIELD(Function, BladeSlotPort, "BLADEPORT", "port of a blade slot"),
     ZYMDB_RECORD_FIELD(Function, NodeIndex, "NODE", "node that the function belongs to"),
     ZYMDB_RECORD_FIELD(Function, FunType, "FUNTYPE", "function type code"),
-    ZYMDB_RECORD_FIELD(Function, LanesInUse, "LANES", "lanes in use").changing(),
+    ZYMDB_RECORD_FIELD(Function, LanesInUse, "LANES", "lanes in use").state(),
     ZYMDB_RECORD_FIELD(Function, MaxLanes, "MAXLANES", "most lanes"),
     ZYMDB_RECORD_FIELD(Function, MaxPCIeType, "MAXGEN", "highest PCI Express generation"),
-    ZYMDB_RECORD_FIELD(Function, PCIeType, "GEN", "PCI Express generation in use").changing(),
+    ZYMDB_RECORD_FIELD(Function, PCIeType, "GEN", "PCI Express generation in use").state(),
 };
 
 Link link_of(const Function& function) {

@@ -33,7 +33,7 @@ bool is_empty(const Module& module) {
 }
 
 Value size(const Module& module) {
-  if (is_empty(module)) return "empty";
+  if (is_empty(module)) return kEmpty;
   return module.MemSize == 0 ? Value() : size_text(module.MemSize);
 }
 
@@ -63,7 +63,7 @@ Value security(const Module& module) {
 }
 
 constexpr Field<Module> kFields[] = {
-    ZYMDB_RECORD_FIELD(Module, _id, "ID", "row of the inventory"),
+    ZYMDB_RECORD_FIELD(Module, _id, "ID", "row of the inventory").row(),
     ZYMDB_RECORD_FIELD(Module, ArrayId, "ARRAY", "memory array that holds the position"),
     ZYMDB_RECORD_FIELD(Module, SlotNo, "SLOT", "number of the position")
         .place()
@@ -71,11 +71,11 @@ constexpr Field<Module> kFields[] = {
         .noted(size_attention),
     ZYMDB_RECORD_FIELD(Module, TotalWidth, "TOTALWIDTH", "total width").unit("bits").zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Module, DataWidth, "WIDTH", "data width").unit("bits").zero_is_unknown(),
-    ZYMDB_RECORD_FIELD(Module, MemSize, "MEMSIZE", "size; 0 of an empty position").unit("MiB"),
-    derived<Module>("Size", "SIZE", "what MemSize says", size).shown().noted(size_attention),
+    ZYMDB_RECORD_FIELD(Module, MemSize, "MEMSIZE", "size; 0 of an empty position").unit("MiB").model(),
+    derived<Module>("Size", "SIZE", "what MemSize says", size).shown().noted(size_attention).model(),
     ZYMDB_RECORD_FIELD(Module, FormFactor, "FORM", "form factor code"),
-    ZYMDB_RECORD_FIELD(Module, MemType, "MEMTYPE", "memory type code").hex(2),
-    derived<Module>("MemTypeName", "TYPE", "what MemType says", type).shown(),
+    ZYMDB_RECORD_FIELD(Module, MemType, "MEMTYPE", "memory type code").hex(2).model(),
+    derived<Module>("MemTypeName", "TYPE", "what MemType says", type).shown().model(),
     ZYMDB_RECORD_FIELD(Module, TypeDetail, "DETAIL", "type detail bits; 0x1000: non-volatile").hex(4),
     ZYMDB_RECORD_FIELD(Module, MaxSpeed, "MAXMTS", "highest speed").unit("MT/s").zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Module, ClockSpeed, "MTS", "configured speed").unit("MT/s").zero_is_unknown().shown(),
@@ -84,12 +84,12 @@ constexpr Field<Module> kFields[] = {
                     [](const Module& module) { return value_of(module.locator); })
         .place()
         .shown(),
-    ZYMDB_RECORD_FIELD(Module, DevLocator, "DEVLOCATOR", "the board's name for the position"),
-    ZYMDB_RECORD_FIELD(Module, BankLocator, "BANK", "the board's name for its bank"),
-    ZYMDB_RECORD_FIELD(Module, Manufacturer, "MANUFACTURER", "manufacturer").shown(),
+    ZYMDB_RECORD_FIELD(Module, DevLocator, "DEVLOCATOR", "the board's name for the position").place(),
+    ZYMDB_RECORD_FIELD(Module, BankLocator, "BANK", "the board's name for its bank").place(),
+    ZYMDB_RECORD_FIELD(Module, Manufacturer, "MANUFACTURER", "manufacturer").shown().model(),
     ZYMDB_RECORD_FIELD(Module, SerialNo, "SERIAL", "serial number").identity(),
     ZYMDB_RECORD_FIELD(Module, AssetTag, "ASSET", "asset tag"),
-    ZYMDB_RECORD_FIELD(Module, PartNo, "PART", "part number").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Module, PartNo, "PART", "part number").long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Module, Attributes, "ATTRIBUTES", "attributes; lowest digit: the rank").hex(2),
     ZYMDB_RECORD_FIELD(Module, NodeIndex, "NODE", "node that the module belongs to"),
     ZYMDB_RECORD_FIELD(Module, Capacity, "CAPACITY", "persistent module: capacity").unit("bytes"),
@@ -105,22 +105,32 @@ constexpr Field<Module> kFields[] = {
         .known_if(reports_itself),
     ZYMDB_RECORD_FIELD(Module, SecurityState, "SECURITYSTATE", "security state bits")
         .hex(2)
-        .known_if(reports_itself),
-    derived<Module>("Security", "SECURITY", "what SecurityState says", security).known_if(reports_itself),
-    ZYMDB_RECORD_FIELD(Module, HealthStatus, "HEALTHSTATUS", "health code").known_if(reports_itself),
+        .known_if(reports_itself)
+        .state(),
+    derived<Module>("Security", "SECURITY", "what SecurityState says", security)
+        .known_if(reports_itself)
+        .state(),
+    ZYMDB_RECORD_FIELD(Module, HealthStatus, "HEALTHSTATUS", "health code").known_if(reports_itself).state(),
     derived<Module>("Health", "HEALTH", "what HealthStatus says", health)
         .known_if(reports_itself)
-        .noted(health_attention),
-    ZYMDB_RECORD_FIELD(Module, AlarmTrips, "ALARMS", "alarm trip bits").hex(2).known_if(reports_itself),
+        .noted(health_attention)
+        .state(),
+    ZYMDB_RECORD_FIELD(Module, AlarmTrips, "ALARMS", "alarm trip bits")
+        .hex(2)
+        .known_if(reports_itself)
+        .state(),
     ZYMDB_RECORD_FIELD(Module, LDShutdownCount, "DIRTYSHUTDOWNS", "dirty shutdowns").known_if(reports_itself),
     ZYMDB_RECORD_FIELD(Module, AITDRAMStatus, "AITDRAM", "state of the address translation table's DRAM")
-        .known_if(reports_itself),
+        .known_if(reports_itself)
+        .state(),
     ZYMDB_RECORD_FIELD(Module, HealthStatusReason, "REASON", "reasons of the health")
         .hex(4)
-        .known_if(reports_itself),
+        .known_if(reports_itself)
+        .state(),
     ZYMDB_RECORD_FIELD(Module, LLShutdownStatus, "LASTSHUTDOWN", "last shutdown status")
         .hex(2)
-        .known_if(reports_itself),
+        .known_if(reports_itself)
+        .state(),
     ZYMDB_RECORD_FIELD(Module, InfoMask, "MASK", "which of the module's own values are valid").hex(2),
     ZYMDB_RECORD_FIELD(Module, CPUIndex, "CPU", "place: processor").place(),
     ZYMDB_RECORD_FIELD(Module, iMCNum, "CONTROLLER", "place: memory controller").place(),

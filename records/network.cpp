@@ -58,15 +58,15 @@ constexpr Field<PhysicalPort> kPhysicalFields[] = {
     derived<PhysicalPort>("Link", "LINK", "state of the link", status)
         .shown()
         .noted(status_attention)
-        .changing(),
-    derived<PhysicalPort>("LinkSpeedText", "SPEED", "speed of the link", speed).shown().changing(),
+        .state(),
+    derived<PhysicalPort>("LinkSpeedText", "SPEED", "speed of the link", speed).shown().state(),
     ZYMDB_RECORD_FIELD(PhysicalPort, LinkStatus, "LINKSTATUS", "state of the link: 1 up, 2 down")
         .zero_is_unknown()
-        .changing(),
+        .state(),
     ZYMDB_RECORD_FIELD(PhysicalPort, LinkSpeed, "LINKSPEED", "speed of the link")
         .unit("Mbit/s")
         .zero_is_unknown()
-        .changing(),
+        .state(),
     ZYMDB_RECORD_FIELD(PhysicalPort, TxUtil, "TX%", "share of the link in use for sending")
         .unit("%")
         .shown()
@@ -91,7 +91,7 @@ constexpr Field<LogicalPort> kLogicalFields[] = {
     ZYMDB_RECORD_FIELD(LogicalPort, PermanentAddress, "ADDRESS", "burnt-in address").shown().identity(),
     ZYMDB_RECORD_FIELD(LogicalPort, NetworkAddresses, "CURRENT", "current address or addresses")
         .shown()
-        .changing(),
+        .state(),
     ZYMDB_RECORD_FIELD(LogicalPort, LinkTechnology, "LINKTECHNOLOGY", "link technology code")
         .zero_is_unknown(),
     ZYMDB_RECORD_FIELD(LogicalPort, LinkTechnologyName, "TECHNOLOGY", "link technology")
@@ -125,11 +125,11 @@ constexpr Field<State> kStateFields[] = {
     derived<State>("LinkSpeedText", "SPEED", "speed of the link", speed).shown(),
     ZYMDB_RECORD_FIELD(State, LinkStatus, "LINKSTATUS", "state of the link: 1 up, 2 down")
         .zero_is_unknown()
-        .changing(),
+        .state(),
     ZYMDB_RECORD_FIELD(State, LinkSpeed, "LINKSPEED", "speed of the link")
         .unit("Mbit/s")
         .zero_is_unknown()
-        .changing(),
+        .state(),
     ZYMDB_RECORD_FIELD(State, TxUtil, "TX%", "share of the link in use for sending")
         .unit("%")
         .changing()

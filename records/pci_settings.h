@@ -29,6 +29,7 @@ struct SettingField {
 
   constexpr SettingField shown() const { return {field.shown(), type, offset, size}; }
   constexpr SettingField long_text() const { return {field.long_text(), type, offset, size}; }
+  constexpr SettingField place() const { return {field.place(), type, offset, size}; }
   constexpr SettingField hex(unsigned digits) const { return {field.hex(digits), type, offset, size}; }
 };
 
@@ -47,9 +48,9 @@ constexpr SettingType setting_type() {
 
 // In the order of the record.
 inline constexpr SettingField kSettingFields[] = {
-    ZYMDB_SETTING_FIELD(SettingID, "SETTING", "unique id").shown(),
+    ZYMDB_SETTING_FIELD(SettingID, "SETTING", "unique id").shown().place(),
     ZYMDB_SETTING_FIELD(SettingName, "NAME", "attribute name").shown(),
-    ZYMDB_SETTING_FIELD(PfaKey, "KEY", "function key of the adapter").hex(8),
+    ZYMDB_SETTING_FIELD(PfaKey, "KEY", "function key of the adapter").hex(8).place(),
     ZYMDB_SETTING_FIELD(CurrentValue, "CURRENT", "value in force").shown(),
     ZYMDB_SETTING_FIELD(PendingValue, "PENDING", "value to take effect later").shown(),
     ZYMDB_SETTING_FIELD(SuppressIf, "SUPPRESSIF", "expression: when to hide it"),

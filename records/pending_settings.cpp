@@ -24,11 +24,15 @@ Value function_address(const Pending& pending) {
 }
 
 constexpr Field<Pending> kFields[] = {
-    ZYMDB_RECORD_FIELD(Pending, SettingID, "SETTING", "the setting").shown(),
+    ZYMDB_RECORD_FIELD(Pending, SettingID, "SETTING", "the setting").shown().place(),
     derived<Pending>("Function", "FUNCTION", "address of the adapter's function (PfaKey)", function_address)
         .known_if(has_function)
-        .shown(),
-    ZYMDB_RECORD_FIELD(Pending, PfaKey, "KEY", "function key of the adapter").hex(8).known_if(has_function),
+        .shown()
+        .place(),
+    ZYMDB_RECORD_FIELD(Pending, PfaKey, "KEY", "function key of the adapter")
+        .hex(8)
+        .known_if(has_function)
+        .place(),
     ZYMDB_RECORD_FIELD(Pending, CurrentValue, "CURRENT", "value in force").shown(),
     ZYMDB_RECORD_FIELD(Pending, PendingValue, "PENDING", "value that a user has set").shown(),
     ZYMDB_RECORD_FIELD(Pending, AcceptedValue, "ACCEPTED",

@@ -1,5 +1,6 @@
 #include "records/cpu_mem.h"
 #include "records/stored_rows.h"
+#include "records/text.h"
 #include "zymdb_cpu_mem.h"
 
 namespace zymdb::records {
@@ -20,7 +21,7 @@ bool is_there(const Processor& processor) {
 Value state(const Processor& processor) {
   constexpr const char* kStates[] = {"unknown", "enabled", "disabled by user", "disabled by firmware",
                                      "idle",    "unknown", "unknown",          "other"};
-  if (is_empty(processor)) return "empty";
+  if (is_empty(processor)) return kEmpty;
   return (processor.Status & kPopulated) == 0 ? Value() : kStates[processor.Status & 7u];
 }
 
@@ -38,18 +39,19 @@ Value voltage(const Processor& processor) {
 }
 
 constexpr Field<Processor> kFields[] = {
-    ZYMDB_RECORD_FIELD(Processor, _id, "ID", "row of the inventory"),
+    ZYMDB_RECORD_FIELD(Processor, _id, "ID", "row of the inventory").row(),
     ZYMDB_RECORD_FIELD(Processor, ProcId, "PROCID", "identification: CPUID signature and feature flags")
-        .hex(16),
+        .hex(16)
+        .model(),
     ZYMDB_RECORD_FIELD(Processor, ProcType, "TYPE", "processor type code"),
     ZYMDB_RECORD_FIELD(Processor, Family, "FAMILY", "processor family code"),
     ZYMDB_RECORD_FIELD(Processor, Socket, "SOCKET", "socket designation")
         .place()
         .shown()
         .noted(state_attention),
-    derived<Processor>("State", "STATE", "what Status says", state).shown().noted(state_attention),
-    ZYMDB_RECORD_FIELD(Processor, Manufacturer, "MANUFACTURER", "manufacturer").long_text(),
-    ZYMDB_RECORD_FIELD(Processor, Version, "VERSION", "the processor's own name").long_text().shown(),
+    derived<Processor>("State", "STATE", "what Status says", state).shown().noted(state_attention).state(),
+    ZYMDB_RECORD_FIELD(Processor, Manufacturer, "MANUFACTURER", "manufacturer").long_text().model(),
+    ZYMDB_RECORD_FIELD(Processor, Version, "VERSION", "the processor's own name").long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Processor, Voltage, "VOLTAGE", "voltage code").hex(2),
     derived<Processor>("VoltageText", "VOLTS", "what Voltage says", voltage),
     ZYMDB_RECORD_FIELD(Processor, ExtClock, "EXTMHZ", "external clock").unit("MHz").zero_is_unknown(),
@@ -64,11 +66,11 @@ constexpr Field<Processor> kFields[] = {
         .zero_is_unknown()
         .changing()
         .shown(),
-    ZYMDB_RECORD_FIELD(Processor, Status, "STATUS", "status code").hex(2),
+    ZYMDB_RECORD_FIELD(Processor, Status, "STATUS", "status code").hex(2).state(),
     ZYMDB_RECORD_FIELD(Processor, Upgrade, "UPGRADE", "socket type code").hex(2),
     ZYMDB_RECORD_FIELD(Processor, SerialNo, "SERIAL", "serial number").identity(),
     ZYMDB_RECORD_FIELD(Processor, AssetTag, "ASSET", "asset tag"),
-    ZYMDB_RECORD_FIELD(Processor, PartNo, "PART", "part number"),
+    ZYMDB_RECORD_FIELD(Processor, PartNo, "PART", "part number").model(),
     ZYMDB_RECORD_FIELD(Processor, CoreCount, "CORES", "cores").known_if(is_there).zero_is_unknown().shown(),
     ZYMDB_RECORD_FIELD(Processor, CoreEnabled, "ENABLED", "enabled cores")
         .known_if(is_there)

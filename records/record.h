@@ -28,8 +28,11 @@ enum class Kind : uint8_t { kNumber, kText, kLongText };
 enum class Role : uint8_t {
   kStable,    // stays as long as the part is what it is
   kIdentity,  // tells parts apart: a serial number, an address burnt in
+  kModel,     // says what kind of part it is: model, part number
   kPlace,     // says where the part is
+  kState,     // how the part is: a link that is up, its health
   kVolatile,  // changes while nothing happens: load, temperature
+  kRow,       // says where the inventory has it, and nothing about the part
 };
 
 // Whether a table has the column when nobody says which.
@@ -68,7 +71,10 @@ struct Field {
   constexpr Field long_text() const { return with(&FieldInfo::kind, Kind::kLongText); }
   constexpr Field identity() const { return with(&FieldInfo::role, Role::kIdentity); }
   constexpr Field place() const { return with(&FieldInfo::role, Role::kPlace); }
+  constexpr Field model() const { return with(&FieldInfo::role, Role::kModel); }
+  constexpr Field state() const { return with(&FieldInfo::role, Role::kState); }
   constexpr Field changing() const { return with(&FieldInfo::role, Role::kVolatile); }
+  constexpr Field row() const { return with(&FieldInfo::role, Role::kRow); }
   constexpr Field number() const { return with(&FieldInfo::kind, Kind::kNumber); }
 
   constexpr Field unknown_at(uint64_t number) const {

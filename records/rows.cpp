@@ -24,6 +24,16 @@ std::string Rows::text(const char* column) {
   return text;
 }
 
+// The client cuts a text where its room ends.
+std::string Rows::long_text(const char* column) {
+  for (size_t room = 4096;; room *= 4) {
+    std::string text(room, '\0');
+    extract_str_column_from_result(result_.get(), column, text.data(), static_cast<int>(room));
+    const size_t size = text.find('\0');
+    if (size + 1 < room) return text.substr(0, size);
+  }
+}
+
 Value Rows::stored(const char* column) {
   uint64_t number = 0;
   const int status = extract_uint64_column_from_result(result_.get(), column, &number);

@@ -22,6 +22,8 @@ class Rows {
 
   // Empty and 0 for a NULL.
   std::string text(const char* column);
+  // The same for texts of more than 1,024 bytes.
+  std::string long_text(const char* column);
   uint32_t number(const char* column);
 
   // A number as it is stored, with all its bits: none for a NULL.

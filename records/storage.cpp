@@ -64,28 +64,28 @@ constexpr Field<Drive> kFields[] = {
     ZYMDB_RECORD_FIELD(Drive, HealthStatusId, "HEALTH", "health from the sensors")
         .noted(health_attention)
         .unknown_at(kNoSensor)
-        .changing(),
+        .state(),
     ZYMDB_RECORD_FIELD(Drive, Location, "LOCATION", "slot or bay").shown().place(),
-    ZYMDB_RECORD_FIELD(Drive, DisplayType, "TYPE", "drive type").shown().unknown_at("Unknown"),
+    ZYMDB_RECORD_FIELD(Drive, DisplayType, "TYPE", "drive type").shown().unknown_at("Unknown").model(),
     ZYMDB_RECORD_FIELD(Drive, MediaType, "MEDIA", "SSD or HDD").shown(),
     ZYMDB_RECORD_FIELD(Drive, MediaValue, "RPM", "rotations per minute").zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Drive, FruNo, "FRU", "number of the field-replaceable unit"),
-    ZYMDB_RECORD_FIELD(Drive, PartNo, "PART", "part number"),
+    ZYMDB_RECORD_FIELD(Drive, PartNo, "PART", "part number").model(),
     ZYMDB_RECORD_FIELD(Drive, SerialNo, "SERIAL", "serial number").shown().identity(),
-    ZYMDB_RECORD_FIELD(Drive, Model, "MODEL", "model").long_text().shown(),
+    ZYMDB_RECORD_FIELD(Drive, Model, "MODEL", "model").long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Drive, UUID, "UUID", "unique identifier").identity(),
-    ZYMDB_RECORD_FIELD(Drive, Manufacture, "MAKER", "the drive's maker"),
+    ZYMDB_RECORD_FIELD(Drive, Manufacture, "MAKER", "the drive's maker").model(),
     ZYMDB_RECORD_FIELD(Drive, FwVersion, "FIRMWARE", "firmware version").shown(),
-    ZYMDB_RECORD_FIELD(Drive, Capacity, "CAPACITY", "capacity").shown(),
+    ZYMDB_RECORD_FIELD(Drive, Capacity, "CAPACITY", "capacity").shown().model(),
     ZYMDB_RECORD_FIELD(Drive, SFlags, "FLAGS", "health status flags of the drive")
         .known_if(reports_itself)
-        .changing(),
+        .state(),
     ZYMDB_RECORD_FIELD(Drive, Warning, "WARNING", "critical warnings, one bit each")
         .hex(2)
         .shown()
         .noted(warning_attention)
         .known_if(reports_itself)
-        .changing(),
+        .state(),
     ZYMDB_RECORD_FIELD(Drive, Temperature, "TEMP", "temperature")
         .unit("°C")
         .shown()
@@ -95,10 +95,8 @@ constexpr Field<Drive> kFields[] = {
         .unit("%")
         .shown()
         .known_if(reports_itself)
-        .changing(),
-    ZYMDB_RECORD_FIELD(Drive, InfoMask, "VALID", "which of the four values before are valid")
-        .hex(4)
-        .changing(),
+        .state(),
+    ZYMDB_RECORD_FIELD(Drive, InfoMask, "VALID", "which of the four values before are valid").hex(4).state(),
 };
 
 constexpr Field<Backplanes> kBackplaneFields[] = {

@@ -45,15 +45,15 @@ constexpr Column kColumns[] = {
 };
 
 constexpr Field<System> kFields[] = {
-    ZYMDB_RECORD_FIELD(System, Manufacturer, "MANUFACTURER", "manufacturer").shown(),
-    ZYMDB_RECORD_FIELD(System, Model, "MODEL", "model").shown(),
-    ZYMDB_RECORD_FIELD(System, Version, "VERSION", "version of the model"),
+    ZYMDB_RECORD_FIELD(System, Manufacturer, "MANUFACTURER", "manufacturer").shown().model(),
+    ZYMDB_RECORD_FIELD(System, Model, "MODEL", "model").shown().model(),
+    ZYMDB_RECORD_FIELD(System, Version, "VERSION", "version of the model").model(),
     ZYMDB_RECORD_FIELD(System, SerialNo, "SERIAL", "serial number").identity().shown(),
     ZYMDB_RECORD_FIELD(System, UUID, "UUID", "universally unique identifier").identity(),
-    ZYMDB_RECORD_FIELD(System, SKU, "SKU", "stock keeping unit"),
+    ZYMDB_RECORD_FIELD(System, SKU, "SKU", "stock keeping unit").model(),
     ZYMDB_RECORD_FIELD(System, Family, "FAMILY", "family of models"),
-    ZYMDB_RECORD_FIELD(System, BoardManufacturer, "BOARDMAKER", "manufacturer of the system board"),
-    ZYMDB_RECORD_FIELD(System, BoardModel, "BOARD", "model of the system board").shown(),
+    ZYMDB_RECORD_FIELD(System, BoardManufacturer, "BOARDMAKER", "manufacturer of the system board").model(),
+    ZYMDB_RECORD_FIELD(System, BoardModel, "BOARD", "model of the system board").shown().model(),
     ZYMDB_RECORD_FIELD(System, BoardVersion, "BOARDVERSION", "version of the system board"),
     ZYMDB_RECORD_FIELD(System, BoardSerialNo, "BOARDSERIAL", "serial number of the system board").identity(),
     ZYMDB_RECORD_FIELD(System, FirmwareVendor, "FIRMWAREVENDOR", "vendor of the system's firmware"),

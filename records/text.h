@@ -9,6 +9,9 @@
 
 namespace zymdb::records {
 
+// What a socket or position without its part is called.
+inline constexpr char kEmpty[] = "empty";
+
 // "slot 3", "bay 2", "on board".
 std::string place_text(unsigned location, unsigned number);
 

@@ -170,8 +170,8 @@ TEST_F(JournalTest, NullPointersAreRefused) {
   uint64_t number = 0;
   EXPECT_EQ(zym_db_generation(nullptr, &number), ZYM_DB_STATUS_INVALID_PARAM);
   EXPECT_EQ(zym_db_generation(handle(), nullptr), ZYM_DB_STATUS_INVALID_PARAM);
-  EXPECT_EQ(zym_db_snapshot(nullptr, "x"), ZYM_DB_STATUS_INVALID_PARAM);
-  EXPECT_EQ(zym_db_snapshot(handle(), nullptr), ZYM_DB_STATUS_INVALID_PARAM);
+  EXPECT_EQ(zym_db_snapshot(nullptr, "x", nullptr), ZYM_DB_STATUS_INVALID_PARAM);
+  EXPECT_EQ(zym_db_snapshot(handle(), nullptr, nullptr), ZYM_DB_STATUS_INVALID_PARAM);
   EXPECT_EQ(zym_db_rewind(nullptr, 0), ZYM_DB_STATUS_INVALID_PARAM);
 }
 
@@ -225,7 +225,7 @@ using SnapshotTest = JournalTest;
 TEST_F(SnapshotTest, IsAnInventoryOfItsOwnInOneFile) {
   given("PCIs", {{"FunKey", 7}});
   const std::string copy = folder() / "copy.db";
-  ASSERT_EQ(zym_db_snapshot(handle(), copy.c_str()), 0);
+  ASSERT_EQ(zym_db_snapshot(handle(), copy.c_str(), nullptr), 0);
   given("PCIs", {{"FunKey", 8}});
   EXPECT_FALSE(std::filesystem::exists(copy + "-wal"));
   EXPECT_EQ(found_in(copy, "PRAGMA journal_mode"), "delete\n");
@@ -240,19 +240,19 @@ TEST_F(SnapshotTest, IsAnInventoryOfItsOwnInOneFile) {
 TEST_F(SnapshotTest, LeavesAFileThatIsThereAlone) {
   const std::string copy = folder() / "copy.db";
   std::ofstream(copy) << "a file";
-  EXPECT_EQ(zym_db_snapshot(handle(), copy.c_str()), 44);
+  EXPECT_EQ(zym_db_snapshot(handle(), copy.c_str(), nullptr), 44);
   EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr(copy + ": File exists"));
   EXPECT_EQ(std::filesystem::file_size(copy), 6u);
 }
 
 TEST_F(SnapshotTest, TellsWhereNoneCanBeMade) {
-  EXPECT_EQ(zym_db_snapshot(handle(), (folder() / "missing/copy.db").c_str()), 44);
+  EXPECT_EQ(zym_db_snapshot(handle(), (folder() / "missing/copy.db").c_str(), nullptr), 44);
   EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr("missing/copy.db: No such file"));
 }
 
 TEST_F(SnapshotTest, IsNoPartOfATransaction) {
   ASSERT_EQ(zym_db_begin(handle()), 0);
-  EXPECT_EQ(zym_db_snapshot(handle(), (folder() / "copy.db").c_str()), ZYM_DB_STATUS_ERROR);
+  EXPECT_EQ(zym_db_snapshot(handle(), (folder() / "copy.db").c_str(), nullptr), ZYM_DB_STATUS_ERROR);
   EXPECT_EQ(zym_db_rewind(handle(), 0), ZYM_DB_STATUS_ERROR);
   ASSERT_EQ(zym_db_rollback(handle()), 0);
 }
@@ -272,7 +272,9 @@ TEST_F(SnapshotTest, IsOfOneMomentWhileTwoProcessesWrite) {
   ChildProcess second(write);
   for (int i = 0; i < 20; ++i) {
     const std::string copy = folder() / ("copy-" + std::to_string(i) + ".db");
-    ASSERT_EQ(zym_db_snapshot(handle(), copy.c_str()), 0);
+    uint64_t number = 0;
+    ASSERT_EQ(zym_db_snapshot(handle(), copy.c_str(), &number), 0);
+    EXPECT_EQ(found_in(copy, "SELECT ifnull(max(_id), 0) FROM Journal"), std::to_string(number) + "\n");
     EXPECT_EQ(found_in(copy,
                        "SELECT (SELECT count(*) FROM PCIs)=(SELECT count(*) FROM PCIAdapter), "
                        "(SELECT count(*) FROM PCIs)=(SELECT ifnull(max(_id), 0) FROM Journal)"),

@@ -49,6 +49,11 @@ int main(int argc, char** argv) {
     return run(tree, argc, argv);
   } catch (const ReaderGone&) {
     return kDone;
+  } catch (const WrongInput& failure) {
+    complain(failure.what());
+    return kWrongUsage;
+  } catch (const Different&) {
+    return kFailed;
   } catch (const std::bad_alloc&) {
     complain("out of memory");
   } catch (const std::exception& failure) {

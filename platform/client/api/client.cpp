@@ -176,9 +176,12 @@ int zym_db_generation(_zym_db_handle_t* handle, uint64_t* generation) {
   return run(handle, [&](Lease& lease) { return lease.generation(*generation); });
 }
 
-int zym_db_snapshot(_zym_db_handle_t* handle, const char* path) {
+int zym_db_snapshot(_zym_db_handle_t* handle, const char* path, uint64_t* generation) {
   if (handle == nullptr || path == nullptr) return note_failure(ZYM_DB_STATUS_INVALID_PARAM);
-  return run(handle, [&](Lease& lease) { return lease.save_copy(path); });
+  uint64_t copied = 0;
+  const int status = run(handle, [&](Lease& lease) { return lease.save_copy(path, copied); });
+  if (status == 0 && generation != nullptr) *generation = copied;
+  return status;
 }
 
 int zym_db_rewind(_zym_db_handle_t* handle, uint64_t generation) {

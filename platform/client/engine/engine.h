@@ -77,8 +77,8 @@ class Session {
 
   // The number of the last change that was committed.
   virtual int generation(uint64_t& generation) = 0;
-  // Writes a new file that holds the database as one moment had it.
-  virtual int save_copy(const char* path) = 0;
+  // Writes a new file that holds the database as one moment had it, and tells of which generation.
+  virtual int save_copy(const char* path, uint64_t& generation) = 0;
   // Takes back every change after `generation`.
   virtual int rewind(uint64_t generation) = 0;
 

@@ -24,7 +24,9 @@ class Lease {
   int commit() { return logged(session().commit(), "commit"); }
   int rollback() { return logged(session().rollback(), "rollback"); }
   int generation(uint64_t& generation) { return logged(session().generation(generation), "generation"); }
-  int save_copy(const char* path) { return logged(session().save_copy(path), "snapshot"); }
+  int save_copy(const char* path, uint64_t& generation) {
+    return logged(session().save_copy(path, generation), "snapshot");
+  }
   int rewind(uint64_t generation);
 
   Lease() = default;

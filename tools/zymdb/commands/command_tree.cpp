@@ -57,6 +57,10 @@ void build_command_tree(CommandTree& tree) {
   add_show_cards(tree, show);
   add_link(tree);
   add_watch(tree);
+  add_diff(tree);
+  add_history(tree);
+  add_snapshot(tree);
+  add_export(tree);
   add_settings(tree);
   add_dpu(tree);
   add_retimer(tree);

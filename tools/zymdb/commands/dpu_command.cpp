@@ -56,14 +56,14 @@ void append(const DpuOptions& options) {
 }
 
 void clear(const DpuOptions& options) {
-  open_inventory(Opening::kExisting);
+  open_inventory(Opening::kChanging);
   require_status(dpu_clear_logs_by_slot(options.slot), "clear the events");
 }
 
 void uefi(const DpuOptions& options, bool is_given) {
   const auto slot = static_cast<unsigned>(options.slot);
   const std::string where = "slot " + std::to_string(options.slot);
-  open_inventory(Opening::kExisting);
+  open_inventory(is_given ? Opening::kChanging : Opening::kReading);
   if (is_given) {
     const int status = zymdb_update_dpu_uefi_version(slot, options.version.c_str());
     if (status == ZYM_DB_STATUS_NOT_FOUND) throw Failure("there is no DPU in " + where);

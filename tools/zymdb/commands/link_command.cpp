@@ -90,7 +90,7 @@ State read_state(FunctionKey function, int port) {
 void run(const LinkOptions& options) {
   State named{};
   for (const auto& change : options.changes) apply(change, named);
-  open_inventory(Opening::kExisting);
+  open_inventory(options.changes.empty() ? Opening::kReading : Opening::kChanging);
   const auto function = find_function(options.function);
   State state = read_state(function, options.port);
   if (options.changes.empty()) {

@@ -64,7 +64,7 @@ void require_all_merged() {
 
 void merge() {
   records::require_settled_settings();
-  open_inventory(Opening::kExisting);
+  open_inventory(Opening::kChanging);
   const auto before = merged_functions();
   require_status(zymdb_merge_aim_ucm_pfa(), kAction);
   require_no_client_error(kAction);

@@ -99,7 +99,7 @@ std::vector<Entry> parse_all(const std::vector<std::string>& assignments) {
 
 void save(const std::vector<std::string>& assignments) {
   auto entries = parse_all(assignments);
-  open_inventory(Opening::kExisting);
+  open_inventory(Opening::kChanging);
   // The BIOS configuration manager keeps what it accepts in the property database, and makes that at need.
   allow_creation(true);
   records::require_settled_settings();

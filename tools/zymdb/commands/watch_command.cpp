@@ -106,7 +106,7 @@ void watch_in_file(const RecordType& type, unsigned interval) {
 
 void run(const WatchOptions& options) {
   const auto type = records::physical_ports(port_choice(options.ports));
-  open_inventory(Opening::kExisting);
+  open_inventory(Opening::kReading);
   if (isatty(STDOUT_FILENO) != 0)
     watch_on_terminal(type, options.interval);
   else

@@ -19,11 +19,13 @@ struct ShowOptions {
   bool json = false;
   bool no_headings = false;
   std::string columns;
+  std::string moment;
   std::string color = "auto";
 };
 
 std::string rendered(const Listing& listing, const ShowOptions& options, const Selection& columns) {
-  if (listing.is_stored) open_inventory(Opening::kExisting);
+  if (listing.is_stored) open_inventory(Opening::kReading);
+  if (!options.moment.empty()) open_moment(options.moment);
   const auto& type = listing.type;
   if (options.json) return records::to_json(type.name, type.list(records::all_fields(type)));
   return render_table(type.list(columns),
@@ -92,10 +94,10 @@ CLI::App& add_listing(CommandTree& tree, CLI::App& parent, Listing listing) {
   columns->type_name(kListType)->excludes(json);
   tree.words[columns] = headings_of(listing.type);
   command.add_flag("--no-headings", options->no_headings, "Print no headings")->excludes(json);
-  const std::vector<std::string> choices{"auto", "always", "never"};
-  tree.words[command.add_option("--color", options->color, "Colour: auto (on a terminal), always, never")
-                 ->check(one_of(choices))
-                 ->type_name("WHEN")] = choices;
+  if (listing.is_stored)
+    command.add_option("--at", options->moment, "As it was at this time (UTC), or of this generation")
+        ->type_name("TIME|GENERATION");
+  add_color_option(tree, command, options->color);
   command.callback(
       [listing = std::move(listing), options, columns] { show(listing, *options, columns->count() > 0); });
   return command;

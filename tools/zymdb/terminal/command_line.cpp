@@ -129,6 +129,13 @@ CLI::Validator one_of(const Words& words) {
           ""};
 }
 
+void add_color_option(CommandTree& tree, CLI::App& command, std::string& color) {
+  const std::vector<std::string> choices{"auto", "always", "never"};
+  tree.words[command.add_option("--color", color, "Colour: auto (on a terminal), always, never")
+                 ->check(one_of(choices))
+                 ->type_name("WHEN")] = choices;
+}
+
 std::string unknown_word(const std::string& kind, const std::string& word, const Words& known) {
   const auto meant = closest(word, known);
   return "unknown " + kind + " '" + word + "'; " + (meant ? "did you mean '" + *meant + "'?" : all_of(known));

@@ -25,6 +25,9 @@ inline constexpr char kFolderType[] = "DIR";
 CLI::Validator whole_number(uint64_t least, uint64_t most);
 CLI::Validator one_of(const std::vector<std::string>& words);
 
+// Adds `--color WHEN`.
+void add_color_option(CommandTree& tree, CLI::App& command, std::string& color);
+
 // "unknown KIND 'WORD'", with the known word that was perhaps meant, or else all of them.
 std::string unknown_word(const std::string& kind, const std::string& word,
                          const std::vector<std::string>& known);

@@ -12,8 +12,18 @@ class Failure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// What the command was given to work on is not what it can be: the same exit status as for a command line
+// that is wrong.
+class WrongInput : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 // Whoever read standard output has closed it, and so has what it wanted.
 struct ReaderGone {};
+
+// The command has done its work, and what it compared is not the same: exit status 1, without another word.
+struct Different {};
 
 }  // namespace zymdb::tool
 

@@ -120,9 +120,9 @@ Failure Connection::generation(uint64_t& generation) {
   return journal_->generation(generation);
 }
 
-Failure Connection::save_copy(const std::string& path) {
+Failure Connection::save_copy(const std::string& path, uint64_t& generation) {
   authorizer_.stand_aside();
-  return sqlite::save_copy(database(), path);
+  return sqlite::save_copy(database(), path, has_journal() ? &generation : nullptr);
 }
 
 // The journal does not account for its own rewinding.

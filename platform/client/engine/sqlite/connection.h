@@ -48,7 +48,7 @@ class Connection {
   // Whether changes are accounted for, each within a transaction.
   bool has_journal() const { return journal_.has_value(); }
   Failure generation(uint64_t& generation);
-  Failure save_copy(const std::string& path);
+  Failure save_copy(const std::string& path, uint64_t& generation);
   Failure rewind(uint64_t generation);
 
   // A caller's transaction has a stay in the queue of writers.

@@ -31,7 +31,14 @@ Failure copy_pages(sqlite3* from, sqlite3* to) {
   return code == SQLITE_OK ? Failure{} : failure_of(to, code);
 }
 
-Failure fill(sqlite3* from, const std::string& path) {
+Failure read_generation(sqlite3* database, uint64_t& generation) {
+  int64_t number = 0;
+  Failure failure = read_number(database, R"(SELECT ifnull(max("_id"), 0) FROM "Journal")", number);
+  generation = static_cast<uint64_t>(number);
+  return failure;
+}
+
+Failure fill(sqlite3* from, const std::string& path, uint64_t* generation) {
   sqlite3* opened = nullptr;
   const int code =
       sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_READWRITE, nullptr);
@@ -40,16 +47,19 @@ Failure fill(sqlite3* from, const std::string& path) {
   // Nothing is lost with a copy that was cut off; it is flushed once, below.
   if (Failure failure = execute(opened, "PRAGMA synchronous=OFF")) return failure;
   if (Failure failure = copy_pages(from, opened)) return failure;
+  if (generation != nullptr) {
+    if (Failure failure = read_generation(opened, *generation)) return failure;
+  }
   // The copy is one file, without a write-ahead log beside it.
   return execute(opened, "PRAGMA synchronous=FULL; PRAGMA journal_mode=DELETE");
 }
 
 }  // namespace
 
-Failure save_copy(sqlite3* database, const std::string& path) {
+Failure save_copy(sqlite3* database, const std::string& path, uint64_t* generation) {
   Failure failure = make_file(path);
   if (!failure) {
-    failure = fill(database, path);
+    failure = fill(database, path, generation);
     if (failure) unlink(path.c_str());
   }
   if (failure) failure.reason.insert(0, path + ": ");

@@ -2,6 +2,7 @@
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_FILE_COPY_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_FILE_COPY_H
 
+#include <cstdint>
 #include <string>
 
 #include "client/engine/sqlite/handles.h"
@@ -9,7 +10,8 @@
 namespace zymdb::client::sqlite {
 
 // Makes the file, which must not exist, while others read and write the database. A failure leaves none.
-Failure save_copy(sqlite3* database, const std::string& path);
+// `generation` receives the copy's; null for a database without a journal.
+Failure save_copy(sqlite3* database, const std::string& path, uint64_t* generation);
 
 }  // namespace zymdb::client::sqlite
 

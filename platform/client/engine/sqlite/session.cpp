@@ -147,9 +147,9 @@ int SqliteSession::generation(uint64_t& generation) {
   return failure ? fail(std::move(failure)) : 0;
 }
 
-int SqliteSession::save_copy(const char* path) {
+int SqliteSession::save_copy(const char* path, uint64_t& generation) {
   if (connection().in_transaction()) return fail({ZYM_DB_STATUS_ERROR, kTransactionLasts});
-  Failure failure = connection().save_copy(path);
+  Failure failure = connection().save_copy(path, generation);
   return failure ? fail(std::move(failure)) : 0;
 }
 

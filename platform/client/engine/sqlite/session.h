@@ -29,7 +29,7 @@ class SqliteSession final : public Session {
   int commit() override;
   int rollback() override;
   int generation(uint64_t& generation) override;
-  int save_copy(const char* path) override;
+  int save_copy(const char* path, uint64_t& generation) override;
   int rewind(uint64_t generation) override;
   const std::string& error() const override { return error_; }
 

@@ -1,0 +1,64 @@
+#include "terminal/moment.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstring>
+#include <ctime>
+
+namespace zymdb::tool {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+using std::chrono::system_clock;
+
+constexpr int64_t kSecond = 1000;
+constexpr const char* kForms[] = {"%Y-%m-%d", "%Y-%m-%d %H:%M", "%Y-%m-%d %H:%M:%S", "%Y-%m-%dT%H:%MZ",
+                                  "%Y-%m-%dT%H:%M:%SZ"};
+
+struct Unit {
+  char letter;
+  int64_t milliseconds;
+};
+constexpr Unit kUnits[] = {
+    {'s', kSecond}, {'m', 60 * kSecond}, {'h', 3600 * kSecond}, {'d', 86400 * kSecond}};
+
+std::optional<int64_t> parse_ago(const std::string& text) {
+  constexpr uint64_t kMost = 1'000'000'000;
+  const auto number = text.empty() ? std::nullopt : parse_number(text.substr(0, text.size() - 1));
+  if (!number || *number > kMost) return std::nullopt;
+  const int64_t now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+  for (const Unit& unit : kUnits) {
+    if (text.back() == unit.letter) return now - static_cast<int64_t>(*number) * unit.milliseconds;
+  }
+  return std::nullopt;
+}
+
+// strptime() takes a 31st of February; the calendar then tells another day.
+bool is_in_calendar(tm parts, time_t seconds) {
+  tm again{};
+  return gmtime_r(&seconds, &again) != nullptr && again.tm_mday == parts.tm_mday &&
+         again.tm_mon == parts.tm_mon;
+}
+
+}  // namespace
+
+std::optional<uint64_t> parse_number(const std::string& text) {
+  uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && rest == end ? std::optional(number) : std::nullopt;
+}
+
+std::optional<int64_t> parse_time(const std::string& text) {
+  for (const char* const form : kForms) {
+    tm parts{};
+    const char* const rest = strptime(text.c_str(), form, &parts);
+    if (rest == nullptr || *rest != '\0') continue;
+    const time_t seconds = timegm(&parts);
+    if (is_in_calendar(parts, seconds)) return static_cast<int64_t>(seconds) * kSecond;
+  }
+  return parse_ago(text);
+}
+
+}  // namespace zymdb::tool
