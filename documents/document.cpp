@@ -65,9 +65,7 @@ const PartClass* Document::find(std::string_view name) const {
 }
 
 bool Document::is_empty() const {
-  // What is counted of an inventory without drives is no part of the machine.
-  return std::ranges::all_of(classes,
-                             [](const PartClass& each) { return each.parts.empty() || each.name == "backplanes"; });
+  return std::ranges::all_of(classes, [](const PartClass& each) { return each.parts.empty(); });
 }
 
 Value normalized(const FieldInfo& field, const Value& value) {

@@ -27,21 +27,20 @@ constexpr Source kSources[] = {
     {"adapters", {"PCIAdapter", "PCIs", "NCSIPackageID", "VPDs"}},
     {"functions", {"PCIs"}},
     {"gpus", {"PCIs", "PCIGPU", "PCIGPUChip"}},
-    {"ports", {"PCIs", "PCIPhysicalPort", "PCIPhysicalPortStat"}},
+    {"ports", {"PCIs", "PCINetwork", "PCIPhysicalPort", "PCIPhysicalPortStat"}},
     {"logical-ports", {"PCIs", "PCILogicalPort", "PCINetwork"}},
     {"firmware", {"PCIs", "Firmwares"}},
     {"pldm", {"PldmDeviceFirmware"}},
     {"embedded", {"EmbeddedDeviceFirmware"}},
     {"drives", {"AimDisks", "NVMeDrives", "SensorSlotMap"}},
-    {"backplanes", {"AimDisks", "NVMeDrives", "PCIs"}},
     {"settings", {"PCISetting"}},
-    {"pending-settings", {"PCISetting"}},
 };
 
 bool may_touch(const Json& account, std::string_view class_name) {
-  const auto source = std::ranges::find(kSources, class_name, &Source::class_name);
-  if (source == std::end(kSources)) return true;
-  return std::ranges::any_of(source->tables, [&](std::string_view table) { return !table.empty() && account.contains(table); });
+  for (const auto& [table, rows] : account.items()) {
+    if (is_read_from(class_name, table)) return true;
+  }
+  return false;
 }
 
 // Steps back in time. What no table of an entry touches is as it was.
@@ -67,6 +66,11 @@ class Rewinder {
 };
 
 }  // namespace
+
+bool is_read_from(std::string_view class_name, std::string_view table) {
+  const auto source = std::ranges::find(kSources, class_name, &Source::class_name);
+  return source == std::end(kSources) || std::ranges::find(source->tables, table) != source->tables.end();
+}
 
 std::vector<Entry> read_entries() {
   const records::Reading reading("journal");

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "documents/difference.h"
@@ -26,6 +27,10 @@ struct Event {
   bool is_baseline = false;  // the first collection, whose parts are no changes
   std::vector<Change> changes;
 };
+
+// Whether the records of a class are read from the table: where an entry tells of no such table, they are as they
+// were.
+bool is_read_from(std::string_view class_name, std::string_view table);
 
 // The open inventory's entries, the oldest first. Throws DatabaseError when they cannot be read.
 std::vector<Entry> read_entries();

@@ -26,9 +26,7 @@ std::vector<records::RecordType> inventory_types(const std::string& names_file) 
           pldm_devices(),
           embedded_devices(),
           drives(),
-          backplanes(),
-          settings(),
-          pending_settings()};
+          settings()};
 }
 
 }  // namespace zymdb::documents

@@ -9,7 +9,8 @@
 
 namespace zymdb::documents {
 
-// Every record type that an inventory stores, in the order of reading. `names_file` is the list of PCI names.
+// Every record type that the inventory itself holds, in the order of reading; what is told from the properties
+// beside it is not its own. `names_file` is the list of PCI names.
 std::vector<records::RecordType> inventory_types(const std::string& names_file);
 
 }  // namespace zymdb::documents

@@ -36,6 +36,14 @@ std::string all_of(Role role, const PartClass& of, const Part& part) {
   return key;
 }
 
+// Everything but where the inventory has it.
+std::string everything(const PartClass& of, const Part& part) {
+  std::string key;
+  for (size_t i = 0; i < of.fields.size(); ++i) {
+    if (of.fields[i].role != Role::kRow) key += text(of.fields[i], part[i]);
+  }
+  return key;
+}
 std::string whole_place(const PartClass& of, const Part& part) {
   return all_of(Role::kPlace, of, part) + "in its place";
 }
@@ -121,6 +129,8 @@ class Matching {
 
 std::vector<Pair> match(const PartClass& before, const PartClass& after, MatchBy by) {
   Matching matching(before, after);
+  // First, so that of several that resemble each other those are paired that are the same.
+  matching.pair_by(everything, true);
   if (by == MatchBy::kIdentity) {
     matching.pair_by_identity();
     matching.pair_by(place_of_nameless, true);

@@ -6,14 +6,14 @@ from pathlib import Path
 
 SOURCES = {".h", ".c", ".cpp", ".in"}
 # What has rooms of its own; tests, benchmarks and fuzzers may look into all of them.
-HOUSE = ["include", "controller", "common", "records", "src", "collect", "tools", "platform", "service"]
+HOUSE = ["include", "controller", "common", "records", "documents", "src", "collect", "tools", "platform", "service"]
 # From where an include names its file.
 ROOTS = ["", "include", "src", "platform", "tools/zymdb"]
 
 PUBLIC = ["include", "controller"]
 BELOW_AREAS = [*PUBLIC, "src/db"]
 PCI, SMBIOS, SYSFS = "collect/sources/pci", "collect/sources/smbios", "collect/sources/sysfs"
-SHARED = [*PUBLIC, "common", "records", PCI]
+SHARED = [*PUBLIC, "common", "records", "documents", PCI]
 CLIENT = "platform/client"
 
 # Each room, and those below that it may include from; it may always include from itself.
@@ -23,6 +23,7 @@ ROOMS = {
     # A transaction is an extension of our own client, which the header of the platform declares.
     "common": [*PUBLIC, "platform"],
     "records": [*PUBLIC, "common", PCI],
+    "documents": [*PUBLIC, "common", "records"],
     "src/db": PUBLIC,
     **{f"src/{area}": BELOW_AREAS for area in ["cpu_mem", "pci", "network", "firmware", "pci_settings", "storage"]},
 
