@@ -24,7 +24,8 @@ constexpr char kColumnsOfAdapters[] =
 const WrongUsage kWrongUsages[] = {
     // What is missing.
     {{},
-     "a command is missing; there are init, collect, show, link, watch, settings, dpu, retimer, merge, "
+     "a command is missing; there are init, collect, show, link, watch, diff, history, "
+     "snapshot, export, settings, dpu, retimer, merge, "
      "properties, "
      "vpd, drive-date, completion (try 'zymdb --help')\n"},
     {{"show"},
@@ -151,6 +152,10 @@ const Words kCommands[] = {
     {"vpd"},
     {"drive-date"},
     {"completion"},
+    {"diff"},
+    {"history"},
+    {"snapshot"},
+    {"export"},
     {"completion", "bash"},
 };
 

@@ -70,8 +70,8 @@ void keep_changes_of(const std::string& text, std::vector<Event>& events) {
 
 uint64_t first_generation(const std::string& since) {
   const auto time = parse_time(since);
-  if (!time) throw CLI::ValidationError("--since", "'" + since + "' is no time");
-  const auto generation = documents::generation_at(documents::read_entries(), *time - 1);
+  const auto generation =
+      time ? documents::generation_at(documents::read_entries(), *time - 1) : std::nullopt;
   return generation ? *generation + 1 : 0;
 }
 
@@ -106,7 +106,9 @@ void add_history(CommandTree& tree) {
   const auto options = std::make_shared<HistoryOptions>();
   auto& command = *tree.app.add_subcommand("history", "What became of the machine's parts, and when");
   command.footer(kFooter);
-  command.add_option("--since", options->since, "Only changes since this time")->type_name("TIME");
+  command.add_option("--since", options->since, "Only changes since this time")
+      ->check(CLI::Validator(objection_to_time, ""))
+      ->type_name("TIME");
   command
       .add_option("--of", options->of, "Only changes of the part with this place, serial number or address")
       ->type_name("PLACE|SERIAL");

@@ -51,7 +51,7 @@ void unpack_snapshot(Opening opening) {
 uint64_t parse_moment(const std::string& moment) {
   if (const auto number = parse_number(moment)) return *number;
   const auto time = parse_time(moment);
-  if (!time) throw CLI::ValidationError("--at", "'" + moment + "' is neither a generation nor a time");
+  if (!time) throw Failure(objection_to_moment(moment));
   const auto generation = documents::generation_at(documents::read_entries(), *time);
   if (!generation) throw Failure("the inventory's journal does not reach back to " + moment);
   return *generation;

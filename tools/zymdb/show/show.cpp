@@ -5,6 +5,7 @@
 #include "records/json.h"
 #include "show/inventory.h"
 #include "show/listing.h"
+#include "terminal/moment.h"
 #include "terminal/table.h"
 #include "terminal/terminal.h"
 
@@ -96,6 +97,7 @@ CLI::App& add_listing(CommandTree& tree, CLI::App& parent, Listing listing) {
   command.add_flag("--no-headings", options->no_headings, "Print no headings")->excludes(json);
   if (listing.is_stored)
     command.add_option("--at", options->moment, "As it was at this time (UTC), or of this generation")
+        ->check(CLI::Validator(objection_to_moment, ""))
         ->type_name("TIME|GENERATION");
   add_color_option(tree, command, options->color);
   command.callback(

@@ -35,10 +35,8 @@ std::optional<int64_t> parse_ago(const std::string& text) {
 }
 
 // strptime() takes a 31st of February; the calendar then tells another day.
-bool is_in_calendar(tm parts, time_t seconds) {
-  tm again{};
-  return gmtime_r(&seconds, &again) != nullptr && again.tm_mday == parts.tm_mday &&
-         again.tm_mon == parts.tm_mon;
+bool is_in_calendar(const tm& parts, const tm& calendar) {
+  return calendar.tm_mday == parts.tm_mday && calendar.tm_mon == parts.tm_mon;
 }
 
 }  // namespace
@@ -55,10 +53,19 @@ std::optional<int64_t> parse_time(const std::string& text) {
     tm parts{};
     const char* const rest = strptime(text.c_str(), form, &parts);
     if (rest == nullptr || *rest != '\0') continue;
-    const time_t seconds = timegm(&parts);
-    if (is_in_calendar(parts, seconds)) return static_cast<int64_t>(seconds) * kSecond;
+    tm calendar = parts;
+    const time_t seconds = timegm(&calendar);
+    if (is_in_calendar(parts, calendar)) return static_cast<int64_t>(seconds) * kSecond;
   }
   return parse_ago(text);
+}
+
+std::string objection_to_time(const std::string& text) {
+  return parse_time(text) ? "" : "'" + text + "' is no time";
+}
+
+std::string objection_to_moment(const std::string& text) {
+  return parse_number(text) || parse_time(text) ? "" : "'" + text + "' is neither a generation nor a time";
 }
 
 }  // namespace zymdb::tool

@@ -15,6 +15,10 @@ std::optional<uint64_t> parse_number(const std::string& text);
 // "7d". In ms since 1970; nothing for any other text.
 std::optional<int64_t> parse_time(const std::string& text);
 
+// What is wrong with a text that is to be a time, or a generation or a time; empty for one that is.
+std::string objection_to_time(const std::string& text);
+std::string objection_to_moment(const std::string& text);
+
 }  // namespace zymdb::tool
 
 #endif
