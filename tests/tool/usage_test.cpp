@@ -33,7 +33,6 @@ const WrongUsage kWrongUsages[] = {
      "embedded, "
      "settings, "
      "functions, ports, logical-ports, drives, pldm, cards (try 'zymdb show --help')\n"},
-    {{"watch"}, "a command is missing; there is ports (try 'zymdb watch --help')\n"},
     {{"link"}, "FUNCTION is missing (try 'zymdb link --help')\n"},
     {{"dpu", "append", "3"}, "--message is missing (try 'zymdb dpu append --help')\n"},
     {{"collect", "--lspci"}, "--lspci: its value is missing (try 'zymdb collect --help')\n"},
@@ -89,7 +88,7 @@ const WrongUsage kWrongUsages[] = {
     {{"retimer", "progress", "x"},
      "SLOT: 'x' is no whole number from 0 to 4294967295 (try 'zymdb retimer progress --help')\n"},
     {{"watch", "ports", "--interval", "0"},
-     "--interval: '0' is no whole number from 1 to 86400 (try 'zymdb watch ports --help')\n"},
+     "--interval: '0' is no whole number from 1 to 86400 (try 'zymdb watch --help')\n"},
     {{"drive-date", "week"}, "CODE: 'week' is not four digits (try 'zymdb drive-date --help')\n"},
 };
 
@@ -132,7 +131,6 @@ const Words kCommands[] = {
     {"show", "settings"},
     {"link"},
     {"watch"},
-    {"watch", "ports"},
     {"merge"},
     {"settings"},
     {"settings", "import"},

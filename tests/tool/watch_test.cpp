@@ -1,4 +1,4 @@
-// `watch ports` on a terminal of the test's own and in a file: what it draws, and how it ends.
+// `watch` in a file, and its screen on a terminal of the test's own: what they print, and how they end.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -115,7 +115,7 @@ class Watch : public testing::Test {
 };
 
 TEST_F(Watch, DrawsTheTableOnceAndThenWhatChanged) {
-  Terminal terminal(workplace_, {"watch", "ports"});
+  Terminal terminal(workplace_, {"watch", "ports", "--screen"});
   const auto first = terminal.read_until("\033[3;58H0");  // its last cell
   EXPECT_THAT(first, StartsWith(kOtherScreen));
   EXPECT_THAT(first, HasSubstr("FUNCTION"));
@@ -130,7 +130,7 @@ TEST_F(Watch, DrawsTheTableOnceAndThenWhatChanged) {
 }
 
 TEST_F(Watch, EndsCleanlyWhenItIsTerminated) {
-  Terminal terminal(workplace_, {"watch", "ports", "--interval", "3600"});
+  Terminal terminal(workplace_, {"watch", "ports", "--screen", "--interval", "3600"});
   terminal.read_until("Gbit/s");
   kill(terminal.child(), SIGTERM);
   EXPECT_THAT(terminal.read_until(kFirstScreen), HasSubstr(kFirstScreen));
@@ -138,7 +138,7 @@ TEST_F(Watch, EndsCleanlyWhenItIsTerminated) {
 }
 
 TEST_F(Watch, DrawsEverythingAfterTheTerminalChangedItsSize) {
-  Terminal terminal(workplace_, {"watch", "ports", "--interval", "3600"});
+  Terminal terminal(workplace_, {"watch", "ports", "--screen", "--interval", "3600"});
   terminal.read_until("Gbit/s");
   terminal.resize(2);
   const auto again = terminal.read_until("more;");
@@ -155,7 +155,7 @@ TEST_F(Watch, SaysHowManyLinesAScreenHasNoRoomFor) {
   } const cases[] = {{2, "\033[2;1H...\033[2;5Hand\033[2;9H2\033[2;11Hmore;"}, {3, "\033[3;58H0"}};
   for (const auto& [lines, shown] : cases) {
     SCOPED_TRACE(lines);
-    Terminal terminal(workplace_, {"watch", "ports", "--interval", "3600"}, lines);
+    Terminal terminal(workplace_, {"watch", "ports", "--screen", "--interval", "3600"}, lines);
     const auto drawn = terminal.read_until(shown);
     EXPECT_EQ(drawn.find("more;") != std::string::npos, lines < 3);
     terminal.type(kInterrupt);
@@ -165,7 +165,7 @@ TEST_F(Watch, SaysHowManyLinesAScreenHasNoRoomFor) {
 }
 
 TEST_F(Watch, BringsTheScreenBackBeforeItFails) {
-  Terminal terminal(workplace_, {"watch", "ports"});
+  Terminal terminal(workplace_, {"watch", "ports", "--screen"});
   terminal.read_until("Gbit/s");
   std::filesystem::remove(workplace_.inventory());
   write_file(workplace_.inventory(), "not a database any more");
@@ -179,7 +179,7 @@ TEST_F(Watch, InAFilePrintsTheTableAnewAfterAChange) {
   // Each step waits for what the one before it printed; only then is the watch interrupted.
   const auto script =
       std::string("shown() { for i in {1..600}; do grep -q \"$1\" out && return; sleep 0.05; done; };") +
-      " '" + ZYMDB_TOOL + "' watch ports > out & watch=$!; shown ' up '; '" + ZYMDB_TOOL +
+      " '" + ZYMDB_TOOL + "' watch ports --screen > out & watch=$!; shown ' up '; '" + ZYMDB_TOOL +
       "' link 3b:00.0 --port 0 --set status=down; shown ' down '; sleep 0.2; kill -INT $watch;" +
       " wait $watch; status=$?; cat out; exit $status";
   const auto outcome =
@@ -193,6 +193,111 @@ TEST_F(Watch, InAFilePrintsTheTableAnewAfterAChange) {
   EXPECT_EQ(lines[3], "");
   EXPECT_THAT(lines[5], HasSubstr(" down "));
   EXPECT_THAT(outcome.out, Not(HasSubstr("\033")));
+}
+
+// Runs `watch` with the options in the background, then the steps, each of which waits for what the watch
+// printed.
+class WatchLines : public Watch {
+ protected:
+  Outcome watch(const std::string& options, const std::string& steps) const {
+    const auto script =
+        std::string("shown() { for i in {1..600}; do grep -q \"$1\" out && return; sleep 0.05; done; };") +
+        " zymdb() { '" + ZYMDB_TOOL + "' \"$@\"; }; : > out; '" + ZYMDB_TOOL + "' watch " + options +
+        " > out & watch=$!; for i in {1..600}; do grep -q inotify /proc/$watch/fdinfo/* 2>/dev/null && break;"
+        " sleep 0.05; done; sleep 0.3; " +
+        steps + "; kill -INT $watch; wait $watch; status=$?; cat out; exit $status";
+    return run_program({"bash", "-c", "cd '" + workplace_.path("").string() + "'; set -m; " + script},
+                       workplace_.with_inventory());
+  }
+};
+
+constexpr char kLinkDown[] = "zymdb link 3b:00.0 --port 0 --set status=down; shown down";
+constexpr char kLinkUp[] = "zymdb link 3b:00.0 --port 0 --set status=up; shown 'down -> up'";
+
+TEST_F(WatchLines, TellEachChangeInOneLine) {
+  const Outcome outcome = watch("", std::string(kLinkDown) + "; " + kLinkUp);
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  const auto lines = lines_of(outcome.out);
+  ASSERT_EQ(lines.size(), 2u) << outcome;
+  EXPECT_THAT(lines[0],
+              testing::MatchesRegex("20[0-9-]+ [0-9:]+  changed  ports  0000:3b:00.0 0  LINK up -> down"));
+  EXPECT_THAT(lines[1],
+              testing::MatchesRegex("20[0-9-]+ [0-9:]+  changed  ports  0000:3b:00.0 0  LINK down -> up"));
+}
+
+TEST_F(WatchLines, AreOneObjectEachInJson) {
+  const Outcome outcome = watch("ports --json", kLinkDown);
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  const auto lines = lines_of(outcome.out);
+  ASSERT_EQ(lines.size(), 1u) << outcome;
+  EXPECT_THAT(lines[0], HasSubstr("\"change\":\"changed\",\"class\":\"ports\""));
+}
+
+TEST_F(WatchLines, LeaveOutOtherListingsAndWhatIsVolatile) {
+  const std::string load = "zymdb link 3b:00.0 --port 1 --set tx=42; ";
+  EXPECT_EQ(watch("drives memory", load + "zymdb link 3b:00.0 --port 0 --set status=down; sleep 0.5").out,
+            "");
+  const Outcome outcome = watch("ports", load + "sleep 0.2; " + kLinkUp);
+  EXPECT_EQ(lines_of(outcome.out).size(), 1u) << outcome;
+}
+
+TEST_F(WatchLines, TellVolatileChangesWhereAskedFor) {
+  const Outcome outcome = watch("ports --volatile", "zymdb link 3b:00.0 --port 1 --set tx=42; shown 42");
+  EXPECT_THAT(outcome.out, HasSubstr("TX% 0 -> 42"));
+}
+
+// The journal's socket is at one place for the whole system: the listener has that place for itself.
+TEST_F(WatchLines, GoToTheSystemsJournalWhereAskedFor) {
+  const std::string tool = ZYMDB_TOOL, entries = workplace_.path("entries");
+  const Outcome outcome =
+      run_program({"unshare", "--map-root-user", "--mount", "bash", "-c",
+                   "mount -t tmpfs none /run && mkdir -p /run/systemd/journal; python3 " ZYMDB_SOURCE_DIR
+                   "/tests/tool/journal_listener.py '" +
+                       entries +
+                       "' & listener=$!;"
+                       " for i in {1..600}; do [ -e '" +
+                       entries +
+                       "' ] && break; sleep 0.05; done; set -m;"
+                       " '" +
+                       tool +
+                       "' watch --log & watch=$!; for i in {1..600}; do grep -q inotify "
+                       "/proc/$watch/fdinfo/* 2>/dev/null && break;"
+                       " sleep 0.05; done; sleep 0.3; '" +
+                       tool +
+                       "' link 3b:00.0 --port 0 --set status=down;"
+                       " for i in {1..600}; do [ -s '" +
+                       entries +
+                       "' ] && break; sleep 0.05; done; kill -INT $watch; wait $watch;"
+                       " status=$?; kill $listener; exit $status"},
+                  workplace_.with_inventory());
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  EXPECT_EQ(outcome.out, "");
+  const std::string sent = read_file(entries);
+  for (const char* field :
+       {"MESSAGE=changed  ports  0000:3b:00.0 0  LINK up -> down\n", "PRIORITY=5\n",
+        "MESSAGE_ID=3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e05\n", "SYSLOG_IDENTIFIER=zymdb\n",
+        "ZYMDB_CHANGE=changed\n", "ZYMDB_CLASS=ports\n", "ZYMDB_PLACE=0000:3b:00.0 0\n", "ZYMDB_GENERATION="})
+    EXPECT_THAT(sent, HasSubstr(field));
+}
+
+TEST_F(Watch, RefusesWhatDoesNotGoTogether) {
+  struct Case {
+    Words words;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {{"watch", "wheels"}, "wheels"},
+      {{"watch", "--screen"}, "--screen shows one listing: name it"},
+      {{"watch", "ports", "drives", "--screen"}, "--screen shows one listing: name it"},
+      {{"watch", "ports", "--screen", "--json"}, "--json"},
+      {{"watch", "drives", "--screen", "--adapter", "slot 3"}, "--function and --adapter are for"},
+      {{"watch", "ports", "--adapter", "slot 3"}, "--function and --adapter are for"}};
+  for (const auto& [words, reason] : cases) {
+    const Outcome outcome = workplace_.tool(words);
+    EXPECT_EQ(outcome.status, 2) << outcome;
+    EXPECT_THAT(outcome.err, HasSubstr(reason));
+    EXPECT_EQ(lines_of(outcome.err).size(), 1u) << outcome;
+  }
 }
 
 }  // namespace

@@ -1,132 +1,178 @@
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include <syslog.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
+#include <chrono>
 #include <memory>
 
 #include "commands/commands.h"
-#include "records/network.h"
+#include "common/one_line.h"
+#include "documents/difference_json.h"
+#include "documents/inventory_types.h"
+#include "documents/watcher.h"
+#include "records/pci.h"
+#include "show/functions.h"
 #include "show/inventory.h"
 #include "show/ports.h"
-#include "terminal/screen.h"
-#include "terminal/table.h"
+#include "show/watch_screen.h"
+#include "terminal/failure.h"
+#include "terminal/system_journal.h"
 #include "terminal/terminal.h"
+#include "terminal/waiting.h"
 
 namespace zymdb::tool {
 namespace {
 
+using documents::Change;
+using documents::ChangeKind;
 using records::RecordType;
 
 constexpr char kFooter[] =
-    "Reads the inventory again and again, and shows what has changed, until it is interrupted (Ctrl-C).\n"
-    "On a terminal only the changed places are drawn; elsewhere the table is printed anew after a change.\n"
+    "Prints one line for each part that is added, removed, moved, replaced or changed, as it happens, until "
+    "it is\n"
+    "interrupted (Ctrl-C). Wakes when the inventory's file changes and not before; where the system does not "
+    "tell\n"
+    "of that, it looks every --interval seconds.\n"
     "\n"
     "Examples:\n"
-    "  zymdb watch ports\n"
-    "  zymdb watch ports --adapter \"slot 3\" --interval 5";
+    "  zymdb watch\n"
+    "  zymdb watch drives memory --json | jq .description\n"
+    "  zymdb watch ports --screen --adapter \"slot 3\"\n"
+    "  zymdb watch --log";
+
+// What tells entries of the system's journal apart, by kind of change.
+constexpr const char* kMessageIds[] = {
+    "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e01", "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e02",
+    "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e03", "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e04",
+    "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e05",
+};
 
 struct WatchOptions {
+  std::vector<std::string> listings;
   std::shared_ptr<PortSelection> ports = std::make_shared<PortSelection>();
+  std::string names = records::kPciIdsFile;
   unsigned interval = 1;  // seconds
+  bool with_volatile = false;
+  bool json = false;
+  bool log = false;
+  bool screen = false;
 };
 
-// Signals that end the watch or ask for the whole picture. They are taken when the command waits, and so
-// never come between two halves of a drawing.
-class Signals {
- public:
-  Signals() {
-    sigemptyset(&set_);
-    for (const int signal : {SIGINT, SIGTERM, SIGWINCH, SIGCONT}) sigaddset(&set_, signal);
-    sigprocmask(SIG_BLOCK, &set_, &before_);
+int64_t now_in_milliseconds() {
+  using namespace std::chrono;
+  return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+// Less of the machine deserves more of a look than more of it.
+int priority_of(const Change& change) {
+  const bool is_state = std::ranges::any_of(
+      change.fields, [](const auto& field) { return field.field.role == records::Role::kState; });
+  if (change.kind == ChangeKind::kRemoved) return LOG_WARNING;
+  return change.kind != ChangeKind::kChanged || is_state ? LOG_NOTICE : LOG_INFO;
+}
+
+void log(const Change& change, uint64_t generation) {
+  send_to_journal({"MESSAGE=" + text_of(change), "PRIORITY=" + std::to_string(priority_of(change)),
+                   std::string("MESSAGE_ID=") + kMessageIds[static_cast<size_t>(change.kind)],
+                   "SYSLOG_IDENTIFIER=zymdb", std::string("ZYMDB_CHANGE=") + name_of(change.kind),
+                   "ZYMDB_CLASS=" + change.part_class, "ZYMDB_PLACE=" + change.place,
+                   "ZYMDB_PART=" + change.description, "ZYMDB_GENERATION=" + std::to_string(generation),
+                   "ZYMDB_JSON=" + documents::to_json_line(change)});
+}
+
+std::string line_of(const Change& change) {
+  std::string line = text_of(change);
+  keep_on_one_line(line.data());
+  return line;
+}
+
+void tell(const documents::Event& event, const WatchOptions& options) {
+  if (options.json) return write_output(documents::to_json_lines(event));
+  for (const Change& change : event.changes) {
+    if (options.log)
+      log(change, event.generation);
+    else
+      write_output(documents::time_text(event.time) + "  " + line_of(change) + "\n");
   }
-  ~Signals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-  Signals(const Signals&) = delete;
-  Signals& operator=(const Signals&) = delete;
-
-  // The signal that ended the wait, or 0.
-  int wait(unsigned seconds) const {
-    const timespec timeout{static_cast<time_t>(seconds), 0};
-    int signal = -1;
-    do {
-      signal = sigtimedwait(&set_, nullptr, &timeout);
-    } while (signal < 0 && errno == EINTR);
-    return std::max(signal, 0);
-  }
-
- private:
-  sigset_t set_{};
-  sigset_t before_{};
-};
-
-// The lines that a terminal has room for.
-size_t terminal_height() {
-  winsize size{};
-  const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
-  return known ? size.ws_row : 24;
 }
 
-std::string read_table(const RecordType& type) {
-  return render_table(type.list(records::default_fields(type)), {});
+std::vector<RecordType> chosen(const WatchOptions& options) {
+  auto types = documents::inventory_types(options.names);
+  if (options.listings.empty()) return types;
+  std::erase_if(types, [&](const RecordType& type) {
+    return std::ranges::find(options.listings, type.name) == options.listings.end();
+  });
+  return types;
 }
 
-// What the screen has room for, and how much it has not.
-Lines fitting(const std::string& table, size_t height) {
-  auto lines = split_lines(table);
-  if (lines.size() <= height) return lines;
-  const size_t left = lines.size() - height + 1;
-  lines.resize(height - 1);
-  lines.push_back("... and " + std::to_string(left) + " more; --adapter and --function show some of them");
-  return lines;
-}
-
-bool is_end(int signal) {
-  return signal == SIGINT || signal == SIGTERM;
-}
-
-void watch_on_terminal(const RecordType& type, unsigned interval) {
+void watch_lines(const WatchOptions& options) {
   const Signals signals;
-  Screen screen(write_output);
-  for (int signal = 0; !is_end(signal); signal = signals.wait(interval)) {
-    if (signal != 0) screen.forget();
-    screen.show(fitting(read_table(type), terminal_height()));
+  const FileChanges changes(inventory_location());
+  documents::Watcher watcher(chosen(options), {.with_volatile = options.with_volatile});
+  const auto has_happened = [&] { return watcher.has_news(); };
+  while (!is_end(wait_for_change(signals, changes, options.interval, has_happened))) {
+    const auto found = watcher.look();
+    tell({watcher.generation().value_or(0), now_in_milliseconds(), false, found}, options);
   }
 }
 
-void watch_in_file(const RecordType& type, unsigned interval) {
-  const Signals signals;
-  std::string printed;
-  do {
-    const auto text = read_table(type);
-    if (text != printed) write_output((printed.empty() ? "" : "\n") + text);
-    printed = text;
-  } while (!is_end(signals.wait(interval)));
+RecordType on_screen(const WatchOptions& options) {
+  if (options.listings.size() != 1) throw WrongInput("--screen shows one listing: name it");
+  if (options.listings.front() == "ports") return records::physical_ports(port_choice(options.ports));
+  return chosen(options).front();
+}
+
+void require_that_ports_are_shown(const WatchOptions& options) {
+  const bool names_ports = !options.ports->function.empty() || !options.ports->adapter.empty();
+  const bool shows_ports = options.screen && options.listings == std::vector<std::string>{"ports"};
+  if (names_ports && !shows_ports)
+    throw WrongInput("--function and --adapter are for `zymdb watch ports --screen`");
 }
 
 void run(const WatchOptions& options) {
-  const auto type = records::physical_ports(port_choice(options.ports));
+  require_that_ports_are_shown(options);
+  if (!options.screen) {
+    open_inventory(Opening::kReading);
+    return watch_lines(options);
+  }
+  const auto type = on_screen(options);
   open_inventory(Opening::kReading);
-  if (isatty(STDOUT_FILENO) != 0)
-    watch_on_terminal(type, options.interval);
-  else
-    watch_in_file(type, options.interval);
+  watch_on_screen(type, options.interval);
+}
+
+std::vector<std::string> names_of(const std::vector<RecordType>& types) {
+  std::vector<std::string> names;
+  for (const auto& type : types) names.push_back(type.name);
+  return names;
 }
 
 }  // namespace
 
 void add_watch(CommandTree& tree) {
-  auto& watch = *tree.app.add_subcommand("watch", "Show what changes in the inventory, as it changes");
+  auto& watch = *tree.app.add_subcommand("watch", "Tell what changes in the inventory, as it changes");
   watch.footer(kFooter);
-  watch.require_subcommand(1);
-  auto& ports = *watch.add_subcommand("ports", "Network ports and their links");
-  ports.footer(kFooter);
   const auto options = std::make_shared<WatchOptions>();
-  add_port_options(ports, *options->ports);
-  ports.add_option("--interval", options->interval, "Seconds between two looks (default: 1)")
+  const auto names = names_of(documents::inventory_types(options->names));
+  tree.words[watch.add_option("LISTING", options->listings, "What to watch (default: everything)")
+                 ->check(one_of(names))
+                 ->type_name("")] = names;
+  auto* screen =
+      watch.add_flag("--screen", options->screen, "Show one listing as a table, drawn anew where it changes");
+  auto* json = watch.add_flag("--json", options->json, "Print JSON, one object a line")->excludes(screen);
+  watch.add_flag("--log", options->log, "Write to the system's journal instead")
+      ->excludes(screen)
+      ->excludes(json);
+  watch
+      .add_flag("--volatile", options->with_volatile,
+                "Also what changes while nothing happens: loads, temperatures")
+      ->excludes(screen);
+  add_port_options(watch, *options->ports);
+  add_pci_ids_option(watch, options->names);
+  watch
+      .add_option("--interval", options->interval,
+                  "Seconds between two looks where the system tells of no change (default: 1)")
       ->check(whole_number(1, 86400))
       ->type_name("SECONDS");
-  ports.callback([options] { run(*options); });
+  watch.callback([options] { run(*options); });
 }
 
 }  // namespace zymdb::tool
