@@ -118,7 +118,7 @@ constexpr TypeRange kConnectors[] = {
 };
 
 Value max_data_width(const FunctionView& view) {
-  if (!view.slot) return link_number<&PciLink::max_width>(view);
+  if (!view.slot) return view.pci().link.max_width == 0 ? Value() : link_number<&PciLink::max_width>(view);
   const DataWidth* width = data_width(view);
   return width ? Value::number(width->width) : Value();
 }

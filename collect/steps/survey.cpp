@@ -18,13 +18,21 @@ bool names_nothing(const Sources& sources) {
   return sources.lspci.empty() && sources.smbios.empty() && sources.sysfs.empty();
 }
 
+template <class T>
+void take_known(const std::optional<T>& from, std::optional<T>& to) {
+  if (from) to = from;
+}
+
 void add_what_a_dump_lacks(const PciFunction& from, PciFunction& function) {
   if (from.vendor != function.vendor || from.device != function.device) return;
-  function.link = from.link;
-  function.parent = from.parent;
-  function.numa_node = from.numa_node;
-  function.video_memory = from.video_memory;
-  function.vpd = from.vpd;
+  take_known(from.link.width, function.link.width);
+  take_known(from.link.generation, function.link.generation);
+  take_known(from.link.max_width, function.link.max_width);
+  take_known(from.link.max_generation, function.link.max_generation);
+  take_known(from.parent, function.parent);
+  take_known(from.numa_node, function.numa_node);
+  take_known(from.video_memory, function.video_memory);
+  take_known(from.vpd, function.vpd);
 }
 
 }  // namespace

@@ -151,6 +151,30 @@ TEST_F(SourcesTest, TakesVitalProductDataAndLinksFromSysfsBesideADump) {
   EXPECT_EQ(rows("VPDs", {"SerialNo"}), "");
 }
 
+TEST_F(SourcesTest, KeepsWhatADumpTellsWhereSysfsTellsNothing) {
+  const std::initializer_list<const char*> links{"LanesInUse", "MaxLanes", "PCIeType", "MaxPCIeType",
+                                                 "BridgeId"};
+  ASSERT_TRUE(collect().ok());
+  const std::string before = rows("PCIs", links, "FunKey=1507328");
+  const std::string function = "sys/bus/pci/devices/0000:17:00.0/";
+  files_.write(function + "vendor", "0x15b3\n");
+  files_.write(function + "device", "0x101d\n");
+  sources_.sysfs = files_.path().string() + "/sys";
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", links, "FunKey=1507328"), before);
+  files_.write(function + "max_link_width", "32\n");
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"LanesInUse", "MaxLanes"}, "FunKey=1507328"), "16|32\n");
+}
+
+TEST_F(SourcesTest, WritesZerosForALinkThatIsDownOrNotThere) {
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"LanesInUse", "MaxLanes"}, "FunKey=3146752"), "0|8\n") << "nothing in that slot";
+  EXPECT_EQ(rows("PCIs", {"LanesInUse", "MaxLanes", "PCIeType", "MaxPCIeType"}, "FunKey=5888"), "0|0|0|0\n")
+      << "a SATA controller of the chipset";
+  EXPECT_EQ(rows("PCIMisc", {"MaxDataWidth"}, "PCIFuncKey=5888"), "NULL\n");
+}
+
 TEST_F(SourcesTest, ReadsSmbiosTablesOfASysfsTree) {
   const std::string dump = read_file(sources_.smbios);
   files_.write("sys/firmware/dmi/tables/smbios_entry_point", dump.substr(0, 24));

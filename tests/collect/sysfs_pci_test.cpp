@@ -63,7 +63,7 @@ TEST_F(SysfsTree, LeavesUnknownWhatTheSystemDoesNotKnow) {
   function("pci0000:00/0000:00:02.0", {{"vendor", "0x1af4\n"},
                                        {"device", "0x1042\n"},
                                        {"current_link_speed", "Unknown\n"},
-                                       {"current_link_width", "0\n"},
+                                       {"current_link_width", "63\n"},
                                        {"max_link_width", "255\n"},
                                        {"subsystem_vendor", "0x0000\n"},
                                        {"subsystem_device", "0x0000\n"},
@@ -77,6 +77,31 @@ TEST_F(SysfsTree, LeavesUnknownWhatTheSystemDoesNotKnow) {
   EXPECT_FALSE(function.subsystem_vendor);
   EXPECT_FALSE(function.numa_node);
   EXPECT_FALSE(function.vpd);
+}
+
+TEST_F(SysfsTree, TellsALinkThatIsDownFromNoLink) {
+  function("pci0000:00/0000:00:01.0", {{"vendor", "0x8086\n"},
+                                       {"current_link_speed", "2.5 GT/s PCIe\n"},
+                                       {"current_link_width", "0\n"},
+                                       {"max_link_speed", "16.0 GT/s PCIe\n"},
+                                       {"max_link_width", "16\n"}});
+  function("pci0000:00/0000:00:02.0", {{"vendor", "0x8086\n"},
+                                       {"current_link_speed", "Unknown\n"},
+                                       {"current_link_width", "0\n"},
+                                       {"max_link_speed", "Unknown\n"},
+                                       {"max_link_width", "255\n"}});
+  const auto functions = read_sysfs_functions(root());
+  ASSERT_TRUE(functions);
+  const PciLink& down = functions->front().link;
+  EXPECT_EQ(down.width, 0);
+  EXPECT_EQ(down.generation, 1);
+  EXPECT_EQ(down.max_width, 16);
+  EXPECT_EQ(down.max_generation, 4);
+  const PciLink& none = functions->back().link;
+  EXPECT_EQ(none.width, 0);
+  EXPECT_EQ(none.generation, 0);
+  EXPECT_EQ(none.max_width, 0);
+  EXPECT_EQ(none.max_generation, 0);
 }
 
 TEST_F(SysfsTree, ConfigTellsMoreThanTheAttributes) {

@@ -26,9 +26,10 @@ inline constexpr uint8_t kClassAccelerator = 0x12;
 
 inline constexpr uint8_t kSubclassNvme = 0x08;
 
-// A PCI Express link. Unknown where neither the configuration space nor the system tells.
+// A PCI Express link; all 0 for a function without one. Unknown where neither the configuration space nor the
+// system tells.
 struct PciLink {
-  std::optional<uint8_t> width;       // lanes in use
+  std::optional<uint8_t> width;       // lanes in use; 0: the link is down
   std::optional<uint8_t> generation;  // 1: 2.5 GT/s, 2: 5, 3: 8, 4: 16, 5: 32, 6: 64
   std::optional<uint8_t> max_width;   // lanes
   std::optional<uint8_t> max_generation;

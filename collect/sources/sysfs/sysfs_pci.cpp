@@ -53,7 +53,7 @@ void read_identity(const std::string& folder, PciFunction& function) {
 
 void read_width(const std::string& path, std::optional<uint8_t>& width) {
   const auto lanes = read_number(path);
-  if (lanes && *lanes > 0 && *lanes <= kMostLanes) width = static_cast<uint8_t>(*lanes);
+  if (lanes && *lanes <= kMostLanes) width = static_cast<uint8_t>(*lanes);
 }
 
 void read_generation(const std::string& path, std::optional<uint8_t>& generation) {
@@ -68,6 +68,10 @@ void read_link(const std::string& folder, PciLink& link) {
   read_width(folder + "/max_link_width", link.max_width);
   read_generation(folder + "/current_link_speed", link.generation);
   read_generation(folder + "/max_link_speed", link.max_generation);
+  if (link.width != 0) return;
+  // A link that is down may still have a most; without one there is no link.
+  if (!link.generation) link.generation = 0;
+  if (!link.max_width) link.max_width = link.max_generation = 0;
 }
 
 // The folder of a function lies in the folder of the bridge above it.
