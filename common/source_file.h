@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -25,7 +26,12 @@ class SourceError : public std::runtime_error {
 // The whole file; throws SourceError when it cannot be read or is larger than any source is (64 MiB).
 std::string read_source(const std::string& path);
 
-// The same for the attribute files of sysfs, which come and go; nothing when it cannot be read.
+// The same of any size, part by part as it comes.
+void read_source_in_parts(const std::string& path, const std::function<void(std::string_view)>& take);
+
+// The same for the attribute files of sysfs, which come and go; nothing when it cannot be read. In a recorded
+// tree anything may stand in its place: what is no file (a pipe, a device, a folder) or larger than any
+// attribute is (4 MiB) is not read, so that nothing keeps the reader waiting.
 std::optional<std::string> read_attribute(const std::string& path);
 
 // The number that an attribute file holds, in decimal or with a "0x" prefix; text after it is ignored.

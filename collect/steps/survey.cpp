@@ -75,7 +75,9 @@ std::optional<std::vector<PciFunction>> Survey::find_functions() const {
 }
 
 std::vector<PciFunction> Survey::find_recorded_functions() const {
-  auto functions = parse_lspci_dump(read_source(sources_.lspci), sources_.lspci);
+  std::vector<std::string> notices;
+  auto functions = read_lspci_dump(sources_.lspci, notices);
+  for (const auto& notice : notices) note(notice);
   if (sources_.sysfs.empty()) return functions;
   std::map<PciAddress, PciFunction> known;
   for (auto& function : read_sysfs_functions(sources_.sysfs).value_or(std::vector<PciFunction>{})) {

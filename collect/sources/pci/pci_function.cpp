@@ -24,6 +24,10 @@ T read(Bytes config, size_t offset) {
   return little_endian<T>(config, offset).value_or(0);
 }
 
+uint8_t header_type(Bytes config) {
+  return read<uint8_t>(config, 0x0e) & 0x7FU;
+}
+
 struct Capability {
   std::optional<size_t> offset;
   bool is_absent = false;  // neither: the bytes end before the list does
@@ -110,13 +114,17 @@ bool is_config_size(size_t size) {
   return std::ranges::find(kConfigSizes, size) != std::end(kConfigSizes);
 }
 
+bool is_card_bus(Bytes config) {
+  return header_type(config) == kHeaderCardBus;
+}
+
 void decode_config(Bytes config, PciFunction& function) {
   function.vendor = read<uint16_t>(config, 0x00);
   function.device = read<uint16_t>(config, 0x02);
   function.revision = read<uint8_t>(config, 0x08);
   function.class_code = read<uint32_t>(config, 0x08) >> 8;
   if (!function.answers()) return;
-  const uint8_t header = read<uint8_t>(config, 0x0e) & 0x7FU;
+  const uint8_t header = header_type(config);
   if (header == kHeaderBridge || header == kHeaderCardBus) {
     function.secondary_bus = read<uint8_t>(config, 0x19);
     function.subordinate_bus = read<uint8_t>(config, 0x1a);

@@ -65,6 +65,9 @@ struct PciFunction {
 // Configuration spaces are read in these sizes: header, CardBus header, PCI, PCI Express.
 bool is_config_size(size_t size);
 
+// Whether a configuration space is that of a CardBus bridge, whose header is larger than others.
+bool is_card_bus(Bytes config);
+
 // Reads a configuration space of at least 64 bytes into everything of `function` that it tells.
 void decode_config(Bytes config, PciFunction& function);
 
