@@ -9,6 +9,7 @@
 #include "collect/steps/pci_steps.h"
 #include "collect/steps/port_step.h"
 #include "collect/steps/smbios_steps.h"
+#include "collect/write/former_machine.h"
 #include "collect/write/inventory_writer.h"
 #include "common/client_objects.h"
 #include "common/source_file.h"
@@ -32,9 +33,12 @@ std::vector<RowMaker> read_sources(const Survey& survey) {
   return makers;
 }
 
-std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, _zym_db_handle_t* handle) {
+std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, const FormerMachine& former) {
   std::vector<TableContent> tables;
-  for (const auto& make : makers) std::ranges::move(make(handle), std::back_inserter(tables));
+  for (const auto& make : makers) std::ranges::move(make(former), std::back_inserter(tables));
+  for (auto& content : tables) {
+    for (const FunctionKey function : former.replaced) content.replaced.add(function);
+  }
   return tables;
 }
 
@@ -44,7 +48,8 @@ std::vector<TableSummary> collect(const Sources& sources, const Observer& observ
   _zym_db_handle_t* handle = get_dmdb_handle();
   if (handle == nullptr) throw DatabaseError("the inventory cannot be opened");
   Transaction transaction(handle);
-  auto summaries = write_inventory(handle, make_rows(makers, handle), observer);
+  const auto former = read_former_machine(handle, survey.machine());
+  auto summaries = write_inventory(handle, make_rows(makers, former), observer);
   transaction.commit();
   return summaries;
 }

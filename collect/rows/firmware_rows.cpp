@@ -125,8 +125,8 @@ EmbeddedDevice controller_device(uint8_t major, uint8_t minor) {
 TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareComponent>& components,
                            const PciIds& names, ToldBy told_by) {
   auto content = make_content("Firmwares", kColumns);
-  content.ownership = {"SoftwareID", is_reported_by_others};
-  content.kept.column = "HardwareId";
+  content.is_foreign = where("SoftwareID", is_reported_by_others);
+  content.function_column = "HardwareId";
   std::map<PciAddress, const MachineFunction*> functions;
   for (const auto& function : *machine.functions) functions.emplace(function.pci.address, &function);
   for (const auto& component : components) {
@@ -143,7 +143,7 @@ TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareCom
 
 TableContent embedded_firmware_rows(const std::vector<SmbiosFirmware>& firmware) {
   auto content = make_content("EmbeddedDeviceFirmware", kEmbeddedColumns);
-  content.ownership = {"SoftwareID", is_not_of_the_system};
+  content.is_foreign = where("SoftwareID", is_not_of_the_system);
   if (firmware.empty()) return content;
   const SmbiosFirmware& system = firmware.front();
   add_row(content, kEmbeddedColumns, system_device(system), true);

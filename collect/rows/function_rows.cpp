@@ -97,7 +97,8 @@ constexpr Column<VpdRecord> kVpdColumns[] = {
 
 TableContent function_rows(const Machine& machine, const PciIds& names) {
   auto content = make_content("PCIs", kFunctionColumns);
-  content.ownership = {"HardwareTypeId", is_other_hardware};
+  content.is_foreign = where("HardwareTypeId", is_other_hardware);
+  content.function_column = "FunKey";
   for (const auto& function : *machine.functions)
     add_row(content, kFunctionColumns, {machine, function, names}, function.place_known);
   return content;
@@ -105,8 +106,8 @@ TableContent function_rows(const Machine& machine, const PciIds& names) {
 
 TableContent vpd_rows(const Machine& machine) {
   auto content = make_content("VPDs", kVpdColumns);
-  content.ownership = {"HardwareTypeId", is_other_hardware};
-  content.kept.column = "HardwareId";
+  content.is_foreign = where("HardwareTypeId", is_other_hardware);
+  content.function_column = "HardwareId";
   for (const auto& function : *machine.functions) {
     // A present function keeps the row it has where its own data cannot be read: others know of it as well.
     content.kept.add(function.key);

@@ -73,19 +73,17 @@ struct Row {
   bool place_known = true;
 };
 
-// Existing rows for which this holds belong to other writers: they are neither changed nor removed, nor
-// doubled. It gets the value of one of the columns.
-struct Ownership {
-  const char* column = nullptr;
-  bool (*is_foreign)(const Value& owner) = nullptr;
-};
+struct TableContent;
 
-// Rows that stay though they are not among those that the table ought to have.
-struct KeptRows {
-  const char* column = nullptr;
-  std::set<Value> values;
+// Asked about an existing row of a table.
+using RowTest = std::function<bool(const TableContent& content, const std::vector<Value>& values)>;
 
-  void add(FunctionKey key) { values.insert(Value::number(key)); }
+// Rows of some functions.
+struct FunctionSet {
+  std::set<Value> keys;
+
+  void add(FunctionKey key) { keys.insert(Value::number(key)); }
+  bool contains(const Value& key) const { return keys.contains(key); }
 };
 
 // The rows that one table ought to have.
@@ -93,8 +91,22 @@ struct TableContent {
   const char* table = nullptr;
   std::vector<ColumnSpec> columns;
   std::vector<Row> rows;
-  Ownership ownership;
-  KeptRows kept;
+
+  // Existing rows for which this holds belong to other writers: they are neither changed nor removed, nor
+  // doubled.
+  RowTest is_foreign;
+
+  // The column that says which function a row is about, where the table has one.
+  const char* function_column = nullptr;
+
+  // Rows of these functions stay though they are not among those that the table ought to have.
+  FunctionSet kept = {};
+
+  // So do rows for which this holds.
+  RowTest keeps;
+
+  // At the addresses of these are other devices now: the former devices' rows go first.
+  FunctionSet replaced = {};
 
   // Changes an existing row, where the library has an operation for that, and answers its status.
   int (*change)(const TableContent& content, const Row& row) = nullptr;
@@ -102,6 +114,10 @@ struct TableContent {
   // Writes, after the rows, what the library's own operations write to this table, and adds what became of
   // it to the summary.
   std::function<void(TableSummary&)> write_further;
+
+  // Whether a source tells of the class. Else the table is only rid of rows whose function is gone, and where
+  // there are none nobody hears of it.
+  bool is_told = true;
 
   // Rows with an equal first key stand in the order of `rows`: those that would not are written anew.
   bool is_ordered = false;
@@ -116,6 +132,13 @@ struct TableContent {
     return values.at(position_of(column));
   }
 };
+
+// Holds for rows with such a value in a column.
+inline RowTest where(const char* column, bool (*holds)(const Value&)) {
+  return [column, holds](const TableContent& content, const std::vector<Value>& values) {
+    return holds(content.value_of(values, column));
+  };
+}
 
 }  // namespace zymdb::collect
 

@@ -24,8 +24,9 @@ std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, const std::v
       report();
     }
     writer.remove_rest();
-    auto& summary = summaries.emplace_back(writer.summary());
+    auto summary = writer.summary();
     if (content.write_further) content.write_further(summary);
+    if (content.is_told || summary.changed() != 0) summaries.push_back(summary);
   }
   return summaries;
 }

@@ -127,20 +127,22 @@ TEST_F(CollectorTest, RemovesHardwareThatIsGone) {
 
 TEST_F(CollectorTest, UpdatesOnlyTheRowsThatChanged) {
   ASSERT_TRUE(collect().ok());
-  sources_.lspci = dump_with("b1:00.0", "de 10 35 22", "de 10 b8 1e");
+  sources_.lspci = dump_with("b1:00.0", "02 03", "03 03");
   const auto summary = collect();
   EXPECT_EQ(counts(summary)["PCIs"], "0/1/0/57");
-  EXPECT_EQ(counts(summary)["PCIAdapter"], "0/1/0/23");
-  EXPECT_EQ(counts(summary)["PCIMisc"], "0/0/0/24");
-  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "PCI device 10de:1eb8\n");
+  EXPECT_EQ(counts(summary)["PCIAdapter"], "0/0/0/24");
+  sources_.pci_ids = files_.write("other.ids", "10de  NVIDIA Corporation\n\t2235  GA102GL [A40]\n");
+  EXPECT_NE(counts(collect())["PCIAdapter"], "0/0/0/24");
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "NVIDIA GA102GL [A40]\n");
 }
 
 TEST_F(CollectorTest, LeavesHealthToWhoeverAssessesIt) {
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCIAdapter", {"HealthStatus"}, "Location=1 AND SlotNo=5"), "0\n");
   ASSERT_EQ(zymdb_set_adapter_health_status(1, 5, 2), ZYM_DB_STATUS_OK);
-  sources_.lspci = dump_with("b1:00.0", "de 10 35 22", "de 10 b8 1e");
+  sources_.pci_ids = files_.write("other.ids", "10de  NVIDIA Corporation\n\t2235  GA102GL [A40]\n");
   ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "NVIDIA GA102GL [A40]\n");
   EXPECT_EQ(rows("PCIAdapter", {"HealthStatus"}, "Location=1 AND SlotNo=5"), "2\n");
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <system_error>
 
+#include "collect/sources/sysfs/raid_volume.h"
 #include "collect/sources/sysfs/sysfs_ports.h"
 #include "common/source_file.h"
 #include "common/text.h"
@@ -84,18 +85,13 @@ bool is_servers_own(const fs::path& disk, const fs::path& device) {
          path.find("/usb") == std::string::npos;
 }
 
-std::optional<Drive> read_disk(const fs::path& disk) {
-  std::error_code error;
-  const fs::path device = fs::canonical(disk / "device", error);
-  if (error || !disk.filename().string().starts_with("sd") || !is_servers_own(disk, device))
-    return std::nullopt;
-  const auto function = function_of(device);
-  if (!function) return std::nullopt;
-  Drive drive;
+bool is_named(const fs::path& disk, std::string_view start) {
+  return disk.filename().string().starts_with(start);
+}
+
+void read_scsi_disk(const fs::path& device, Drive& drive) {
   const auto vendor = read_text(device / "vendor");
   drive.bus = vendor == "ATA" ? DriveBus::kSata : DriveBus::kSas;
-  drive.name = disk.filename().string();
-  drive.function = *function;
   drive.port = numbered_part(device, "ata");
   if (!drive.port) drive.port = target_of(device.filename().string());
   drive.model = read_text(device / "model");
@@ -103,8 +99,27 @@ std::optional<Drive> read_disk(const fs::path& disk) {
   drive.serial = read_serial(device);
   drive.firmware = read_text(device / "rev");
   drive.unique_id = read_text(device / "wwid");
+}
+
+std::optional<Drive> read_disk(const fs::path& disk) {
+  std::error_code error;
+  const fs::path device = fs::canonical(disk / "device", error);
+  const bool is_scsi = is_named(disk, "sd");
+  if (error || !(is_scsi || is_named(disk, "vd")) || !is_servers_own(disk, device)) return std::nullopt;
+  const auto function = function_of(device);
+  if (!function) return std::nullopt;
+  Drive drive;
+  drive.name = disk.filename().string();
+  drive.function = *function;
   drive.capacity = read_capacity(disk);
   drive.rotates = read_number((disk / "queue/rotational").string()).value_or(0) != 0;
+  if (is_scsi) {
+    read_scsi_disk(device, drive);
+    if (is_raid_volume(device, drive.model.value_or(""))) return std::nullopt;
+  } else {
+    drive.bus = DriveBus::kVirtio;
+    drive.serial = read_text(disk / "serial");
+  }
   return drive;
 }
 
