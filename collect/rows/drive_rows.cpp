@@ -60,7 +60,6 @@ Value health_mask(const DriveRow& row) {
   return row.drive.health ? Value::number(kAllHealth) : Value();
 }
 
-// Like a place, health stays where nobody tells of it.
 constexpr Column<DriveRow> kDriveColumns[] = {
     {{"Location", Role::kKey, Kind::kText}, [](const DriveRow& row) { return Value::text(row.location); }},
     {{"LocationId", Role::kValue},
@@ -78,10 +77,10 @@ constexpr Column<DriveRow> kDriveColumns[] = {
      [](const DriveRow& row) { return text_or_null(maker_of(row.drive)); }},
     {{"FwVersion", Role::kValue, Kind::kText}, text_of<&Drive::firmware>},
     {{"Capacity", Role::kValue, Kind::kText}, capacity},
-    {{"Warning", Role::kPlace}, health_of<&DriveHealth::warning>},
-    {{"Temperature", Role::kPlace}, temperature},
-    {{"RemainLife", Role::kPlace}, health_of<&DriveHealth::remaining_life>},
-    {{"InfoMask", Role::kPlace}, health_mask},
+    {{"Warning", Role::kTold}, health_of<&DriveHealth::warning>},
+    {{"Temperature", Role::kTold}, temperature},
+    {{"RemainLife", Role::kTold}, health_of<&DriveHealth::remaining_life>},
+    {{"InfoMask", Role::kTold}, health_mask},
 };
 
 bool is_disk(const Value& drive_type) {
@@ -186,7 +185,7 @@ class DriveRowMaker {
     const auto former = former_.temperatures.find(location);
     const auto temperature =
         former == former_.temperatures.end() ? std::nullopt : std::optional(former->second);
-    add_row(rows_.rest, kDriveColumns, {drive, function, place, location, temperature},
+    add_row(rows_.rest, kDriveColumns, {drive, function, place, location, temperature}, true,
             drive.health.has_value());
   }
 

@@ -31,7 +31,7 @@ struct KindInfo {
 constexpr KindInfo kKinds[] = {
     {"OS:NVME", "NVMe firmware", kClassFirmware},   {"OS:NIC", "Network firmware", kClassFirmware},
     {"OS:FABRIC", "RDMA firmware", kClassFirmware}, {"OS:VIDEO", "Video BIOS", kClassBios},
-    {"OS:OPROM", "Option ROM", kClassBootRom},
+    {"OS:OPROM", "Option ROM", kClassBootRom},      {"OS:FC", "Fibre Channel firmware", kClassFirmware},
 };
 
 struct View {

@@ -112,6 +112,7 @@ constexpr Column<PortView> kPhysicalColumns[] = {
     {{"ConnectorLayout", Role::kValue, Kind::kText}, connector},
     {{"NumberofLogicalPorts", Role::kValue}, [](const PortView&) { return Value::number(1); }},
     {{"PermanentAddress", Role::kValue, Kind::kText}, port_text<&NetworkPort::permanent_address>},
+    {{"InterfaceName", Role::kValue, Kind::kText}, port_text<&NetworkPort::interface>},
 };
 
 // ---- The tables

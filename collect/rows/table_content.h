@@ -57,6 +57,7 @@ enum class Role : uint8_t {
   kKey,      // always; rows with equal keys are the same row
   kValue,    // always
   kPlace,    // in an existing row only when the sources can tell places
+  kTold,     // in an existing row only when somebody could be asked: a driver, a drive
   kInitial,  // in a new row only: afterwards it belongs to others
   kStamp,    // along with the others, but never a reason to write
   kOthers,   // never: another writer's, read to know whose the row is
@@ -71,6 +72,7 @@ struct ColumnSpec {
 struct Row {
   std::vector<Value> values;  // one per column
   bool place_known = true;
+  bool is_told = true;
 };
 
 struct TableContent;

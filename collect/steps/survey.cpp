@@ -32,6 +32,9 @@ void add_what_a_dump_lacks(const PciFunction& from, PciFunction& function) {
   take_known(from.parent, function.parent);
   take_known(from.numa_node, function.numa_node);
   take_known(from.video_memory, function.video_memory);
+  function.is_told_by_system = true;
+  take_known(from.driver, function.driver);
+  take_known(from.iommu_group, function.iommu_group);
   take_known(from.vpd, function.vpd);
 }
 

@@ -130,6 +130,8 @@ bool TableWriter::is_written(size_t column, const Row& row) const {
       return false;
     case Role::kPlace:
       return row.place_known;
+    case Role::kTold:
+      return row.is_told;
     default:
       return true;
   }

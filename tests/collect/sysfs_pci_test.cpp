@@ -119,6 +119,27 @@ TEST_F(SysfsTree, ConfigTellsMoreThanTheAttributes) {
   EXPECT_TRUE(functions->front().is_bridge());
 }
 
+TEST_F(SysfsTree, NamesTheDriverAndTheIommuGroup) {
+  function("pci0000:00/0000:00:01.0", {{"vendor", "0x15b3\n"}});
+  function("pci0000:00/0000:00:02.0", {{"vendor", "0x15b3\n"}});
+  function("pci0000:00/0000:00:03.0", {{"vendor", "0x15b3\n"}, {"driver", "no link\n"}});
+  const fs::path device = folder_.path() / "devices/pci0000:00/0000:00:01.0";
+  // In a recorded tree, where they lead to may be missing.
+  fs::create_symlink("../../../bus/pci/drivers/mlx5_core", device / "driver");
+  fs::create_symlink("../../../kernel/iommu_groups/27", device / "iommu_group");
+  fs::create_symlink("/", folder_.path() / "devices/pci0000:00/0000:00:02.0/driver");
+  fs::create_symlink("nothing", folder_.path() / "devices/pci0000:00/0000:00:02.0/iommu_group");
+  const auto functions = read_sysfs_functions(root());
+  ASSERT_TRUE(functions);
+  ASSERT_EQ(functions->size(), 3U);
+  EXPECT_EQ((*functions)[0].driver, "mlx5_core");
+  EXPECT_EQ((*functions)[0].iommu_group, 27U);
+  for (const auto& other : {(*functions)[1], (*functions)[2]}) {
+    EXPECT_FALSE(other.driver);
+    EXPECT_FALSE(other.iommu_group);
+  }
+}
+
 TEST_F(SysfsTree, SaysWhetherThereAreVitalProductData) {
   function("pci0000:00/0000:00:01.0", {{"vendor", "0x15b3\n"}, {"vpd", "data"}});
   EXPECT_EQ(read_sysfs_functions(root())->front().vpd, "data");

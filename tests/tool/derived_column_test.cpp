@@ -133,6 +133,19 @@ TEST(FunctionLink, ALinkThatNobodyHasSeenIsNotShown) {
   EXPECT_THAT(column(workplace, listing("functions"), "LINK"), ElementsAre("", ""));
 }
 
+TEST(FunctionBridge, AtTheFirstAddressOfAllIsNoRoot) {
+  const Workplace workplace;
+  insert_function(workplace, 0, {});
+  insert_function(workplace, 1, {{"BridgeId", 0u}});
+  EXPECT_THAT(column(workplace, listing("functions"), "BRIDGE"), ElementsAre("", "0000:00:00.0"));
+  EXPECT_THAT(column(workplace, listing("functions"), "BRIDGEID"), ElementsAre("", "0x00000000"));
+  const auto rows = records(workplace, listing("functions"));
+  EXPECT_TRUE(rows[0].at("Bridge").is_null());
+  EXPECT_TRUE(rows[0].at("BridgeId").is_null());
+  EXPECT_EQ(rows[1].at("Bridge"), "0000:00:00.0");
+  EXPECT_EQ(rows[1].at("BridgeId"), 0);
+}
+
 TEST(FunctionPlace, IsTheBoardASlotOrABay) {
   const Workplace workplace;
   insert_function(workplace, 0, {{"Location", 0u}});

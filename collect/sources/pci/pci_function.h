@@ -52,7 +52,10 @@ struct PciFunction {
   std::optional<PciAddress> parent;  // the bridge above, where the system names it
   std::optional<unsigned> numa_node;
   std::optional<uint64_t> video_memory;  // bytes; of a display controller or processing accelerator
-  std::optional<std::string> vpd;        // vital product data as read; empty: there, but not readable
+  bool is_told_by_system = false;        // not by a dump alone, which knows no drivers and the like
+  std::optional<std::string> driver;     // the kernel's, by name
+  std::optional<unsigned> iommu_group;
+  std::optional<std::string> vpd;  // vital product data as read; empty: there, but not readable
 
   uint8_t base_class() const { return static_cast<uint8_t>(class_code >> 16); }
   uint8_t subclass() const { return static_cast<uint8_t>(class_code >> 8); }

@@ -81,6 +81,19 @@ std::optional<PciAddress> parent_of(const fs::path& folder) {
   return error ? std::nullopt : parse_pci_address(real.parent_path().filename().string());
 }
 
+// What a link of a function's folder leads to, by its name; where it leads need not be there.
+std::optional<std::string> link_name(const fs::path& link) {
+  std::error_code error;
+  const fs::path target = fs::read_symlink(link, error);
+  return error ? std::nullopt : known_text(target.filename().string());
+}
+
+std::optional<unsigned> iommu_group(const fs::path& folder) {
+  const auto name = link_name(folder / "iommu_group");
+  const auto number = name ? leading_number(*name) : std::nullopt;
+  return number && *number <= INT32_MAX ? std::optional(static_cast<unsigned>(*number)) : std::nullopt;
+}
+
 PciFunction read_function(const fs::path& folder, const PciAddress& address) {
   const std::string path = folder.string();
   PciFunction function;
@@ -89,6 +102,9 @@ PciFunction read_function(const fs::path& folder, const PciAddress& address) {
   read_link(path, function.link);
   function.parent = parent_of(folder);
   if (const auto node = read_number(path + "/numa_node")) function.numa_node = static_cast<unsigned>(*node);
+  function.is_told_by_system = true;
+  function.driver = link_name(folder / "driver");
+  function.iommu_group = iommu_group(folder);
   if (function.has_video_memory()) function.video_memory = read_video_memory(path);
   std::error_code error;
   if (fs::exists(folder / "vpd", error)) function.vpd = read_attribute(path + "/vpd").value_or("");
