@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <utility>
 
 #include "collect/steps/drive_step.h"
@@ -43,13 +44,16 @@ std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, const F
 }
 
 std::vector<TableSummary> collect(const Sources& sources, const Observer& observer) {
-  const Survey survey(sources, observer);
-  const auto makers = read_sources(survey);
+  auto survey = std::make_unique<const Survey>(sources, observer);
+  auto makers = read_sources(*survey);
   _zym_db_handle_t* handle = get_dmdb_handle();
   if (handle == nullptr) throw DatabaseError("the inventory cannot be opened");
   Transaction transaction(handle);
-  const auto former = read_former_machine(handle, survey.machine());
-  auto summaries = write_inventory(handle, make_rows(makers, former), observer);
+  auto tables = make_rows(makers, read_former_machine(handle, survey->machine()));
+  // A large machine is not held three times: as it was read, as rows, and as the inventory has it.
+  makers.clear();
+  survey.reset();
+  auto summaries = write_inventory(handle, std::move(tables), observer);
   transaction.commit();
   return summaries;
 }

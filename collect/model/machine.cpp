@@ -82,11 +82,13 @@ class MachineBuilder {
     const SlotFinder described(topology, machine_.slots, 0, described_);
     const SlotFinder named(topology, machine_.slots, described_, machine_.slots.size());
     auto& functions = machine_.functions.emplace();
-    for (const auto& pci : *findings_.functions) {
+    functions.reserve(findings_.functions->size());
+    std::vector<PciFunction*> origins;
+    for (auto& pci : *findings_.functions) {
       const auto segment = segments.find(pci.address.domain);
       if (segment == segments.end()) continue;
+      origins.push_back(&pci);
       auto& function = functions.emplace_back();
-      function.pci = pci;
       function.segment = segment->second;
       function.key = key_of(function.segment, pci.address);
       function.device_key = key_of(function.segment, device_of(pci.address)).value;
@@ -95,6 +97,9 @@ class MachineBuilder {
       function.slot = find_slot(described, named, pci);
       function.place_known = function.slot || tells_places_;
     }
+    // The topology needs them where they are until all are placed.
+    for (size_t i = 0; i < functions.size(); ++i) functions[i].pci = std::move(*origins[i]);
+    findings_.functions.reset();
     std::ranges::sort(functions, {}, &MachineFunction::key);
   }
 

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -38,15 +39,26 @@ class Value {
 
   // Null where it is something else.
   const int64_t* as_number() const { return std::get_if<int64_t>(&content_); }
-  const std::string* as_text() const { return std::get_if<std::string>(&content_); }
+  const std::string* as_text() const {
+    const auto* text = std::get_if<Text>(&content_);
+    return text == nullptr ? nullptr : text->get();
+  }
 
-  auto operator<=>(const Value&) const = default;
+  // Nothing comes first, then numbers, then texts.
+  std::strong_ordering operator<=>(const Value& other) const {
+    if (as_text() != nullptr && other.as_text() != nullptr) return *as_text() <=> *other.as_text();
+    return content_ <=> other.content_;
+  }
+  bool operator==(const Value& other) const { return (*this <=> other) == 0; }
 
  private:
-  explicit Value(int64_t number) : content_(number) {}
-  explicit Value(std::string text) : content_(std::move(text)) {}
+  // Rows are held by the ten thousand, most of their values are numbers.
+  using Text = std::shared_ptr<const std::string>;
 
-  std::variant<std::monostate, int64_t, std::string> content_;
+  explicit Value(int64_t number) : content_(number) {}
+  explicit Value(std::string text) : content_(std::make_shared<const std::string>(std::move(text))) {}
+
+  std::variant<std::monostate, int64_t, Text> content_;
 };
 
 // What the schema makes of a column.

@@ -4,10 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <map>
 #include <string>
 
 #include "collect/collector_fixture.h"
+#include "support/large_dump.h"
 #include "zymdb_cpu_mem.h"
 #include "zymdb_pci.h"
 
@@ -178,6 +180,22 @@ TEST_F(CollectorTest, ReportsItsProgressFromFirstToLast) {
   constexpr size_t kRows = 148;
   ASSERT_EQ(steps.size(), kRows + 1);
   for (size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], std::pair(i, kRows));
+}
+
+TEST_F(CollectorTest, ALargeMachineIsWrittenOnce) {
+  constexpr size_t kFunctions = 10'000;
+  const std::string dump = files_.file("large.lspci");
+  {
+    std::ofstream out(dump);
+    LargeDump(out, kFunctions, 256).write();
+  }
+  sources_.lspci = dump;
+  const auto first = collect();
+  ASSERT_TRUE(first.ok()) << first.error;
+  EXPECT_EQ(counts(first)["PCIs"], "10000/0/0/0");
+  const auto before = stored_bytes();
+  for (const auto& table : collect().tables) EXPECT_EQ(table.changed(), 0U) << table.table;
+  EXPECT_TRUE(stored_bytes() == before);
 }
 
 TEST_F(CollectorTest, CollectsTheRunningMachine) {

@@ -22,8 +22,20 @@ constexpr size_t kLongestLine = 65536;
 
 constexpr std::string_view kTools[] = {"pcilib: ", "lspci: "};
 
+// -1 for what is no digit.
+constexpr int hex_digit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+}
+
+// A dump has millions of them.
+constexpr int hex_byte(char high, char low) {
+  return hex_digit(high) < 0 || hex_digit(low) < 0 ? -1 : hex_digit(high) * 16 + hex_digit(low);
+}
+
 bool is_hex_digit(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+  return hex_digit(c) >= 0;
 }
 
 // "10:" to "ff0:" at the start: a hex line. A slot line has a digit where these have a blank or the end.
@@ -126,9 +138,9 @@ class DumpReader {
     if (config_.size() == kLargestConfig) fail("more than 4096 bytes of configuration space");
     line.remove_prefix(colon + 1);
     for (size_t i = 0; i < kBytesPerLine; ++i, line.remove_prefix(3)) {
-      const auto byte = line.size() >= 3 && line[0] == ' ' ? hex_number(line.substr(1, 2)) : std::nullopt;
-      if (!byte) fail("a hex line without 16 two-digit bytes (cut short?)");
-      config_.push_back(static_cast<uint8_t>(*byte));
+      const int byte = line.size() >= 3 && line[0] == ' ' ? hex_byte(line[1], line[2]) : -1;
+      if (byte < 0) fail("a hex line without 16 two-digit bytes (cut short?)");
+      config_.push_back(static_cast<uint8_t>(byte));
     }
     if (!trimmed(line).empty()) fail("a hex line with more than 16 bytes");
   }
