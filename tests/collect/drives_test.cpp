@@ -200,6 +200,18 @@ TEST_F(DriveCollection, ADriveThatGetsABayLeavesTheBoard) {
   EXPECT_EQ(collect().changed(), 0u) << "without SMBIOS it stays where it is known to be";
 }
 
+TEST_F(DriveCollection, ADriveThatIsKnownToBeOnTheBoardLeavesItsBay) {
+  given("AimDisks", {{"Location", "Bay 9"},
+                     {"LocationId", 2},
+                     {"BayNo", 9},
+                     {"DriveTypeId", 3},
+                     {"PCIFuncKey", 0x30000},
+                     {"Presence", 1}});
+  tree_.nvme("0000:03:00.0", "nvme0", "S1");
+  collect();
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 9|0\nBoard 03:00.0|1\n");
+}
+
 TEST_F(DriveCollection, SeveralDrivesInOneSlotAreListedEachOnItsOwn) {
   tree_.nvme("0000:e5:00.0", "nvme0", "S1");
   sources_.lspci = folder_with_second_function();
