@@ -91,6 +91,16 @@ TEST_F(SysfsDrives, OfSataAndSasAreDisks) {
   EXPECT_EQ(found[1].maker, "SEAGATE");
 }
 
+TEST_F(SysfsDrives, AreFoundWhereARecordingLacksTheLinkToTheirDevice) {
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.remove("devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0/block/sda/device");
+  const auto found = drives();
+  ASSERT_THAT(found, SizeIs(1));
+  EXPECT_EQ(to_string(found[0].function), "0000:00:17.0");
+  EXPECT_EQ(found[0].port, 3);
+  EXPECT_EQ(found[0].serial, "ZL200001");
+}
+
 TEST_F(SysfsDrives, OfVirtualMachinesAreDisks) {
   tree_.virtual_disk("0000:00:04.0", "vda", "root-disk");
   const auto found = drives();
@@ -101,6 +111,15 @@ TEST_F(SysfsDrives, OfVirtualMachinesAreDisks) {
   EXPECT_EQ(found[0].capacity, 21'474'836'480u);
   EXPECT_FALSE(found[0].model);
   EXPECT_FALSE(found[0].port);
+}
+
+TEST_F(SysfsDrives, BehindAVirtualControllerHaveNoPort) {
+  tree_.disk("0000:02:00.0", "virtio6/host0/target0:0:1", "0:0:1:0", "sda", "QEMU", false);
+  const auto found = drives();
+  ASSERT_THAT(found, SizeIs(1));
+  EXPECT_EQ(found[0].bus, DriveBus::kVirtio);
+  EXPECT_FALSE(found[0].port);
+  EXPECT_EQ(found[0].model, "ST16000NM001G-2K");
 }
 
 TEST_F(SysfsDrives, AreNoVolumesOfRaidControllers) {

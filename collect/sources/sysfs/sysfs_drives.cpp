@@ -91,9 +91,13 @@ bool is_named(const fs::path& disk, std::string_view start) {
 
 void read_scsi_disk(const fs::path& device, Drive& drive) {
   const auto vendor = read_text(device / "vendor");
-  drive.bus = vendor == "ATA" ? DriveBus::kSata : DriveBus::kSas;
   drive.port = numbered_part(device, "ata");
-  if (!drive.port) drive.port = target_of(device.filename().string());
+  drive.bus = vendor == "ATA" || drive.port ? DriveBus::kSata : DriveBus::kSas;
+  // A virtual machine's controller numbers no bays.
+  if (numbered_part(device, "virtio"))
+    drive.bus = DriveBus::kVirtio;
+  else if (!drive.port)
+    drive.port = target_of(device.filename().string());
   drive.model = read_text(device / "model");
   if (drive.bus == DriveBus::kSas) drive.maker = vendor;
   drive.serial = read_serial(device);
@@ -101,9 +105,16 @@ void read_scsi_disk(const fs::path& device, Drive& drive) {
   drive.unique_id = read_text(device / "wwid");
 }
 
+// A recording may lack the link: a disk lies in the folder "block" of its device.
+fs::path device_of_disk(const fs::path& disk, std::error_code& error) {
+  fs::path device = fs::canonical(disk / "device", error);
+  if (!error) return device;
+  return fs::canonical(disk, error).parent_path().parent_path();
+}
+
 std::optional<Drive> read_disk(const fs::path& disk) {
   std::error_code error;
-  const fs::path device = fs::canonical(disk / "device", error);
+  const fs::path device = device_of_disk(disk, error);
   const bool is_scsi = is_named(disk, "sd");
   if (error || !(is_scsi || is_named(disk, "vd")) || !is_servers_own(disk, device)) return std::nullopt;
   const auto function = function_of(device);
