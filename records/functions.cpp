@@ -1,47 +1,19 @@
 #include <algorithm>
 #include <utility>
 
-#include "collect/sources/pci/pci_ids.h"
-#include "common/source_file.h"
 #include "records/links.h"
 #include "records/pci.h"
+#include "records/pci_names.h"
 #include "records/stored_rows.h"
 #include "records/text.h"
 
 namespace zymdb::records {
 namespace {
 
-using collect::PciIds;
-
-// The names, read when a field first asks for one. The system's list may be missing; one that the user names
-// may not.
-class Names {
- public:
-  explicit Names(std::shared_ptr<const std::string> file) : file_(std::move(file)) {}
-
-  const PciIds& get() {
-    if (!ids_) ids_ = load();
-    return *ids_;
-  }
-
- private:
-  PciIds load() const {
-    try {
-      return PciIds::load(*file_);
-    } catch (const SourceError&) {
-      if (*file_ != kPciIdsFile) throw;
-      return {};
-    }
-  }
-
-  std::shared_ptr<const std::string> file_;
-  std::optional<PciIds> ids_;
-};
-
 constexpr char kIommuGroup[] = "IOMMUGroup";
 
 struct Function : Stored<_ZYMDB_PCI_Generic> {
-  Names* names = nullptr;
+  PciNames* names = nullptr;
   LinkState link_state = LinkState::kUnknown;
   std::string driver = {};
   std::optional<size_t> parent = {};  // in the list, for a tree of them
@@ -237,7 +209,7 @@ void find_parents(std::vector<Function>& functions) {
   }
 }
 
-std::vector<Function> list_named_functions(Names& names) {
+std::vector<Function> list_named_functions(PciNames& names) {
   const Reading reading("functions");
   auto columns = number_columns(kFields);
   columns.push_back(kIommuGroup);
@@ -267,7 +239,7 @@ std::vector<_ZYMDB_PCI_Generic> list_functions(const Reading& reading) {
 }
 
 RecordType functions(std::shared_ptr<const std::string> names_file) {
-  const auto names = std::make_shared<Names>(std::move(names_file));
+  const auto names = std::make_shared<PciNames>(std::move(names_file));
   return describe<Function>("functions", "PCI functions, bridges too", kFields,
                             [names] { return list_named_functions(*names); });
 }

@@ -70,7 +70,8 @@ bool is_reported_by_others(const Value& software_id) {
 }
 
 bool is_told_by_drivers(const PciFunction& function) {
-  return function.base_class() == kClassNetwork || function.base_class() == kClassDisplay;
+  const bool is_fibre_channel = function.base_class() == kClassSerialBus && function.subclass() == 0x04;
+  return is_fibre_channel || function.base_class() == kClassNetwork || function.base_class() == kClassDisplay;
 }
 
 // ---- Embedded devices
