@@ -12,8 +12,7 @@ namespace zymdb::collect {
 struct Sources {
   std::string lspci;   // dump of the PCI configuration spaces, as `lspci -x`, `-xxx` or `-xxxx` prints it
   std::string smbios;  // SMBIOS tables, as `dmidecode --dump-bin` writes them
-  std::string
-      sysfs;  // root of a sysfs tree; beside `lspci` it adds only what a dump lacks (slots, links, VPD)
+  std::string sysfs;   // root of a sysfs tree; beside `lspci` what it knows of the dump's functions counts
   std::string pci_ids = "/usr/share/misc/pci.ids";  // names of vendors and devices; absent: no names
   bool allow_empty = false;  // believe a source that tells of nothing, and empty what it tells of
 };

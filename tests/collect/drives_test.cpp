@@ -269,6 +269,26 @@ TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
   EXPECT_EQ(summary.unchanged, 1u);
 }
 
+TEST_F(DriveCollection, ADriveInASlotOfAHighNumberIsWrittenOnce) {
+  NvmeRecord record{};
+  record.drive.LocationId = 1;
+  record.drive.BayNo = 300;
+  record.drive.PCIFuncKey = 0x670000;
+  record.drive.DriveTypeId = 3;
+  std::strcpy(record.drive.SerialNo, "S1");
+  TableSummary first;
+  write_nvme_drives({record}, first);
+  EXPECT_EQ(first.inserted, 1u);
+  TableSummary second;
+  write_nvme_drives({record}, second);
+  EXPECT_EQ(second.changed(), 0u);
+  const auto former = read_former_drives({get_dmdb_handle(), {}});
+  EXPECT_EQ(former.nvme_places.at(FunctionKey(0x670000)), (DrivePlace{ZYMDB_LOCATION_SLOT, 300}));
+  TableSummary third;
+  write_nvme_drives({}, third);
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Slot 300|0\n");
+}
+
 // A machine with one drive, at a place of its own or on the board.
 struct DriveMachine {
   Machine machine;
