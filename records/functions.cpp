@@ -133,12 +133,12 @@ constexpr Field<Function> kFields[] = {
                       link_state)
         .state()
         .noted(link_attention),
+    derived<Function>("Driver", "DRIVER", "the kernel's driver", driver).shown().state(),
+    derived<Function>(kIommuGroup, "IOMMUGROUP", "IOMMU group", iommu_group).number().state(),
     derived<Function>("ClassName", "CLASS", "class, by name", class_name).model(),
     derived<Function>("Name", "NAME", "vendor and device, by name", name).long_text().shown().model(),
     derived<Function>("VendorName", "VENDORNAME", "vendor, by name", vendor_name).model(),
     derived<Function>("DeviceName", "DEVICENAME", "device, by name", device_name).model(),
-    derived<Function>("Driver", "DRIVER", "the kernel's driver", driver).shown().state(),
-    derived<Function>(kIommuGroup, "IOMMUGROUP", "IOMMU group", iommu_group).number().state(),
     ZYMDB_RECORD_FIELD(Function, _id, "ROWID", "row of the inventory").row(),
     ZYMDB_RECORD_FIELD(Function, BridgeId, "BRIDGEID", "function key of the bridge above").hex(8).place(),
     ZYMDB_RECORD_FIELD(Function, SegNo, "SEGMENT", "segment (domain) number").place(),

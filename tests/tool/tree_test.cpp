@@ -49,7 +49,7 @@ TEST_F(Tree, HasEachFunctionBelowItsBridge) {
 TEST_F(Tree, TellsClassLinkAndName) {
   workplace_.collect_example();
   const auto outcome = workplace_.tool({"show", "functions", "--tree"});
-  EXPECT_THAT(lines_of(outcome.out).at(0), testing::MatchesRegex("ADDRESS +PLACE +LINK +CLASS +NAME *"));
+  EXPECT_THAT(lines_of(outcome.out).at(0), testing::MatchesRegex("ADDRESS +LINK +CLASS +NAME *"));
   EXPECT_THAT(outcome.out, HasSubstr("├─0000:17:00.0 "));
   EXPECT_EQ(lines_of(outcome.out).size(), records(workplace_, listing("functions")).size() + 1);
 }

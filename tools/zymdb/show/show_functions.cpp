@@ -20,7 +20,7 @@ constexpr char kExamples[] =
 void add_show_functions(CommandTree& tree, CLI::App& show) {
   const auto names_file = std::make_shared<std::string>(records::kPciIdsFile);
   Listing listing{records::functions(names_file), kExamples};
-  listing.tree_columns = "ADDRESS,PLACE,LINK,CLASS,NAME";
+  listing.tree_columns = "ADDRESS,LINK,CLASS,NAME";
   add_pci_ids_option(add_listing(tree, show, std::move(listing)), *names_file);
 }
 
