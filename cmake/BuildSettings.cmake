@@ -28,6 +28,8 @@ if(ZYMDB_WERROR)
   add_compile_options(-Werror)
 endif()
 add_compile_options(-fno-omit-frame-pointer)
+# Times and sizes of files have 64 bits on every machine.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 # Lines for backtraces. The libraries, whose types debuggers and the comparison of interfaces ask for, say more.
 add_compile_options(-g1)
 
@@ -55,5 +57,13 @@ endif()
 function(zymdb_precompile target)
   if(ZYMDB_PRECOMPILED_HEADERS)
     target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()
+
+# What is in the tool alone.
+function(zymdb_may_be_small target)
+  if(ZYMDB_SMALL_TOOL)
+    target_compile_options(${target} PRIVATE -Os -flto)
+    target_link_options(${target} PRIVATE -Os -flto=auto)
   endif()
 endfunction()
