@@ -113,6 +113,14 @@ void drop_privileges() {
   if (setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(126);
 }
 
+std::filesystem::path temporary_folder_for_all() {
+  auto name = (std::filesystem::temp_directory_path() / "zymdb-tool-XXXXXX").string();
+  require(mkdtemp(name.data()) != nullptr, "mkdtemp");
+  std::filesystem::permissions(name, std::filesystem::perms::owner_all | std::filesystem::perms::others_read |
+                                         std::filesystem::perms::others_exec);
+  return name;
+}
+
 int exit_status(pid_t child) {
   int status = 0;
   require(waitpid(child, &status, 0) == child, "waitpid");
@@ -150,7 +158,35 @@ Outcome run_program(const Words& command, const Setting& setting) {
   return outcome;
 }
 
+// Whoever has given up their rights may not enter the folder of the build; their copy of the tool is in one
+// that they may.
+class ReachableTool {
+ public:
+  ReachableTool() : folder_(temporary_folder_for_all()) {
+    for (const char* file : {ZYMDB_TOOL, ZYMDB_LIBRARIES})
+      std::filesystem::copy_file(file, folder_ / std::filesystem::path(file).filename());
+  }
+  ~ReachableTool() { std::filesystem::remove_all(folder_); }
+  ReachableTool(const ReachableTool&) = delete;
+  ReachableTool& operator=(const ReachableTool&) = delete;
+
+  std::string program() const { return folder_ / std::filesystem::path(ZYMDB_TOOL).filename(); }
+  std::pair<std::string, std::string> libraries() const { return {"LD_LIBRARY_PATH", folder_}; }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+Outcome run_reachable_tool(const Words& arguments, Setting setting) {
+  const ReachableTool tool;
+  Words command{tool.program()};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  setting.environment.push_back(tool.libraries());
+  return run_program(command, setting);
+}
+
 Outcome run_tool(const Words& arguments, const Setting& setting) {
+  if (setting.unprivileged) return run_reachable_tool(arguments, setting);
   Words command{ZYMDB_TOOL};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return run_program(command, setting);
