@@ -11,6 +11,7 @@ import sys
 from pathlib import Path
 
 from answered_statuses import definitions, statuses
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "docs/manual"))
 from declarations import described, functions, records, top_comment
 
 OPERATIONS = "include"

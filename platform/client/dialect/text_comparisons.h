@@ -43,7 +43,7 @@ class TextComparisons {
   }
 
  private:
-  static constexpr size_t kNowhere = size_t{1} << 62;
+  static constexpr size_t kNowhere = SIZE_MAX / 2;
 
   static bool is_comparison(const Token& token) {
     const char first = token.kind == TokenKind::kOperator ? token.text[0] : 0;

@@ -9,6 +9,7 @@ class Function:
     result: str
     parameters: list
     comment: str
+    written: list  # the parameters as they are declared
 
     def part(self, tag):
         """The text of all `tag` blocks of the comment ("@return")."""
@@ -44,6 +45,10 @@ def parameter_names(parameters):
     return [re.search(r"(\w+)\s*(?:\[\w*\])?$", p.strip())[1] for p in parameters.split(",") if p.strip() != "..."]
 
 
+def written_parameters(parameters):
+    return [" ".join(each.split()) for each in parameters.split(",")]
+
+
 def functions(text):
     """Every function that a header declares; its comment is the one that ends on the line above it."""
     text = re.sub(r"//[^\n]*", "", text)
@@ -53,7 +58,7 @@ def functions(text):
         r"(?P<name>\w+)\((?P<parameters>[^()]*)\)(?:\s*__attribute__\(\(.*?\)\)\))?\s*;", re.DOTALL | re.MULTILINE)
     for match in declaration.finditer(text):
         found.append(Function(match["name"], " ".join(match["result"].split()), parameter_names(match["parameters"]),
-                              text_of(match["comment"] or "")))
+                              text_of(match["comment"] or ""), written_parameters(match["parameters"])))
     return found
 
 
