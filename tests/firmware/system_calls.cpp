@@ -24,6 +24,13 @@ Call* next(Call*, const char* name) {
   return reinterpret_cast<Call*>(dlsym(RTLD_NEXT, name));
 }
 
+// Where times have 64 bits though the machine's word has 32, calls that take them have names of their own.
+#ifdef __USE_TIME_BITS64
+#define NAME_WITH_TIMES(call) "__" #call "64"
+#else
+#define NAME_WITH_TIMES(call) #call
+#endif
+
 int failing(int error) {
   errno = error;
   return -1;
@@ -64,19 +71,19 @@ extern "C" {
 __attribute__((visibility("default"))) int select(int count, fd_set* readable, fd_set* writable,
                                                   fd_set* exceptional, timeval* timeout) {
   if (const std::optional<int> outcome = outcome_of_wait(timeout)) return *outcome;
-  return next(&select, "select")(count, readable, writable, exceptional, timeout);
+  return next(&select, NAME_WITH_TIMES(select))(count, readable, writable, exceptional, timeout);
 }
 
 __attribute__((visibility("default"))) int setsockopt(int socket, int level, int option, const void* value,
                                                       socklen_t size) noexcept {
   if (level != SOL_SOCKET || option != SO_RCVTIMEO || size != sizeof(timeval))
-    return next(&setsockopt, "setsockopt")(socket, level, option, value, size);
+    return next(&setsockopt, NAME_WITH_TIMES(setsockopt))(socket, level, option, value, size);
   {
     const std::lock_guard lock(mutex);
     system_calls().receive_timeouts.push_back(static_cast<const timeval*>(value)->tv_sec);
   }
   const timeval shortened{1, 0};
-  return next(&setsockopt, "setsockopt")(socket, level, option, &shortened, sizeof shortened);
+  return next(&setsockopt, NAME_WITH_TIMES(setsockopt))(socket, level, option, &shortened, sizeof shortened);
 }
 
 __attribute__((visibility("default"))) int connect(int socket, const sockaddr* address, socklen_t size) {
@@ -97,7 +104,7 @@ __attribute__((visibility("default"))) ssize_t read(int descriptor, void* data, 
 }
 
 __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept {
-  const int result = next(&clock_gettime, "clock_gettime")(clock, time);
+  const int result = next(&clock_gettime, NAME_WITH_TIMES(clock_gettime))(clock, time);
   time->tv_sec += system_calls().seconds_passed;
   return result;
 }

@@ -11,14 +11,14 @@
 struct SystemCalls {
   // select: the seconds that each wait was given; how many seconds the next waits leave when they are
   // interrupted; whether the time then passes without an event, or the wait fails.
-  std::vector<long> waits;
-  std::vector<long> interrupted_waits;
+  std::vector<time_t> waits;
+  std::vector<time_t> interrupted_waits;
   bool time_passes = false;
   std::optional<int> wait_error;
 
   // setsockopt: the receive timeouts that were asked for, in seconds. All are but one: short to wait for, and
   // long enough for a service on a busy machine.
-  std::vector<long> receive_timeouts;
+  std::vector<time_t> receive_timeouts;
 
   // connect: does not return before the other side has hung up.
   bool connects_to_quitter = false;
@@ -26,10 +26,10 @@ struct SystemCalls {
   // read and write: how many are interrupted, and how many seconds pass on the clock with each.
   int interrupted_reads = 0;
   int interrupted_writes = 0;
-  long seconds_per_interruption = 0;
+  time_t seconds_per_interruption = 0;
 
   // The seconds that have passed so.
-  long seconds_passed = 0;
+  time_t seconds_passed = 0;
 
   // write: the bytes that one takes at most.
   std::optional<size_t> write_takes;

@@ -32,6 +32,16 @@ TEST_F(QueryTest, AllColumnsAreReadByName) {
   EXPECT_EQ(slot, 7U);
 }
 
+TEST_F(QueryTest, AResultBeyondWhatTheEnvironmentAllowsIsTooLarge) {
+  given("DPUEvents", {{"Message", std::string(3000, 'x')}});
+  ASSERT_EQ(zym_db_close(handle()), 0);
+  setenv("ZYMDB_RESULT_KIB", "1", 1);
+  query("DPUEvents", {"Message"});
+  unsetenv("ZYMDB_RESULT_KIB");
+  EXPECT_EQ(status_, 46);
+  EXPECT_EQ(count("DPUEvents", "Slot=1"), 0);
+}
+
 TEST_F(QueryTest, AFractionIsReadAsText) {
   given("Memory", {{"SlotNo", 7}});
   given("Memory", {{"SlotNo", 8}});

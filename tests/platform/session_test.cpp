@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+
 #include "client/status.h"
 #include "platform/engine_session.h"
 #include "support/temporary_folder.h"
@@ -79,6 +82,18 @@ TEST_F(SessionTest, AResultBeyondTheLimitIsRefused) {
   for (int i = 0; i < 10; ++i) ASSERT_EQ(insert(*session, std::string(1000, 'x')), 0);
   EXPECT_EQ(query(*session, "Slot=1"), kStatusTooLarge);
   EXPECT_EQ(query(*session, "_id=1"), 0);
+}
+
+TEST_F(SessionTest, TheWriteAheadLogStaysWithinItsLimit) {
+  limits_.log = 64 * 1024;
+  const auto session = open();
+  uintmax_t largest = 0;
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_EQ(insert(*session, std::string(4000, 'x')), 0);
+    largest = std::max(largest, std::filesystem::file_size(folder_.file("inventory.db-wal")));
+  }
+  EXPECT_GT(largest, limits_.log / 2);
+  EXPECT_LT(largest, 2 * limits_.log);
 }
 
 TEST_F(SessionTest, AnotherConnectionsWriterIsWaitedForNoLongerThanTheLimit) {

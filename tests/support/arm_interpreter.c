@@ -1,6 +1,6 @@
-/* What the kernel starts in the place of an ARM program: the emulator, with the folder that the program's libraries are in.
- * The emulator itself would look for that in the environment, which tests clear. The kernel passes the program's path, then its
- * own first word, then the others. */
+/* What the kernel starts in the place of an ARM program: the emulator, with the folder that the program's
+ * libraries are in. The emulator itself would look for that in the environment, which tests clear. The kernel
+ * passes the program's path, then its own first word, then the others. */
 #include <stdlib.h>
 #include <unistd.h>
 

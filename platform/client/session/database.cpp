@@ -6,7 +6,8 @@ namespace zymdb::client {
 
 ThreadSession::ThreadSession(std::shared_ptr<Database> owner)
     : database(std::move(owner)),
-      session(database->source().engine->make_session(database->source(), database->writers(), {})) {}
+      session(
+          database->source().engine->make_session(database->source(), database->writers(), limits_here())) {}
 
 void ThreadSession::close() {
   closed = true;

@@ -12,7 +12,8 @@ constexpr size_t kPreparedStatements = 64;
 
 }  // namespace
 
-Connection::Connection(const Limits& limits) : authorizer_(limits), statements_(kPreparedStatements) {}
+Connection::Connection(const Limits& limits)
+    : limits_(limits), authorizer_(limits), statements_(kPreparedStatements) {}
 
 Connection::~Connection() {
   authorizer_.stand_aside();
@@ -25,7 +26,7 @@ Connection::~Connection() {
 }
 
 Failure Connection::open(const DataSource& source, const std::function<void()>& connected) {
-  Opening opening(source, authorizer_, connected);
+  Opening opening(source, limits_, authorizer_, connected);
   if (Failure failure = opening.run()) return failure;
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);

@@ -28,7 +28,7 @@ class Connection {
   // `connected` is called once the file is open, before anything in it or beside it is used.
   Failure open(const DataSource& source, const std::function<void()>& connected);
 
-  const Catalog& catalog() const { return catalog_; }
+  const Catalog& catalog() const { return *catalog_; }
   FileWatch& watch() { return watch_; }
   SessionState state(Look look) { return writer_ != nullptr ? SessionState{} : watch_.state(look); }
 
@@ -64,8 +64,9 @@ class Connection {
   Failure compile(std::string_view key, const std::string& sql, std::vector<std::string> names,
                   Prepared*& prepared);
 
+  Limits limits_;
   Authorizer authorizer_;
-  Catalog catalog_;
+  std::shared_ptr<const Catalog> catalog_;
   FileWatch watch_;
   DatabasePtr database_;
   StatementCache statements_;  // after the database: statements go first

@@ -72,6 +72,19 @@ bool Connections::end_those_to_other_files(const std::string& path) {
   return any;
 }
 
+std::shared_ptr<const Catalog> Connections::catalog_of(const Fingerprint& statements) {
+  const std::lock_guard lock(mutex_);
+  return statements == statements_ ? catalog_.lock() : nullptr;
+}
+
+std::shared_ptr<const Catalog> Connections::share(const Fingerprint& statements, Catalog catalog) {
+  auto shared = std::make_shared<const Catalog>(std::move(catalog));
+  const std::lock_guard lock(mutex_);
+  statements_ = statements;
+  catalog_ = shared;
+  return shared;
+}
+
 // Nothing is opened meanwhile, so that what is added to the list while it waits is empty.
 void Connections::stand_still() {
   opening.lock();

@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "client/engine/sqlite/connection.h"
+#include "client/engine/sqlite/fingerprint.h"
 
 namespace zymdb::client::sqlite {
 
@@ -59,6 +60,11 @@ class Connections {
   // others.
   bool end_those_to_other_files(const std::string& path);
 
+  // The catalog of databases whose tables were made by these statements, if one is in use: fifty KiB that the
+  // threads of a process need once, and twice as much while it is read.
+  std::shared_ptr<const Catalog> catalog_of(const Fingerprint& statements);
+  std::shared_ptr<const Catalog> share(const Fingerprint& statements, Catalog catalog);
+
   void stand_still();
   void go_on();
   void abandon_inherited();
@@ -72,6 +78,8 @@ class Connections {
 
   std::mutex mutex_;
   std::vector<std::weak_ptr<Slot>> slots_;
+  Fingerprint statements_;  // those of the catalog that was read last
+  std::weak_ptr<const Catalog> catalog_;
   Slots still_;  // locked, during a fork
 };
 

@@ -4,11 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
 #include "client/engine/creation.h"
+#include "client/engine/sqlite/connections.h"
 #include "client/engine/sqlite/own_statements.h"
 #include "client/engine/sqlite/predecessor.h"
 #include "client/engine/sqlite/process.h"
@@ -57,8 +59,17 @@ constexpr char kSettings[] =
     "PRAGMA synchronous=FULL;"
     "PRAGMA case_sensitive_like=ON;"
     "PRAGMA cache_spill=OFF;"
-    "PRAGMA temp_store=MEMORY;"
-    "PRAGMA journal_size_limit=4194304;";
+    "PRAGMA temp_store=MEMORY;";
+
+constexpr size_t kPage = 4096;
+
+// What is taken of the disk and of memory. The log goes into the database once it is as long as what may stay
+// of it.
+std::string sizes(const Limits& limits) {
+  return "PRAGMA journal_size_limit=" + std::to_string(limits.log) +
+         ";PRAGMA wal_autocheckpoint=" + std::to_string(std::max<size_t>(limits.log / kPage, 1)) +
+         ";PRAGMA cache_size=-" + std::to_string(limits.cache / 1024);
+}
 
 constexpr int kMostAttempts = 20;
 
@@ -105,7 +116,7 @@ bool Opening::is_replaced() const {
 void Opening::let_go() {
   leave_wal(database.get());
   database.reset();
-  catalog = Catalog(kEngine.flavour);
+  catalog = nullptr;
   connected_to_ = {};
 }
 
@@ -193,7 +204,7 @@ Failure Opening::configure() {
     sqlite3_db_config(database.get(), option.id, option.value, nullptr);
   }
   authorizer_.attach(database.get());
-  return execute(database.get(), kSettings);
+  return execute(database.get(), kSettings + sizes(limits_));
 }
 
 Failure Opening::bring_up_to_date() {
@@ -203,12 +214,24 @@ Failure Opening::bring_up_to_date() {
 }
 
 Failure Opening::read_catalog() {
+  Fingerprint statements;
+  const auto failure = read_rows(database.get(), "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL",
+                                 [&](sqlite3_stmt* row) { statements.add(text_of(row, 0)); });
+  if (failure) return failure;
+  catalog = Connections::instance().catalog_of(statements);
+  return catalog != nullptr ? Failure{} : read_new_catalog(statements);
+}
+
+Failure Opening::read_new_catalog(const Fingerprint& statements) {
   constexpr char kSql[] =
       "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
       "WHERE t.type='table' AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
-  return read_rows(database.get(), kSql, [this](sqlite3_stmt* row) {
-    catalog.add_column(text_of(row, 0), text_of(row, 1), text_of(row, 2) == "TEXT");
+  Catalog read(kEngine.flavour);
+  const auto failure = read_rows(database.get(), kSql, [&](sqlite3_stmt* row) {
+    read.add_column(text_of(row, 0), text_of(row, 1), text_of(row, 2) == "TEXT");
   });
+  if (!failure) catalog = Connections::instance().share(statements, std::move(read));
+  return failure;
 }
 
 Failure Opening::note_files() {

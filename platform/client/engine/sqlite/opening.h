@@ -3,6 +3,7 @@
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_OPENING_H
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "client/dialect/catalog.h"
@@ -10,6 +11,7 @@
 #include "client/engine/sqlite/authorizer.h"
 #include "client/engine/sqlite/database_files.h"
 #include "client/engine/sqlite/engine.h"
+#include "client/engine/sqlite/fingerprint.h"
 #include "client/engine/sqlite/handles.h"
 
 namespace zymdb::client::sqlite {
@@ -23,15 +25,16 @@ enum class Access {
 
 class Opening {
  public:
-  Opening(const DataSource& source, Authorizer& authorizer, const std::function<void()>& connected)
-      : source_(source), authorizer_(authorizer), connected_(connected) {}
+  Opening(const DataSource& source, const Limits& limits, Authorizer& authorizer,
+          const std::function<void()>& connected)
+      : source_(source), limits_(limits), authorizer_(authorizer), connected_(connected) {}
 
   // A success fills what follows; the reason of a failure is a whole line.
   Failure run();
 
   Access access = Access::kShared;
   DatabasePtr database;
-  Catalog catalog{kEngine.flavour};
+  std::shared_ptr<const Catalog> catalog;
   FileNames names;
   Files files;
 
@@ -48,9 +51,11 @@ class Opening {
   Failure configure();
   Failure bring_up_to_date();
   Failure read_catalog();
+  Failure read_new_catalog(const Fingerprint& statements);
   Failure note_files();
 
   const DataSource& source_;
+  const Limits& limits_;
   Authorizer& authorizer_;
   const std::function<void()>& connected_;
   FileId connected_to_;
