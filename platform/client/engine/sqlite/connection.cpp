@@ -35,11 +35,11 @@ Failure Connection::open(const DataSource& source, const std::function<void()>& 
 }
 
 Failure Connection::open_journal(const DataSource& source, Access access) {
-  if (access != Access::kShared || catalog_.table(kJournalTable) == nullptr) return {};
+  if (access != Access::kShared || catalog_->table(kJournalTable) == nullptr) return {};
   HistoryBounds bounds;
   std::string error;
   if (!configured_history_bounds(bounds, error)) return {ZYM_DB_STATUS_ERROR, error};
-  journal_.emplace(database(), catalog_, source.schema->sql, bounds);
+  journal_.emplace(database(), *catalog_, source.schema->sql, bounds);
   return {};
 }
 
@@ -130,7 +130,7 @@ Failure Connection::save_copy(const std::string& path, uint64_t& generation) {
 Failure Connection::rewind(uint64_t generation) {
   if (!journal_) return {ZYM_DB_STATUS_ERROR, "the database has no journal"};
   if (Failure failure = begin()) return failure;
-  if (Failure failure = Rewinding(database(), catalog_).run(generation)) {
+  if (Failure failure = Rewinding(database(), *catalog_).run(generation)) {
     rollback();
     return failure;
   }

@@ -61,14 +61,12 @@ constexpr char kSettings[] =
     "PRAGMA cache_spill=OFF;"
     "PRAGMA temp_store=MEMORY;";
 
-constexpr size_t kPage = 4096;
+constexpr uint64_t kMostPagesOfLog = 1000;
 
-// What is taken of the disk and of memory. The log goes into the database once it is as long as what may stay
-// of it.
+// What is taken of the disk and of memory.
 std::string sizes(const Limits& limits) {
-  return "PRAGMA journal_size_limit=" + std::to_string(limits.log) +
-         ";PRAGMA wal_autocheckpoint=" + std::to_string(std::max<size_t>(limits.log / kPage, 1)) +
-         ";PRAGMA cache_size=-" + std::to_string(limits.cache / 1024);
+  return "PRAGMA journal_size_limit=" + std::to_string(limits.log) + ";PRAGMA cache_size=-" +
+         std::to_string(limits.cache / 1024);
 }
 
 constexpr int kMostAttempts = 20;
@@ -141,8 +139,8 @@ bool Opening::nobody_can_be_writing() const {
 
 Failure Opening::open() {
   using Step = Failure (Opening::*)();
-  constexpr Step kSteps[] = {&Opening::connect, &Opening::configure, &Opening::bring_up_to_date,
-                             &Opening::read_catalog, &Opening::note_files};
+  constexpr Step kSteps[] = {&Opening::connect,   &Opening::configure,    &Opening::bring_up_to_date,
+                             &Opening::limit_log, &Opening::read_catalog, &Opening::note_files};
   for (const Step step : kSteps) {
     if (Failure failure = (this->*step)()) return failure;
   }
@@ -211,6 +209,15 @@ Failure Opening::bring_up_to_date() {
   if (access != Access::kAbsent) return sqlite::bring_up_to_date(database.get(), *source_.schema);
   // What was written there would be lost without a word.
   return execute(database.get(), std::string(source_.schema->sql) + ";PRAGMA query_only=ON");
+}
+
+// The log goes into the database once it is as long as what may stay of it.
+Failure Opening::limit_log() {
+  uint64_t page = 0;
+  const auto read_size = [&](sqlite3_stmt* row) { page = static_cast<uint64_t>(sqlite3_column_int(row, 0)); };
+  if (Failure failure = read_rows(database.get(), "PRAGMA page_size", read_size)) return failure;
+  const uint64_t pages = std::clamp<uint64_t>(limits_.log / std::max<uint64_t>(page, 1), 1, kMostPagesOfLog);
+  return execute(database.get(), "PRAGMA wal_autocheckpoint=" + std::to_string(pages));
 }
 
 Failure Opening::read_catalog() {

@@ -50,6 +50,7 @@ class Opening {
   Failure connect();
   Failure configure();
   Failure bring_up_to_date();
+  Failure limit_log();
   Failure read_catalog();
   Failure read_new_catalog(const Fingerprint& statements);
   Failure note_files();
