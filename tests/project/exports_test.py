@@ -28,6 +28,11 @@ def wrong_versions(library, exports, node):
     return {f"{name}: '{found.get(name, '')}'" for name in exports if found.get(name, "") != node}
 
 
+def packaged(path, node):
+    """The names that a Debian package's symbols file has in a version."""
+    return {line.split("@")[0].strip() for line in path.read_text().splitlines() if f"@{node} " in line} - {node}
+
+
 def listed(path):
     return {line for line in path.read_text().split("\n") if line and not line.startswith("#")}
 
@@ -64,6 +69,9 @@ def main():
         check("exported but not listed", exported - expected - {"ZYMDB_PCI_1"}),
         check("listed for the platform library but not exported", expected_of_platform - provided),
         check("exported by the platform library but not listed", provided - expected_of_platform - {"ZYMDB_PLATFORM_1"}),
+        check("in debian/ or exported, not both", packaged(root / "debian/libzymdb-pci1.symbols", "ZYMDB_PCI_1") ^ expected),
+        check("in debian/ or exported, not both",
+              packaged(root / "debian/libzymdb-platform1.symbols", "ZYMDB_PLATFORM_1") ^ expected_of_platform),
         check("exported in another version", wrong_versions(library, expected, "ZYMDB_PCI_1")),
         check("exported in another version", wrong_versions(platform, expected_of_platform, "ZYMDB_PLATFORM_1")),
         check("imported in the version of one client", {name for name in imported & interfaces if required[name]}),
