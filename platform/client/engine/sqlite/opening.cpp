@@ -234,9 +234,13 @@ Failure Opening::read_new_catalog(const Fingerprint& statements) {
       "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
       "WHERE t.type='table' AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
   Catalog read(kEngine.flavour);
+  bool is_torn = false;
   const auto failure = read_rows(database.get(), kSql, [&](sqlite3_stmt* row) {
     read.add_column(text_of(row, 0), text_of(row, 1), text_of(row, 2) == "TEXT");
+    // A text that there was no memory for is empty; other threads' connections shall not share what lacks it.
+    is_torn = is_torn || sqlite3_errcode(database.get()) == SQLITE_NOMEM;
   });
+  if (is_torn) return {ZYM_DB_STATUS_NO_MEMORY, "out of memory"};
   if (!failure) catalog = Connections::instance().share(statements, std::move(read));
   return failure;
 }
