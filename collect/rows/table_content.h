@@ -96,6 +96,10 @@ struct TableContent {
   Ownership ownership;
   KeptRows kept;
 
+  // The source breaks off somewhere: what is not told of is not gone. Only rows that share their first key
+  // with one of `rows` are removed, and what a row does not know replaces nothing.
+  bool is_partial = false;
+
   // Changes an existing row, where the library has an operation for that, and answers its status.
   int (*change)(const TableContent& content, const Row& row) = nullptr;
 

@@ -6,29 +6,37 @@
 #include "collect/rows/system_rows.h"
 
 namespace zymdb::collect {
+namespace {
+
+RowMaker as_told(const Survey& survey, TableContent content) {
+  content.is_partial = survey.smbios_breaks_off();
+  return always(std::move(content));
+}
+
+}  // namespace
 
 RowMaker collect_system(const Survey& survey) {
   const auto& systems = survey.machine().systems;
   if (!survey.is_told(systems, "system in the SMBIOS tables")) return {};
-  return always(system_rows(*systems));
+  return as_told(survey, system_rows(*systems));
 }
 
 RowMaker collect_processors(const Survey& survey) {
   const auto& processors = survey.machine().processors;
   if (!survey.is_told(processors, "processors in the SMBIOS tables")) return {};
-  return always(processor_rows(*processors));
+  return as_told(survey, processor_rows(*processors));
 }
 
 RowMaker collect_memory(const Survey& survey) {
   const auto& memory = survey.machine().memory;
   if (!survey.is_told(memory, "memory positions in the SMBIOS tables")) return {};
-  return always(memory_rows(*memory));
+  return as_told(survey, memory_rows(*memory));
 }
 
 RowMaker collect_system_firmware(const Survey& survey) {
   const auto& firmware = survey.machine().firmware;
   if (!survey.is_told(firmware, "firmware versions in the SMBIOS tables")) return {};
-  return always(embedded_firmware_rows(*firmware));
+  return as_told(survey, embedded_firmware_rows(*firmware));
 }
 
 }  // namespace zymdb::collect

@@ -13,6 +13,7 @@ namespace {
 
 constexpr char kRunningMachine[] = "/sys";
 constexpr char kSmbiosFolder[] = "/firmware/dmi/tables";
+constexpr char kToldBySmbios[] = "processors, memory and places of devices are left as they are";
 
 bool names_nothing(const Sources& sources) {
   return sources.lspci.empty() && sources.smbios.empty() && sources.sysfs.empty();
@@ -80,22 +81,37 @@ std::vector<PciFunction> Survey::find_recorded_functions() const {
   return functions;
 }
 
-std::optional<SmbiosTables> Survey::find_smbios() const {
+std::optional<SmbiosTables> Survey::find_smbios() {
+  auto tables = parse_smbios();
+  if (!tables) return std::nullopt;
+  for (const auto& notice : tables->notices()) note(notice);
+  smbios_breaks_off_ = !tables->is_whole();
+  return tables;
+}
+
+std::optional<SmbiosTables> Survey::parse_smbios() const {
   if (!sources_.smbios.empty())
     return SmbiosTables::parse_dump(read_source(sources_.smbios), sources_.smbios);
-  if (sources_.sysfs.empty()) {
-    note("no source has SMBIOS tables: processors, memory and places of devices are left as they are");
-    return std::nullopt;
-  }
+  if (!sources_.sysfs.empty()) return parse_tables_of_tree();
+  note("no source has SMBIOS tables: " + std::string(kToldBySmbios));
+  return std::nullopt;
+}
+
+// A tree is as it is: tables in it that are none are no slip of the user's.
+std::optional<SmbiosTables> Survey::parse_tables_of_tree() const {
   const std::string folder = sources_.sysfs + kSmbiosFolder;
   const auto entry_point = read_attribute(folder + "/smbios_entry_point");
   const auto table = read_attribute(folder + "/DMI");
   if (!entry_point || !table) {
-    note("no SMBIOS tables can be read in " + folder +
-         ": processors, memory and places of devices are left as they are");
+    note("no SMBIOS tables can be read in " + folder + ": " + kToldBySmbios);
     return std::nullopt;
   }
-  return SmbiosTables::parse(as_bytes(*entry_point), *table, folder + "/DMI");
+  try {
+    return SmbiosTables::parse(as_bytes(*entry_point), *table, folder + "/DMI");
+  } catch (const SourceError& error) {
+    note(std::string(error.what()) + ": " + kToldBySmbios);
+    return std::nullopt;
+  }
 }
 
 PciIds Survey::find_names() const {

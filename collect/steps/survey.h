@@ -29,6 +29,9 @@ class Survey {
   // Whether the tree is the running machine's, whose drivers can be asked as well.
   bool is_running() const;
 
+  // Whether the SMBIOS tables have more than could be read.
+  bool smbios_breaks_off() const { return smbios_breaks_off_; }
+
   // Whether empty sources are to be believed.
   bool allows_empty() const { return sources_.allow_empty; }
 
@@ -48,12 +51,15 @@ class Survey {
  private:
   std::optional<std::vector<PciFunction>> find_functions() const;
   std::vector<PciFunction> find_recorded_functions() const;
-  std::optional<SmbiosTables> find_smbios() const;
+  std::optional<SmbiosTables> find_smbios();
+  std::optional<SmbiosTables> parse_smbios() const;
+  std::optional<SmbiosTables> parse_tables_of_tree() const;
   PciIds find_names() const;
   std::string function_source() const;
 
   Sources sources_;
   const Observer& observer_;
+  bool smbios_breaks_off_ = false;
   Machine machine_;
   PciIds names_;
 };

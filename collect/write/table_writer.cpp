@@ -1,5 +1,6 @@
 #include "collect/write/table_writer.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <set>
 #include <utility>
@@ -70,8 +71,16 @@ TableWriter::Key TableWriter::key_of(const std::vector<Value>& values) const {
 }
 
 bool TableWriter::is_kept(const StoredRow& row) const {
+  if (content_.is_partial && !is_told_of(row)) return true;
   const auto& [column, values] = content_.kept;
   return column != nullptr && values.contains(content_.value_of(row.values, column));
+}
+
+bool TableWriter::is_told_of(const StoredRow& stored) const {
+  const auto key = key_of(stored.values);
+  return std::ranges::any_of(content_.rows, [&](const Row& row) {
+    return !key.empty() && key_of(row.values).front() == key.front();
+  });
 }
 
 // Whether the rows that stay, followed by those to come, stand in the order wanted.
@@ -108,6 +117,7 @@ const StoredRow* TableWriter::take(const Key& key) {
 }
 
 bool TableWriter::is_written(size_t column, const Row& row) const {
+  if (content_.is_partial && row.values[column].is_null()) return false;
   switch (content_.columns[column].role) {
     case Role::kInitial:
     case Role::kOthers:

@@ -127,30 +127,80 @@ TEST(SmbiosTables, RefusesWhatIsNoTableWithOffsetAndReason) {
       {dump64(""), "the file ends before its table"},
       {dump64(std::string("\x0b\x03\x00\x00\x00\x00", 6)),
        "offset 0x20: a structure shorter than its header"},
-      {dump64(structure(11, "\x01") + std::string(64, 'x')).substr(0, 32 + 7), "without its end structure"},
       {dump64(std::string("\x0b\x40\x00\x01", 4)), "ends inside a structure"},
       {dump64(std::string("\x0b\x04\x00\x01"
                           "abc",
                           7)),
        "ends inside a structure"},
-      {dump32(table).substr(0, 40), "offset 0x28: the file ends inside its table"},
+      {dump32(table).substr(0, 40), "offset 0x20: the table ends inside a structure"},
   };
   for (const auto& test : kCases) EXPECT_THAT(refusal(test.bytes), HasSubstr(test.message));
+}
+
+std::vector<std::string> notices_of(const std::string& bytes, size_t structures, bool is_whole) {
+  const auto tables = SmbiosTables::parse_dump(bytes, "tables");
+  EXPECT_EQ(tables.structures().size(), structures);
+  EXPECT_EQ(tables.is_whole(), is_whole);
+  return tables.notices();
+}
+
+TEST(SmbiosTables, AreReadUpToWhereTheyBreakOff) {
+  const std::string first = structure(11, "\x01");  // 7 bytes
+  const std::string end = ": what comes before it is read";
+  const struct {
+    std::string bytes;
+    const char* notice;
+  } kCases[] = {
+      {dump64(first + std::string("\x0b\x03\0\0\0\0", 6)), "0x27: a structure shorter than its header"},
+      {dump64(first + std::string("\x0b\x40\0\1", 4)), "0x27: the table ends inside a structure"},
+      {dump64(first + std::string(64, 'x')).substr(0, 32 + 7),
+       "0x27: the table ends without its end structure"},
+      {dump64(first + first + end_structure()).substr(0, 32 + 12), "0x27: the table ends inside a structure"},
+      {dump32(first + first).substr(0, 32 + 12), "0x27: the table ends inside a structure"},
+      {dump32(first + first).substr(0, 32 + 7), "0x27: the file ends inside its table"},
+  };
+  for (const auto& [bytes, notice] : kCases) {
+    EXPECT_EQ(notices_of(bytes, 1, false),
+              std::vector{"tables, offset " + std::string(notice) + " (cut short?)" + end});
+  }
+  EXPECT_THAT(notices_of(dump64(first + end_structure()), 2, true), testing::IsEmpty());
+}
+
+TEST(SmbiosTables, WithFewerStructuresThanAnnouncedSaySo) {
+  std::string dump = dump32(structure(11, "\x01") + end_structure());
+  dump[0x1C] = 3;
+  set_checksum(dump, 0x15, 0x10, 15);
+  set_checksum(dump, 4, 0, 31);
+  EXPECT_EQ(notices_of(dump, 2, true),
+            std::vector<std::string>{"tables: 2 structures, where the entry point announces 3"});
 }
 
 class RecordedSmbios : public testing::TestWithParam<RecordedFile> {};
 INSTANTIATE_TEST_SUITE_P(Machines, RecordedSmbios, testing::ValuesIn(recorded_smbios_dumps()),
                          [](const auto& instance) { return name_of(instance.param); });
 
-TEST_P(RecordedSmbios, RefusesEveryPrefixThatLacksTheEndStructure) {
+// Refused, or else the structures that are whole.
+TEST_P(RecordedSmbios, HaveTheStructuresThatEveryPrefixHoldsWhole) {
   const std::string whole = read_file(GetParam().path);
   const auto tables = SmbiosTables::parse_dump(whole, "tables");
+  EXPECT_THAT(tables.notices(), testing::IsEmpty());
   ASSERT_EQ(tables.structures().back().type(), 127);
   const std::string end("\x7f\x04", 2);
   const size_t needed = whole.rfind(end) + 6;
-  for (size_t size = 0; size < whole.size(); ++size) {
-    ASSERT_EQ(refusal(whole.substr(0, size)) == "accepted", size >= needed) << size;
+  size_t before = 0;
+  for (size_t size = 0; size <= whole.size(); ++size) {
+    if (refusal(whole.substr(0, size)) != "accepted") {
+      ASSERT_EQ(before, 0U) << size;
+      continue;
+    }
+    const auto part = SmbiosTables::parse_dump(whole.substr(0, size), "tables");
+    ASSERT_GE(part.structures().size(), std::max<size_t>(before, 1)) << size;
+    before = part.structures().size();
+    ASSERT_EQ(part.structures().back().type(), tables.structures()[before - 1].type());
+    ASSERT_EQ(part.is_whole(), size >= needed) << size;
+    ASSERT_EQ(part.notices().size(), size >= needed ? 0U : 1U) << size;
   }
+  EXPECT_EQ(before, tables.structures().size());
 }
 
 TEST_P(RecordedSmbios, ReadsOrRefusesFlippedBytes) {

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstddef>
 #include <initializer_list>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -51,7 +52,7 @@ class Name {
 
   MemoryPosition read() const {
     MemoryPosition position;
-    position.controller = number_after({"imc", "mc"});
+    position.controller = number_after({"imc", "mc", "controller", "node"});
     position.channel = number_after({"channel", "ch"});
     if (!position.channel) position.channel = letter_after("channel");
     position.module = number_after({"dimm"});
@@ -129,6 +130,14 @@ MemoryPosition memory_position(std::string_view locator, std::string_view bank) 
   if (!position.module) position.module = module.module;
   if (!position.channel) position.module.reset();
   return position;
+}
+
+void forget_shared_numbers(std::vector<MemoryPosition>& positions) {
+  std::map<MemoryPosition, size_t> uses;
+  for (const auto& position : positions) ++uses[position];
+  for (auto& position : positions) {
+    if (position.module && uses[position] > 1) position = {position.processor, {}, {}, {}};
+  }
 }
 
 }  // namespace zymdb::collect
