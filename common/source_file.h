@@ -16,6 +16,7 @@ namespace zymdb {
 // A source that cannot be used. Its text is one line: the file, the line or offset, and the reason.
 class SourceError : public std::runtime_error {
  public:
+  explicit SourceError(const std::string& problem) : std::runtime_error(problem) {}
   SourceError(std::string_view file, std::string_view reason);
 
   static SourceError at_line(std::string_view file, size_t line, std::string_view reason);

@@ -32,6 +32,9 @@ std::string_view cut(std::string_view text, size_t size);
 // blanks).
 std::optional<std::string> known_text(std::string_view text);
 
+// A UUID in lower case; nothing for what is none, and for those that firmware bears which nobody gave one.
+std::optional<std::string> known_uuid(std::string_view text);
+
 }  // namespace zymdb
 
 #endif

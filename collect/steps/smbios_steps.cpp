@@ -16,9 +16,8 @@ RowMaker as_told(const Survey& survey, TableContent content) {
 }  // namespace
 
 RowMaker collect_system(const Survey& survey) {
-  const auto& systems = survey.machine().systems;
-  if (!survey.is_told(systems, "system in the SMBIOS tables")) return {};
-  return as_told(survey, system_rows(*systems));
+  if (!survey.system() && !survey.is_told(survey.machine().systems, "system in the SMBIOS tables")) return {};
+  return always(system_rows(survey.system()));
 }
 
 RowMaker collect_processors(const Survey& survey) {

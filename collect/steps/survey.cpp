@@ -5,13 +5,14 @@
 
 #include "collect/sources/pci/lspci_dump.h"
 #include "collect/sources/smbios/smbios.h"
+#include "collect/sources/sysfs/machine_folders.h"
 #include "collect/sources/sysfs/sysfs_pci.h"
+#include "collect/sources/sysfs/sysfs_system.h"
 #include "common/source_file.h"
 
 namespace zymdb::collect {
 namespace {
 
-constexpr char kRunningMachine[] = "/sys";
 constexpr char kSmbiosFolder[] = "/firmware/dmi/tables";
 constexpr char kToldBySmbios[] = "processors, memory and places of devices are left as they are";
 
@@ -30,11 +31,15 @@ void add_what_a_dump_lacks(const PciFunction& from, PciFunction& function) {
 
 }  // namespace
 
-Survey::Survey(const Sources& sources, const Observer& observer) : sources_(sources), observer_(observer) {
+Survey::Survey(const Sources& sources, const Observer& observer, bool wants_functions)
+    : sources_(sources), observer_(observer) {
   if (names_nothing(sources)) sources_.sysfs = kRunningMachine;
-  Findings findings{.functions = find_functions(), .sysfs_slots = {}, .smbios = find_smbios()};
-  if (!sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
+  Findings findings;
+  if (wants_functions) findings.functions = find_functions();
+  findings.smbios = find_smbios();
+  if (wants_functions && !sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
   machine_ = build_machine(std::move(findings));
+  system_ = find_system();
   for (const auto& notice : machine_.notices) note(notice);
   if (!is_told(machine_.functions, "PCI functions in " + function_source())) machine_.functions.reset();
   if (machine_.functions) names_ = find_names();
@@ -112,6 +117,19 @@ std::optional<SmbiosTables> Survey::parse_tables_of_tree() const {
     note(std::string(error.what()) + ": " + kToldBySmbios);
     return std::nullopt;
   }
+}
+
+std::optional<System> Survey::find_system() const {
+  System system{{}, {}, !smbios_breaks_off_};
+  if (!sources_.sysfs.empty()) system.host_name = read_host_name(sources_.sysfs);
+  if (machine_.systems && !machine_.systems->empty()) {
+    system.told = machine_.systems->front();
+    return system;
+  }
+  system.is_whole = false;
+  const auto told = sources_.sysfs.empty() ? std::nullopt : read_sysfs_system(sources_.sysfs);
+  if (told) system.told = *told;
+  return told || system.host_name ? std::optional(system) : std::nullopt;
 }
 
 PciIds Survey::find_names() const {

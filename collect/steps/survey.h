@@ -9,6 +9,7 @@
 
 #include "collect/model/machine.h"
 #include "collect/rows/report.h"
+#include "collect/rows/system_rows.h"
 #include "collect/sources/pci/pci_ids.h"
 #include "collect/sources/sources.h"
 
@@ -17,11 +18,15 @@ namespace zymdb::collect {
 // The machine as PCI functions and SMBIOS tell it, and where more is told of it.
 class Survey {
  public:
-  // Reads the sources; what is missing is told to `observer`. Throws SourceError.
-  Survey(const Sources& sources, const Observer& observer);
+  // Reads the sources, PCI functions where they are wanted; what is missing is told to `observer`. Throws
+  // SourceError.
+  Survey(const Sources& sources, const Observer& observer, bool wants_functions);
 
   const Machine& machine() const { return machine_; }
   const PciIds& names() const { return names_; }
+
+  // Nothing: no source tells of it.
+  const std::optional<System>& system() const { return system_; }
 
   // The root of the sysfs tree; empty when there is none.
   const std::string& sysfs() const { return sources_.sysfs; }
@@ -54,6 +59,7 @@ class Survey {
   std::optional<SmbiosTables> find_smbios();
   std::optional<SmbiosTables> parse_smbios() const;
   std::optional<SmbiosTables> parse_tables_of_tree() const;
+  std::optional<System> find_system() const;
   PciIds find_names() const;
   std::string function_source() const;
 
@@ -61,6 +67,7 @@ class Survey {
   const Observer& observer_;
   bool smbios_breaks_off_ = false;
   Machine machine_;
+  std::optional<System> system_;
   PciIds names_;
 };
 

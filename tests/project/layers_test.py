@@ -30,7 +30,8 @@ ROOMS = {
     "collect/sources": [],
     PCI: ["common"],
     SMBIOS: ["common", PCI],
-    SYSFS: ["common", PCI],
+    # What SMBIOS tells of a machine, its system may tell, too.
+    SYSFS: ["common", PCI, SMBIOS],
     "collect/model": [*PUBLIC, "common", PCI, SMBIOS, SYSFS],
     "collect/rows": [*PUBLIC, "common", "collect/model", PCI, SMBIOS, SYSFS],
     "collect/write": [*PUBLIC, "common", "collect/model", "collect/rows", PCI, SMBIOS, SYSFS, "platform"],

@@ -42,7 +42,7 @@ TEST(Completion, OffersTheCommands) {
 TEST(Completion, OffersTheOptionsOfACommandAndTheGlobalOnes) {
   EXPECT_THAT(complete({"collect", "--"}),
               UnorderedElementsAre("--help", "--version", "--inventory", "--lspci", "--smbios", "--sysfs",
-                                   "--pci-ids", "--allow-empty", "--quiet"));
+                                   "--pci-ids", "--allow-empty", "--only", "--replace", "--quiet"));
   EXPECT_THAT(
       complete({"show", "processors", "--"}),
       AllOf(Contains("--json"), Contains("--columns"), Contains("--inventory"), Not(Contains("--lspci"))));
@@ -61,6 +61,11 @@ TEST(Completion, OffersTheColumnsOfTheListing) {
               UnorderedElementsAre("PACKAGE1", "PACKAGE2"));
   EXPECT_THAT(complete({"show", "adapters", "--columns", "NAME,PL"}), ElementsAre("NAME,PLACE"));
   EXPECT_THAT(complete({"show", "processors", "--columns", "PL"}), IsEmpty());
+}
+
+TEST(Completion, OffersTheClassesOfACollection) {
+  EXPECT_THAT(complete({"collect", "--only", "p"}), UnorderedElementsAre("processors", "pci", "ports"));
+  EXPECT_THAT(complete({"collect", "--only", "pci,d"}), ElementsAre("pci,drives"));
 }
 
 TEST(Completion, OffersFilesAndFoldersWhereTheyAreMeant) {
