@@ -14,6 +14,7 @@ namespace zymdb::collect {
 namespace {
 
 constexpr char kSmbiosFolder[] = "/firmware/dmi/tables";
+constexpr char kToldByThemOnly[] = "what only they tell is left as it is";
 constexpr char kToldBySmbios[] = "processors, memory and places of devices are left as they are";
 
 bool names_nothing(const Sources& sources) {
@@ -108,13 +109,13 @@ std::optional<SmbiosTables> Survey::parse_tables_of_tree() const {
   const auto entry_point = read_attribute(folder + "/smbios_entry_point");
   const auto table = read_attribute(folder + "/DMI");
   if (!entry_point || !table) {
-    note("no SMBIOS tables can be read in " + folder + ": " + kToldBySmbios);
+    note("no SMBIOS tables can be read in " + folder + ": " + kToldByThemOnly);
     return std::nullopt;
   }
   try {
     return SmbiosTables::parse(as_bytes(*entry_point), *table, folder + "/DMI");
   } catch (const SourceError& error) {
-    note(std::string(error.what()) + ": " + kToldBySmbios);
+    note(std::string(error.what()) + ": " + kToldByThemOnly);
     return std::nullopt;
   }
 }

@@ -42,6 +42,8 @@ constexpr Case kCases[] = {
     // A number of all modules of a processor is no place on a channel.
     {"Socket 0 DIMM 5", "Bank 5", {0, kUnknown, kUnknown, kUnknown}},
     {"PROC 1 DIMM 12", "", {1, kUnknown, kUnknown, kUnknown}},
+    // What the system calls the memory of a processor is no controller.
+    {"node0", "", {}},
     // Here the letter is the processor.
     {"A1", "Not Specified", {}},
     {"DIMM.Socket.B2", "", {}},

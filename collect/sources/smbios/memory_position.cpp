@@ -50,9 +50,11 @@ class Name {
  public:
   explicit Name(std::string_view text) : parts_(split(text)) {}
 
+  std::optional<uint32_t> node() const { return number_after({"node"}); }
+
   MemoryPosition read() const {
     MemoryPosition position;
-    position.controller = number_after({"imc", "mc", "controller", "node"});
+    position.controller = number_after({"imc", "mc", "controller"});
     position.channel = number_after({"channel", "ch"});
     if (!position.channel) position.channel = letter_after("channel");
     position.module = number_after({"dimm"});
@@ -122,13 +124,17 @@ class Name {
 }  // namespace
 
 MemoryPosition memory_position(std::string_view locator, std::string_view bank) {
-  MemoryPosition position = Name(bank).read();
-  const MemoryPosition module = Name(locator).read();
+  const Name of_bank(bank);
+  const Name of_module(locator);
+  MemoryPosition position = of_bank.read();
+  const MemoryPosition module = of_module.read();
   if (!position.processor) position.processor = module.processor;
   if (!position.controller) position.controller = module.controller;
   if (!position.channel) position.channel = module.channel;
   if (!position.module) position.module = module.module;
   if (!position.channel) position.module.reset();
+  if (position.channel && !position.controller)
+    position.controller = of_bank.node() ? of_bank.node() : of_module.node();
   return position;
 }
 

@@ -27,8 +27,8 @@ struct MemoryPosition {
 //
 // A letter with a number is a channel and a module only behind a processor: elsewhere some boards mean the
 // processor by it. The number of a "DIMM" is the module's place only on a known channel, else it counts all
-// modules. A "node" is a memory controller: numbered within the processor on some boards, and across all on
-// others.
+// modules. A "node" with channels is a memory controller: numbered within the processor on some boards, and
+// across all on others.
 MemoryPosition memory_position(std::string_view locator, std::string_view bank);
 
 // Where several modules have the same numbers, the names leave something out that tells them apart: only the
