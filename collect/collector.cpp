@@ -1,75 +1,23 @@
 #include "collect/collector.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <utility>
 
 #include "collect/sources/sysfs/machine_folders.h"
-#include "collect/steps/drive_step.h"
-#include "collect/steps/firmware_step.h"
-#include "collect/steps/pci_steps.h"
-#include "collect/steps/port_step.h"
-#include "collect/steps/smbios_steps.h"
+#include "collect/steps/classes.h"
 #include "collect/write/collection_stamp.h"
-#include "collect/write/former_machine.h"
+#include "collect/write/inventory_owner.h"
 #include "collect/write/inventory_writer.h"
 #include "common/client_objects.h"
+#include "common/source_access.h"
 #include "common/source_file.h"
+#include "common/text.h"
 #include "common/transaction.h"
 
 namespace zymdb::collect {
 namespace {
-
-std::string joined(const std::vector<std::string>& words) {
-  std::string text;
-  for (const auto& word : words) {
-    if (!word.empty()) text += (text.empty() ? "" : ", ") + word;
-  }
-  return text;
-}
-
-struct NamedStep {
-  std::string_view of_class;
-  bool wants_functions;  // of the PCI bus
-  Step step;
-};
-
-// In the order of writing.
-constexpr NamedStep kSteps[] = {
-    {"system", false, collect_system},
-    {"processors", false, collect_processors},
-    {"memory", false, collect_memory},
-    {"firmware", false, collect_system_firmware},
-    {"pci", true, collect_functions},
-    {"pci", true, collect_adapters},
-    {"pci", true, collect_vital_product_data},
-    {"gpus", true, collect_gpus},
-    {"ports", true, collect_ports},
-    {"firmware", true, collect_firmware},
-    {"drives", true, collect_drives},
-};
-
-// All of them where none is named.
-std::vector<NamedStep> steps_of(const std::vector<std::string>& classes) {
-  const auto known = class_names();
-  for (const auto& name : classes) {
-    if (std::ranges::find(known, name) == known.end())
-      throw SourceError("'" + name + "' is none of " + joined(known));
-  }
-  std::vector<NamedStep> steps;
-  std::ranges::copy_if(kSteps, std::back_inserter(steps), [&](const NamedStep& step) {
-    return classes.empty() || std::ranges::find(classes, step.of_class) != classes.end();
-  });
-  return steps;
-}
-
-std::vector<RowMaker> read_sources(const std::vector<NamedStep>& steps, const Survey& survey) {
-  std::vector<RowMaker> makers;
-  for (const auto& each : steps) {
-    if (auto maker = each.step(survey)) makers.push_back(std::move(maker));
-  }
-  return makers;
-}
 
 std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, _zym_db_handle_t* handle) {
   std::vector<TableContent> tables;
@@ -78,14 +26,15 @@ std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, _zym_db
 }
 
 std::string name_of(const Sources& sources) {
-  const auto named = joined({sources.lspci, sources.smbios, sources.sysfs});
-  const auto only = sources.only.empty() ? "" : " (only " + joined(sources.only) + ")";
+  const auto named = listed({sources.lspci, sources.smbios, sources.sysfs});
+  const auto only = sources.only.empty() ? "" : " (only " + listed(sources.only) + ")";
   return (named.empty() ? kRunningMachine : named) + only;
 }
 
 std::vector<TableSummary> collect(const Sources& sources, const Observer& observer) {
+  const TimeBound bound(std::chrono::seconds(sources.timeout));
   const auto steps = steps_of(sources.only);
-  const Survey survey(sources, observer, std::ranges::any_of(steps, &NamedStep::wants_functions));
+  const Survey survey(sources, observer, want_functions(steps));
   const auto makers = read_sources(steps, survey);
   _zym_db_handle_t* handle = get_dmdb_handle();
   if (handle == nullptr) throw DatabaseError("the inventory cannot be opened");
@@ -100,11 +49,7 @@ std::vector<TableSummary> collect(const Sources& sources, const Observer& observ
 }  // namespace
 
 std::vector<std::string> class_names() {
-  std::vector<std::string> names;
-  for (const auto& step : kSteps) {
-    if (std::ranges::find(names, step.of_class) == names.end()) names.emplace_back(step.of_class);
-  }
-  return names;
+  return names_of_classes();
 }
 
 Summary collect_inventory(const Sources& sources, const Observer& observer) {

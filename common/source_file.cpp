@@ -9,7 +9,9 @@
 #include <charconv>
 #include <cstdio>
 #include <system_error>
+#include <utility>
 
+#include "common/source_access.h"
 #include "common/text.h"
 
 namespace zymdb {
@@ -54,6 +56,30 @@ int read_all(const std::string& path, std::string& content) {
   return count < 0 ? errno : 0;
 }
 
+struct Attribute {
+  std::optional<std::string> content;
+  int error = 0;
+};
+
+Attribute read_attribute_now(const std::string& path) {
+  std::string content;
+  const int error = read_all(path, content);
+  if (error != 0) return {std::nullopt, error};
+  return {std::move(content), 0};
+}
+
+std::optional<std::vector<std::filesystem::path>> list_now(const std::filesystem::path& folder) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  std::vector<fs::path> paths;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+    paths.push_back(it->path());
+  }
+  if (error) return std::nullopt;
+  std::ranges::sort(paths);
+  return paths;
+}
+
 }  // namespace
 
 SourceError::SourceError(std::string_view file, std::string_view reason)
@@ -75,9 +101,9 @@ std::string read_source(const std::string& path) {
 }
 
 std::optional<std::string> read_attribute(const std::string& path) {
-  std::string content;
-  if (read_all(path, content) != 0) return std::nullopt;
-  return content;
+  auto file = ask(path, [path] { return read_attribute_now(path); });
+  if (auto* const observer = access_observer()) observer->read_file(path, file.content, file.error);
+  return std::move(file.content);
 }
 
 std::optional<uint64_t> read_number(const std::string& path) {
@@ -86,15 +112,27 @@ std::optional<uint64_t> read_number(const std::string& path) {
 }
 
 std::optional<std::vector<std::filesystem::path>> folder_entries(const std::filesystem::path& folder) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  std::vector<fs::path> paths;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-    paths.push_back(it->path());
-  }
-  if (error) return std::nullopt;
-  std::ranges::sort(paths);
-  return paths;
+  auto entries = ask(folder.string(), [folder] { return list_now(folder); });
+  if (auto* const observer = access_observer(); observer != nullptr && entries)
+    observer->listed(folder, *entries);
+  return entries;
+}
+
+bool is_there(const std::filesystem::path& path) {
+  if (auto* const observer = access_observer()) observer->looked_at(path);
+  return ask(path.string(), [path] {
+    std::error_code error;
+    return std::filesystem::exists(path, error);
+  });
+}
+
+std::optional<std::filesystem::path> real_path(const std::filesystem::path& path) {
+  if (auto* const observer = access_observer()) observer->looked_at(path);
+  return ask(path.string(), [path]() -> std::optional<std::filesystem::path> {
+    std::error_code error;
+    auto real = std::filesystem::canonical(path, error);
+    return error ? std::nullopt : std::optional(std::move(real));
+  });
 }
 
 }  // namespace zymdb

@@ -165,6 +165,14 @@ std::optional<uint32_t> hex_number(std::string_view digits) {
   return number;
 }
 
+std::string listed(const std::vector<std::string>& words) {
+  std::string text;
+  for (const auto& word : words) {
+    if (!word.empty()) text += (text.empty() ? "" : ", ") + word;
+  }
+  return text;
+}
+
 std::string_view cut(std::string_view text, size_t size) {
   if (text.size() <= size) return text;
   while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80) --size;

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zymdb {
 
@@ -23,6 +24,9 @@ std::optional<uint64_t> leading_number(std::string_view text);
 
 // A hexadecimal number without prefix, of at most 8 digits and nothing else.
 std::optional<uint32_t> hex_number(std::string_view digits);
+
+// "one, two"; empty ones are left out.
+std::string listed(const std::vector<std::string>& words);
 
 // Cut to `size` bytes, never inside a UTF-8 character.
 std::string_view cut(std::string_view text, size_t size);

@@ -18,6 +18,7 @@ struct Sources {
   std::string pci_ids = "/usr/share/misc/pci.ids";  // names of vendors and devices; absent: no names
   bool allow_empty = false;            // believe a source that tells of nothing, and empty what it tells of
   bool replace = false;                // put the machine in the place of another one that the inventory is of
+  unsigned timeout = 5;                // seconds that a question to the machine may take
   std::vector<std::string> only = {};  // the classes that are collected; empty: all
 };
 

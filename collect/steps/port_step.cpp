@@ -29,7 +29,7 @@ bool has_port_of(const std::vector<NetworkPort>& ports, const Addresses& functio
 
 RowMaker collect_ports(const Survey& survey) {
   if (!survey.machine().functions || survey.sysfs().empty()) return {};
-  auto ports = read_sysfs_ports(survey.sysfs(), survey.is_running() ? read_ethtool : EthtoolReader());
+  auto ports = read_sysfs_ports(survey.sysfs(), survey.drivers().ethtool);
   if (!ports) return {};
   const auto functions = network_functions(survey.machine());
   if (!functions.empty() && !has_port_of(*ports, functions) && !survey.allows_empty()) {

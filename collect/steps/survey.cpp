@@ -35,19 +35,24 @@ void add_what_a_dump_lacks(const PciFunction& from, PciFunction& function) {
 Survey::Survey(const Sources& sources, const Observer& observer, bool wants_functions)
     : sources_(sources), observer_(observer) {
   if (names_nothing(sources)) sources_.sysfs = kRunningMachine;
-  Findings findings;
-  if (wants_functions) findings.functions = find_functions();
-  findings.smbios = find_smbios();
-  if (wants_functions && !sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
-  machine_ = build_machine(std::move(findings));
-  system_ = find_system();
+  drivers_ = drivers_of(sources_.sysfs);
+  machine_ = build_machine(find_all(wants_functions));
+  system_ = unless_silent("the machine's name", [this] { return find_system(); });
   for (const auto& notice : machine_.notices) note(notice);
   if (!is_told(machine_.functions, "PCI functions in " + function_source())) machine_.functions.reset();
   if (machine_.functions) names_ = find_names();
 }
 
-bool Survey::is_running() const {
-  return sources_.sysfs == kRunningMachine;
+Findings Survey::find_all(bool wants_functions) {
+  Findings findings;
+  const auto find_bus = [&] {
+    findings.functions = find_functions();
+    if (!sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
+    return true;
+  };
+  if (wants_functions && !unless_silent("pci", find_bus)) findings.functions.reset();
+  findings.smbios = unless_silent("what SMBIOS tells", [this] { return find_smbios(); });
+  return findings;
 }
 
 void Survey::note(const std::string& line) const {
@@ -56,6 +61,10 @@ void Survey::note(const std::string& line) const {
 
 void Survey::note_left(std::string_view what) const {
   note("no " + std::string(what) + ": they are left as they are");
+}
+
+void Survey::note_silent(const NoAnswer& problem, std::string_view what) const {
+  note(std::string(problem.what()) + ": " + std::string(what) + " is left as it is");
 }
 
 std::string Survey::function_source() const {

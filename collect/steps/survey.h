@@ -12,6 +12,8 @@
 #include "collect/rows/system_rows.h"
 #include "collect/sources/pci/pci_ids.h"
 #include "collect/sources/sources.h"
+#include "collect/sources/sysfs/drivers.h"
+#include "common/source_access.h"
 
 namespace zymdb::collect {
 
@@ -31,8 +33,8 @@ class Survey {
   // The root of the sysfs tree; empty when there is none.
   const std::string& sysfs() const { return sources_.sysfs; }
 
-  // Whether the tree is the running machine's, whose drivers can be asked as well.
-  bool is_running() const;
+  // The drivers of the machine that the tree is of.
+  const Drivers& drivers() const { return drivers_; }
 
   // Whether the SMBIOS tables have more than could be read.
   bool smbios_breaks_off() const { return smbios_breaks_off_; }
@@ -52,8 +54,21 @@ class Survey {
   }
 
   void note_left(std::string_view what) const;
+  void note_silent(const NoAnswer& problem, std::string_view what) const;
 
  private:
+  // What a source answers; nothing of it when it does not, which is a notice.
+  template <class Read>
+  auto unless_silent(std::string_view what, Read read) const -> decltype(read()) {
+    try {
+      return read();
+    } catch (const NoAnswer& problem) {
+      note_silent(problem, what);
+      return {};
+    }
+  }
+
+  Findings find_all(bool wants_functions);
   std::optional<std::vector<PciFunction>> find_functions() const;
   std::vector<PciFunction> find_recorded_functions() const;
   std::optional<SmbiosTables> find_smbios();
@@ -65,6 +80,7 @@ class Survey {
 
   Sources sources_;
   const Observer& observer_;
+  Drivers drivers_;
   bool smbios_breaks_off_ = false;
   Machine machine_;
   std::optional<System> system_;

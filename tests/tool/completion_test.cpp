@@ -40,9 +40,10 @@ TEST(Completion, OffersTheCommands) {
 }
 
 TEST(Completion, OffersTheOptionsOfACommandAndTheGlobalOnes) {
-  EXPECT_THAT(complete({"collect", "--"}),
-              UnorderedElementsAre("--help", "--version", "--inventory", "--lspci", "--smbios", "--sysfs",
-                                   "--pci-ids", "--allow-empty", "--only", "--replace", "--quiet"));
+  EXPECT_THAT(
+      complete({"collect", "--"}),
+      UnorderedElementsAre("--help", "--version", "--inventory", "--lspci", "--smbios", "--sysfs",
+                           "--pci-ids", "--allow-empty", "--only", "--timeout", "--replace", "--quiet"));
   EXPECT_THAT(
       complete({"show", "processors", "--"}),
       AllOf(Contains("--json"), Contains("--columns"), Contains("--inventory"), Not(Contains("--lspci"))));

@@ -1,7 +1,6 @@
 #include "collect/sources/sysfs/sysfs_drives.h"
 
 #include <algorithm>
-#include <system_error>
 
 #include "collect/sources/sysfs/sysfs_ports.h"
 #include "common/source_file.h"
@@ -85,9 +84,9 @@ bool is_servers_own(const fs::path& disk, const fs::path& device) {
 }
 
 std::optional<Drive> read_disk(const fs::path& disk) {
-  std::error_code error;
-  const fs::path device = fs::canonical(disk / "device", error);
-  if (error || !disk.filename().string().starts_with("sd") || !is_servers_own(disk, device))
+  const auto real = real_path(disk / "device");
+  const fs::path device = real.value_or("");
+  if (!real || !disk.filename().string().starts_with("sd") || !is_servers_own(disk, device))
     return std::nullopt;
   const auto function = function_of(device);
   if (!function) return std::nullopt;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <system_error>
 
 #include "collect/sources/sysfs/sysfs_gpu.h"
 #include "common/source_file.h"
@@ -72,9 +71,8 @@ void read_link(const std::string& folder, PciLink& link) {
 
 // The folder of a function lies in the folder of the bridge above it.
 std::optional<PciAddress> parent_of(const fs::path& folder) {
-  std::error_code error;
-  const fs::path real = fs::canonical(folder, error);
-  return error ? std::nullopt : parse_pci_address(real.parent_path().filename().string());
+  const auto real = real_path(folder);
+  return real ? parse_pci_address(real->parent_path().filename().string()) : std::nullopt;
 }
 
 PciFunction read_function(const fs::path& folder, const PciAddress& address) {
@@ -86,8 +84,7 @@ PciFunction read_function(const fs::path& folder, const PciAddress& address) {
   function.parent = parent_of(folder);
   if (const auto node = read_number(path + "/numa_node")) function.numa_node = static_cast<unsigned>(*node);
   if (function.has_video_memory()) function.video_memory = read_video_memory(path);
-  std::error_code error;
-  if (fs::exists(folder / "vpd", error)) function.vpd = read_attribute(path + "/vpd").value_or("");
+  if (is_there(folder / "vpd")) function.vpd = read_attribute(path + "/vpd").value_or("");
   return function;
 }
 

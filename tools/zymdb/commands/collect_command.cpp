@@ -125,6 +125,11 @@ void add_collect(CommandTree& tree) {
       "The classes to collect, separated by commas: " + CLI::detail::join(collect::class_names(), ", "));
   only->type_name(kListType);
   tree.words[only] = collect::class_names();
+  command
+      .add_option("--timeout", sources->timeout,
+                  "Seconds that a device may take to answer, from 1 to 3600 (default: 5)")
+      ->check(whole_number(1, 3600))
+      ->type_name("SECONDS");
   command.add_flag("--replace", sources->replace,
                    "Put this machine in the place of another one that the inventory is of");
   command.add_flag("--quiet", *quiet, "Print neither notices nor a summary");

@@ -1,4 +1,4 @@
-#include "collect/write/former_machine.h"
+#include "collect/write/inventory_owner.h"
 
 #include <string>
 
