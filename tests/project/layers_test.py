@@ -37,6 +37,8 @@ ROOMS = {
     "collect/write": [*PUBLIC, "common", "collect/model", "collect/rows", PCI, SMBIOS, SYSFS, "platform"],
     "collect/steps": [*PUBLIC, "common", "collect/sources", "collect/model", "collect/rows", "collect/write", PCI,
                       SMBIOS, SYSFS],
+    # What is recorded of a machine is what its steps read.
+    "collect/record": ["common", "collect/sources", "collect/rows", "collect/steps", PCI, SMBIOS, SYSFS],
     "collect": [*PUBLIC, "common", "collect/sources", "collect/model", "collect/rows", "collect/steps", "collect/write",
                 PCI, SMBIOS, SYSFS, "platform"],
 
@@ -44,7 +46,7 @@ ROOMS = {
     "tools/zymdb/show": [*SHARED, "tools/zymdb/terminal"],
     "tools/zymdb/files": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show"],
     "tools/zymdb/commands": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show", "tools/zymdb/files", "collect",
-                             "platform"],
+                             "collect/record", "platform"],
     "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
     "service": [*SHARED, "platform"],
 
