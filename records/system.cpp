@@ -86,9 +86,7 @@ constexpr Field<System> kFields[] = {
         .zero_is_unknown(),
     derived<System>("Collected", "COLLECTED", "what CollectedAt says", collected).changing(),
     ZYMDB_RECORD_FIELD(System, CollectedBy, "COLLECTOR", "the version that collected it").changing(),
-    ZYMDB_RECORD_FIELD(System, CollectedFrom, "SOURCES", "what it was collected from")
-        .long_text()
-        .changing(),
+    ZYMDB_RECORD_FIELD(System, CollectedFrom, "SOURCES", "what it was collected from").long_text().changing(),
 };
 
 System read_system(Rows& rows) {

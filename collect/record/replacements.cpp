@@ -141,8 +141,8 @@ std::string Replacements::applied(std::string_view content) const {
   std::vector<bool> is_replaced(content.size());
   for (const auto value : values) {
     for (size_t at = content.find(value); at != std::string_view::npos; at = content.find(value, at + 1)) {
-      const auto first = is_replaced.begin() + static_cast<std::ptrdiff_t>(at);
-      const auto last = first + static_cast<std::ptrdiff_t>(value.size());
+      const auto first = is_replaced.begin() + static_cast<ptrdiff_t>(at);
+      const auto last = first + static_cast<ptrdiff_t>(value.size());
       if (std::find(first, last, true) != last) continue;
       std::fill(first, last, true);
       result.replace(at, value.size(), pairs_.at(std::string(value)));

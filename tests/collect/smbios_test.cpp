@@ -6,7 +6,9 @@
 #include <string>
 
 #include "collect/machines.h"
+#include "collect/record/sanitizer.h"
 #include "collect/sources/smbios/smbios_decode.h"
+#include "collect/sources/smbios/smbios_memory.h"
 #include "collect/sources/smbios/smbios_system.h"
 #include "common/source_file.h"
 
@@ -203,6 +205,37 @@ TEST_P(RecordedSmbios, HaveTheStructuresThatEveryPrefixHoldsWhole) {
   EXPECT_EQ(before, tables.structures().size());
 }
 
+// The table of a dump as a sanitized recording has it.
+std::string without_numbers(const std::string& dump) {
+  MachineCopy copy;
+  copy.files["sys/firmware/dmi/tables/smbios_entry_point"] = dump.substr(0, 32);
+  copy.files["sys/firmware/dmi/tables/DMI"] = dump.substr(32);
+  const auto result = sanitized(copy);
+  return result.files.at("sys/firmware/dmi/tables/smbios_entry_point") +
+         result.files.at("sys/firmware/dmi/tables/DMI");
+}
+
+TEST_P(RecordedSmbios, AreTheSameTablesWhenSanitized) {
+  const std::string whole = read_file(GetParam().path);
+  const auto before = SmbiosTables::parse_dump(whole, "tables");
+  const auto after = SmbiosTables::parse_dump(without_numbers(whole), "tables");
+  EXPECT_THAT(after.notices(), testing::IsEmpty());
+  ASSERT_EQ(after.structures().size(), before.structures().size());
+  for (size_t i = 0; i < before.structures().size(); ++i) {
+    EXPECT_EQ(after.structures()[i].type(), before.structures()[i].type());
+    EXPECT_EQ(after.structures()[i].length(), before.structures()[i].length());
+  }
+  const auto memory = decode_memory(before);
+  const auto other = decode_memory(after);
+  for (size_t i = 0; i < memory.size(); ++i) {
+    EXPECT_EQ(other[i].size, memory[i].size);
+    EXPECT_EQ(other[i].part_number, memory[i].part_number);
+    if (memory[i].serial_number.value_or("").size() >= 5) {
+      EXPECT_NE(other[i].serial_number, memory[i].serial_number);
+    }
+  }
+}
+
 TEST_P(RecordedSmbios, ReadsOrRefusesFlippedBytes) {
   const std::string whole = read_file(GetParam().path);
   unsigned refused = 0;
@@ -211,8 +244,15 @@ TEST_P(RecordedSmbios, ReadsOrRefusesFlippedBytes) {
     damaged[at] = static_cast<char>(~damaged[at]);
     try {
       const auto tables = SmbiosTables::parse_dump(damaged, "tables");
-      EXPECT_LE(decode_processors(tables).size() + decode_slots(tables).size(), tables.structures().size());
-      decode_onboard_devices(tables);
+      const size_t read = decode_processors(tables).size() + decode_slots(tables).size() +
+                          decode_memory(tables).size() + decode_firmware(tables).size() +
+                          decode_onboard_devices(tables).size();
+      EXPECT_LE(read, tables.structures().size());
+      EXPECT_LE(decode_system(tables).size(), 1U);
+      EXPECT_TRUE(tables.is_whole() || !tables.notices().empty()) << "a break is told of";
+      if (at % 16 == 0) {
+        EXPECT_EQ(without_numbers(damaged).size(), damaged.size());
+      }
     } catch (const SourceError& error) {
       ++refused;
       EXPECT_THAT(error.what(), HasSubstr("tables, offset 0x"));

@@ -32,8 +32,8 @@ Words complete(const Words& words, const std::filesystem::path& folder = "/") {
 TEST(Completion, OffersTheCommands) {
   EXPECT_THAT(complete({""}),
               UnorderedElementsAre("init", "collect", "record", "show", "link", "watch", "diff", "history",
-                                   "snapshot",                                   "export", "settings", "dpu", "retimer", "merge", "properties", "vpd",
-                                   "drive-date", "completion", "--help", "--version", "--inventory"));
+                                   "snapshot", "export", "settings", "dpu", "retimer", "merge", "properties",
+                                   "vpd", "drive-date", "completion", "--help", "--version", "--inventory"));
   EXPECT_THAT(complete({"co"}), UnorderedElementsAre("collect", "completion"));
   EXPECT_THAT(complete({"show", "a"}), ElementsAre("adapters"));
   EXPECT_THAT(complete({"completion", ""}), Contains("bash"));

@@ -25,6 +25,8 @@ constexpr char kFooter[] =
     "UUID\n"
     "or serial number, needs --replace, which empties it first, whoever wrote what it holds.\n"
     "\n"
+    "Classes for --only: system, processors, memory, firmware, pci, gpus, ports, drives.\n"
+    "\n"
     "Examples:\n"
     "  zymdb collect                                        this machine (as root: SMBIOS, VPD)\n"
     "  zymdb collect --lspci server.lspci --smbios server.smbios --inventory server.db\n"
@@ -122,7 +124,7 @@ void add_collect(CommandTree& tree) {
                    "Believe a source with nothing in it, and remove what it should tell of");
   auto* const only = command.add_option_function<std::string>(
       "--only", [sources](const std::string& names) { sources->only = parse_classes(names); },
-      "The classes to collect, separated by commas: " + CLI::detail::join(collect::class_names(), ", "));
+      "Collect only these classes of hardware, separated by commas");
   only->type_name(kListType);
   tree.words[only] = collect::class_names();
   command
