@@ -27,7 +27,7 @@ constexpr NamedStep kSteps[] = {
     {"gpus", true, collect_gpus},
     {"ports", true, collect_ports},
     {"firmware", true, collect_firmware},
-    {"drives", true, collect_drives},
+    {"drives", true, collect_drives, true},
 };
 
 }  // namespace
@@ -60,10 +60,11 @@ bool want_functions(const std::vector<NamedStep>& steps) {
 std::vector<RowMaker> read_sources(const std::vector<NamedStep>& steps, const Survey& survey) {
   std::vector<RowMaker> makers;
   for (const auto& each : steps) {
+    if (each.wants_places && survey.smbios_is_silent()) continue;
     try {
       if (auto maker = each.step(survey)) makers.push_back(std::move(maker));
     } catch (const NoAnswer& problem) {
-      survey.note_silent(problem, each.of_class);
+      survey.note_silent(problem, "class " + std::string(each.of_class));
     }
   }
   return makers;

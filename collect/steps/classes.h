@@ -14,6 +14,7 @@ struct NamedStep {
   std::string_view of_class;
   bool wants_functions;  // of the PCI bus
   Step step;
+  bool wants_places = false;  // which SMBIOS tells
 };
 
 std::vector<std::string> names_of_classes();

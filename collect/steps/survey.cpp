@@ -50,8 +50,12 @@ Findings Survey::find_all(bool wants_functions) {
     if (!sources_.sysfs.empty()) findings.sysfs_slots = read_sysfs_slots(sources_.sysfs);
     return true;
   };
-  if (wants_functions && !unless_silent("pci", find_bus)) findings.functions.reset();
-  findings.smbios = unless_silent("what SMBIOS tells", [this] { return find_smbios(); });
+  if (wants_functions && !unless_silent("class pci", find_bus)) findings.functions.reset();
+  const auto find_tables = [&] {
+    findings.smbios = find_smbios();
+    return true;
+  };
+  smbios_is_silent_ = !unless_silent("what SMBIOS tells", find_tables);
   return findings;
 }
 

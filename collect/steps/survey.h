@@ -39,6 +39,9 @@ class Survey {
   // Whether the SMBIOS tables have more than could be read.
   bool smbios_breaks_off() const { return smbios_breaks_off_; }
 
+  // Whether SMBIOS did not answer, so that nobody knows where things are.
+  bool smbios_is_silent() const { return smbios_is_silent_; }
+
   // Whether empty sources are to be believed.
   bool allows_empty() const { return sources_.allow_empty; }
 
@@ -82,6 +85,7 @@ class Survey {
   const Observer& observer_;
   Drivers drivers_;
   bool smbios_breaks_off_ = false;
+  bool smbios_is_silent_ = false;
   Machine machine_;
   std::optional<System> system_;
   PciIds names_;

@@ -119,9 +119,9 @@ TEST_F(SilentSource, IsNamedAndItsRowsStayAndTheRestIsStored) {
     const char* notice;
     const char* other_table;
   } kCases[] = {
-      {"/serial", "/serial does not answer within 1 s: drives is left as it is", "PCIs"},
-      {"/tx_bytes", "/tx_bytes does not answer within 1 s: ports is left as it is", "PCIs"},
-      {"/config", "/config does not answer within 1 s: pci is left as it is", "Processor"},
+      {"/serial", "/serial does not answer within 1 s: class drives is left as it is", "PCIs"},
+      {"/tx_bytes", "/tx_bytes does not answer within 1 s: class ports is left as it is", "PCIs"},
+      {"/config", "/config does not answer within 1 s: class pci is left as it is", "Processor"},
       {"/DMI", "/DMI does not answer within 1 s: what SMBIOS tells is left as it is", "PCIs"},
   };
   for (const auto& [file, notice, other_table] : kCases) {
