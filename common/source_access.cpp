@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace zymdb {
@@ -21,9 +22,14 @@ std::string seconds_text(std::chrono::milliseconds time) {
 // A thread that answers one question after the other. It belongs to itself: nobody waits for its end.
 class TimeBound::Worker {
  public:
+  // Null where the system has no thread left.
   static std::shared_ptr<Worker> start() {
     auto worker = std::make_shared<Worker>();
-    std::thread([worker] { worker->run(); }).detach();
+    try {
+      std::thread([worker] { worker->run(); }).detach();
+    } catch (const std::system_error&) {
+      return nullptr;
+    }
     return worker;
   }
 
@@ -84,6 +90,7 @@ TimeBound::~TimeBound() {
 void ask_within_bound(const std::string& what, std::function<void()> question) {
   if (bound == nullptr) return question();
   if (!bound->worker_) bound->worker_ = TimeBound::Worker::start();
+  if (!bound->worker_) return question();
   if (bound->worker_->answers(std::move(question), bound->longest_)) return;
   std::exchange(bound->worker_, nullptr)->dismiss();
   throw NoAnswer(what + " does not answer within " + seconds_text(bound->longest_));

@@ -26,7 +26,7 @@ constexpr const char* kFiles[] = {
     "sys/class/net/e/address",
     "sys/class/infiniband/m/ports/1/gids/0",
     "proc/cpuinfo",
-    "drivers/link/e",
+    "driver-answers/link/e",
     "sys/class/dmi/id/product_uuid",
     "sys/class/dmi/id/product_serial",
 };

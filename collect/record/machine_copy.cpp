@@ -10,7 +10,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned kMostLinks = 40;
-constexpr const char* kBeside[] = {"proc", "etc", "drivers"};
+constexpr const char* kBeside[] = {"proc", "etc", "driver-answers"};
 
 }  // namespace
 

@@ -14,7 +14,7 @@
 namespace zymdb::collect {
 
 // Paths are relative to the copy, in which the sysfs tree is "sys" and what lies beside it ("proc", "etc",
-// "drivers") has the name that it has there.
+// "driver-answers") has the name that it has there.
 struct MachineCopy {
   std::map<std::string, std::string> files;
   std::map<std::string, std::string> links;  // and where they lead, relative to their folder

@@ -108,7 +108,7 @@ void add_secrets(const MachineCopy& copy, const std::string& path, const std::st
     const auto data = parse_pci_vpd(as_bytes(content));
     if (data) replacements.add_text(data->serial_number.value_or(""));
   }
-  if (has(path, "drivers/link/")) replacements.add_address(line_of(content, "permanent_address"));
+  if (has(path, "driver-answers/link/")) replacements.add_address(line_of(content, "permanent_address"));
   if (path.ends_with("proc/cpuinfo")) replacements.add_text(line_of(content, "Serial"));
 }
 

@@ -147,11 +147,11 @@ TEST_F(Recordings, OfTheRunningMachineAreCollectedAsTheMachineItself) {
 }
 
 TEST_F(Recordings, HaveWhatDriversTold) {
-  fs::create_directories(files_.file("machine/drivers/link"));
-  files_.write("machine/drivers/link/eno1",
+  fs::create_directories(files_.file("machine/driver-answers/link"));
+  files_.write("machine/driver-answers/link/eno1",
                "permanent_address B4:96:91:00:10:00\nmax_speed 10000\nconnector 5\n");
-  files_.write("machine/drivers/firmware/eno1", "version 1.67, 0x80000d38\n");
-  files_.write("machine/drivers/health/nvme0",
+  files_.write("machine/driver-answers/firmware/eno1", "version 1.67, 0x80000d38\n");
+  files_.write("machine/driver-answers/health/nvme0",
                "critical_warning 1\ntemperature 41\nremaining_life 97\ncapacity 1920383410176\n");
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCILogicalPort", {"MaxSpeed"}, "PCIFuncKey=262144"), "10000000000\n");
@@ -262,7 +262,7 @@ TEST(Sanitized, IsWhateverIdentifiesAMachine) {
       {"sys/class/dmi/id/chassis_asset_tag", "RACK-4711\n", "4711"},
       {"sys/firmware/devicetree/base/serial-number", std::string("10000000abcdef01\0", 17), "abcdef01"},
       {"proc/cpuinfo", "processor : 0\nSerial\t\t: 10000000abcdef01\n", "abcdef01"},
-      {"drivers/link/eth0", "permanent_address 3C:FD:FE:00:30:01\nmax_speed 25000\n", "00:30:01"},
+      {"driver-answers/link/eth0", "permanent_address 3C:FD:FE:00:30:01\nmax_speed 25000\n", "00:30:01"},
   };
   for (const auto& [path, content, secret] : kCases) {
     MachineCopy copy;

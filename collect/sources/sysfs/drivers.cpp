@@ -99,7 +99,7 @@ std::optional<DriveHealth> health_of(const Answer& answer) {
 
 // Where the answers of a recorded machine are.
 std::string answers_of(const std::string& root) {
-  return (std::filesystem::path(root) / ".." / "drivers").string();
+  return (std::filesystem::path(root) / ".." / "driver-answers").string();
 }
 
 // Whoever records the machine keeps the answer as a file like any other.

@@ -22,7 +22,7 @@ struct Drivers {
 };
 
 // The drivers of the machine whose sysfs tree is `root`. A recorded machine has their answers in the folder
-// "drivers" beside it: a file for each device, with a line for each thing told.
+// "driver-answers" beside it: a file for each device, with a line for each thing told.
 Drivers drivers_of(const std::string& root);
 
 }  // namespace zymdb::collect
