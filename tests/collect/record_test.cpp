@@ -267,7 +267,8 @@ TEST(Sanitized, IsWhateverIdentifiesAMachine) {
   for (const auto& [path, content, secret] : kCases) {
     MachineCopy copy;
     copy.files[path] = content;
-    const auto& changed = sanitized(copy).files.at(path);
+    const auto result = sanitized(copy);
+    const auto& changed = result.files.at(path);
     EXPECT_EQ(changed.size(), content.size()) << path;
     EXPECT_EQ(changed.find(secret), std::string::npos) << path;
     EXPECT_NE(changed, content) << path;
