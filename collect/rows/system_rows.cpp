@@ -26,7 +26,7 @@ constexpr Column<System> kColumns[] = {
     text_column<&SmbiosSystem::firmware_vendor>("FirmwareVendor"),
     text_column<&SmbiosSystem::firmware_version>("FirmwareVersion"),
     text_column<&SmbiosSystem::firmware_date>("FirmwareDate"),
-    {{"HostName", Role::kTold, Kind::kText},
+    {{"HostName", Role::kKnown, Kind::kText},
      [](const System& system) { return text_or_null(system.host_name); }},
 };
 

@@ -57,7 +57,7 @@ enum class Role : uint8_t {
   kKey,      // always; rows with equal keys are the same row
   kValue,    // always
   kPlace,    // in an existing row only when the sources can tell places
-  kTold,     // always, but what is not told replaces nothing
+  kKnown,    // always, but what is not known replaces nothing
   kInitial,  // in a new row only: afterwards it belongs to others
   kStamp,    // along with the others, but never a reason to write
   kOthers,   // never: another writer's, read to know whose the row is

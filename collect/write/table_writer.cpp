@@ -117,11 +117,11 @@ const StoredRow* TableWriter::take(const Key& key) {
 }
 
 bool TableWriter::is_written(size_t column, const Row& row) const {
-  const bool is_told = !row.values[column].is_null();
-  if (content_.is_partial && !is_told) return false;
+  const bool is_known = !row.values[column].is_null();
+  if (content_.is_partial && !is_known) return false;
   switch (content_.columns[column].role) {
-    case Role::kTold:
-      return is_told;
+    case Role::kKnown:
+      return is_known;
     case Role::kInitial:
     case Role::kOthers:
       return false;
