@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <chrono>
 #include <iterator>
+#include <memory>
 #include <utility>
 
 #include "collect/sources/sysfs/machine_folders.h"
 #include "collect/steps/classes.h"
 #include "collect/write/collection_stamp.h"
+#include "collect/write/former_machine.h"
 #include "collect/write/inventory_owner.h"
 #include "collect/write/inventory_writer.h"
 #include "common/client_objects.h"
@@ -19,9 +21,12 @@
 namespace zymdb::collect {
 namespace {
 
-std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, _zym_db_handle_t* handle) {
+std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, const FormerMachine& former) {
   std::vector<TableContent> tables;
-  for (const auto& make : makers) std::ranges::move(make(handle), std::back_inserter(tables));
+  for (const auto& make : makers) std::ranges::move(make(former), std::back_inserter(tables));
+  for (auto& content : tables) {
+    for (const FunctionKey function : former.replaced) content.replaced.add(function);
+  }
   return tables;
 }
 
@@ -34,13 +39,17 @@ std::string name_of(const Sources& sources) {
 std::vector<TableSummary> collect(const Sources& sources, const Observer& observer) {
   const TimeBound bound(std::chrono::seconds(sources.timeout));
   const auto steps = steps_of(sources.only);
-  const Survey survey(sources, observer, want_functions(steps));
-  const auto makers = read_sources(steps, survey);
+  auto survey = std::make_unique<const Survey>(sources, observer, want_functions(steps));
+  auto makers = read_sources(steps, *survey);
   _zym_db_handle_t* handle = get_dmdb_handle();
   if (handle == nullptr) throw DatabaseError("the inventory cannot be opened");
   Transaction transaction(handle);
-  make_room_for(survey.system(), sources.replace, handle);
-  auto summaries = write_inventory(handle, make_rows(makers, handle), observer);
+  make_room_for(survey->system(), sources.replace, handle);
+  auto tables = make_rows(makers, read_former_machine(handle, survey->machine()));
+  // A large machine is not held three times: as it was read, as rows, and as the inventory has it.
+  makers.clear();
+  survey.reset();
+  auto summaries = write_inventory(handle, std::move(tables), observer);
   if (std::ranges::any_of(summaries, &TableSummary::changed)) stamp_collection(handle, name_of(sources));
   transaction.commit();
   return summaries;

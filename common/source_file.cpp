@@ -1,6 +1,7 @@
 #include "common/source_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,10 +19,12 @@ namespace zymdb {
 namespace {
 
 constexpr size_t kLargestSource = size_t{64} << 20;
+constexpr size_t kLargestAttribute = size_t{4} << 20;
 
 class Descriptor {
  public:
-  explicit Descriptor(const std::string& path) : fd_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  explicit Descriptor(const std::string& path, int flags = 0)
+      : fd_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags)) {}
   ~Descriptor() {
     if (fd_ >= 0) ::close(fd_);
   }
@@ -29,6 +32,11 @@ class Descriptor {
   Descriptor& operator=(const Descriptor&) = delete;
 
   bool is_open() const { return fd_ >= 0; }
+
+  bool is_file() const {
+    struct stat status {};
+    return ::fstat(fd_, &status) == 0 && S_ISREG(status.st_mode);
+  }
 
   // The count of bytes read, 0 at the end, -1 on failure.
   ssize_t read(char* buffer, size_t size) const {
@@ -43,17 +51,26 @@ class Descriptor {
   int fd_;
 };
 
-// 0, or the error number.
-int read_all(const std::string& path, std::string& content) {
-  const Descriptor file(path);
-  if (!file.is_open()) return errno;
+// Hands out the content; `take` answers whether it wants more. 0, or the error number.
+template <class Take>
+int read_parts(const Descriptor& file, Take take) {
   std::array<char, 16384> block;
   ssize_t count = 0;
   while ((count = file.read(block.data(), block.size())) > 0) {
-    content.append(block.data(), static_cast<size_t>(count));
-    if (content.size() > kLargestSource) return EFBIG;
+    if (!take(std::string_view(block.data(), static_cast<size_t>(count)))) return EFBIG;
   }
   return count < 0 ? errno : 0;
+}
+
+int read_all(const Descriptor& file, size_t largest, std::string& content) {
+  return read_parts(file, [&](std::string_view part) {
+    content.append(part);
+    return content.size() <= largest;
+  });
+}
+
+void require(int error, const std::string& path) {
+  if (error != 0) throw SourceError(path, std::generic_category().message(error));
 }
 
 struct Attribute {
@@ -62,8 +79,14 @@ struct Attribute {
 };
 
 Attribute read_attribute_now(const std::string& path) {
+  // To open a device may set it going already.
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return {std::nullopt, errno};
+  if (!S_ISREG(status.st_mode)) return {std::nullopt, EINVAL};
+  const Descriptor file(path, O_NONBLOCK | O_NOCTTY);
+  if (!file.is_open()) return {std::nullopt, errno};
   std::string content;
-  const int error = read_all(path, content);
+  const int error = file.is_file() ? read_all(file, kLargestAttribute, content) : EINVAL;
   if (error != 0) return {std::nullopt, error};
   return {std::move(content), 0};
 }
@@ -94,10 +117,22 @@ SourceError SourceError::at_offset(std::string_view file, size_t offset, std::st
 }
 
 std::string read_source(const std::string& path) {
+  const Descriptor file(path);
+  require(file.is_open() ? 0 : errno, path);
   std::string content;
-  const int error = read_all(path, content);
-  if (error != 0) throw SourceError(path, std::generic_category().message(error));
+  require(read_all(file, kLargestSource, content), path);
   return content;
+}
+
+void read_source_in_parts(const std::string& path, const std::function<void(std::string_view)>& take) {
+  const Descriptor file(path);
+  require(file.is_open() ? 0 : errno, path);
+  require(read_parts(file,
+                     [&take](std::string_view part) {
+                       take(part);
+                       return true;
+                     }),
+          path);
 }
 
 std::optional<std::string> read_attribute(const std::string& path) {
@@ -123,6 +158,15 @@ bool is_there(const std::filesystem::path& path) {
   return ask(path.string(), [path] {
     std::error_code error;
     return std::filesystem::exists(path, error);
+  });
+}
+
+std::optional<std::filesystem::path> link_target(const std::filesystem::path& link) {
+  if (auto* const observer = access_observer()) observer->looked_at(link);
+  return ask(link.string(), [link]() -> std::optional<std::filesystem::path> {
+    std::error_code error;
+    auto target = std::filesystem::read_symlink(link, error);
+    return error ? std::nullopt : std::optional(std::move(target));
   });
 }
 

@@ -43,7 +43,7 @@ struct _ZYMDB_AimDisk {
   uint16_t SlotNo;        /**< PCI slot of the controller */
   uint8_t CtrlType;       /**< controller type; 0 unknown, 3 on-board Marvell */
   uint16_t BayNo;         /**< number of the slot or bay, as the text of the place shows it */
-  uint8_t LocationId;     /**< kind of place, 1 to 4 */
+  uint8_t LocationId;     /**< kind of place, 1 to 4; 0: none of them */
   uint8_t DriveTypeId;    /**< drive type, 1 to 7 */
   uint8_t Presence;       /**< 1: present. Lists made from AimDisks leave it 0 */
   uint32_t FormFactor;    /**< an _AimDiskFormFactor */

@@ -1,46 +1,22 @@
 #include <algorithm>
 #include <utility>
 
-#include "collect/sources/pci/pci_ids.h"
-#include "common/source_file.h"
 #include "records/links.h"
 #include "records/pci.h"
+#include "records/pci_names.h"
 #include "records/stored_rows.h"
 #include "records/text.h"
 
 namespace zymdb::records {
 namespace {
 
-using collect::PciIds;
-
-// The names, read when a field first asks for one. The system's list may be missing; one that the user names
-// may not.
-class Names {
- public:
-  explicit Names(std::shared_ptr<const std::string> file) : file_(std::move(file)) {}
-
-  const PciIds& get() {
-    if (!ids_) ids_ = load();
-    return *ids_;
-  }
-
- private:
-  PciIds load() const {
-    try {
-      return PciIds::load(*file_);
-    } catch (const SourceError&) {
-      if (*file_ != kPciIdsFile) throw;
-      return {};
-    }
-  }
-
-  std::shared_ptr<const std::string> file_;
-  std::optional<PciIds> ids_;
-};
+constexpr char kIommuGroup[] = "IOMMUGroup";
 
 struct Function : Stored<_ZYMDB_PCI_Generic> {
-  Names* names = nullptr;
+  PciNames* names = nullptr;
   LinkState link_state = LinkState::kUnknown;
+  std::string driver = {};
+  std::optional<size_t> parent = {};  // in the list, for a tree of them
 
   FunctionKey key() const { return FunctionKey::of(*this); }
 
@@ -119,6 +95,15 @@ Value device_name(const Function& function) {
   return value_of(std::string(function.names->get().device(function.VendorId, function.DeviceId)));
 }
 
+Value driver(const Function& function) {
+  return value_of(function.driver);
+}
+
+Value iommu_group(const Function& function) {
+  const auto group = function.number(kIommuGroup);
+  return group ? Value(uint64_t{*group}) : Value();
+}
+
 // A device without a name is told by its class.
 Value name(const Function& function) {
   const auto& ids = function.names->get();
@@ -148,6 +133,8 @@ constexpr Field<Function> kFields[] = {
                       link_state)
         .state()
         .noted(link_attention),
+    derived<Function>("Driver", "DRIVER", "the kernel's driver", driver).shown().state(),
+    derived<Function>(kIommuGroup, "IOMMUGROUP", "IOMMU group", iommu_group).number().state(),
     derived<Function>("ClassName", "CLASS", "class, by name", class_name).model(),
     derived<Function>("Name", "NAME", "vendor and device, by name", name).long_text().shown().model(),
     derived<Function>("VendorName", "VENDORNAME", "vendor, by name", vendor_name).model(),
@@ -178,7 +165,7 @@ constexpr Field<Function> kFields[] = {
     ZYMDB_RECORD_FIELD(Function, Hotplug, "HOTPLUG", "1: the slot is hot-pluggable"),
     ZYMDB_RECORD_FIELD(Function, PCIType, "PCITYPE", "PCI type code"),
     ZYMDB_RECORD_FIELD(Function, BladeSlotPort, "BLADEPORT", "port of a blade slot"),
-    ZYMDB_RECORD_FIELD(Function, NodeIndex, "NODE", "node that the function belongs to"),
+    ZYMDB_RECORD_FIELD(Function, NodeIndex, "NODE", "NUMA node that the function belongs to"),
     ZYMDB_RECORD_FIELD(Function, FunType, "FUNTYPE", "function type code"),
     ZYMDB_RECORD_FIELD(Function, LanesInUse, "LANES", "lanes in use").state(),
     ZYMDB_RECORD_FIELD(Function, MaxLanes, "MAXLANES", "most lanes"),
@@ -202,15 +189,40 @@ void judge_links(std::vector<Function>& functions) {
   for (auto& function : functions) function.link_state = state_of(links, function.key());
 }
 
-std::vector<Function> list_named_functions(Names& names) {
+// The bridge above, unless the inventory has it below: a function's key is always greater than its bridge's.
+std::optional<size_t> parent_of(const std::vector<Function>& functions, size_t index) {
+  const auto bridge = functions[index].bridge();
+  const auto above =
+      bridge ? std::ranges::lower_bound(functions, *bridge, {}, &Function::key) : functions.end();
+  if (above == functions.end() || above->key() != *bridge || *bridge >= functions[index].key()) return {};
+  return static_cast<size_t>(above - functions.begin());
+}
+
+void find_parents(std::vector<Function>& functions) {
+  constexpr unsigned kDeepest = 64;
+  std::vector<unsigned> depths(functions.size());
+  for (size_t i = 0; i < functions.size(); ++i) {
+    const auto parent = parent_of(functions, i);
+    if (!parent || depths[*parent] == kDeepest) continue;
+    functions[i].parent = parent;
+    depths[i] = depths[*parent] + 1;
+  }
+}
+
+std::vector<Function> list_named_functions(PciNames& names) {
   const Reading reading("functions");
-  const auto rows = read_stored_rows(reading, "PCIs", "_id", number_columns(kFields));
+  auto columns = number_columns(kFields);
+  columns.push_back(kIommuGroup);
+  const auto rows = read_stored_rows(reading, "PCIs", "_id", columns);
+  const auto drivers = read_stored_texts(reading, "PCIs", "_id", "Driver");
   std::vector<Function> functions;
   for (const auto& each : list_functions(reading)) {
     auto& function = functions.emplace_back(Function{{each, {}}, &names});
     if (const auto row = rows.find(each._id); row != rows.end()) function.row = row->second;
+    if (const auto driver = drivers.find(each._id); driver != drivers.end()) function.driver = driver->second;
   }
   judge_links(functions);
+  find_parents(functions);
   return functions;
 }
 
@@ -227,7 +239,7 @@ std::vector<_ZYMDB_PCI_Generic> list_functions(const Reading& reading) {
 }
 
 RecordType functions(std::shared_ptr<const std::string> names_file) {
-  const auto names = std::make_shared<Names>(std::move(names_file));
+  const auto names = std::make_shared<PciNames>(std::move(names_file));
   return describe<Function>("functions", "PCI functions, bridges too", kFields,
                             [names] { return list_named_functions(*names); });
 }

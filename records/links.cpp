@@ -12,6 +12,10 @@ const Link* find(const Links& links, std::optional<FunctionKey> function) {
   return found == links.end() ? nullptr : &found->second;
 }
 
+bool has_link(const Link& link) {
+  return link.max_lanes.value_or(0) != 0;
+}
+
 // Links that lead down from the root alternate with ports that look up: a port at a root looks down, what is
 // plugged into it looks up, the ports behind that look down again.
 bool looks_up(const Links& links, const Link& link) {
@@ -24,7 +28,7 @@ bool looks_up(const Links& links, const Link& link) {
 // What is plugged into a port.
 const Link* first_below(const Links& links, FunctionKey port) {
   const auto found = std::ranges::find_if(
-      links, [port](const auto& each) { return each.second.bridge == port && each.second.max_lanes; });
+      links, [port](const auto& each) { return each.second.bridge == port && has_link(each.second); });
   return found == links.end() ? nullptr : &found->second;
 }
 
@@ -41,7 +45,7 @@ bool is_below(std::optional<unsigned> used, std::optional<unsigned> one, std::op
 
 LinkState state_of(const Links& links, FunctionKey function) {
   const Link* const link = find(links, function);
-  if (link == nullptr || !link->lanes) return LinkState::kUnknown;
+  if (link == nullptr || !link->lanes || link->max_lanes == 0U) return LinkState::kUnknown;
   if (*link->lanes == 0) return LinkState::kDown;
   const Link* const other = other_end(links, function, *link);
   if (other == nullptr) return LinkState::kFull;

@@ -10,7 +10,7 @@
 
 namespace zymdb::records {
 
-// What one end tells of its link. Nothing: not known.
+// What one end tells of its link. Nothing: not known. All 0: a function without a link.
 struct Link {
   std::optional<FunctionKey> bridge;  // above the function; nothing at a root
   bool is_bridge = false;

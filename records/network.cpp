@@ -1,9 +1,13 @@
 #include "records/network.h"
 
 #include <algorithm>
+#include <map>
+#include <string>
+#include <type_traits>
 #include <utility>
 
 #include "records/pci.h"
+#include "records/rows.h"
 #include "records/text.h"
 
 namespace zymdb::records {
@@ -11,6 +15,7 @@ namespace {
 
 struct PhysicalPort : _ZYMDB_PCI_PhysicalPort {
   uint32_t PCIFuncKey = 0;
+  std::string InterfaceName = {};
 };
 struct LogicalPort : _ZYMDB_PCI_LogicalPort {
   uint32_t PCIFuncKey = 0;
@@ -47,6 +52,9 @@ constexpr Field<PhysicalPort> kPhysicalFields[] = {
         .place(),
     ZYMDB_RECORD_FIELD(PhysicalPort, PCIFuncKey, "KEY", "function key").hex(8).place(),
     ZYMDB_RECORD_FIELD(PhysicalPort, Idx, "PORT", "index of the port within its function").shown().place(),
+    ZYMDB_RECORD_FIELD(PhysicalPort, InterfaceName, "INTERFACE", "the system's name of the interface")
+        .shown()
+        .place(),
     ZYMDB_RECORD_FIELD(PhysicalPort, ConnectorLayout, "CONNECTORLAYOUT", "connector code")
         .hex(4)
         .zero_is_unknown(),
@@ -166,9 +174,28 @@ std::vector<Port> list_ports(const PortOwner& owner, int (*read)(unsigned, List*
     const int status = read(function.value, &list);
     const auto of_function = take_array(list.ports, list.count);
     if (status != none) reading.require(status);
-    for (const auto& port : of_function) ports.push_back({port, function.value});
+    for (const auto& port : of_function) {
+      auto& listed = ports.emplace_back();
+      static_cast<std::remove_cvref_t<decltype(port)>&>(listed) = port;
+      listed.PCIFuncKey = function.value;
+    }
   }
   reading.require_whole();
+  return ports;
+}
+
+std::vector<PhysicalPort> list_physical_ports(const PortOwner& owner) {
+  auto ports = list_ports<PhysicalPort>(owner, zymdb_get_network_physical_port_list, ZYM_DB_STATUS_NOT_FOUND);
+  const Reading reading("ports");
+  Rows rows(reading, get_dmdb_handle(), "PCIPhysicalPort", {"PCIFuncKey", "Idx", "InterfaceName"});
+  std::map<std::pair<uint32_t, uint32_t>, std::string> names;
+  while (rows.step())
+    names.try_emplace({rows.number("PCIFuncKey"), rows.number("Idx")}, rows.text("InterfaceName"));
+  reading.require_whole();
+  for (auto& port : ports) {
+    const auto name = names.find({port.PCIFuncKey, port.Idx});
+    if (name != names.end()) port.InterfaceName = name->second;
+  }
   return ports;
 }
 
@@ -176,10 +203,7 @@ std::vector<Port> list_ports(const PortOwner& owner, int (*read)(unsigned, List*
 
 RecordType physical_ports(PortChoice whose) {
   return describe<PhysicalPort>("ports", "Network ports and their links", kPhysicalFields,
-                                [whose = std::move(whose)] {
-                                  return list_ports<PhysicalPort>(
-                                      whose(), zymdb_get_network_physical_port_list, ZYM_DB_STATUS_NOT_FOUND);
-                                });
+                                [whose = std::move(whose)] { return list_physical_ports(whose()); });
 }
 
 RecordType logical_ports(PortChoice whose) {

@@ -156,6 +156,8 @@ struct Cell {
 struct Sheet {
   std::vector<FieldInfo> fields;
   std::vector<std::vector<Cell>> rows;
+  std::vector<std::optional<size_t>> parents =
+      {};  // of the rows, where records have any: an earlier row each
 };
 
 // Which of a record's fields, by index, in the order wanted.
@@ -167,6 +169,7 @@ Sheet make_sheet(std::span<const Field<Record>> fields, const std::vector<Record
   Sheet sheet;
   for (const size_t index : selection) sheet.fields.push_back(fields[index].info);
   for (const auto& record : records) {
+    if constexpr (requires { record.parent; }) sheet.parents.push_back(record.parent);
     auto& row = sheet.rows.emplace_back();
     for (const size_t index : selection) {
       const auto& field = fields[index];

@@ -1,5 +1,7 @@
 #include "records/storage.h"
 
+#include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "common/pci_address.h"
@@ -57,7 +59,8 @@ constexpr Field<Drive> kFields[] = {
     ZYMDB_RECORD_FIELD(Drive, SlotNo, "SLOT", "PCI slot of the controller").place(),
     ZYMDB_RECORD_FIELD(Drive, CtrlType, "CONTROLLER", "controller type").zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Drive, BayNo, "NUMBER", "number of the slot or bay").place().unknown_at(255),
-    ZYMDB_RECORD_FIELD(Drive, LocationId, "PLACEKIND", "1 slot, 2 bay, 3 M.2 bay, 4 7 mm bay").place(),
+    ZYMDB_RECORD_FIELD(Drive, LocationId, "PLACEKIND", "0 board, 1 slot, 2 bay, 3 M.2 bay, 4 7 mm bay")
+        .place(),
     ZYMDB_RECORD_FIELD(Drive, DriveTypeId, "TYPEID", "drive type code"),
     ZYMDB_RECORD_FIELD(Drive, Presence, "REPORTED", "1: as the management interface reports it"),
     ZYMDB_RECORD_FIELD(Drive, FormFactor, "FORMFACTOR", "form factor class").hex(2).zero_is_unknown(),
@@ -128,6 +131,9 @@ std::vector<Drive> list_drives(const DriveLister& list_into) {
   auto drives = take_array(list.disks, list.count);
   reading.require(status);
   reading.require_whole();
+  std::ranges::stable_sort(drives, {}, [](const Drive& drive) {
+    return std::tuple(drive.LocationId, drive.BayNo, drive.PCIFuncKey);
+  });
   return drives;
 }
 

@@ -25,6 +25,10 @@ StoredRow stored_row(Rows& rows, const std::vector<const char*>& columns);
 std::map<uint32_t, StoredRow> read_stored_rows(const Reading& reading, const char* table, const char* key,
                                                const std::vector<const char*>& columns);
 
+// The same of one column of texts, without those that are empty.
+std::map<uint32_t, std::string> read_stored_texts(const Reading& reading, const char* table, const char* key,
+                                                  const char* column);
+
 // The columns of a record's number fields: all but its "_id".
 template <class Record, size_t N>
 std::vector<const char*> number_columns(const Field<Record> (&fields)[N]) {

@@ -5,42 +5,14 @@
 #include <set>
 #include <utility>
 
+#include "collect/model/segments.h"
 #include "collect/model/topology.h"
-#include "common/text.h"
 
 namespace zymdb::collect {
 namespace {
 
-constexpr uint32_t kSegments = 128;  // a function key of a larger one would not fit 31 bits
-
 FunctionKey key_of(uint8_t segment, const PciAddress& address) {
   return {segment, address.bus, address.device, address.function};
-}
-
-using Segments = std::map<uint32_t, uint8_t>;
-
-// The domains' segment numbers; a domain for which none is left is not among them.
-Segments number_domains(const std::vector<PciFunction>& functions, std::vector<std::string>& notices) {
-  std::set<uint32_t> domains;
-  for (const auto& function : functions) domains.insert(function.address.domain);
-  std::set<uint32_t> taken = domains;
-  Segments segments;
-  for (const uint32_t domain : domains) {
-    uint32_t segment = domain;
-    if (domain >= kSegments) {
-      for (segment = 0; taken.contains(segment);) ++segment;
-      if (segment >= kSegments) {
-        notices.push_back("PCI domain " + hex_text(domain) +
-                          " is left out: no segment number is left for it");
-        continue;
-      }
-      taken.insert(segment);
-      notices.push_back("PCI domain " + hex_text(domain) + " is segment " + std::to_string(segment) +
-                        " in the inventory");
-    }
-    segments.emplace(domain, static_cast<uint8_t>(segment));
-  }
-  return segments;
 }
 
 void drop_silent_functions(std::vector<PciFunction>& functions, std::vector<std::string>& notices) {
@@ -74,14 +46,35 @@ class MachineBuilder {
 
  private:
   void collect_slots() {
-    if (findings_.smbios) {
-      machine_.slots = slots_of(decode_slots(*findings_.smbios));
-      onboard_ = decode_onboard_devices(*findings_.smbios);
-    }
+    if (findings_.smbios) describe_places(*findings_.smbios);
     described_ = machine_.slots.size();
     const bool breaks_off = findings_.smbios && !findings_.smbios->is_whole();
     tells_places_ = !breaks_off && (described_ != 0 || !onboard_.empty());
     join_slots(machine_.slots, slots_of(findings_.sysfs_slots));
+  }
+
+  void describe_places(const SmbiosTables& tables) {
+    const SegmentFinder segments(*findings_.functions);
+    auto slots = decode_slots(tables);
+    for (auto& slot : slots) segments.settle(slot.address);
+    machine_.slots = slots_of(slots);
+    onboard_ = decode_onboard_devices(tables);
+    for (auto& device : onboard_) segments.settle(device.address);
+  }
+
+  // SMBIOS itself may list a device on the board that is behind the port of a slot that it calls empty.
+  bool is_in(const Slot& slot, const PciFunction& function) const {
+    return !slot.is_said_to_be_empty ||
+           std::ranges::none_of(onboard_, [&](const SmbiosOnboardDevice& device) {
+             return device.address && device.address->same_device(function.address);
+           });
+  }
+
+  std::optional<size_t> find_slot(const SlotFinder& described, const SlotFinder& named,
+                                  const PciFunction& function) const {
+    const auto slot = described.find(function);
+    if (!slot) return named.find(function);
+    return is_in(machine_.slots[*slot], function) ? slot : std::nullopt;
   }
 
   void add_functions() {
@@ -90,20 +83,24 @@ class MachineBuilder {
     const SlotFinder described(topology, machine_.slots, 0, described_);
     const SlotFinder named(topology, machine_.slots, described_, machine_.slots.size());
     auto& functions = machine_.functions.emplace();
-    for (const auto& pci : *findings_.functions) {
+    functions.reserve(findings_.functions->size());
+    std::vector<PciFunction*> origins;
+    for (auto& pci : *findings_.functions) {
       const auto segment = segments.find(pci.address.domain);
       if (segment == segments.end()) continue;
+      origins.push_back(&pci);
       auto& function = functions.emplace_back();
-      function.pci = pci;
       function.segment = segment->second;
       function.key = key_of(function.segment, pci.address);
       function.device_key = key_of(function.segment, device_of(pci.address)).value;
       if (const auto* bridge = topology.parent(pci))
         function.bridge_key = key_of(function.segment, bridge->address);
-      function.slot = described.find(pci);
-      if (!function.slot) function.slot = named.find(pci);
+      function.slot = find_slot(described, named, pci);
       function.place_known = function.slot || tells_places_;
     }
+    // The topology needs them where they are until all are placed.
+    for (size_t i = 0; i < functions.size(); ++i) functions[i].pci = std::move(*origins[i]);
+    findings_.functions.reset();
     std::ranges::sort(functions, {}, &MachineFunction::key);
   }
 

@@ -62,6 +62,11 @@ struct Machine {
 // only as the upstream port of a card's switch; host bridges are never in one. Everything else is on the
 // board; that is known where SMBIOS describes any slot or device on the board.
 //
+// Firmware is believed as far as the bus bears it out. A slot may state a function of its card that is not
+// there, but not a port that is hidden among other ports; one that is said to be empty takes only what is
+// plainly there, at the very address that it states or behind it, and not on the board by SMBIOS's own
+// account. A segment that the machine does not have is the one that has the function.
+//
 // Domains from 128 on do not fit the function key: each gets the smallest free number. Functions that do not
 // answer (vendor FFFF) and domains for which no number is left are left out. Each of these is a notice.
 Machine build_machine(Findings findings);

@@ -19,6 +19,12 @@ constexpr std::string_view kBayWords[] = {"bay",  "drive", "nvme", "u.2",   "u.3
                                           "e1.l", "e3.s",  "e3.l", "edsff", "sff-8639", "backplane"};
 constexpr std::string_view kSocketWords[] = {"m.2", "m2", "m_2"};
 
+// What takes a card that takes drives, whatever its type says.
+constexpr std::string_view kRisers[] = {"edsff riser", "edsff_riser", "edsff-riser"};
+
+constexpr std::string_view kHardDiskWords[] = {"hdd"};
+constexpr uint8_t kFourLanes = 0x0A;
+
 constexpr std::string_view kNumberWords[] = {"slot", "bay"};
 
 constexpr size_t kMostDigits = 5;
@@ -105,9 +111,12 @@ void drop_shared_addresses(std::vector<Slot>& slots) {
 
 }  // namespace
 
-bool is_drive_bay(std::optional<uint8_t> type, std::string_view designation) {
-  if (type && std::ranges::find(kBayTypes, *type) != std::end(kBayTypes)) return true;
+bool is_drive_bay(std::optional<uint8_t> type, std::string_view designation,
+                  std::optional<uint8_t> data_bus_width) {
   const std::string text = lower_case(designation);
+  if (has_word(text, kRisers)) return false;
+  if (type && std::ranges::find(kBayTypes, *type) != std::end(kBayTypes)) return true;
+  if (data_bus_width == kFourLanes && has_word(text, kHardDiskWords)) return true;
   return has_word(text, kBayWords) && !has_word(text, kSocketWords);
 }
 
@@ -128,10 +137,11 @@ std::vector<Slot> slots_of(const std::vector<SmbiosSlot>& described) {
     slot.type = known_code(from.type);
     slot.data_bus_width = known_code(from.data_bus_width);
     const std::string designation = from.designation.value_or("");
-    if (is_drive_bay(from.type, designation)) slot.location = ZYMDB_LOCATION_BAY;
+    if (is_drive_bay(from.type, designation, from.data_bus_width)) slot.location = ZYMDB_LOCATION_BAY;
     if (from.id != 0) add_wish(slot, from.id);
     add_wish(slot, designated_number(designation));
     if (from.address) slot.addresses.push_back({*from.address, true});
+    slot.is_said_to_be_empty = from.is_said_to_be_empty();
   }
   drop_shared_addresses(slots);
   return slots;

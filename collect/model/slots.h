@@ -36,10 +36,13 @@ struct Slot {
   std::vector<uint16_t> wishes;             // numbers it may bear, the best first
   std::optional<uint16_t> number;           // the number it bears
   std::vector<SlotAddress> addresses;       // as the sources state them
+  bool is_said_to_be_empty = false;         // by SMBIOS, which may be wrong
 };
 
-// Whether SMBIOS calls a slot type, or a designation reads like, the bay of a drive.
-bool is_drive_bay(std::optional<uint8_t> type, std::string_view designation);
+// Whether SMBIOS calls a slot type, or a designation reads like, the bay of a drive. A slot for a hard disk
+// is one only with the lanes of a drive: an adapter may be named after what hangs on it.
+bool is_drive_bay(std::optional<uint8_t> type, std::string_view designation,
+                  std::optional<uint8_t> data_bus_width = {});
 
 // The number in a designation: the one after "slot" or "bay", else the only one there is; lanes ("x16") do
 // not count.

@@ -43,6 +43,17 @@ const PciFunction* Topology::parent(const PciFunction& function) const {
   return above ? named : nullptr;
 }
 
+bool Topology::has_port_down(const PciAddress& device) const {
+  for (auto function = functions_.lower_bound(device_of(device));
+       function != functions_.end() && function->first.same_device(device); ++function) {
+    const PciFunction& found = *function->second;
+    if (found.port_type == PortType::kRootPort || found.port_type == PortType::kDownstream) return true;
+    // A dump without capabilities: a bridge at a root.
+    if (found.port_type == PortType::kUnknown && found.secondary_bus && parent(found) == nullptr) return true;
+  }
+  return false;
+}
+
 const PciFunction* Topology::lookup(const Index& index, const PciAddress& address) {
   const auto found = index.find(address);
   return found == index.end() ? nullptr : found->second;
@@ -51,7 +62,9 @@ const PciFunction* Topology::lookup(const Index& index, const PciAddress& addres
 SlotFinder::SlotFinder(const Topology& topology, const std::vector<Slot>& slots, size_t first, size_t last)
     : topology_(topology) {
   for (size_t i = first; i < last; ++i) {
-    for (const auto& stated : slots[i].addresses) add(i, stated);
+    for (const auto& stated : slots[i].addresses) {
+      if (is_believable(slots[i], stated)) add(i, stated);
+    }
   }
 }
 
@@ -68,6 +81,12 @@ std::optional<size_t> SlotFinder::find(const PciFunction& function) const {
 std::optional<size_t> SlotFinder::lookup(const Index& index, const PciAddress& address) {
   const auto found = index.find(address);
   return found == index.end() ? std::nullopt : found->second;
+}
+
+// A function that is not there may be one that the card does not have, but not a hidden port beside others.
+bool SlotFinder::is_believable(const Slot& slot, const SlotAddress& stated) const {
+  if (!stated.names_function || topology_.find(stated.address) != nullptr) return true;
+  return !slot.is_said_to_be_empty && !topology_.has_port_down(stated.address);
 }
 
 void SlotFinder::add(size_t slot, const SlotAddress& stated) {

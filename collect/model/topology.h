@@ -23,6 +23,9 @@ class Topology {
   // Null where there is none.
   const PciFunction* find(const PciAddress& address) const { return lookup(functions_, address); }
 
+  // Whether a function of the device is a port to which links lead down: a root port or a switch's.
+  bool has_port_down(const PciAddress& device) const;
+
   // The bridge above; null at a root. Its bus number is always the smaller one, so every path ends.
   const PciFunction* parent(const PciFunction& function) const;
 
@@ -48,6 +51,7 @@ class SlotFinder {
   using Index = std::map<PciAddress, std::optional<size_t>>;
 
   static std::optional<size_t> lookup(const Index& index, const PciAddress& address);
+  bool is_believable(const Slot& slot, const SlotAddress& stated) const;
   void add(size_t slot, const SlotAddress& stated);
 
   const Topology& topology_;

@@ -118,7 +118,7 @@ constexpr TypeRange kConnectors[] = {
 };
 
 Value max_data_width(const FunctionView& view) {
-  if (!view.slot) return link_number<&PciLink::max_width>(view);
+  if (!view.slot) return view.pci().link.max_width == 0 ? Value() : link_number<&PciLink::max_width>(view);
   const DataWidth* width = data_width(view);
   return width ? Value::number(width->width) : Value();
 }
@@ -164,9 +164,9 @@ std::vector<TableContent> adapter_rows(const Machine& machine, const PciIds& nam
                                        const std::set<FunctionKey>& known_removable) {
   auto adapters = make_content("PCIAdapter", kAdapterColumns);
   auto misc = make_content("PCIMisc", kMiscColumns);
-  adapters.ownership = {"AIMSupported", is_managed_out_of_band};
-  misc.ownership = {"AIMSpecVersion", is_set};
-  adapters.kept.column = misc.kept.column = "PCIFuncKey";
+  adapters.is_foreign = where("AIMSupported", is_managed_out_of_band);
+  misc.is_foreign = where("AIMSpecVersion", is_set);
+  adapters.function_column = misc.function_column = "PCIFuncKey";
   for (const auto& function : *machine.functions) {
     const FunctionView view(machine, function, names);
     if (is_adapter(view)) {

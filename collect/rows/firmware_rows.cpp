@@ -31,7 +31,7 @@ struct KindInfo {
 constexpr KindInfo kKinds[] = {
     {"OS:NVME", "NVMe firmware", kClassFirmware},   {"OS:NIC", "Network firmware", kClassFirmware},
     {"OS:FABRIC", "RDMA firmware", kClassFirmware}, {"OS:VIDEO", "Video BIOS", kClassBios},
-    {"OS:OPROM", "Option ROM", kClassBootRom},
+    {"OS:OPROM", "Option ROM", kClassBootRom},      {"OS:FC", "Fibre Channel firmware", kClassFirmware},
 };
 
 struct View {
@@ -70,7 +70,8 @@ bool is_reported_by_others(const Value& software_id) {
 }
 
 bool is_told_by_drivers(const PciFunction& function) {
-  return function.base_class() == kClassNetwork || function.base_class() == kClassDisplay;
+  const bool is_fibre_channel = function.base_class() == kClassSerialBus && function.subclass() == 0x04;
+  return is_fibre_channel || function.base_class() == kClassNetwork || function.base_class() == kClassDisplay;
 }
 
 // ---- Embedded devices
@@ -125,8 +126,8 @@ EmbeddedDevice controller_device(uint8_t major, uint8_t minor) {
 TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareComponent>& components,
                            const PciIds& names, ToldBy told_by) {
   auto content = make_content("Firmwares", kColumns);
-  content.ownership = {"SoftwareID", is_reported_by_others};
-  content.kept.column = "HardwareId";
+  content.is_foreign = where("SoftwareID", is_reported_by_others);
+  content.function_column = "HardwareId";
   std::map<PciAddress, const MachineFunction*> functions;
   for (const auto& function : *machine.functions) functions.emplace(function.pci.address, &function);
   for (const auto& component : components) {
@@ -143,7 +144,7 @@ TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareCom
 
 TableContent embedded_firmware_rows(const std::vector<SmbiosFirmware>& firmware) {
   auto content = make_content("EmbeddedDeviceFirmware", kEmbeddedColumns);
-  content.ownership = {"SoftwareID", is_not_of_the_system};
+  content.is_foreign = where("SoftwareID", is_not_of_the_system);
   if (firmware.empty()) return content;
   const SmbiosFirmware& system = firmware.front();
   add_row(content, kEmbeddedColumns, system_device(system), true);

@@ -41,6 +41,12 @@ Value pci_optional(const FunctionView& view) {
   return number_or_null(view.pci().*Field);
 }
 
+// Who reads adapters takes a function without a node for one that cannot be read: a machine that tells of no
+// nodes is one.
+Value node(const FunctionView& view) {
+  return Value::number(view.pci().numa_node.value_or(0));
+}
+
 constexpr Column<FunctionView> kFunctionColumns[] = {
     {{"FunKey", Role::kKey}, function_key},
     {{"DevKey", Role::kPlace}, device_key},
@@ -63,11 +69,14 @@ constexpr Column<FunctionView> kFunctionColumns[] = {
     {{"SlotDesignation", Role::kPlace, Kind::kText}, slot_designation},
     {{"SlotType", Role::kPlace}, slot_code<&Slot::type>},
     {{"SlotDataBusWidth", Role::kPlace}, slot_code<&Slot::data_bus_width>},
-    {{"NodeIndex", Role::kValue}, only_node},
+    {{"NodeIndex", Role::kTold}, node},
     {{"LanesInUse", Role::kValue}, link_number<&PciLink::width>},
     {{"MaxLanes", Role::kValue}, link_number<&PciLink::max_width>},
     {{"MaxPCIeType", Role::kValue}, link_number<&PciLink::max_generation>},
     {{"PCIeType", Role::kValue}, link_number<&PciLink::generation>},
+    {{"Driver", Role::kTold, Kind::kText},
+     [](const FunctionView& view) { return text_or_null(view.pci().driver); }},
+    {{"IOMMUGroup", Role::kTold}, pci_optional<&PciFunction::iommu_group>},
 };
 
 // ---- Vital product data
@@ -97,16 +106,18 @@ constexpr Column<VpdRecord> kVpdColumns[] = {
 
 TableContent function_rows(const Machine& machine, const PciIds& names) {
   auto content = make_content("PCIs", kFunctionColumns);
-  content.ownership = {"HardwareTypeId", is_other_hardware};
+  content.is_foreign = where("HardwareTypeId", is_other_hardware);
+  content.function_column = "FunKey";
   for (const auto& function : *machine.functions)
-    add_row(content, kFunctionColumns, {machine, function, names}, function.place_known);
+    add_row(content, kFunctionColumns, {machine, function, names}, function.place_known,
+            function.pci.is_told_by_system);
   return content;
 }
 
 TableContent vpd_rows(const Machine& machine) {
   auto content = make_content("VPDs", kVpdColumns);
-  content.ownership = {"HardwareTypeId", is_other_hardware};
-  content.kept.column = "HardwareId";
+  content.is_foreign = where("HardwareTypeId", is_other_hardware);
+  content.function_column = "HardwareId";
   for (const auto& function : *machine.functions) {
     // A present function keeps the row it has where its own data cannot be read: others know of it as well.
     content.kept.add(function.key);

@@ -62,8 +62,9 @@ bool is_told(const Value& value) {
 std::vector<TableContent> gpu_rows(const Machine& machine, const PciIds& names) {
   auto devices = make_content("PCIGPU", kDeviceColumns);
   auto chips = make_content("PCIGPUChip", kChipColumns);
-  devices.ownership = {"VideoMemoryType", is_told};
-  chips.ownership = {"GPUChipFormFactor", is_told};
+  devices.is_foreign = where("VideoMemoryType", is_told);
+  chips.is_foreign = where("GPUChipFormFactor", is_told);
+  devices.function_column = chips.function_column = "PCIFuncKey";
   for (const auto& function : *machine.functions) {
     if (!function.pci.has_video_memory()) continue;
     const FunctionView view(machine, function, names);

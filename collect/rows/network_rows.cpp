@@ -112,15 +112,24 @@ constexpr Column<PortView> kPhysicalColumns[] = {
     {{"ConnectorLayout", Role::kValue, Kind::kText}, connector},
     {{"NumberofLogicalPorts", Role::kValue}, [](const PortView&) { return Value::number(1); }},
     {{"PermanentAddress", Role::kValue, Kind::kText}, port_text<&NetworkPort::permanent_address>},
+    {{"InterfaceName", Role::kValue, Kind::kText}, port_text<&NetworkPort::interface>},
 };
 
 // ---- The tables
 
 class NetworkTables {
  public:
-  NetworkTables() {
+  // Rows of functions whose ports others describe are theirs, whether or not the functions are there.
+  explicit NetworkTables(const std::set<FunctionKey>& foreign_functions) {
+    FunctionSet foreign;
+    for (const FunctionKey function : foreign_functions) foreign.add(function);
     physical_.is_ordered = true;
-    for (TableContent* content : all()) content->kept.column = "PCIFuncKey";
+    for (TableContent* content : all()) {
+      content->function_column = "PCIFuncKey";
+      content->is_foreign = [foreign](const TableContent& table, const std::vector<Value>& values) {
+        return foreign.contains(table.value_of(values, "PCIFuncKey"));
+      };
+    }
   }
 
   void keep(const MachineFunction& function) {
@@ -177,15 +186,22 @@ bool is_network_function(const PciFunction& function) {
 
 std::vector<TableContent> network_rows(const Machine& machine, const std::vector<NetworkPort>& ports,
                                        const PortContext& context) {
-  NetworkTables tables;
+  NetworkTables tables(context.foreign_functions);
   for (const auto& function : *machine.functions) {
-    if (context.foreign_functions.contains(function.key)) {
-      tables.keep(function);
-    } else if (is_network_function(function.pci)) {
+    const bool is_foreign = context.foreign_functions.contains(function.key);
+    if (!is_foreign && is_network_function(function.pci))
       tables.add(function, ports_of(ports, function.pci.address), context);
-    }
   }
   return tables.take();
+}
+
+std::vector<TableContent> untold_network_rows(const Machine& machine,
+                                              const std::set<FunctionKey>& foreign_functions) {
+  NetworkTables tables(foreign_functions);
+  for (const auto& function : *machine.functions) tables.keep(function);
+  auto contents = tables.take();
+  for (auto& content : contents) content.is_told = false;
+  return contents;
 }
 
 }  // namespace zymdb::collect

@@ -2,6 +2,7 @@
 #ifndef ZYMDB_COLLECT_ROWS_NETWORK_ROWS_H
 #define ZYMDB_COLLECT_ROWS_NETWORK_ROWS_H
 
+#include <set>
 #include <vector>
 
 #include "collect/model/machine.h"
@@ -16,6 +17,10 @@ namespace zymdb::collect {
 // number of them.
 std::vector<TableContent> network_rows(const Machine& machine, const std::vector<NetworkPort>& ports,
                                        const PortContext& context);
+
+// Where no source tells of ports: those of functions that are there stay as they are.
+std::vector<TableContent> untold_network_rows(const Machine& machine,
+                                              const std::set<FunctionKey>& foreign_functions);
 
 bool is_network_function(const PciFunction& function);
 

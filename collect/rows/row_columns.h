@@ -48,8 +48,8 @@ TableContent make_content(const char* table, const Column<Record> (&columns)[N])
 
 template <typename Record, size_t N>
 void add_row(TableContent& content, const Column<Record> (&columns)[N], const Record& record,
-             bool place_known) {
-  Row row{.values = {}, .place_known = place_known};
+             bool place_known, bool is_told = true) {
+  Row row{.values = {}, .place_known = place_known, .is_told = is_told};
   for (const auto& column : columns) row.values.push_back(column.read(record));
   content.rows.push_back(std::move(row));
 }

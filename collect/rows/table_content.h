@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -38,15 +39,26 @@ class Value {
 
   // Null where it is something else.
   const int64_t* as_number() const { return std::get_if<int64_t>(&content_); }
-  const std::string* as_text() const { return std::get_if<std::string>(&content_); }
+  const std::string* as_text() const {
+    const auto* text = std::get_if<Text>(&content_);
+    return text == nullptr ? nullptr : text->get();
+  }
 
-  auto operator<=>(const Value&) const = default;
+  // Nothing comes first, then numbers, then texts.
+  std::strong_ordering operator<=>(const Value& other) const {
+    if (as_text() != nullptr && other.as_text() != nullptr) return *as_text() <=> *other.as_text();
+    return content_ <=> other.content_;
+  }
+  bool operator==(const Value& other) const { return (*this <=> other) == 0; }
 
  private:
-  explicit Value(int64_t number) : content_(number) {}
-  explicit Value(std::string text) : content_(std::move(text)) {}
+  // Rows are held by the ten thousand, most of their values are numbers.
+  using Text = std::shared_ptr<const std::string>;
 
-  std::variant<std::monostate, int64_t, std::string> content_;
+  explicit Value(int64_t number) : content_(number) {}
+  explicit Value(std::string text) : content_(std::make_shared<const std::string>(std::move(text))) {}
+
+  std::variant<std::monostate, int64_t, Text> content_;
 };
 
 // What the schema makes of a column.
@@ -58,6 +70,7 @@ enum class Role : uint8_t {
   kValue,    // always
   kPlace,    // in an existing row only when the sources can tell places
   kKnown,    // always, but what is not known replaces nothing
+  kTold,     // in an existing row only when somebody could be asked: a driver, a drive
   kInitial,  // in a new row only: afterwards it belongs to others
   kStamp,    // along with the others, but never a reason to write
   kOthers,   // never: another writer's, read to know whose the row is
@@ -72,21 +85,20 @@ struct ColumnSpec {
 struct Row {
   std::vector<Value> values;  // one per column
   bool place_known = true;
+  bool is_told = true;
 };
 
-// Existing rows for which this holds belong to other writers: they are neither changed nor removed, nor
-// doubled. It gets the value of one of the columns.
-struct Ownership {
-  const char* column = nullptr;
-  bool (*is_foreign)(const Value& owner) = nullptr;
-};
+struct TableContent;
 
-// Rows that stay though they are not among those that the table ought to have.
-struct KeptRows {
-  const char* column = nullptr;
-  std::set<Value> values;
+// Asked about an existing row of a table.
+using RowTest = std::function<bool(const TableContent& content, const std::vector<Value>& values)>;
 
-  void add(FunctionKey key) { values.insert(Value::number(key)); }
+// Rows of some functions.
+struct FunctionSet {
+  std::set<Value> keys;
+
+  void add(FunctionKey key) { keys.insert(Value::number(key)); }
+  bool contains(const Value& key) const { return keys.contains(key); }
 };
 
 // The rows that one table ought to have.
@@ -94,8 +106,22 @@ struct TableContent {
   const char* table = nullptr;
   std::vector<ColumnSpec> columns;
   std::vector<Row> rows;
-  Ownership ownership;
-  KeptRows kept;
+
+  // Existing rows for which this holds belong to other writers: they are neither changed nor removed, nor
+  // doubled.
+  RowTest is_foreign;
+
+  // The column that says which function a row is about, where the table has one.
+  const char* function_column = nullptr;
+
+  // Rows of these functions stay though they are not among those that the table ought to have.
+  FunctionSet kept = {};
+
+  // So do rows for which this holds.
+  RowTest keeps;
+
+  // At the addresses of these are other devices now: the former devices' rows go first.
+  FunctionSet replaced = {};
 
   // The source breaks off somewhere: what is not told of is not gone. Only rows that share their first key
   // with one of `rows` are removed, and what a row does not know replaces nothing.
@@ -107,6 +133,10 @@ struct TableContent {
   // Writes, after the rows, what the library's own operations write to this table, and adds what became of
   // it to the summary.
   std::function<void(TableSummary&)> write_further;
+
+  // Whether a source tells of the class. Else the table is only rid of rows whose function is gone, and where
+  // there are none nobody hears of it.
+  bool is_told = true;
 
   // Rows with an equal first key stand in the order of `rows`: those that would not are written anew.
   bool is_ordered = false;
@@ -121,6 +151,13 @@ struct TableContent {
     return values.at(position_of(column));
   }
 };
+
+// Holds for rows with such a value in a column.
+inline RowTest where(const char* column, bool (*holds)(const Value&)) {
+  return [column, holds](const TableContent& content, const std::vector<Value>& values) {
+    return holds(content.value_of(values, column));
+  };
+}
 
 }  // namespace zymdb::collect
 

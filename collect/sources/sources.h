@@ -14,7 +14,7 @@ struct Sources {
   std::string lspci = {};  // dump of the PCI configuration spaces, as `lspci -x`, `-xxx` or `-xxxx` prints it
   std::string smbios = {};  // SMBIOS tables, as `dmidecode --dump-bin` writes them
   std::string sysfs =
-      {};  // root of a sysfs tree; beside `lspci` it adds only what a dump lacks (slots, links, VPD)
+      {};  // root of a sysfs tree; beside `lspci` what it knows of the dump's functions counts
   std::string pci_ids = "/usr/share/misc/pci.ids";  // names of vendors and devices; absent: no names
   bool allow_empty = false;            // believe a source that tells of nothing, and empty what it tells of
   bool replace = false;                // put the machine in the place of another one that the inventory is of

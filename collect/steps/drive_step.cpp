@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "collect/rows/drive_rows.h"
 #include "collect/sources/sysfs/sysfs_drives.h"
@@ -32,25 +35,45 @@ Drives find_disks(const Survey& survey) {
   return is_told ? disks : std::nullopt;
 }
 
-std::optional<std::vector<NvmeRecord>> make_records(const Survey& survey, const Drives& drives) {
-  if (!drives) return std::nullopt;
-  std::vector<std::string> notices;
-  auto records = nvme_records(survey.machine(), *drives, notices);
+DriveFindings find_drives(const Survey& survey) {
+  if (survey.sysfs().empty()) return {};
+  auto disks = find_disks(survey);
+  return {.nvme = find_nvme_drives(survey), .disks = std::move(disks)};
+}
+
+// Functions of the machine whose device is the one that the inventory has there.
+std::set<FunctionKey> remaining_functions(const Machine& machine, const FormerMachine& former) {
+  std::set<FunctionKey> functions;
+  for (const auto& function : *machine.functions) {
+    if (!former.replaced.contains(function.key)) functions.insert(function.key);
+  }
+  return functions;
+}
+
+std::vector<TableContent> make_tables(const Survey& survey, const DriveFindings& found,
+                                      const FormerMachine& former) {
+  auto [nvme, content, notices] = drive_rows(survey.machine(), found, read_former_drives(former));
   for (const auto& notice : notices) survey.note(notice);
-  return records;
+  if (found.nvme) {
+    content.write_further = [nvme = std::move(nvme)](TableSummary& summary) {
+      write_nvme_drives(nvme, summary);
+    };
+  } else {
+    content.write_further = [there = remaining_functions(survey.machine(), former)](TableSummary& summary) {
+      mark_drives_of_gone_functions(there, summary);
+    };
+  }
+  content.is_told = found.nvme || found.disks;
+  return {std::move(content)};
 }
 
 }  // namespace
 
 RowMaker collect_drives(const Survey& survey) {
-  if (!survey.machine().functions || survey.sysfs().empty()) return {};
-  const auto disks = find_disks(survey);
-  const auto nvme = make_records(survey, find_nvme_drives(survey));
-  if (!disks && !nvme) return {};
-  auto content = disk_rows(survey.machine(), disks, nvme.value_or(std::vector<NvmeRecord>{}));
-  if (nvme)
-    content.write_further = [records = *nvme](TableSummary& summary) { write_nvme_drives(records, summary); };
-  return always(std::move(content));
+  if (!survey.machine().functions) return {};
+  return [&survey, found = find_drives(survey)](const FormerMachine& former) {
+    return make_tables(survey, found, former);
+  };
 }
 
 }  // namespace zymdb::collect

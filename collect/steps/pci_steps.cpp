@@ -14,9 +14,10 @@ RowMaker collect_functions(const Survey& survey) {
 
 RowMaker collect_adapters(const Survey& survey) {
   if (!survey.machine().functions) return {};
-  return [&survey](_zym_db_handle_t* handle) {
-    return adapter_rows(survey.machine(), survey.names(),
-                        read_functions(handle, "PCIAdapter", "Location!=0"));
+  return [&survey](const FormerMachine& former) {
+    auto removable = read_functions(former.handle, "PCIAdapter", "Location!=0");
+    for (const FunctionKey function : former.replaced) removable.erase(function);
+    return adapter_rows(survey.machine(), survey.names(), removable);
   };
 }
 

@@ -1,7 +1,9 @@
 #include "collect/steps/port_step.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
+#include <vector>
 
 #include "collect/rows/network_rows.h"
 #include "collect/sources/sysfs/sysfs_network.h"
@@ -25,19 +27,26 @@ bool has_port_of(const std::vector<NetworkPort>& ports, const Addresses& functio
                              [&](const NetworkPort& port) { return functions.contains(port.function); });
 }
 
+using Ports = std::optional<std::vector<NetworkPort>>;
+
+// Nothing: not told.
+Ports find_ports(const Survey& survey) {
+  if (survey.sysfs().empty()) return std::nullopt;
+  auto ports = read_sysfs_ports(survey.sysfs(), survey.drivers().ethtool);
+  const auto functions = network_functions(survey.machine());
+  if (!ports || functions.empty() || has_port_of(*ports, functions) || survey.allows_empty()) return ports;
+  survey.note_left("ports of network functions in " + survey.sysfs() + "/class");
+  return std::nullopt;
+}
+
 }  // namespace
 
 RowMaker collect_ports(const Survey& survey) {
-  if (!survey.machine().functions || survey.sysfs().empty()) return {};
-  auto ports = read_sysfs_ports(survey.sysfs(), survey.drivers().ethtool);
-  if (!ports) return {};
-  const auto functions = network_functions(survey.machine());
-  if (!functions.empty() && !has_port_of(*ports, functions) && !survey.allows_empty()) {
-    survey.note_left("ports of network functions in " + survey.sysfs() + "/class");
-    return {};
-  }
-  return [&survey, ports = std::move(*ports)](_zym_db_handle_t* handle) {
-    return network_rows(survey.machine(), ports, read_port_context(handle));
+  if (!survey.machine().functions) return {};
+  return [&survey, ports = find_ports(survey)](const FormerMachine& former) {
+    const auto context = read_port_context(former.handle);
+    return ports ? network_rows(survey.machine(), *ports, context)
+                 : untold_network_rows(survey.machine(), context.foreign_functions);
   };
 }
 

@@ -17,8 +17,8 @@ RowMaker as_told(const Survey& survey, TableContent content) {
 
 // The system's rows bear names of its own. Once SMBIOS has told of a class, the system knows less of it.
 RowMaker unless_smbios_told(TableContent content, const char* column, std::string_view own_name) {
-  return [content = std::move(content), column, own_name](_zym_db_handle_t* handle) {
-    for (const auto& row : read_stored_rows(handle, content)) {
+  return [content = std::move(content), column, own_name](const FormerMachine& former) {
+    for (const auto& row : read_stored_rows(former.handle, content)) {
       const std::string* const name = content.value_of(row.values, column).as_text();
       if (name == nullptr || !name->starts_with(own_name)) return std::vector<TableContent>{};
     }

@@ -21,13 +21,24 @@ bool names_nothing(const Sources& sources) {
   return sources.lspci.empty() && sources.smbios.empty() && sources.sysfs.empty();
 }
 
+template <class T>
+void take_known(const std::optional<T>& from, std::optional<T>& to) {
+  if (from) to = from;
+}
+
 void add_what_a_dump_lacks(const PciFunction& from, PciFunction& function) {
   if (from.vendor != function.vendor || from.device != function.device) return;
-  function.link = from.link;
-  function.parent = from.parent;
-  function.numa_node = from.numa_node;
-  function.video_memory = from.video_memory;
-  function.vpd = from.vpd;
+  take_known(from.link.width, function.link.width);
+  take_known(from.link.generation, function.link.generation);
+  take_known(from.link.max_width, function.link.max_width);
+  take_known(from.link.max_generation, function.link.max_generation);
+  take_known(from.parent, function.parent);
+  take_known(from.numa_node, function.numa_node);
+  take_known(from.video_memory, function.video_memory);
+  function.is_told_by_system = true;
+  take_known(from.driver, function.driver);
+  take_known(from.iommu_group, function.iommu_group);
+  take_known(from.vpd, function.vpd);
 }
 
 }  // namespace
@@ -87,7 +98,9 @@ std::optional<std::vector<PciFunction>> Survey::find_functions() const {
 }
 
 std::vector<PciFunction> Survey::find_recorded_functions() const {
-  auto functions = parse_lspci_dump(read_source(sources_.lspci), sources_.lspci);
+  std::vector<std::string> notices;
+  auto functions = read_lspci_dump(sources_.lspci, notices);
+  for (const auto& notice : notices) note(notice);
   if (sources_.sysfs.empty()) return functions;
   std::map<PciAddress, PciFunction> known;
   for (auto& function : read_sysfs_functions(sources_.sysfs).value_or(std::vector<PciFunction>{})) {

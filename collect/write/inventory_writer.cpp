@@ -6,7 +6,7 @@
 
 namespace zymdb::collect {
 
-std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, const std::vector<TableContent>& tables,
+std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, std::vector<TableContent> tables,
                                           const Observer& observer) {
   size_t total = 0;
   for (const auto& content : tables) total += content.rows.size();
@@ -16,7 +16,7 @@ std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, const std::v
   };
   report();
   std::vector<TableSummary> summaries;
-  for (const auto& content : tables) {
+  for (auto& content : tables) {
     TableWriter writer(handle, content);
     for (const auto& row : content.rows) {
       writer.write(row);
@@ -24,8 +24,10 @@ std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, const std::v
       report();
     }
     writer.remove_rest();
-    auto& summary = summaries.emplace_back(writer.summary());
+    auto summary = writer.summary();
     if (content.write_further) content.write_further(summary);
+    content.rows = {};
+    if (content.is_told || summary.changed() != 0) summaries.push_back(summary);
   }
   return summaries;
 }

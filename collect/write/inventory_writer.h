@@ -19,7 +19,7 @@ namespace zymdb::collect {
 // numbers, and the change filter is left out for a row that holds a text with a quote or the like.
 //
 // Throws DatabaseError at the first failure.
-std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, const std::vector<TableContent>& tables,
+std::vector<TableSummary> write_inventory(_zym_db_handle_t* handle, std::vector<TableContent> tables,
                                           const Observer& observer);
 
 }  // namespace zymdb::collect

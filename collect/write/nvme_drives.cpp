@@ -7,9 +7,11 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "common/client_objects.h"
+#include "common/text.h"
 
 namespace zymdb::collect {
 namespace {
@@ -56,16 +58,49 @@ void write_drive(const NvmeRecord& record, TableSummary& summary) {
 
 using Places = std::set<std::pair<uint8_t, uint16_t>>;
 
+// The collector's own rows, which have no number, are not among them.
+constexpr char kPresentDrives[] = "Presence=1 AND DriveTypeId=3 AND BayNo IS NOT NULL";
+
+// Lists keep the low bits of a place's number only; the text of the place has all of it.
+uint16_t number_of(const _ZYMDB_AimDisk& drive) {
+  const std::string_view text(drive.Location);
+  const auto number = leading_number(text.substr(text.find(' ') + 1));
+  return number && *number <= UINT16_MAX ? static_cast<uint16_t>(*number) : drive.BayNo;
+}
+
+void mark_as_gone(const _ZYMDB_AimDisk& drive, TableSummary& summary) {
+  require(zymdb_update_aim_disk_presence(drive.LocationId, number_of(drive), 0),
+          "write an NVMe drive's presence");
+  ++summary.updated;
+}
+
 void mark_the_gone(const Places& present, TableSummary& summary) {
-  for (const auto& drive : stored_drives("Presence=1 AND DriveTypeId=3")) {
-    if (present.contains({drive.LocationId, drive.BayNo})) continue;
-    require(zymdb_update_aim_disk_presence(drive.LocationId, drive.BayNo, 0),
-            "write an NVMe drive's presence");
-    ++summary.updated;
+  for (const auto& drive : stored_drives(kPresentDrives)) {
+    if (!present.contains({drive.LocationId, number_of(drive)})) mark_as_gone(drive, summary);
   }
 }
 
 }  // namespace
+
+FormerDrives read_former_drives(const FormerMachine& former) {
+  FormerDrives drives;
+  for (const auto& drive : stored_drives(kPresentDrives)) {
+    const FunctionKey function(drive.PCIFuncKey);
+    if (!former.replaced.contains(function))
+      drives.nvme_places[function] = {static_cast<Location>(drive.LocationId), number_of(drive)};
+  }
+  for (const auto& drive : stored_drives("BayNo IS NULL AND InfoMask!=0"))
+    drives.temperatures[drive.Location] = drive.Temperature;
+  return drives;
+}
+
+void mark_drives_of_gone_functions(const std::set<FunctionKey>& present, TableSummary& summary) {
+  for (const auto& drive : stored_drives(kPresentDrives)) {
+    // Who knows no function writes 0.
+    if (drive.PCIFuncKey != 0 && !present.contains(FunctionKey(drive.PCIFuncKey)))
+      mark_as_gone(drive, summary);
+  }
+}
 
 void write_nvme_drives(const std::vector<NvmeRecord>& drives, TableSummary& summary) {
   Places present;

@@ -35,8 +35,7 @@ StoredRow read_row(zym_db_result_t* row, const TableContent& content) {
     fail("cannot read table", content.table, status);
   for (size_t i = 0; i < content.columns.size(); ++i)
     stored.values.push_back(read_value(row, static_cast<int>(i) + 1, content.columns[i].kind));
-  const auto& [owner, is_foreign] = content.ownership;
-  stored.is_foreign = is_foreign != nullptr && is_foreign(content.value_of(stored.values, owner));
+  stored.is_foreign = content.is_foreign && content.is_foreign(content, stored.values);
   return stored;
 }
 

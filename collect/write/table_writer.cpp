@@ -35,6 +35,7 @@ int put_number(zym_db_content_values_t* values, const char* column, int64_t numb
 TableWriter::TableWriter(_zym_db_handle_t* handle, const TableContent& content)
     : handle_(handle), content_(content), stored_(read_stored_rows(handle, content)) {
   summary_.table = content.table;
+  remove_replaced();
   if (content.is_ordered && !stands_in_order()) remove_all();
   for (const auto& row : stored_) pairs_[key_of(row.values)].push_back(&row);
 }
@@ -72,8 +73,22 @@ TableWriter::Key TableWriter::key_of(const std::vector<Value>& values) const {
 
 bool TableWriter::is_kept(const StoredRow& row) const {
   if (content_.is_partial && !is_told_of(row)) return true;
-  const auto& [column, values] = content_.kept;
-  return column != nullptr && values.contains(content_.value_of(row.values, column));
+  return is_of(row, content_.kept) || (content_.keeps && content_.keeps(content_, row.values));
+}
+
+bool TableWriter::is_of(const StoredRow& row, const FunctionSet& functions) const {
+  return content_.function_column != nullptr &&
+         functions.contains(content_.value_of(row.values, content_.function_column));
+}
+
+void TableWriter::remove_replaced() {
+  const auto is_replaced = [this](const StoredRow& row) {
+    return !row.is_foreign && is_of(row, content_.replaced);
+  };
+  for (const auto& row : stored_) {
+    if (is_replaced(row)) remove(row);
+  }
+  std::erase_if(stored_, is_replaced);
 }
 
 bool TableWriter::is_told_of(const StoredRow& stored) const {
@@ -102,10 +117,11 @@ bool TableWriter::stands_in_order() const {
 }
 
 void TableWriter::remove_all() {
+  const auto is_ours = [this](const StoredRow& row) { return !row.is_foreign && !is_kept(row); };
   for (const auto& row : stored_) {
-    if (!is_kept(row)) remove(row);
+    if (is_ours(row)) remove(row);
   }
-  std::erase_if(stored_, [this](const StoredRow& row) { return !is_kept(row); });
+  std::erase_if(stored_, is_ours);
 }
 
 const StoredRow* TableWriter::take(const Key& key) {
@@ -127,6 +143,8 @@ bool TableWriter::is_written(size_t column, const Row& row) const {
       return false;
     case Role::kPlace:
       return row.place_known;
+    case Role::kTold:
+      return row.is_told;
     default:
       return true;
   }

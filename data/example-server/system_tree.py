@@ -62,6 +62,19 @@ VITAL_PRODUCT_DATA = [
     ("98:00.1", "BlueField-2 DPU 100GbE/EDR VPI Dual-Port", "MBF2M516A-EEEOT", "MT2135X00098"),
 ]
 
+# The kernel's drivers, by vendor and class; None: of any vendor.
+DRIVERS = [
+    (None, 0x0604, "pcieport"),
+    (None, 0x0106, "ahci"),
+    (None, 0x0108, "nvme"),
+    (None, 0x0C03, "xhci_hcd"),
+    (0x1000, 0x0104, "megaraid_sas"),
+    (0x10DE, 0x0302, "nvidia"),
+    (0x1077, 0x0C04, "qla2xxx"),
+    (0x15B3, 0x0200, "mlx5_core"),
+    (0x1A03, 0x0300, "ast"),
+]
+
 TRANSFER_RATES = {1: "2.5 GT/s PCIe", 2: "5.0 GT/s PCIe", 3: "8.0 GT/s PCIe", 4: "16.0 GT/s PCIe"}
 
 
@@ -120,6 +133,14 @@ def function_attributes(function):
     return attributes
 
 
+def driver_of(function):
+    vendor = struct.unpack_from("<H", function.config, 0)[0]
+    for of_vendor, of_class, driver in DRIVERS:
+        if of_vendor in (None, vendor) and of_class == function.class_code >> 8:
+            return driver
+    return None
+
+
 def vital_product_data(product, part_number, serial_number):
     """An identifier string and read-only fields, the last of which makes the sum of all bytes zero."""
     fields = b"".join(key + bytes([len(text)]) + text.encode() for key, text in [(b"PN", part_number), (b"SN", serial_number)])
@@ -169,6 +190,9 @@ def add_functions(tree, functions):
         folder = tree.folders[function.address()]
         tree.write(folder, function_attributes(function))
         tree.link("bus/pci/devices/0000:" + function.address(), folder)
+        driver = driver_of(function)
+        if driver:
+            tree.link((folder / "driver").relative_to(tree.root), tree.root / "bus/pci/drivers" / driver)
     for function, *texts in VITAL_PRODUCT_DATA:
         tree.write(tree.folders[function], {"vpd": vital_product_data(*texts)})
 
@@ -185,7 +209,7 @@ def add_ports(tree):
         tree.add(function, "infiniband", name, rdma_device(*properties))
     for function, name, *properties in FIBRE_CHANNEL_HOSTS:
         tree.add(function, "fc_host", name, fibre_channel_host(*properties), below=name)
-        tree.add(function, "scsi_host", name, {"active_mode": "Initiator"}, below=name)
+        tree.add(function, "scsi_host", name, {"active_mode": "Initiator", "fw_version": "9.08.02 (d0d5)"}, below=name)
 
 
 def add_drives(tree):

@@ -4,10 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <map>
 #include <string>
 
 #include "collect/collector_fixture.h"
+#include "support/large_dump.h"
 #include "zymdb_cpu_mem.h"
 #include "zymdb_pci.h"
 
@@ -127,20 +129,22 @@ TEST_F(CollectorTest, RemovesHardwareThatIsGone) {
 
 TEST_F(CollectorTest, UpdatesOnlyTheRowsThatChanged) {
   ASSERT_TRUE(collect().ok());
-  sources_.lspci = dump_with("b1:00.0", "de 10 35 22", "de 10 b8 1e");
+  sources_.lspci = dump_with("b1:00.0", "02 03", "03 03");
   const auto summary = collect();
   EXPECT_EQ(counts(summary)["PCIs"], "0/1/0/57");
-  EXPECT_EQ(counts(summary)["PCIAdapter"], "0/1/0/23");
-  EXPECT_EQ(counts(summary)["PCIMisc"], "0/0/0/24");
-  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "PCI device 10de:1eb8\n");
+  EXPECT_EQ(counts(summary)["PCIAdapter"], "0/0/0/24");
+  sources_.pci_ids = files_.write("other.ids", "10de  NVIDIA Corporation\n\t2235  GA102GL [A40]\n");
+  EXPECT_NE(counts(collect())["PCIAdapter"], "0/0/0/24");
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "NVIDIA GA102GL [A40]\n");
 }
 
 TEST_F(CollectorTest, LeavesHealthToWhoeverAssessesIt) {
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCIAdapter", {"HealthStatus"}, "Location=1 AND SlotNo=5"), "0\n");
   ASSERT_EQ(zymdb_set_adapter_health_status(1, 5, 2), ZYM_DB_STATUS_OK);
-  sources_.lspci = dump_with("b1:00.0", "de 10 35 22", "de 10 b8 1e");
+  sources_.pci_ids = files_.write("other.ids", "10de  NVIDIA Corporation\n\t2235  GA102GL [A40]\n");
   ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIAdapter", {"CardName"}, "Location=1 AND SlotNo=5"), "NVIDIA GA102GL [A40]\n");
   EXPECT_EQ(rows("PCIAdapter", {"HealthStatus"}, "Location=1 AND SlotNo=5"), "2\n");
 }
 
@@ -176,6 +180,22 @@ TEST_F(CollectorTest, ReportsItsProgressFromFirstToLast) {
   constexpr size_t kRows = 148;
   ASSERT_EQ(steps.size(), kRows + 1);
   for (size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], std::pair(i, kRows));
+}
+
+TEST_F(CollectorTest, ALargeMachineIsWrittenOnce) {
+  constexpr size_t kFunctions = 10'000;
+  const std::string dump = files_.file("large.lspci");
+  {
+    std::ofstream out(dump);
+    LargeDump(out, kFunctions, 256).write();
+  }
+  sources_.lspci = dump;
+  const auto first = collect();
+  ASSERT_TRUE(first.ok()) << first.error;
+  EXPECT_EQ(counts(first)["PCIs"], "10000/0/0/0");
+  const auto before = stored_bytes();
+  for (const auto& table : collect().tables) EXPECT_EQ(table.changed(), 0U) << table.table;
+  EXPECT_TRUE(stored_bytes() == before);
 }
 
 TEST_F(CollectorTest, CollectsTheRunningMachine) {

@@ -50,7 +50,7 @@ class ColumnKinds : public InventoryTest {
     for (const Step step : {collect_system, collect_processors, collect_memory, collect_system_firmware,
                             collect_functions, collect_adapters, collect_vital_product_data, collect_gpus,
                             collect_ports, collect_firmware, collect_drives}) {
-      for (auto& content : step(survey)(get_dmdb_handle())) all.push_back(std::move(content));
+      for (auto& content : step(survey)({get_dmdb_handle(), {}})) all.push_back(std::move(content));
     }
     return all;
   }
@@ -73,14 +73,28 @@ TEST_F(ColumnKinds, AreThoseOfTheSchemaAndOfTheValues) {
   }
 }
 
-TEST_F(ColumnKinds, OwnersAndKeptRowsAreNamedByColumnsThatAreThere) {
+TEST_F(ColumnKinds, OwnersAndFunctionsAreNamedByColumnsThatAreThere) {
   for (const auto& content : tables()) {
-    for (const char* column : {content.ownership.column, content.kept.column}) {
-      if (column == nullptr) continue;
-      EXPECT_LT(content.position_of(column), content.columns.size()) << column;
+    const std::vector<Value> nothing(content.columns.size());
+    for (const auto& test : {content.is_foreign, content.keeps}) {
+      if (test) {
+        EXPECT_NO_THROW(test(content, nothing)) << content.table;
+      }
     }
-    EXPECT_TRUE(content.kept.values.empty() || content.kept.column != nullptr) << content.table;
-    EXPECT_EQ(content.ownership.column == nullptr, content.ownership.is_foreign == nullptr);
+    if (content.function_column != nullptr) {
+      EXPECT_LT(content.position_of(content.function_column), content.columns.size()) << content.table;
+    } else {
+      EXPECT_TRUE(content.kept.keys.empty()) << content.table;
+    }
+  }
+}
+
+TEST_F(ColumnKinds, EveryTableWithAFunctionInItSaysWhere) {
+  for (const auto& content : tables()) {
+    for (const char* column : {"FunKey", "PCIFuncKey"}) {
+      if (content.position_of(column) == content.columns.size()) continue;
+      EXPECT_STREQ(content.function_column, column);
+    }
   }
 }
 

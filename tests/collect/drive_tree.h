@@ -39,6 +39,24 @@ class DriveTree {
     link("block", device + "/block/" + name, name);
   }
 
+  // A disk of a virtual machine.
+  void virtual_disk(const std::string& function, const std::string& name, const std::string& serial) const {
+    const std::string device = "devices/pci0000:00/" + function + "/virtio2";
+    folder_.write(device + "/vendor", "0x1af4\n");
+    folder_.write(device + "/block/" + name + "/size", "41943040\n");
+    folder_.write(device + "/block/" + name + "/serial", serial);
+    std::filesystem::create_directory_symlink(at(device), at(device) / "block" / name / "device");
+    link("block", device + "/block/" + name, name);
+  }
+
+  // The kernel's driver of a function.
+  void driver(const std::string& function, const std::string& name) const {
+    std::filesystem::create_directories(at("bus/pci/drivers/" + name));
+    std::filesystem::create_directories(at("devices/pci0000:00/" + function));
+    std::filesystem::create_directory_symlink(at("bus/pci/drivers/" + name),
+                                              at("devices/pci0000:00/" + function + "/driver"));
+  }
+
   void write(const std::string& name, const std::string& content) const { folder_.write(name, content); }
   void remove(const std::string& link) const { std::filesystem::remove(at(link)); }
 

@@ -54,6 +54,16 @@ class DriveCollection : public InventoryTest {
     return text;
   }
 
+  // The example server with another drive beside the one in slot 8.
+  std::string folder_with_second_function() const {
+    std::string dump = read_file(ZYMDB_EXAMPLE_SERVER "/server.lspci");
+    const size_t start = dump.find("e5:00.0 ");
+    std::string second = dump.substr(start, dump.find("\n\n", start) + 2 - start);
+    second.replace(0, 7, "e5:00.1");
+    tree_.write("two.lspci", dump + (dump.ends_with("\n\n") ? "" : "\n") + second);
+    return tree_.root() + "/two.lspci";
+  }
+
   DriveTree tree_;
   Sources sources_;
   std::vector<std::string> notices_;
@@ -157,10 +167,76 @@ TEST_F(DriveCollection, ADiskMakesRoomForANvmeDriveInItsBay) {
             "Bay 2|1|0\nBay 3|1|1\nBay 1|3|1\n");
 }
 
-TEST_F(DriveCollection, AnNvmeDriveInNoBayIsToldAndLeftOut) {
+TEST_F(DriveCollection, ADriveWhosePlaceIsNotKnownIsOnTheBoard) {
   tree_.nvme("0000:03:00.0", "nvme0", "S1");
+  tree_.virtual_disk("0000:00:17.0", "vda", "V1");
+  tree_.disk("0000:ca:00.0", "host0", "rport", "sda", "SEAGATE", true);
+  EXPECT_EQ(collect().inserted, 3u);
+  EXPECT_THAT(notices_, IsEmpty());
+  EXPECT_EQ(
+      rows("AimDisks", {"Location", "LocationId", "BayNo", "DriveTypeId", "SerialNo", "Model", "Presence"}),
+      "Board 03:00.0|0|NULL|3|S1|SAMSUNG MZQL21T9HCJR-00A07|1\n"
+      "Board ca:00.0|0|NULL|2|ZL200001|ST16000NM001G-2K|1\n"
+      "Board 00:17.0|0|NULL|NULL|V1|NULL|1\n");
   EXPECT_EQ(collect().changed(), 0u);
-  EXPECT_THAT(notices_, testing::Contains("the NVMe drive nvme0 is in no slot or bay: left out"));
+  tree_.remove("class/nvme/nvme0");
+  tree_.nvme("0000:67:00.0", "nvme1", "S2");
+  tree_.remove("block/vda");
+  const auto summary = collect();
+  EXPECT_EQ(summary.removed, 2u);
+  EXPECT_EQ(summary.inserted, 1u);
+  EXPECT_EQ(rows("AimDisks", {"Location"}), "Board ca:00.0\nBay 1\n");
+}
+
+TEST_F(DriveCollection, ADriveThatGetsABayLeavesTheBoard) {
+  sources_.smbios.clear();
+  tree_.nvme("0000:67:00.0", "nvme0", "S1");
+  collect();
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Board 67:00.0|1\n");
+  sources_.smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios";
+  collect();
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 1|1\n");
+  sources_.smbios.clear();
+  EXPECT_EQ(collect().changed(), 0u) << "without SMBIOS it stays where it is known to be";
+}
+
+TEST_F(DriveCollection, ADriveThatIsKnownToBeOnTheBoardLeavesItsBay) {
+  given("AimDisks", {{"Location", "Bay 9"},
+                     {"LocationId", 2},
+                     {"BayNo", 9},
+                     {"DriveTypeId", 3},
+                     {"PCIFuncKey", 0x30000},
+                     {"Presence", 1}});
+  tree_.nvme("0000:03:00.0", "nvme0", "S1");
+  collect();
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Bay 9|0\nBoard 03:00.0|1\n");
+}
+
+TEST_F(DriveCollection, SeveralDrivesInOneSlotAreListedEachOnItsOwn) {
+  tree_.nvme("0000:e5:00.0", "nvme0", "S1");
+  sources_.lspci = folder_with_second_function();
+  tree_.nvme("0000:e5:00.1", "nvme1", "S2");
+  collect();
+  EXPECT_EQ(rows("AimDisks", {"Location", "LocationId", "BayNo", "SerialNo"}),
+            "Slot 8 #2|1|NULL|S2\nSlot 8|1|8|S1\n");
+  EXPECT_EQ(collect().changed(), 0u);
+}
+
+TEST_F(DriveCollection, ADriveOfAFunctionThatNobodyTellsOfIsANotice) {
+  tree_.nvme("0000:7a:00.0", "nvme0", "S1");
+  EXPECT_EQ(collect().changed(), 0u);
+  EXPECT_THAT(notices_,
+              testing::Contains("the drive nvme0 hangs on 0000:7a:00.0, which is not there: left out"));
+}
+
+TEST_F(DriveCollection, OnTheBoardDrivesStayWhereNothingTellsOfTheirClass) {
+  tree_.nvme("0000:03:00.0", "nvme0", "S1");
+  tree_.virtual_disk("0000:00:17.0", "vda", "V1");
+  collect();
+  fs::remove_all(fs::path(tree_.root()) / "block");
+  EXPECT_EQ(collect().changed(), 0u);
+  fs::remove_all(fs::path(tree_.root()) / "class/nvme");
+  EXPECT_EQ(collect().changed(), 0u);
 }
 
 TEST_F(DriveCollection, DrivesOfOtherReportersStay) {
@@ -193,22 +269,52 @@ TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
   EXPECT_EQ(summary.unchanged, 1u);
 }
 
-TEST(NvmeRecords, HoldTheHealthThatADriveTells) {
+TEST_F(DriveCollection, ADriveInASlotOfAHighNumberIsWrittenOnce) {
+  NvmeRecord record{};
+  record.drive.LocationId = 1;
+  record.drive.BayNo = 300;
+  record.drive.PCIFuncKey = 0x670000;
+  record.drive.DriveTypeId = 3;
+  std::strcpy(record.drive.SerialNo, "S1");
+  TableSummary first;
+  write_nvme_drives({record}, first);
+  EXPECT_EQ(first.inserted, 1u);
+  TableSummary second;
+  write_nvme_drives({record}, second);
+  EXPECT_EQ(second.changed(), 0u);
+  const auto former = read_former_drives({get_dmdb_handle(), {}});
+  EXPECT_EQ(former.nvme_places.at(FunctionKey(0x670000)), (DrivePlace{ZYMDB_LOCATION_SLOT, 300}));
+  TableSummary third;
+  write_nvme_drives({}, third);
+  EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Slot 300|0\n");
+}
+
+// A machine with one drive, at a place of its own or on the board.
+struct DriveMachine {
   Machine machine;
-  machine.functions.emplace();
-  MachineFunction function;
-  function.pci.address = {0, 0x67, 0, 0};
-  function.slot = 0;
-  machine.functions->push_back(function);
-  Slot bay;
-  bay.location = ZYMDB_LOCATION_BAY;
-  bay.number = 1;
-  machine.slots.push_back(bay);
-  Drive drive;
-  drive.function = function.pci.address;
-  drive.health = DriveHealth{4, 41, 97, {}};
-  std::vector<std::string> notices;
-  const auto records = nvme_records(machine, {drive}, notices);
+  DriveFindings findings;
+
+  explicit DriveMachine(Location location) {
+    MachineFunction function;
+    function.pci.address = {0, 0x67, 0, 0};
+    function.key = FunctionKey(0, 0x67, 0, 0);
+    function.place_known = true;
+    Slot bay;
+    bay.location = location;
+    bay.number = 1;
+    if (location != ZYMDB_LOCATION_BOARD) function.slot = 0;
+    machine.slots.push_back(bay);
+    machine.functions = {function};
+    Drive drive;
+    drive.function = function.pci.address;
+    drive.health = DriveHealth{4, 41, 97, {}};
+    findings.nvme = {drive};
+  }
+};
+
+TEST(NvmeRecords, HoldTheHealthThatADriveTells) {
+  const DriveMachine drive(ZYMDB_LOCATION_BAY);
+  const auto [records, rest, notices] = drive_rows(drive.machine, drive.findings, {});
   ASSERT_THAT(records, SizeIs(1));
   EXPECT_TRUE(records[0].has_health);
   EXPECT_EQ(records[0].drive.Warning, 4);
@@ -217,6 +323,23 @@ TEST(NvmeRecords, HoldTheHealthThatADriveTells) {
   EXPECT_EQ(records[0].drive.InfoMask, 15);
   EXPECT_EQ(records[0].drive.BayNo, 1);
   EXPECT_THAT(notices, IsEmpty());
+  EXPECT_THAT(rest.rows, IsEmpty());
+}
+
+TEST(NvmeRecords, OnTheBoardHoldTheirHealthAndATemperatureThatHardlyChanges) {
+  DriveMachine drive(ZYMDB_LOCATION_BOARD);
+  const auto value = [&](const char* column, const FormerDrives& former = {}) {
+    const auto content = drive_rows(drive.machine, drive.findings, former).rest;
+    return content.value_of(content.rows.at(0).values, column);
+  };
+  EXPECT_EQ(value("Warning"), Value::number(4));
+  EXPECT_EQ(value("RemainLife"), Value::number(97));
+  EXPECT_EQ(value("InfoMask"), Value::number(15));
+  EXPECT_EQ(value("Temperature"), Value::number(41));
+  EXPECT_EQ(value("Temperature", {.nvme_places = {}, .temperatures = {{"Board 67:00.0", 44}}}),
+            Value::number(44));
+  EXPECT_EQ(value("Temperature", {.nvme_places = {}, .temperatures = {{"Board 67:00.0", 45}}}),
+            Value::number(41));
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ using testing::UnorderedElementsAre;
 
 // "17:00.0 network 22.31.1014", with "-" for no version.
 std::string text_of(const FirmwareComponent& component) {
-  constexpr const char* kKinds[] = {"nvme", "network", "fabric", "video", "rom"};
+  constexpr const char* kKinds[] = {"nvme", "network", "fabric", "video", "rom", "fibre"};
   return to_string(component.function) + " " + kKinds[static_cast<size_t>(component.kind)] + " " +
          component.version.value_or("-");
 }
@@ -109,6 +109,24 @@ TEST_F(SysfsFirmware, GraphicsDriversKeepTheVideoBios) {
   tree_.write("nvidia/0000:cc:00.0/information", "Video BIOS: \t ??.??.??.??.??\n");
   EXPECT_THAT(read({.network = {}, .nvidia_folder = tree_.path("nvidia")}),
               ElementsAre("0000:c1:00.0 video 113-D3430500-030", "0000:ca:00.0 video 92.00.19.00.08"));
+}
+
+TEST_F(SysfsFirmware, FibreChannelHostsTellTheirVersions) {
+  const auto host = [this](const char* function, const char* name, const char* file, const char* content) {
+    tree_.add_device(function, "fc_host", name, "port_name", "0x21000024ff123456\n");
+    tree_.add_device(function, "scsi_host", name, file, content);
+  };
+  host("0000:17:00.0", "host1", "fwrev", "14.0.390.1, sli-4:2:b\n");
+  host("0000:18:00.0", "host2", "fw_version", "9.08.02 (d0d5)\n");
+  host("0000:19:00.0", "host3", "fwrev", "\n");
+  tree_.add_device("0000:1a:00.0", "fc_host", "host4", "symbolic_name",
+                   "Emulex LPe32002-M2 FV12.8.340.8 DV12.8.0.5 HN:node OS:Linux\n");
+  tree_.add_device("0000:1b:00.0", "fc_host", "host5", "symbolic_name",
+                   "QLE2562 FW:v8.07.00 DVR:v10.00.00.12-k\n");
+  tree_.add_device("0000:1c:00.0", "fc_host", "host6", "symbolic_name", "a host of no known maker\n");
+  tree_.add_device("0000:1d:00.0", "scsi_host", "host7", "fw_version", "of a disk controller\n");
+  EXPECT_THAT(read(), ElementsAre("0000:17:00.0 fibre 14.0.390.1", "0000:18:00.0 fibre 9.08.02",
+                                  "0000:1a:00.0 fibre 12.8.340.8", "0000:1b:00.0 fibre 8.07.00"));
 }
 
 TEST_F(SysfsFirmware, NothingIsToldWithoutATree) {

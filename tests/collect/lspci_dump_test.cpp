@@ -2,8 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <fstream>
+#include <set>
 #include <string>
+#include <thread>
 
 #include "collect/machines.h"
 #include "common/source_file.h"
@@ -86,7 +90,8 @@ TEST(LspciDump, RefusesWhatIsNotADumpWithLineAndReason) {
       {whole + whole, "line 7: function 0000:02:00.0 is there twice"},
       {kHexLines, "line 1: a hex line outside a function"},
       {"\tSubsystem: a name\n", "a detail line outside a function"},
-      {"02:00.0 0200: 8086:1521\n03:00.0 0200: 8086:1521\n", "line 2: function 0000:02:00.0 is not ended"},
+      {"02:00.0 0200: 8086:1521\n" + std::string(kHexLines) + "03:00.0 0200: 8086:1521\n",
+       "line 6: function 0000:02:00.0 is not ended"},
       {"02:00.0 0200: 8086:1521\n10: 00\n", "a hex line is missing or out of order"},
       {"02:00.0 0200: 8086:1521\n00: 86 80 21\n", "line 2: a hex line without 16 two-digit bytes"},
       {"02:00.0 0200: 8086:1521\n00: 86 80 2x 15 06 00 10 00 01 00 00 02 10 00 80 00\n",
@@ -94,7 +99,8 @@ TEST(LspciDump, RefusesWhatIsNotADumpWithLineAndReason) {
       {"02:00.0 0200: 8086:1521\n00: 86 80 21 15 06 00 10 00 01 00 00 02 10 00 80 00 00\n", "more than 16"},
       {"02:00.0 0200: 8086:1521\n00: 86 80 21 15 06 00 10 00 01 00 00 02 10 00 80 00\n\n",
        "has 16 bytes, not"},
-      {whole.substr(0, whole.size() - 1), "line 5: the dump ends inside function 0000:02:00.0"},
+      {whole + "03:00.0 0200: 8086:1521\n",
+       "line 7: the dump ends inside function 0000:03:00.0 (cut short?)"},
   };
   for (const auto& test : kCases) EXPECT_THAT(refusal(test.text), HasSubstr(test.message)) << test.text;
 }
@@ -127,15 +133,141 @@ TEST(LspciDump, EndsOnACapabilityListThatIsALoop) {
   EXPECT_FALSE(function.link.width);
 }
 
-// Every prefix of a dump is refused unless it ends where a function does.
+// ---- Dumps that end early
+
+// Configuration space of `size` bytes; a PCI Express function's has the capability at 40h.
+std::string function_of_size(const std::string& slot, unsigned size, bool is_express = false) {
+  std::string text = slot + " 0200: 8086:1521\n";
+  char line[80];
+  for (unsigned offset = 0; offset < size; offset += 16) {
+    std::snprintf(line, sizeof line, "%02x: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n", offset);
+    text += line;
+  }
+  if (!is_express) return text;
+  text.replace(text.find("00: 00 00 00 00 00 00 00 ") + 4, 21, "86 80 21 15 06 00 10 ");
+  text.replace(text.find("30: 00 00 00 00 00") + 4, 15, "00 00 00 00 40 ");
+  return text.replace(text.find("40: 00 00 00 00") + 4, 12, "10 00 02 00 ");
+}
+
+TEST(LspciDump, NeedsNoEmptyLineAfterALastFunctionThatIsComplete) {
+  const std::string small = function_of_size("01:00.0", 64) + "\n";
+  const std::string medium = function_of_size("02:00.0", 256) + "\n";
+  const std::string large = function_of_size("03:00.0", 4096, true) + "\n";
+  const struct {
+    std::string text;
+    bool is_complete;
+  } kCases[] = {
+      {function_of_size("04:00.0", 64), true},
+      {function_of_size("04:00.0", 256), true},
+      {function_of_size("04:00.0", 4096), true},
+      {function_of_size("04:00.0", 80), false},
+      {function_of_size("04:00.0", 128), false},  // a CardBus bridge has as many
+      {small + function_of_size("04:00.0", 64), true},
+      {small + function_of_size("04:00.0", 256), true},
+      {medium + function_of_size("04:00.0", 64), false},
+      {medium + function_of_size("04:00.0", 256), true},
+      {small + medium + function_of_size("04:00.0", 64), false},
+      {large + function_of_size("04:00.0", 4096), true},
+      {large + function_of_size("04:00.0", 64), false},
+      {large + function_of_size("04:00.0", 256, true), false},  // its bytes go on beyond these
+      {large + function_of_size("04:00.0", 256), true},         // a conventional PCI function has no more
+  };
+  for (const auto& [text, is_complete] : kCases) {
+    const std::string whole = refusal(text);
+    EXPECT_EQ(whole == "accepted", is_complete) << text.size() << whole;
+    const std::string without_line_end = text.substr(0, text.size() - 1);
+    EXPECT_EQ(refusal(without_line_end) == "accepted", is_complete) << without_line_end.size();
+    EXPECT_NE(refusal(text.substr(0, text.size() - 2)), "accepted") << "cut within its last byte";
+  }
+}
+
+std::string without_line_ends(std::string text) {
+  while (text.ends_with('\n')) text.pop_back();
+  return text;
+}
+
+// Every prefix of a dump is refused unless it ends where a function does. Nobody can tell that there are more
+// bytes of the only function.
 TEST(LspciDump, RefusesEveryPrefixThatEndsInsideAFunction) {
   std::string whole = read_file(ZYMDB_EXAMPLE_SERVER "/server.lspci");
   whole.resize(whole.find("\n\n", 3000) + 2);
+  std::set<std::string> complete;
+  for (size_t end = whole.find("\n\n"); end != std::string::npos; end = whole.find("\n\n", end + 1))
+    complete.insert(whole.substr(0, end));
+  const std::string header = whole.substr(0, whole.find("\n40: "));
+  ASSERT_LT(header.size(), complete.begin()->size());
+  complete.insert(header);
   for (size_t size = 0; size < whole.size(); ++size) {
     const std::string prefix = whole.substr(0, size);
-    const bool ends_with_a_function = prefix.ends_with("\n\n");
-    EXPECT_EQ(refusal(prefix) == "accepted", ends_with_a_function) << size;
+    EXPECT_EQ(refusal(prefix) == "accepted", complete.contains(without_line_ends(prefix))) << size;
   }
+}
+
+// ---- What people and tools do to dumps
+
+TEST(LspciDump, SaysWhatToTypeWhereTheTextIsForPeople) {
+  const std::string message =
+      "line 2: function 0000:00:00.0 has no bytes: make the dump with \"lspci -xxxx\"";
+  for (const char* text : {
+           "00:00.0 Host bridge [0600]: Intel Corporation Device [8086:09a2] (rev 04)\n"
+           "00:00.1 System peripheral [0880]: Intel Corporation Device [8086:09a4]\n",
+           "00:00.0 Host bridge: Intel Corporation Device 09a2\n"
+           "00:00.1 System peripheral: Intel Corporation Device 09a4\n",
+           "00:00.0 Host bridge: Intel Corporation Device 09a2\n\n",
+           "00:00.0 Host bridge: Intel Corporation Device 09a2\n\tSubsystem: a name\n",
+       })
+    EXPECT_THAT(refusal(text), HasSubstr(message)) << text;
+  EXPECT_THAT(refusal("00:00.0 Host bridge: Intel Corporation Device 09a2\n\tSubsystem: a name\n\n"),
+              HasSubstr("has no bytes: make the dump with"));
+}
+
+TEST(LspciDump, SkipsWhatToolsWroteInBetweenAndSaysSo) {
+  std::string text = "pcilib: Cannot open /dev/mem\n" + function_text("02:00.0") + "lspci: Unable to load\n";
+  text.insert(text.find("20: "), "pcilib: sysfs_read_vpd: read failed: \x1b[31mNo such device\n");
+  std::vector<std::string> notices;
+  const auto functions = parse_lspci_dump(text, "dump", &notices);
+  ASSERT_EQ(functions.size(), 1U);
+  EXPECT_EQ(functions.front().subsystem_device, 0x0518);
+  EXPECT_THAT(notices,
+              testing::ElementsAre("dump, line 1: skipped \"pcilib: Cannot open /dev/mem\", and 2 more "
+                                   "lines that tools wrote in between"));
+  notices.clear();
+  parse_lspci_dump(function_text("02:00.0") + "pcilib: a\x1b[31mb", "dump", &notices);
+  EXPECT_THAT(notices,
+              testing::ElementsAre("dump, line 7: skipped \"pcilib: a?[31mb\", which a tool wrote in "
+                                   "between"));
+}
+
+TEST(LspciDump, RefusesALineWithoutEnd) {
+  EXPECT_THAT(refusal(std::string(1 << 20, 'a')), HasSubstr("dump, line 1: a line of more than 65536 bytes"));
+  std::vector<std::string> notices;
+  EXPECT_THROW(read_lspci_dump("/dev/zero", notices), SourceError);
+}
+
+TEST(LspciDump, IsReadAsItComes) {
+  TemporaryFolder folder;
+  const std::string text = function_text("02:00.0") + function_text("03:00.0");
+  std::vector<std::string> notices;
+  EXPECT_EQ(read_lspci_dump(folder.write("dump", text), notices).size(), 2U);
+  const std::string pipe = (folder.path() / "pipe").string();
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::thread writer([&] { std::ofstream(pipe) << text; });
+  EXPECT_EQ(read_lspci_dump(pipe, notices).size(), 2U);
+  writer.join();
+}
+
+TEST(LspciDump, MayBeLargerThanWhatIsReadAtOnce) {
+  TemporaryFolder folder;
+  const std::string path = folder.write("dump", function_text("02:00.0"));
+  {
+    std::ofstream file(path, std::ios::app);
+    const std::string detail = "\t" + std::string(60'000, 'x') + "\n";
+    file << "03:00.0 0200: 8086:1521\n";
+    for (size_t written = 0; written < (size_t{65} << 20); written += detail.size()) file << detail;
+    file << kHexLines;
+  }
+  std::vector<std::string> notices;
+  EXPECT_EQ(read_lspci_dump(path, notices).size(), 2U);
 }
 
 TEST(LspciDump, ReadsOrRefusesFlippedBytes) {

@@ -2,10 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "collect/machines.h"
+#include "collect/model/machine.h"
 #include "collect/sources/pci/lspci_dump.h"
+#include "collect/sources/pci/pci_ids.h"
 #include "common/text.h"
 
 namespace zymdb::collect {
@@ -114,11 +118,79 @@ TEST_P(RecordedLspci, HasTheSameLinks) {
   };
   for (const auto& function : functions()) {
     const auto& [width, generation, max_width, max_generation] = function.link;
-    if (!max_width && !width) continue;
+    if (max_width.value_or(0) == 0 && width.value_or(0) == 0) continue;
     read[to_string(function.address)] =
         text("Cap", max_generation, max_width) + text("Sta", generation, width);
   }
   EXPECT_EQ(read, expected);
+}
+
+// Whether there is a link at all, and which port of one a bridge is, by the lines of the PCI Express
+// capability.
+TEST_P(RecordedLspci, HasTheSamePorts) {
+  const std::pair<const char*, PortType> kPorts[] = {{"Root Port", PortType::kRootPort},
+                                                     {"Upstream Port", PortType::kUpstream},
+                                                     {"Downstream Port", PortType::kDownstream}};
+  std::map<std::string, PortType> expected;
+  std::set<std::string> linked;
+  std::string slot;
+  for (const auto& line : lines_of(lspci("-n -vv"))) {
+    if (!line.empty() && line.front() != '\t') slot = line.substr(0, line.find(' '));
+    if (line.find("\tLnkSta:") != std::string::npos) linked.insert(slot);
+    if (line.find("] Express ") == std::string::npos) continue;
+    expected[slot] = PortType::kOther;
+    for (const auto& [text, type] : kPorts) {
+      if (line.find(text) != std::string::npos) expected[slot] = type;
+    }
+  }
+  for (const auto& function : functions()) {
+    const std::string address = to_string(function.address);
+    const auto port = expected.find(address);
+    EXPECT_EQ(function.port_type, port == expected.end() ? PortType::kUnknown : port->second) << address;
+    if (!function.link.max_width) continue;  // the bytes end before the capabilities do
+    EXPECT_EQ(*function.link.max_width != 0, linked.contains(address)) << address;
+  }
+}
+
+// The bridge above is the one whose secondary bus lspci prints as the function's own.
+TEST_P(RecordedLspci, HasTheSameBridgesAboveFunctions) {
+  std::map<std::string, std::string> leading;  // by domain and bus, "0000:03"
+  std::string slot;
+  for (const auto& line : lines_of(lspci("-n -v"))) {
+    if (!line.empty() && line.front() != '\t') slot = line.substr(0, line.find(' '));
+    if (line.find("\tBus: primary=") == std::string::npos) continue;
+    // One that nobody configured has bus 0 on both sides.
+    if (const auto bus = after(line, "secondary="); bus != "00") leading[slot.substr(0, 5) + bus] = slot;
+  }
+  Findings findings;
+  findings.functions = functions();
+  const Machine machine = build_machine(std::move(findings));
+  size_t below_bridges = 0;
+  for (const auto& function : *machine.functions) {
+    const std::string address = to_string(function.pci.address);
+    const auto bridge = leading.find(address.substr(0, 7));
+    ASSERT_EQ(function.bridge_key.has_value(), bridge != leading.end()) << address;
+    if (!function.bridge_key) continue;
+    EXPECT_EQ(function.bridge_key->text(), bridge->second) << address;
+    ++below_bridges;
+  }
+  EXPECT_GT(below_bridges, 0U);
+}
+
+// "00:1f.2 SATA controller [0106]: Intel Corporation ... [8086:a182]".
+TEST_P(RecordedLspci, HasTheSameNames) {
+  const auto names = PciIds::load("/usr/share/misc/pci.ids");
+  std::map<std::string, std::string> expected;
+  for (const auto& line : lines_of(lspci("-nn"))) expected[line.substr(0, line.find(' '))] = line;
+  for (const auto& function : functions()) {
+    const std::string& line = expected.at(to_string(function.address));
+    const std::string vendor(names.vendor(function.vendor));
+    const std::string device(names.device(function.vendor, function.device));
+    const std::string sub(names.subclass(function.base_class(), function.subclass()));
+    for (const auto& name : {vendor, device, sub})
+      EXPECT_NE(line.find(name), std::string::npos) << line << " lacks " << name;
+    EXPECT_EQ(device.empty(), line.find(" Device [") != std::string::npos) << line;
+  }
 }
 
 }  // namespace

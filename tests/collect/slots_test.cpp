@@ -64,6 +64,18 @@ TEST(DriveBay, IsToldByTypeOrDesignation) {
   }
 }
 
+TEST(DriveBay, IsAHardDisksSlotOfFourLanesButNoRiser) {
+  constexpr uint8_t kFourLanes = 0x0A;
+  constexpr uint8_t kEightLanes = 0x0B;
+  EXPECT_TRUE(is_drive_bay(0xB6, "HDD#3", kFourLanes));
+  EXPECT_FALSE(is_drive_bay(0xB6, "HDD#3", kEightLanes));
+  EXPECT_FALSE(is_drive_bay(0xB6, "HDD#3"));
+  EXPECT_FALSE(is_drive_bay(0xB6, "EDSFF Riser"));
+  EXPECT_FALSE(is_drive_bay(0xC5, "EDSFF_Riser 1")) << "what it takes is a card that takes drives";
+  EXPECT_TRUE(is_drive_bay(0xB6, "EDSFF 4"));
+  EXPECT_TRUE(is_drive_bay(0xB6, "Riser 1 NVMe Bay 3"));
+}
+
 TEST(SlotNumbers, AreTheIdsBeforeTheDesignations) {
   EXPECT_THAT(numbers(slots_of({described("PCIe Slot 7", 2), described("PCIe Slot 8", 0)})),
               ElementsAre(2, 8));

@@ -213,6 +213,59 @@ TEST_F(SourcesTest, TakesVitalProductDataAndLinksFromSysfsBesideADump) {
   EXPECT_EQ(rows("VPDs", {"SerialNo"}), "");
 }
 
+TEST_F(SourcesTest, KeepsWhatADumpTellsWhereSysfsTellsNothing) {
+  const std::initializer_list<const char*> links{"LanesInUse", "MaxLanes", "PCIeType", "MaxPCIeType",
+                                                 "BridgeId"};
+  ASSERT_TRUE(collect().ok());
+  const std::string before = rows("PCIs", links, "FunKey=1507328");
+  const std::string function = "sys/bus/pci/devices/0000:17:00.0/";
+  files_.write(function + "vendor", "0x15b3\n");
+  files_.write(function + "device", "0x101d\n");
+  sources_.sysfs = files_.path().string() + "/sys";
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", links, "FunKey=1507328"), before);
+  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "NULL|NULL|0\n");
+  std::filesystem::create_symlink("../../bus/pci/drivers/mlx5_core", files_.path() / (function + "driver"));
+  std::filesystem::create_symlink("../../kernel/iommu_groups/27", files_.path() / (function + "iommu_group"));
+  files_.write(function + "numa_node", "1\n");
+  files_.write(function + "max_link_width", "32\n");
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"LanesInUse", "MaxLanes"}, "FunKey=1507328"), "16|32\n");
+  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "mlx5_core|27|1\n");
+  std::filesystem::remove(files_.path() / (function + "driver"));
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup"}, "FunKey=1507328"), "NULL|27\n");
+  sources_.sysfs.clear();
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "27|1\n")
+      << "a dump knows of neither";
+}
+
+TEST_F(SourcesTest, WritesZerosForALinkThatIsDownOrNotThere) {
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"LanesInUse", "MaxLanes"}, "FunKey=3146752"), "0|8\n") << "nothing in that slot";
+  EXPECT_EQ(rows("PCIs", {"LanesInUse", "MaxLanes", "PCIeType", "MaxPCIeType"}, "FunKey=5888"), "0|0|0|0\n")
+      << "a SATA controller of the chipset";
+  EXPECT_EQ(rows("PCIMisc", {"MaxDataWidth"}, "PCIFuncKey=5888"), "NULL\n");
+}
+
+TEST_F(SourcesTest, TellsTheBridgeAtTheFirstAddressOfAllFromARoot) {
+  const auto function = [](const char* slot, const char* class_and_header, const char* buses) {
+    return std::string(slot) + " 0604: 8086:3c00\n00: 86 80 00 3c 00 00 00 00 00 00 " + class_and_header +
+           " 00\n10: 00 00 00 00 00 00 00 00 " + buses +
+           " 00 00 00 00 00\n20: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"
+           "30: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n\n";
+  };
+  sources_.lspci = files_.write("first", function("00:00.0", "04 06 00 00 01", "00 01 01") +
+                                             function("00:1f.0", "00 02 00 00 00", "00 00 00") +
+                                             function("01:00.0", "00 02 00 00 00", "00 00 00"));
+  given("PCIs", {{"FunKey", 0x1f00}, {"HardwareTypeId", 3}, {"BridgeId", 0}});
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("PCIs", {"BridgeId"}, "FunKey=0"), "NULL\n");
+  EXPECT_EQ(rows("PCIs", {"BridgeId"}, "FunKey=7936"), "NULL\n");
+  EXPECT_EQ(rows("PCIs", {"BridgeId"}, "FunKey=65536"), "0\n");
+}
+
 TEST_F(SourcesTest, ReadsSmbiosTablesOfASysfsTree) {
   const std::string dump = read_file(sources_.smbios);
   files_.write("sys/firmware/dmi/tables/smbios_entry_point", dump.substr(0, 24));

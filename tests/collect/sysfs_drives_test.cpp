@@ -91,6 +91,81 @@ TEST_F(SysfsDrives, OfSataAndSasAreDisks) {
   EXPECT_EQ(found[1].maker, "SEAGATE");
 }
 
+TEST_F(SysfsDrives, AreFoundWhereARecordingLacksTheLinkToTheirDevice) {
+  tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
+  tree_.remove("devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0/block/sda/device");
+  const auto found = drives();
+  ASSERT_THAT(found, SizeIs(1));
+  EXPECT_EQ(to_string(found[0].function), "0000:00:17.0");
+  EXPECT_EQ(found[0].port, 3);
+  EXPECT_EQ(found[0].serial, "ZL200001");
+}
+
+TEST_F(SysfsDrives, OfVirtualMachinesAreDisks) {
+  tree_.virtual_disk("0000:00:04.0", "vda", "root-disk");
+  const auto found = drives();
+  ASSERT_THAT(found, SizeIs(1));
+  EXPECT_EQ(found[0].bus, DriveBus::kVirtio);
+  EXPECT_EQ(to_string(found[0].function), "0000:00:04.0");
+  EXPECT_EQ(found[0].serial, "root-disk");
+  EXPECT_EQ(found[0].capacity, 21'474'836'480u);
+  EXPECT_FALSE(found[0].model);
+  EXPECT_FALSE(found[0].port);
+}
+
+TEST_F(SysfsDrives, BehindAVirtualControllerHaveNoPort) {
+  tree_.disk("0000:02:00.0", "virtio6/host0/target0:0:1", "0:0:1:0", "sda", "QEMU", false);
+  const auto found = drives();
+  ASSERT_THAT(found, SizeIs(1));
+  EXPECT_EQ(found[0].bus, DriveBus::kVirtio);
+  EXPECT_FALSE(found[0].port);
+  EXPECT_EQ(found[0].model, "ST16000NM001G-2K");
+}
+
+TEST_F(SysfsDrives, AreNoVolumesOfRaidControllers) {
+  const char* const function = "0000:ca:00.0";
+  const std::string folder = "devices/pci0000:00/" + std::string(function) + "/host0/target0:1:0/0:1:0:0";
+  tree_.disk(function, "host0/target0:1:0", "0:1:0:0", "sda", "HPE", false);
+  EXPECT_THAT(drives(), SizeIs(1));
+  for (const char* level : {"RAID 1(+0)\n", "RAID 5\n"}) {
+    tree_.write(folder + "/raid_level", level);
+    EXPECT_THAT(drives(), IsEmpty()) << level;
+  }
+  tree_.write(folder + "/raid_level", "N/A\n");
+  EXPECT_THAT(drives(), SizeIs(1)) << "a disk that the controller hands through";
+  for (const char* model :
+       {"LOGICAL VOLUME\n", "Virtual Disk\n", "PERC H730 Mini\n", "MR9361-8i\n", "RAID 930-8i-2GB\n"}) {
+    tree_.write(folder + "/model", model);
+    EXPECT_THAT(drives(), IsEmpty()) << model;
+  }
+  tree_.write(folder + "/model", "MRAID Drive Inc\n");
+  EXPECT_THAT(drives(), SizeIs(1));
+  tree_.write(folder + "/raid_devices/0:1:0:0/level", "raid1\n");
+  EXPECT_THAT(drives(), IsEmpty()) << "the kernel's own class of volumes";
+}
+
+TEST_F(SysfsDrives, OfMegaraidAreThoseOfItsFirstTwoChannels) {
+  tree_.driver("0000:ca:00.0", "megaraid_sas");
+  tree_.disk("0000:ca:00.0", "host0/target0:0:5", "0:0:5:0", "sda", "SEAGATE", false);
+  tree_.disk("0000:ca:00.0", "host0/target0:2:0", "0:2:0:0", "sdb", "LSI", false);
+  tree_.disk("0000:ca:00.0", "host0/target0:3:1", "0:3:1:0", "sdc", "LSI", false);
+  const auto found = drives();
+  ASSERT_THAT(found, SizeIs(1));
+  EXPECT_EQ(found[0].name, "sda");
+}
+
+TEST_F(SysfsDrives, OfControllersThatShowOnlyVolumesAreNone) {
+  tree_.disk("0000:ca:00.0", "host0/target0:0:5", "0:0:5:0", "sda", "AMCC", false);
+  tree_.write("devices/pci0000:00/0000:ca:00.0/host0/scsi_host/host0/proc_name", "3w-9xxx\n");
+  EXPECT_THAT(drives(), IsEmpty());
+}
+
+TEST_F(SysfsDrives, AreNotMadeOfOthers) {
+  tree_.write("block/md127/size", "1024\n");
+  tree_.write("block/dm-0/size", "1024\n");
+  EXPECT_THAT(drives(), IsEmpty());
+}
+
 TEST_F(SysfsDrives, ThatCanBePulledOutAreNotTheServers) {
   tree_.disk("0000:00:17.0", "usb1/1-1/host2/target2:0:0", "2:0:0:0", "sda", "Stick", false);
   tree_.disk("0000:00:17.0", "ata1/host1/target1:0:0", "1:0:0:0", "sdb", "ATA", false);

@@ -146,6 +146,21 @@ TEST_F(SysfsPorts, OfOneFunctionHaveTheNumbersThatTheDriverGives) {
   EXPECT_THAT(indices(), ElementsAre(0, 1, 0));
 }
 
+TEST_F(SysfsPorts, BearTheNamesOfTheirInterfaces) {
+  device(kCard, "net", "ens1f0", ethernet({{"dev_port", "0"}}));
+  device(kCard, "net", "ens1f1", ethernet({{"dev_port", "1"}}));
+  device(std::string(kCard) + "/host3", "fc_host", "host3", {{"port_name", "0x21000024ff123456"}});
+  const std::string infiniband = "pci0000:00/0000:00:02.0/0000:5e:00.0";
+  device(infiniband, "infiniband", "mlx5_0",
+         {{"ports/1/state", "4: ACTIVE"}, {"ports/2/state", "4: ACTIVE"}});
+  device(infiniband, "net", "ib0", {{"type", "32"}, {"dev_port", "0"}});
+  device("pci0000:00/0000:00:03.0/host4", "fc_host", "host4", {{"port_name", "0x21000024ff123456"}});
+  std::vector<std::string> names;
+  for (const auto& port : ports()) names.push_back(port.interface.value_or("-"));
+  EXPECT_THAT(names, testing::ElementsAre("host4", "ens1f0", "ens1f1", "ib0", "mlx5_0"))
+      << "the system has no interface for the second InfiniBand port";
+}
+
 TEST_F(SysfsPorts, WithOneNumberForAllAreToldApartByTheirNames) {
   device(kCard, "net", "eth0", ethernet({{"dev_port", "0"}, {"phys_port_name", "p2"}}));
   device(kCard, "net", "eth1", ethernet({{"dev_port", "0"}, {"phys_port_name", "p0"}}));

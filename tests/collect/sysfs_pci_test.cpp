@@ -63,7 +63,7 @@ TEST_F(SysfsTree, LeavesUnknownWhatTheSystemDoesNotKnow) {
   function("pci0000:00/0000:00:02.0", {{"vendor", "0x1af4\n"},
                                        {"device", "0x1042\n"},
                                        {"current_link_speed", "Unknown\n"},
-                                       {"current_link_width", "0\n"},
+                                       {"current_link_width", "63\n"},
                                        {"max_link_width", "255\n"},
                                        {"subsystem_vendor", "0x0000\n"},
                                        {"subsystem_device", "0x0000\n"},
@@ -79,6 +79,31 @@ TEST_F(SysfsTree, LeavesUnknownWhatTheSystemDoesNotKnow) {
   EXPECT_FALSE(function.vpd);
 }
 
+TEST_F(SysfsTree, TellsALinkThatIsDownFromNoLink) {
+  function("pci0000:00/0000:00:01.0", {{"vendor", "0x8086\n"},
+                                       {"current_link_speed", "2.5 GT/s PCIe\n"},
+                                       {"current_link_width", "0\n"},
+                                       {"max_link_speed", "16.0 GT/s PCIe\n"},
+                                       {"max_link_width", "16\n"}});
+  function("pci0000:00/0000:00:02.0", {{"vendor", "0x8086\n"},
+                                       {"current_link_speed", "Unknown\n"},
+                                       {"current_link_width", "0\n"},
+                                       {"max_link_speed", "Unknown\n"},
+                                       {"max_link_width", "255\n"}});
+  const auto functions = read_sysfs_functions(root());
+  ASSERT_TRUE(functions);
+  const PciLink& down = functions->front().link;
+  EXPECT_EQ(down.width, 0);
+  EXPECT_EQ(down.generation, 1);
+  EXPECT_EQ(down.max_width, 16);
+  EXPECT_EQ(down.max_generation, 4);
+  const PciLink& none = functions->back().link;
+  EXPECT_EQ(none.width, 0);
+  EXPECT_EQ(none.generation, 0);
+  EXPECT_EQ(none.max_width, 0);
+  EXPECT_EQ(none.max_generation, 0);
+}
+
 TEST_F(SysfsTree, ConfigTellsMoreThanTheAttributes) {
   std::string config(64, '\0');
   config.replace(0, 4, "\x86\x80\x02\x3c");
@@ -92,6 +117,27 @@ TEST_F(SysfsTree, ConfigTellsMoreThanTheAttributes) {
   ASSERT_TRUE(functions);
   EXPECT_EQ(functions->front().secondary_bus, 5);
   EXPECT_TRUE(functions->front().is_bridge());
+}
+
+TEST_F(SysfsTree, NamesTheDriverAndTheIommuGroup) {
+  function("pci0000:00/0000:00:01.0", {{"vendor", "0x15b3\n"}});
+  function("pci0000:00/0000:00:02.0", {{"vendor", "0x15b3\n"}});
+  function("pci0000:00/0000:00:03.0", {{"vendor", "0x15b3\n"}, {"driver", "no link\n"}});
+  const fs::path device = folder_.path() / "devices/pci0000:00/0000:00:01.0";
+  // In a recorded tree, where they lead to may be missing.
+  fs::create_symlink("../../../bus/pci/drivers/mlx5_core", device / "driver");
+  fs::create_symlink("../../../kernel/iommu_groups/27", device / "iommu_group");
+  fs::create_symlink("/", folder_.path() / "devices/pci0000:00/0000:00:02.0/driver");
+  fs::create_symlink("nothing", folder_.path() / "devices/pci0000:00/0000:00:02.0/iommu_group");
+  const auto functions = read_sysfs_functions(root());
+  ASSERT_TRUE(functions);
+  ASSERT_EQ(functions->size(), 3U);
+  EXPECT_EQ((*functions)[0].driver, "mlx5_core");
+  EXPECT_EQ((*functions)[0].iommu_group, 27U);
+  for (const auto& other : {(*functions)[1], (*functions)[2]}) {
+    EXPECT_FALSE(other.driver);
+    EXPECT_FALSE(other.iommu_group);
+  }
 }
 
 TEST_F(SysfsTree, SaysWhetherThereAreVitalProductData) {

@@ -75,7 +75,8 @@ TEST_F(WriterTest, PairsRowsOfOneKeyInTheirOrder) {
 TEST_F(WriterTest, KeepsRowsOfKeptKeys) {
   write(vpds({{1, "a"}, {2, "b"}}));
   auto content = vpds({});
-  content.kept = {"HardwareId", {Value::number(2)}};
+  content.function_column = "HardwareId";
+  content.kept.add(FunctionKey(2));
   EXPECT_EQ(write(content).removed, 1U);
   EXPECT_EQ(rows("VPDs", {"HardwareId"}), "2\n");
 }
@@ -86,7 +87,7 @@ TEST_F(WriterTest, LeavesRowsOfOtherWritersAsTheyAre) {
   auto content = vpds({{1, "a"}, {3, "c"}});
   content.columns.push_back({"HardwareTypeId", Role::kOthers});
   for (auto& row : content.rows) row.values.emplace_back();
-  content.ownership = {"HardwareTypeId", [](const Value& type) { return type == Value::number(5); }};
+  content.is_foreign = where("HardwareTypeId", [](const Value& type) { return type == Value::number(5); });
   const auto summary = write(content);
   EXPECT_EQ(summary.unchanged, 1U);
   EXPECT_EQ(summary.removed, 0U);
@@ -108,8 +109,8 @@ TEST_F(WriterTest, WritesNumbersOf64Bits) {
   TableContent content{.table = "Processor",
                        .columns = {{"Socket", Role::kKey, Kind::kText}, {"ProcId", Role::kValue}},
                        .rows = {},
-                       .ownership = {},
-                       .kept = {},
+                       .is_foreign = {},
+                       .keeps = {},
                        .write_further = {}};
   for (const uint64_t id : {uint64_t{0}, uint64_t{UINT32_MAX}, uint64_t{UINT32_MAX} + 1, UINT64_MAX >> 1,
                             uint64_t{0xBFEBFBFF000606A6}, UINT64_MAX}) {
@@ -125,8 +126,8 @@ TEST_F(WriterTest, PutsANumberWhereATextStands) {
   const TableContent content{.table = "Processor",
                              .columns = {{"Socket", Role::kKey, Kind::kText}, {"CoreCount", Role::kValue}},
                              .rows = {{{Value::text("CPU1"), Value::number(8)}, true}},
-                             .ownership = {},
-                             .kept = {},
+                             .is_foreign = {},
+                             .keeps = {},
                              .write_further = {}};
   EXPECT_EQ(write(content).updated, 1U);
   EXPECT_EQ(rows("Processor", {"CoreCount"}), "8\n");

@@ -53,6 +53,18 @@ const Pair kPairs[] = {
     {"nothing in use", link(0, 16, 1, 4), link(0, 16, 1, 4), LinkState::kDown},
 };
 
+TEST(LinkState, OfAFunctionWithoutALinkIsUnknown) {
+  const Links links{{kRootPort, link(0, 0, 0, 0)}};
+  EXPECT_EQ(state_of(links, kRootPort), LinkState::kUnknown);
+}
+
+TEST(LinkState, IsNotJudgedByAFunctionBelowThatHasNone) {
+  const Links links{{kRootPort, port(link(8, 16, 4, 4))},
+                    {kCard, below(kRootPort, link(0, 0, 0, 0))},
+                    {kSecondFunction, below(kRootPort, link(8, 16, 4, 4))}};
+  EXPECT_EQ(state_of(links, kRootPort), LinkState::kReduced);
+}
+
 TEST(LinkState, IsThatOfBothEndsTogether) {
   for (const auto& [what, above, card, state] : kPairs) {
     const Links links{{kRootPort, port(above)}, {kCard, below(kRootPort, card)}};

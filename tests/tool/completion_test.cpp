@@ -59,7 +59,7 @@ TEST(Completion, OffersTheValuesOfAnOption) {
 
 TEST(Completion, OffersTheColumnsOfTheListing) {
   EXPECT_THAT(complete({"show", "adapters", "--columns", "PA"}),
-              UnorderedElementsAre("PACKAGE1", "PACKAGE2"));
+              UnorderedElementsAre("PART", "PACKAGE1", "PACKAGE2"));
   EXPECT_THAT(complete({"show", "adapters", "--columns", "NAME,PL"}), ElementsAre("NAME,PLACE"));
   EXPECT_THAT(complete({"show", "processors", "--columns", "PL"}), IsEmpty());
 }

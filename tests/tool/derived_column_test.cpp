@@ -115,13 +115,13 @@ TEST(FunctionLink, OfAnEmptyPortIsDownAndNoWarning) {
 TEST(FunctionLink, IsNeverReducedWhereNobodyKnowsIt) {
   const Workplace workplace;
   workplace.collect_example();
-  size_t unknown = 0;
+  size_t without = 0;
   for (const auto& function : records(workplace, listing("functions"))) {
     EXPECT_NE(function.at("LinkState"), "reduced") << function;
-    EXPECT_EQ(function.at("LinkState").is_null(), function.at("LanesInUse").is_null()) << function;
-    unknown += function.at("LanesInUse").is_null() ? 1 : 0;
+    EXPECT_EQ(function.at("LinkState").is_null(), function.at("MaxLanes") == 0) << function;
+    without += function.at("MaxLanes") == 0 ? 1 : 0;
   }
-  EXPECT_GT(unknown, 0u);
+  EXPECT_GT(without, 0u);
   EXPECT_THAT(marked_links(workplace), testing::IsEmpty());
 }
 
@@ -131,6 +131,19 @@ TEST(FunctionLink, ALinkThatNobodyHasSeenIsNotShown) {
   insert_function(workplace, 1,
                   {{"LanesInUse", 0u}, {"MaxLanes", 8u}, {"PCIeType", 3u}, {"MaxPCIeType", 3u}});
   EXPECT_THAT(column(workplace, listing("functions"), "LINK"), ElementsAre("", ""));
+}
+
+TEST(FunctionBridge, AtTheFirstAddressOfAllIsNoRoot) {
+  const Workplace workplace;
+  insert_function(workplace, 0, {});
+  insert_function(workplace, 1, {{"BridgeId", 0u}});
+  EXPECT_THAT(column(workplace, listing("functions"), "BRIDGE"), ElementsAre("", "0000:00:00.0"));
+  EXPECT_THAT(column(workplace, listing("functions"), "BRIDGEID"), ElementsAre("", "0x00000000"));
+  const auto rows = records(workplace, listing("functions"));
+  EXPECT_TRUE(rows[0].at("Bridge").is_null());
+  EXPECT_TRUE(rows[0].at("BridgeId").is_null());
+  EXPECT_EQ(rows[1].at("Bridge"), "0000:00:00.0");
+  EXPECT_EQ(rows[1].at("BridgeId"), 0);
 }
 
 TEST(FunctionPlace, IsTheBoardASlotOrABay) {

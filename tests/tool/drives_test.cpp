@@ -63,15 +63,27 @@ TEST_F(Drives, AreListedByTheirKind) {
   drive(3, 1, 5, "M.2 Bay1");
   drive(4, 1, 7, "7MM Bay1");
   drive(2, 5, 1, "Bay 5");
-  EXPECT_THAT(shown({}), ElementsAre("M.2 Bay1 M.2 NVMe", "7MM Bay1 7MM NVMe", "Bay 5    SATA"));
+  EXPECT_THAT(shown({}), ElementsAre("Bay 5    SATA", "M.2 Bay1 M.2 NVMe", "7MM Bay1 7MM NVMe"));
   EXPECT_THAT(shown({"--m2"}), ElementsAre("M.2 Bay1 M.2 NVMe"));
   EXPECT_THAT(shown({"--7mm"}), ElementsAre("7MM Bay1 7MM NVMe"));
   EXPECT_THAT(shown({"--sata"}), ElementsAre("Bay 5    SATA"));
-  EXPECT_THAT(shown({"--merged"}), ElementsAre("M.2 Bay1 M.2 NVMe", "7MM Bay1 7MM NVMe", "Bay 5    SATA"));
+  EXPECT_THAT(shown({"--merged"}), ElementsAre("Bay 5    SATA", "M.2 Bay1 M.2 NVMe", "7MM Bay1 7MM NVMe"));
   EXPECT_THAT(shown({"--controller", "12"}), ElementsAre("M.2 Bay1 M.2 NVMe", "7MM Bay1 7MM NVMe"));
   EXPECT_THAT(shown({"--controller", "13"}), IsEmpty());
   EXPECT_THAT(shown({"--function", "3b:00.0"}), SizeIs(3));
   EXPECT_THAT(shown({"--function", "3c:00.0"}), IsEmpty());
+}
+
+TEST_F(Drives, StandInTheOrderOfTheirPlaces) {
+  drive(2, 11, 1, "Bay 11");
+  drive(1, 8, 3, "Slot 8");
+  drive(3, 1, 5, "M.2 Bay1");
+  drive(2, 2, 3, "Bay 2");
+  drive(2, 10, 1, "Bay 10");
+  insert_row(workplace_, "AimDisks", {{"LocationId", 0u}, {"Location", "Board 03:00.0"}, {"Presence", 1u}});
+  EXPECT_THAT(column(workplace_, kDrives, "LOCATION"),
+              ElementsAre("Board 03:00.0", "Slot 8", "Bay 2", "Bay 10", "Bay 11", "M.2 Bay1"));
+  EXPECT_THAT(column(workplace_, kDrives, "NUMBER"), ElementsAre("", "8", "2", "10", "11", "1"));
 }
 
 TEST_F(Drives, OfAFunctionThatIsNotThereAreAFailure) {

@@ -17,7 +17,8 @@ struct WrongUsage {
 };
 
 constexpr char kColumnsOfAdapters[] =
-    "there are PLACE, ADDRESS, KEY, NODE, SLOTNO, CONNECTORTYPE, CONNECTOR, NAME, AIM, LOCATION, HEALTH, "
+    "there are PLACE, ADDRESS, KEY, NODE, SLOTNO, CONNECTORTYPE, CONNECTOR, SERIAL, PART, NAME, AIM, "
+    "LOCATION, HEALTH, "
     "NCSI, "
     "PACKAGE1, PACKAGE2, all (try 'zymdb show adapters --help')\n";
 
@@ -29,7 +30,7 @@ const WrongUsage kWrongUsages[] = {
      "properties, "
      "vpd, drive-date, completion (try 'zymdb --help')\n"},
     {{"show"},
-     "a command is missing; there are system, processors, memory, adapters, gpus, backplanes, firmware, "
+     "a command is missing; there are system, processors, memory, adapters, vpd, gpus, backplanes, firmware, "
      "embedded, "
      "settings, "
      "functions, ports, logical-ports, drives, pldm, cards (try 'zymdb show --help')\n"},

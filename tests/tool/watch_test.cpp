@@ -116,7 +116,7 @@ class Watch : public testing::Test {
 
 TEST_F(Watch, DrawsTheTableOnceAndThenWhatChanged) {
   Terminal terminal(workplace_, {"watch", "ports", "--screen"});
-  const auto first = terminal.read_until("\033[3;58H0");  // its last cell
+  const auto first = terminal.read_until("\033[3;68H0");  // its last cell
   EXPECT_THAT(first, StartsWith(kOtherScreen));
   EXPECT_THAT(first, HasSubstr("FUNCTION"));
   set_link("1", "tx=42");
@@ -152,7 +152,7 @@ TEST_F(Watch, SaysHowManyLinesAScreenHasNoRoomFor) {
   struct Case {
     unsigned short lines;
     const char* shown;  // behind the last line of the table
-  } const cases[] = {{2, "\033[2;1H...\033[2;5Hand\033[2;9H2\033[2;11Hmore;"}, {3, "\033[3;58H0"}};
+  } const cases[] = {{2, "\033[2;1H...\033[2;5Hand\033[2;9H2\033[2;11Hmore;"}, {3, "\033[3;68H0"}};
   for (const auto& [lines, shown] : cases) {
     SCOPED_TRACE(lines);
     Terminal terminal(workplace_, {"watch", "ports", "--screen", "--interval", "3600"}, lines);

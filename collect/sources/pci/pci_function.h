@@ -26,9 +26,10 @@ inline constexpr uint8_t kClassAccelerator = 0x12;
 
 inline constexpr uint8_t kSubclassNvme = 0x08;
 
-// A PCI Express link. Unknown where neither the configuration space nor the system tells.
+// A PCI Express link; all 0 for a function without one. Unknown where neither the configuration space nor the
+// system tells.
 struct PciLink {
-  std::optional<uint8_t> width;       // lanes in use
+  std::optional<uint8_t> width;       // lanes in use; 0: the link is down
   std::optional<uint8_t> generation;  // 1: 2.5 GT/s, 2: 5, 3: 8, 4: 16, 5: 32, 6: 64
   std::optional<uint8_t> max_width;   // lanes
   std::optional<uint8_t> max_generation;
@@ -51,7 +52,10 @@ struct PciFunction {
   std::optional<PciAddress> parent;  // the bridge above, where the system names it
   std::optional<unsigned> numa_node;
   std::optional<uint64_t> video_memory;  // bytes; of a display controller or processing accelerator
-  std::optional<std::string> vpd;        // vital product data as read; empty: there, but not readable
+  bool is_told_by_system = false;        // not by a dump alone, which knows no drivers and the like
+  std::optional<std::string> driver;     // the kernel's, by name
+  std::optional<unsigned> iommu_group;
+  std::optional<std::string> vpd;  // vital product data as read; empty: there, but not readable
 
   uint8_t base_class() const { return static_cast<uint8_t>(class_code >> 16); }
   uint8_t subclass() const { return static_cast<uint8_t>(class_code >> 8); }
@@ -63,6 +67,9 @@ struct PciFunction {
 
 // Configuration spaces are read in these sizes: header, CardBus header, PCI, PCI Express.
 bool is_config_size(size_t size);
+
+// Whether a configuration space is that of a CardBus bridge, whose header is larger than others.
+bool is_card_bus(Bytes config);
 
 // Reads a configuration space of at least 64 bytes into everything of `function` that it tells.
 void decode_config(Bytes config, PciFunction& function);

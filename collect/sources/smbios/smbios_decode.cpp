@@ -104,7 +104,8 @@ SmbiosSlot decode_slot(const SmbiosTables&, const SmbiosStructure& structure) {
           .type = structure.field<uint8_t>(0x05),
           .data_bus_width = structure.field<uint8_t>(0x06),
           .id = structure.field<uint16_t>(0x09).value_or(0),
-          .address = pci_address(structure, 0x0D)};
+          .address = pci_address(structure, 0x0D),
+          .usage = structure.field<uint8_t>(0x07).value_or(0)};
 }
 
 SmbiosOnboardDevice decode_onboard_device(const SmbiosTables&, const SmbiosStructure& structure) {

@@ -56,6 +56,10 @@ struct SmbiosSlot {
   std::optional<uint8_t> data_bus_width;  // the code
   uint16_t id = 0;
   std::optional<PciAddress> address;  // of the device in it or the port above it; nothing when not stated
+  uint8_t usage = 0;                  // current usage, the code
+
+  // As the firmware has it, which may be wrong: available, or unavailable with the socket that it hangs on.
+  bool is_said_to_be_empty() const { return usage == 3 || usage == 5; }
 };
 
 // A device on the system board (type 41).

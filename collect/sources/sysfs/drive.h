@@ -11,8 +11,8 @@
 
 namespace zymdb::collect {
 
-// The inventory's drive type codes.
-enum class DriveBus : uint8_t { kSata = 1, kSas = 2, kNvme = 3 };
+// The inventory's drive type codes; it has none for the disks of virtual machines.
+enum class DriveBus : uint8_t { kVirtio = 0, kSata = 1, kSas = 2, kNvme = 3 };
 
 struct DriveHealth {
   uint8_t warning = 0;               // the drive's critical-warning bits

@@ -39,7 +39,8 @@ struct PortCounters {
 // Everything that is not told is nothing. Speeds are in Mbit/s, addresses in the form "3C:FD:FE:00:00:01".
 struct NetworkPort {
   PciAddress function;
-  unsigned index = 0;  // of the port within its function
+  unsigned index = 0;                    // of the port within its function
+  std::optional<std::string> interface;  // the system's name: "eth0", "ib0", else of the device or host
   LinkTechnology technology = LinkTechnology::kEthernet;
   std::optional<std::string> permanent_address;
   std::optional<std::string> current_address;

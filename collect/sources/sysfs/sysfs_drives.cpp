@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "collect/sources/sysfs/raid_volume.h"
 #include "collect/sources/sysfs/sysfs_ports.h"
 #include "common/source_file.h"
 #include "common/text.h"
@@ -83,27 +84,52 @@ bool is_servers_own(const fs::path& disk, const fs::path& device) {
          path.find("/usb") == std::string::npos;
 }
 
-std::optional<Drive> read_disk(const fs::path& disk) {
-  const auto real = real_path(disk / "device");
-  const fs::path device = real.value_or("");
-  if (!real || !disk.filename().string().starts_with("sd") || !is_servers_own(disk, device))
-    return std::nullopt;
-  const auto function = function_of(device);
-  if (!function) return std::nullopt;
-  Drive drive;
+bool is_named(const fs::path& disk, std::string_view start) {
+  return disk.filename().string().starts_with(start);
+}
+
+void read_scsi_disk(const fs::path& device, Drive& drive) {
   const auto vendor = read_text(device / "vendor");
-  drive.bus = vendor == "ATA" ? DriveBus::kSata : DriveBus::kSas;
-  drive.name = disk.filename().string();
-  drive.function = *function;
   drive.port = numbered_part(device, "ata");
-  if (!drive.port) drive.port = target_of(device.filename().string());
+  drive.bus = vendor == "ATA" || drive.port ? DriveBus::kSata : DriveBus::kSas;
+  // A virtual machine's controller numbers no bays.
+  if (numbered_part(device, "virtio"))
+    drive.bus = DriveBus::kVirtio;
+  else if (!drive.port)
+    drive.port = target_of(device.filename().string());
   drive.model = read_text(device / "model");
   if (drive.bus == DriveBus::kSas) drive.maker = vendor;
   drive.serial = read_serial(device);
   drive.firmware = read_text(device / "rev");
   drive.unique_id = read_text(device / "wwid");
+}
+
+// A recording may lack the link: a disk lies in the folder "block" of its device.
+std::optional<fs::path> device_of_disk(const fs::path& disk) {
+  if (auto device = real_path(disk / "device")) return device;
+  const auto folder = real_path(disk);
+  return folder ? std::optional(folder->parent_path().parent_path()) : std::nullopt;
+}
+
+std::optional<Drive> read_disk(const fs::path& disk) {
+  const auto found = device_of_disk(disk);
+  const fs::path device = found.value_or("");
+  const bool is_scsi = is_named(disk, "sd");
+  if (!found || !(is_scsi || is_named(disk, "vd")) || !is_servers_own(disk, device)) return std::nullopt;
+  const auto function = function_of(device);
+  if (!function) return std::nullopt;
+  Drive drive;
+  drive.name = disk.filename().string();
+  drive.function = *function;
   drive.capacity = read_capacity(disk);
   drive.rotates = read_number((disk / "queue/rotational").string()).value_or(0) != 0;
+  if (is_scsi) {
+    read_scsi_disk(device, drive);
+    if (is_raid_volume(device, drive.model.value_or(""))) return std::nullopt;
+  } else {
+    drive.bus = DriveBus::kVirtio;
+    drive.serial = read_text(disk / "serial");
+  }
   return drive;
 }
 

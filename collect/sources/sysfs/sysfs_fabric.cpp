@@ -92,6 +92,7 @@ bool is_virtual(const fs::path& folder) {
 NetworkPort read_fibre_host(const fs::path& root, const fs::path& folder, const PciAddress& function) {
   NetworkPort port;
   port.function = function;
+  port.interface = folder.filename().string();
   port.technology = LinkTechnology::kFibreChannel;
   port.current_address = read_address(folder / "port_name");
   port.permanent_address = read_address(folder / "permanent_port_name");
@@ -160,7 +161,9 @@ std::vector<NetworkPort> read_infiniband_ports(const fs::path& root) {
       // The others are Ethernet ports that can do remote memory access; their interfaces tell of them.
       const auto layer = read_word(folder / "link_layer").value_or("InfiniBand");
       if (!number || *number == 0 || *number > UINT8_MAX || layer != "InfiniBand") continue;
-      ports.push_back(read_infiniband_port(folder, *function, static_cast<unsigned>(*number)));
+      auto& port =
+          ports.emplace_back(read_infiniband_port(folder, *function, static_cast<unsigned>(*number)));
+      port.interface = device.filename().string();
     }
   }
   return ports;

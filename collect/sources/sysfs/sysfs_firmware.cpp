@@ -33,6 +33,22 @@ std::optional<std::string> find_value(std::string_view text, std::string_view na
   return known_text(text.substr(0, text.find('\n')));
 }
 
+// "14.0.390.1" of "14.0.390.1, sli-4:2:b", "9.08.02" of "9.08.02 (d0d5)".
+std::optional<std::string> version_part(const std::optional<std::string>& text) {
+  return text ? known_text(std::string_view(*text).substr(0, text->find_first_of(",("))) : std::nullopt;
+}
+
+// "12.8.340.8" of "Emulex LPe32002 FV12.8.340.8 DV…", "8.07.00" of "QLE2562 FW:v8.07.00 DVR:…".
+std::optional<std::string> version_in_name(std::string_view name) {
+  for (const std::string_view mark : {" FV", " FW:v"}) {
+    const size_t at = name.find(mark);
+    if (at == std::string_view::npos) continue;
+    const std::string_view rest = name.substr(at + mark.size());
+    return known_text(rest.substr(0, rest.find(' ')));
+  }
+  return std::nullopt;
+}
+
 class FirmwareReader {
  public:
   FirmwareReader(fs::path root, const FirmwareDrivers& drivers) : root_(std::move(root)), drivers_(drivers) {}
@@ -40,6 +56,7 @@ class FirmwareReader {
   std::vector<FirmwareComponent> read() {
     read_class("nvme", FirmwareKind::kNvme, "firmware_rev");
     read_class("infiniband", FirmwareKind::kFabric, "fw_ver");
+    for (const fs::path& folder : entries_of(root_ / "class/fc_host")) read_fibre_host(folder);
     if (drivers_.network) read_interfaces();
     for (const fs::path& folder : entries_of(root_ / "bus/pci/devices")) read_function(folder);
     for (const fs::path& folder : entries_of(drivers_.nvidia_folder)) read_nvidia_card(folder);
@@ -59,6 +76,16 @@ class FirmwareReader {
   void read_class(const char* name, FirmwareKind kind, const char* attribute) {
     for (const fs::path& folder : entries_of(root_ / "class" / name))
       add(function_of(folder), kind, read_version(folder / attribute));
+  }
+
+  // What the drivers of the two makers publish, else what the host calls itself in the fabric.
+  void read_fibre_host(const fs::path& folder) {
+    const fs::path host = root_ / "class/scsi_host" / folder.filename();
+    auto version = version_part(read_version(host / "fwrev"));
+    if (!version) version = version_part(read_version(host / "fw_version"));
+    const auto name = read_version(folder / "symbolic_name");
+    if (!version && name) version = version_in_name(*name);
+    add(function_of(folder), FirmwareKind::kFibreChannel, version);
   }
 
   void read_interfaces() {

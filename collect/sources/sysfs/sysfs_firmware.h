@@ -12,7 +12,7 @@
 
 namespace zymdb::collect {
 
-enum class FirmwareKind : uint8_t { kNvme, kNetwork, kFabric, kVideo, kOptionRom };
+enum class FirmwareKind : uint8_t { kNvme, kNetwork, kFabric, kVideo, kOptionRom, kFibreChannel };
 
 struct FirmwareComponent {
   PciAddress function;
@@ -28,6 +28,7 @@ struct FirmwareDrivers {
 
 // One component per function and kind, at most:
 //  - NVMe drives (class/nvme), InfiniBand and RDMA devices (class/infiniband)
+//  - Fibre Channel hosts (class/fc_host), as their drivers or the names that they bear tell
 //  - network interfaces, when their drivers can be asked
 //  - graphics cards, of which the driver keeps the version of the video BIOS
 //  - option ROMs, where a function has room for one

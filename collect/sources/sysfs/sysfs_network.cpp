@@ -83,6 +83,7 @@ std::optional<NetworkInterface> read_interface(const fs::path& folder, const Eth
   };
   NetworkPort& port = interface.port;
   port.function = *function;
+  port.interface = interface.name;
   port.technology = type == kEthernet ? LinkTechnology::kEthernet : LinkTechnology::kInfiniBand;
   if (const auto address = read_word(folder / "address")) port.current_address = address_of_digits(*address);
   port.mtu = number_of<uint32_t>(folder / "mtu");
@@ -119,6 +120,7 @@ void add(Ports& ports, NetworkPort port) {
 void join_interface(Ports& ports, const NetworkInterface& interface) {
   const auto found = ports.find({interface.port.function, interface.dev_port});
   if (found == ports.end() || found->second.current_address) return;
+  found->second.interface = interface.name;
   found->second.current_address = interface.port.current_address;
   found->second.mtu = interface.port.mtu;
 }

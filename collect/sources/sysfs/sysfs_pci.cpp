@@ -52,7 +52,7 @@ void read_identity(const std::string& folder, PciFunction& function) {
 
 void read_width(const std::string& path, std::optional<uint8_t>& width) {
   const auto lanes = read_number(path);
-  if (lanes && *lanes > 0 && *lanes <= kMostLanes) width = static_cast<uint8_t>(*lanes);
+  if (lanes && *lanes <= kMostLanes) width = static_cast<uint8_t>(*lanes);
 }
 
 void read_generation(const std::string& path, std::optional<uint8_t>& generation) {
@@ -67,12 +67,28 @@ void read_link(const std::string& folder, PciLink& link) {
   read_width(folder + "/max_link_width", link.max_width);
   read_generation(folder + "/current_link_speed", link.generation);
   read_generation(folder + "/max_link_speed", link.max_generation);
+  if (link.width != 0) return;
+  // A link that is down may still have a most; without one there is no link.
+  if (!link.generation) link.generation = 0;
+  if (!link.max_width) link.max_width = link.max_generation = 0;
 }
 
 // The folder of a function lies in the folder of the bridge above it.
 std::optional<PciAddress> parent_of(const fs::path& folder) {
   const auto real = real_path(folder);
   return real ? parse_pci_address(real->parent_path().filename().string()) : std::nullopt;
+}
+
+// What a link of a function's folder leads to, by its name; where it leads need not be there.
+std::optional<std::string> link_name(const fs::path& link) {
+  const auto target = link_target(link);
+  return target ? known_text(target->filename().string()) : std::nullopt;
+}
+
+std::optional<unsigned> iommu_group(const fs::path& folder) {
+  const auto name = link_name(folder / "iommu_group");
+  const auto number = name ? leading_number(*name) : std::nullopt;
+  return number && *number <= INT32_MAX ? std::optional(static_cast<unsigned>(*number)) : std::nullopt;
 }
 
 PciFunction read_function(const fs::path& folder, const PciAddress& address) {
@@ -83,6 +99,9 @@ PciFunction read_function(const fs::path& folder, const PciAddress& address) {
   read_link(path, function.link);
   function.parent = parent_of(folder);
   if (const auto node = read_number(path + "/numa_node")) function.numa_node = static_cast<unsigned>(*node);
+  function.is_told_by_system = true;
+  function.driver = link_name(folder / "driver");
+  function.iommu_group = iommu_group(folder);
   if (function.has_video_memory()) function.video_memory = read_video_memory(path);
   if (is_there(folder / "vpd")) function.vpd = read_attribute(path + "/vpd").value_or("");
   return function;

@@ -15,6 +15,7 @@ struct Listing {
   std::string examples;
   std::string command = type.name;  // the subcommand, where it has another name
   bool is_stored = true;            // in the inventory; else it is read without one
+  std::string tree_columns = {};    // of the listing as a tree; empty: its records make none
 };
 
 // Adds a command below `parent` with the options that all listings share. Returns it for options of its own.

@@ -19,6 +19,7 @@ using records::Selection;
 struct ShowOptions {
   bool json = false;
   bool no_headings = false;
+  bool tree = false;
   std::string columns;
   std::string moment;
   std::string color = "auto";
@@ -29,14 +30,19 @@ std::string rendered(const Listing& listing, const ShowOptions& options, const S
   if (!options.moment.empty()) open_moment(options.moment);
   const auto& type = listing.type;
   if (options.json) return records::to_json(type.name, type.list(records::all_fields(type)));
-  return render_table(type.list(columns),
-                      {.headings = !options.no_headings, .colors = want_colors(options.color)});
+  return render_table(
+      type.list(columns),
+      {.headings = !options.no_headings, .colors = want_colors(options.color), .tree = options.tree});
+}
+
+Selection choose_columns(const Listing& listing, const ShowOptions& options, bool columns_given) {
+  if (columns_given) return parse_columns(listing.type, options.columns);
+  return options.tree ? parse_columns(listing.type, listing.tree_columns)
+                      : records::default_fields(listing.type);
 }
 
 void show(const Listing& listing, const ShowOptions& options, bool columns_given) {
-  const auto columns =
-      columns_given ? parse_columns(listing.type, options.columns) : records::default_fields(listing.type);
-  write_output(rendered(listing, options, columns));
+  write_output(rendered(listing, options, choose_columns(listing, options, columns_given)));
 }
 
 std::vector<std::string> headings_of(const RecordType& type) {
@@ -95,6 +101,8 @@ CLI::App& add_listing(CommandTree& tree, CLI::App& parent, Listing listing) {
   columns->type_name(kListType)->excludes(json);
   tree.words[columns] = headings_of(listing.type);
   command.add_flag("--no-headings", options->no_headings, "Print no headings")->excludes(json);
+  if (!listing.tree_columns.empty())
+    command.add_flag("--tree", options->tree, "Print a tree: each below the one above it")->excludes(json);
   if (listing.is_stored)
     command.add_option("--at", options->moment, "As it was at this time (UTC), or of this generation")
         ->check(CLI::Validator(objection_to_moment, ""))

@@ -47,7 +47,7 @@ void add_selection(CLI::App& command, DriveSelection& selection) {
   group.add_flag("--m2", selection.m2, "Only M.2 drives");
   group.add_flag("--7mm", selection.in_7mm_bays, "Only 7 mm drives");
   group.add_flag("--sata", selection.sata, "Only SATA drives on the board");
-  group.add_flag("--merged", selection.merged, "M.2, 7 mm, NVMe and SATA drives, one list after the other");
+  group.add_flag("--merged", selection.merged, "M.2, 7 mm, NVMe and SATA drives, as all sources list them");
   group
       .add_option("--controller", selection.controller,
                   "Only M.2 and 7 mm drives of the controller in a slot")

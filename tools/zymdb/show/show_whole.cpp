@@ -5,6 +5,7 @@
 #include "records/pci_settings.h"
 #include "records/storage.h"
 #include "records/system.h"
+#include "records/vpds.h"
 #include "show/listing.h"
 #include "show/listings.h"
 
@@ -33,6 +34,10 @@ std::vector<WholeListing> whole_listings() {
        "  zymdb show adapters\n"
        "  zymdb show adapters --columns PLACE,ADDRESS,NAME\n"
        "  zymdb show adapters --json | jq -r '.adapters[].CardName'"},
+      {records::vital_product_data(),
+       "  zymdb show vpd\n"
+       "  zymdb show vpd --columns FUNCTION,SERIAL,PART --no-headings\n"
+       "  zymdb show vpd --json | jq -r '.vpd[].SerialNo'"},
       {records::gpus(),
        "  zymdb show gpus\n"
        "  zymdb show gpus --columns FUNCTION,NAME,MEMORY --no-headings\n"

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <optional>
+#include <vector>
 
 namespace zymdb::tool {
 namespace {
@@ -58,18 +60,29 @@ int flags_of(Kind kind) {
   return 0;
 }
 
-void add_columns(libscols_table* table, const std::vector<records::FieldInfo>& fields) {
-  for (const auto& field : fields) {
-    require(scols_table_new_column(table, field.heading, 0, flags_of(field.kind)));
+void add_columns(libscols_table* table, const std::vector<records::FieldInfo>& fields, bool tree) {
+  for (size_t i = 0; i < fields.size(); ++i) {
+    const int flags = tree && i == 0 ? SCOLS_FL_TREE : flags_of(fields[i].kind);
+    require(scols_table_new_column(table, fields[i].heading, 0, flags));
   }
 }
 
-void add_row(libscols_table* table, const Sheet& sheet, const std::vector<records::Cell>& row) {
-  auto* line = require(scols_table_new_line(table, nullptr));
+libscols_line* add_row(libscols_table* table, libscols_line* parent, const Sheet& sheet,
+                       const std::vector<records::Cell>& row) {
+  auto* line = require(scols_table_new_line(table, parent));
   for (size_t i = 0; i < row.size(); ++i) {
     auto* cell = require(scols_line_get_cell(line, i));
     require_ok(scols_cell_set_data(cell, text_of(sheet.fields[i], row[i].value).c_str()));
     require_ok(scols_cell_set_color(cell, color_of(row[i].attention)));
+  }
+  return line;
+}
+
+void add_rows(libscols_table* table, const Sheet& sheet, bool tree) {
+  std::vector<libscols_line*> lines;
+  for (size_t i = 0; i < sheet.rows.size(); ++i) {
+    const auto parent = tree && i < sheet.parents.size() ? sheet.parents[i] : std::nullopt;
+    lines.push_back(add_row(table, parent ? lines[*parent] : nullptr, sheet, sheet.rows[i]));
   }
 }
 
@@ -88,10 +101,10 @@ std::string render_table(const Sheet& sheet, const TableStyle& style) {
   const Table table(require(scols_new_table()));
   scols_table_enable_noheadings(table.get(), style.headings ? 0 : 1);
   scols_table_enable_colors(table.get(), style.colors ? 1 : 0);
-  add_columns(table.get(), sheet.fields);
-  for (const auto& row : sheet.rows) add_row(table.get(), sheet, row);
+  add_columns(table.get(), sheet.fields, style.tree);
+  add_rows(table.get(), sheet, style.tree);
   // A table without lines would be printed without its headings: give it a blank line, and take that away.
-  if (empty) add_row(table.get(), sheet, {});
+  if (empty) add_row(table.get(), nullptr, sheet, {});
   auto text = print(table.get());
   if (empty) text.erase(text.find('\n') + 1);
   return text;

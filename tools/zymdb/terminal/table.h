@@ -11,6 +11,7 @@ namespace zymdb::tool {
 struct TableStyle {
   bool headings = true;
   bool colors = false;
+  bool tree = false;  // the first column shows which row is below which
 };
 
 // On a terminal the lines are as long as it is wide, and texts that do not fit are cut; elsewhere everything
