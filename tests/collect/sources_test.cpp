@@ -224,20 +224,20 @@ TEST_F(SourcesTest, KeepsWhatADumpTellsWhereSysfsTellsNothing) {
   sources_.sysfs = files_.path().string() + "/sys";
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCIs", links, "FunKey=1507328"), before);
-  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "NULL|NULL|0\n");
+  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NUMANode"}, "FunKey=1507328"), "NULL|NULL|NULL\n");
   std::filesystem::create_symlink("../../bus/pci/drivers/mlx5_core", files_.path() / (function + "driver"));
   std::filesystem::create_symlink("../../kernel/iommu_groups/27", files_.path() / (function + "iommu_group"));
   files_.write(function + "numa_node", "1\n");
   files_.write(function + "max_link_width", "32\n");
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCIs", {"LanesInUse", "MaxLanes"}, "FunKey=1507328"), "16|32\n");
-  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "mlx5_core|27|1\n");
+  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NUMANode"}, "FunKey=1507328"), "mlx5_core|27|1\n");
   std::filesystem::remove(files_.path() / (function + "driver"));
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup"}, "FunKey=1507328"), "NULL|27\n");
   sources_.sysfs.clear();
   ASSERT_TRUE(collect().ok());
-  EXPECT_EQ(rows("PCIs", {"IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "27|1\n")
+  EXPECT_EQ(rows("PCIs", {"IOMMUGroup", "NUMANode"}, "FunKey=1507328"), "27|1\n")
       << "a dump knows of neither";
 }
 

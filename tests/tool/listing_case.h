@@ -42,7 +42,7 @@ inline const ListingCase kListings[] = {
      "zymdb_pci.h",
      {"_ZYMDB_PCI_Generic"},
      {"Address", "Bridge", "Id", "SubsystemId", "Place", "Link", "LinkState", "Driver", "IOMMUGroup",
-      "ClassName", "Name", "VendorName", "DeviceName"}},
+      "NUMANode", "ClassName", "Name", "VendorName", "DeviceName"}},
     {"vpd", "zymdb_pci.h", {"_ZYMDB_PCI_VPD"}, {"Function", "HardwareId", "HardwareTypeId"}},
     {"gpus",
      "zymdb_pci.h",
