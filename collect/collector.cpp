@@ -1,38 +1,25 @@
 #include "collect/collector.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <memory>
 #include <utility>
 
-#include "collect/steps/drive_step.h"
-#include "collect/steps/firmware_step.h"
-#include "collect/steps/pci_steps.h"
-#include "collect/steps/port_step.h"
-#include "collect/steps/smbios_steps.h"
+#include "collect/sources/sysfs/machine_folders.h"
+#include "collect/steps/classes.h"
+#include "collect/write/collection_stamp.h"
 #include "collect/write/former_machine.h"
+#include "collect/write/inventory_owner.h"
 #include "collect/write/inventory_writer.h"
 #include "common/client_objects.h"
+#include "common/source_access.h"
 #include "common/source_file.h"
+#include "common/text.h"
 #include "common/transaction.h"
 
 namespace zymdb::collect {
 namespace {
-
-// In the order of writing.
-constexpr Step kSteps[] = {
-    collect_system,   collect_processors,         collect_memory, collect_system_firmware, collect_functions,
-    collect_adapters, collect_vital_product_data, collect_gpus,   collect_ports,           collect_firmware,
-    collect_drives,
-};
-
-std::vector<RowMaker> read_sources(const Survey& survey) {
-  std::vector<RowMaker> makers;
-  for (const Step step : kSteps) {
-    if (auto maker = step(survey)) makers.push_back(std::move(maker));
-  }
-  return makers;
-}
 
 std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, const FormerMachine& former) {
   std::vector<TableContent> tables;
@@ -43,22 +30,36 @@ std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, const F
   return tables;
 }
 
+std::string name_of(const Sources& sources) {
+  const auto named = listed({sources.lspci, sources.smbios, sources.sysfs});
+  const auto only = sources.only.empty() ? "" : " (only " + listed(sources.only) + ")";
+  return (named.empty() ? kRunningMachine : named) + only;
+}
+
 std::vector<TableSummary> collect(const Sources& sources, const Observer& observer) {
-  auto survey = std::make_unique<const Survey>(sources, observer);
-  auto makers = read_sources(*survey);
+  const TimeBound bound(std::chrono::seconds(sources.timeout));
+  const auto steps = steps_of(sources.only);
+  auto survey = std::make_unique<const Survey>(sources, observer, want_functions(steps));
+  auto makers = read_sources(steps, *survey);
   _zym_db_handle_t* handle = get_dmdb_handle();
   if (handle == nullptr) throw DatabaseError("the inventory cannot be opened");
   Transaction transaction(handle);
+  make_room_for(survey->system(), sources.replace, handle);
   auto tables = make_rows(makers, read_former_machine(handle, survey->machine()));
   // A large machine is not held three times: as it was read, as rows, and as the inventory has it.
   makers.clear();
   survey.reset();
   auto summaries = write_inventory(handle, std::move(tables), observer);
+  if (std::ranges::any_of(summaries, &TableSummary::changed)) stamp_collection(handle, name_of(sources));
   transaction.commit();
   return summaries;
 }
 
 }  // namespace
+
+std::vector<std::string> class_names() {
+  return names_of_classes();
+}
 
 Summary collect_inventory(const Sources& sources, const Observer& observer) {
   Summary summary;

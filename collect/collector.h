@@ -10,6 +10,9 @@
 
 namespace zymdb::collect {
 
+// The classes of hardware that can be collected on their own.
+std::vector<std::string> class_names();
+
 struct Summary {
   std::string error;  // one line, what failed and where; empty when the collection is stored
   std::vector<TableSummary>
@@ -21,6 +24,9 @@ struct Summary {
 // Reads the sources, decides every device's place and makes the inventory agree: new hardware is inserted,
 // changed rows are updated, rows of hardware that is gone are removed, all in one transaction when the
 // database client in the process offers transactions. A second run on an unchanged machine writes nothing.
+//
+// An inventory of another machine is refused, or replaced wholly where that is wanted. When, by what and from
+// which sources something changed last is kept in the machine's row.
 //
 // A source that is not there, may not be read or has nothing in it costs one notice, and its rows stay as
 // they were. A file that is named but missing, is cut short or is something else is an error, found before

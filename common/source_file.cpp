@@ -10,7 +10,9 @@
 #include <charconv>
 #include <cstdio>
 #include <system_error>
+#include <utility>
 
+#include "common/source_access.h"
 #include "common/text.h"
 
 namespace zymdb {
@@ -71,6 +73,36 @@ void require(int error, const std::string& path) {
   if (error != 0) throw SourceError(path, std::generic_category().message(error));
 }
 
+struct Attribute {
+  std::optional<std::string> content;
+  int error = 0;
+};
+
+Attribute read_attribute_now(const std::string& path) {
+  // To open a device may set it going already.
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return {std::nullopt, errno};
+  if (!S_ISREG(status.st_mode)) return {std::nullopt, EINVAL};
+  const Descriptor file(path, O_NONBLOCK | O_NOCTTY);
+  if (!file.is_open()) return {std::nullopt, errno};
+  std::string content;
+  const int error = file.is_file() ? read_all(file, kLargestAttribute, content) : EINVAL;
+  if (error != 0) return {std::nullopt, error};
+  return {std::move(content), 0};
+}
+
+std::optional<std::vector<std::filesystem::path>> list_now(const std::filesystem::path& folder) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  std::vector<fs::path> paths;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+    paths.push_back(it->path());
+  }
+  if (error) return std::nullopt;
+  std::ranges::sort(paths);
+  return paths;
+}
+
 }  // namespace
 
 SourceError::SourceError(std::string_view file, std::string_view reason)
@@ -104,14 +136,9 @@ void read_source_in_parts(const std::string& path, const std::function<void(std:
 }
 
 std::optional<std::string> read_attribute(const std::string& path) {
-  // To open a device may set it going already.
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  const Descriptor file(path, O_NONBLOCK | O_NOCTTY);
-  std::string content;
-  if (!file.is_open() || !file.is_file() || read_all(file, kLargestAttribute, content) != 0)
-    return std::nullopt;
-  return content;
+  auto file = ask(path, [path] { return read_attribute_now(path); });
+  if (auto* const observer = access_observer()) observer->read_file(path, file.content, file.error);
+  return std::move(file.content);
 }
 
 std::optional<uint64_t> read_number(const std::string& path) {
@@ -120,15 +147,36 @@ std::optional<uint64_t> read_number(const std::string& path) {
 }
 
 std::optional<std::vector<std::filesystem::path>> folder_entries(const std::filesystem::path& folder) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  std::vector<fs::path> paths;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-    paths.push_back(it->path());
-  }
-  if (error) return std::nullopt;
-  std::ranges::sort(paths);
-  return paths;
+  auto entries = ask(folder.string(), [folder] { return list_now(folder); });
+  if (auto* const observer = access_observer(); observer != nullptr && entries)
+    observer->listed(folder, *entries);
+  return entries;
+}
+
+bool is_there(const std::filesystem::path& path) {
+  if (auto* const observer = access_observer()) observer->looked_at(path);
+  return ask(path.string(), [path] {
+    std::error_code error;
+    return std::filesystem::exists(path, error);
+  });
+}
+
+std::optional<std::filesystem::path> link_target(const std::filesystem::path& link) {
+  if (auto* const observer = access_observer()) observer->looked_at(link);
+  return ask(link.string(), [link]() -> std::optional<std::filesystem::path> {
+    std::error_code error;
+    auto target = std::filesystem::read_symlink(link, error);
+    return error ? std::nullopt : std::optional(std::move(target));
+  });
+}
+
+std::optional<std::filesystem::path> real_path(const std::filesystem::path& path) {
+  if (auto* const observer = access_observer()) observer->looked_at(path);
+  return ask(path.string(), [path]() -> std::optional<std::filesystem::path> {
+    std::error_code error;
+    auto real = std::filesystem::canonical(path, error);
+    return error ? std::nullopt : std::optional(std::move(real));
+  });
 }
 
 }  // namespace zymdb

@@ -1,4 +1,5 @@
-// Reading the files that describe a machine, and saying what is wrong with them.
+// Reading the files that describe a machine, and saying what is wrong with them. Attribute files and folders
+// are read within the time bound of source_access.h, where there is one.
 #ifndef ZYMDB_COMMON_SOURCE_FILE_H
 #define ZYMDB_COMMON_SOURCE_FILE_H
 
@@ -17,6 +18,7 @@ namespace zymdb {
 // A source that cannot be used. Its text is one line: the file, the line or offset, and the reason.
 class SourceError : public std::runtime_error {
  public:
+  explicit SourceError(const std::string& problem) : std::runtime_error(problem) {}
   SourceError(std::string_view file, std::string_view reason);
 
   static SourceError at_line(std::string_view file, size_t line, std::string_view reason);
@@ -39,6 +41,15 @@ std::optional<uint64_t> read_number(const std::string& path);
 
 // The entries of a folder, by name; nothing when it cannot be read.
 std::optional<std::vector<std::filesystem::path>> folder_entries(const std::filesystem::path& folder);
+
+// Whether there is a file or folder, links followed.
+bool is_there(const std::filesystem::path& path);
+
+// What a link says, which need not be there; nothing when it is no link.
+std::optional<std::filesystem::path> link_target(const std::filesystem::path& link);
+
+// The path without links; nothing when there is no such file or folder.
+std::optional<std::filesystem::path> real_path(const std::filesystem::path& path);
 
 }  // namespace zymdb
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <iterator>
 
 namespace zymdb {
 namespace {
@@ -38,10 +39,25 @@ constexpr std::string_view kPlaceholders[] = {
     "serial number",
     "asset tag#",
     "0123456789",
+    "123456789",
+    "1234567890",
+    "system manufacturer",
+    "system product name",
+    "system version",
+    "base board serial number",
+    "chassis serial number",
     "fill by oem",
     "filled by o.e.m.",
     "unknow",
 };
+
+// Lower case. UUIDs that firmware is delivered with.
+constexpr std::string_view kPlaceholderUuids[] = {
+    "03000200-0400-0500-0006-000700080009", "00020003-0004-0005-0006-000700080009",
+    "12345678-1234-5678-90ab-cddeefaabbcc", "78563412-3412-7856-90ab-cddeefaabbcc",
+    "4c4c4544-0000-2010-8020-80c04f202020",
+};
+constexpr std::string_view kUuidForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
 
 constexpr bool is_blank(char c) {
   return static_cast<unsigned char>(c) <= ' ' || c == '\x7f';
@@ -90,6 +106,23 @@ std::string printable(std::string_view text) {
   return result;
 }
 
+bool has_uuid_form(std::string_view text) {
+  const auto fits = [](char c, char form) {
+    return form == '-' ? c == '-' : std::string_view("0123456789abcdef").find(c) != std::string_view::npos;
+  };
+  return text.size() == kUuidForm.size() && std::equal(text.begin(), text.end(), kUuidForm.begin(), fits);
+}
+
+// The same byte all over.
+bool is_filler_uuid(std::string_view uuid) {
+  std::string digits;
+  std::ranges::copy_if(uuid, std::back_inserter(digits), [](char c) { return c != '-'; });
+  for (size_t i = 2; i < digits.size(); ++i) {
+    if (digits[i] != digits[i - 2]) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 std::string_view trimmed(std::string_view text) {
@@ -132,10 +165,24 @@ std::optional<uint32_t> hex_number(std::string_view digits) {
   return number;
 }
 
+std::string listed(const std::vector<std::string>& words) {
+  std::string text;
+  for (const auto& word : words) {
+    if (!word.empty()) text += (text.empty() ? "" : ", ") + word;
+  }
+  return text;
+}
+
 std::string_view cut(std::string_view text, size_t size) {
   if (text.size() <= size) return text;
   while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80) --size;
   return text.substr(0, size);
+}
+
+std::optional<std::string> known_uuid(std::string_view text) {
+  const std::string uuid = lower_case(trimmed(text));
+  const bool is_placeholder = std::ranges::find(kPlaceholderUuids, uuid) != std::end(kPlaceholderUuids);
+  return !has_uuid_form(uuid) || is_filler_uuid(uuid) || is_placeholder ? std::nullopt : std::optional(uuid);
 }
 
 std::optional<std::string> known_text(std::string_view text) {

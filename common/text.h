@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zymdb {
 
@@ -24,6 +25,9 @@ std::optional<uint64_t> leading_number(std::string_view text);
 // A hexadecimal number without prefix, of at most 8 digits and nothing else.
 std::optional<uint32_t> hex_number(std::string_view digits);
 
+// "one, two"; empty ones are left out.
+std::string listed(const std::vector<std::string>& words);
+
 // Cut to `size` bytes, never inside a UTF-8 character.
 std::string_view cut(std::string_view text, size_t size);
 
@@ -31,6 +35,9 @@ std::string_view cut(std::string_view text, size_t size);
 // filled it with a placeholder ("To Be Filled By O.E.M.", "Not Specified", "N/A", "--", rows of dots,
 // blanks).
 std::optional<std::string> known_text(std::string_view text);
+
+// A UUID in lower case; nothing for what is none, and for those that firmware bears which nobody gave one.
+std::optional<std::string> known_uuid(std::string_view text);
 
 }  // namespace zymdb
 

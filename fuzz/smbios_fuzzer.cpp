@@ -7,8 +7,10 @@
 
 #include "checks.h"
 #include "collect/model/machine.h"
+#include "collect/sources/smbios/memory_position.h"
 #include "common/bytes.h"
 #include "common/source_file.h"
+#include "common/text.h"
 
 namespace {
 
@@ -16,7 +18,21 @@ using namespace zymdb;
 using namespace zymdb::collect;
 using zymdb::fuzz::require;
 
+void check_memory(const SmbiosTables& tables) {
+  std::vector<MemoryPosition> positions;
+  for (const auto& device : decode_memory(tables))
+    positions.push_back(memory_position(device.locator.value_or(""), device.bank.value_or("")));
+  forget_shared_numbers(positions);
+  std::set<MemoryPosition> places;
+  for (const auto& position : positions)
+    require(!position.module || places.insert(position).second, "two modules have one place");
+}
+
 void check(SmbiosTables tables) {
+  require(tables.is_whole() || !tables.notices().empty(), "a break that nobody is told of");
+  check_memory(tables);
+  for (const auto& system : decode_system(tables))
+    require(!system.uuid || known_uuid(*system.uuid) == system.uuid, "a UUID that is none");
   for (const auto& structure : tables.structures()) {
     for (size_t offset = 0; offset < structure.length(); ++offset)
       if (const auto text = structure.text(offset)) require(!text->empty(), "an empty text");

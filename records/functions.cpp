@@ -11,6 +11,7 @@ namespace zymdb::records {
 namespace {
 
 constexpr char kIommuGroup[] = "IOMMUGroup";
+constexpr char kNumaNode[] = "NUMANode";
 
 struct Function : Stored<_ZYMDB_PCI_Generic> {
   PciNames* names = nullptr;
@@ -99,9 +100,10 @@ Value driver(const Function& function) {
   return value_of(function.driver);
 }
 
-Value iommu_group(const Function& function) {
-  const auto group = function.number(kIommuGroup);
-  return group ? Value(uint64_t{*group}) : Value();
+template <const char* Column>
+Value column(const Function& function) {
+  const auto number = function.number(Column);
+  return number ? Value(uint64_t{*number}) : Value();
 }
 
 // A device without a name is told by its class.
@@ -134,7 +136,9 @@ constexpr Field<Function> kFields[] = {
         .state()
         .noted(link_attention),
     derived<Function>("Driver", "DRIVER", "the kernel's driver", driver).shown().state(),
-    derived<Function>(kIommuGroup, "IOMMUGROUP", "IOMMU group", iommu_group).number().state(),
+    derived<Function>(kIommuGroup, "IOMMUGROUP", "IOMMU group", column<kIommuGroup>).number().state(),
+    derived<Function>(kNumaNode, "NUMA", "NUMA node that the function is nearest to", column<kNumaNode>)
+        .number(),
     derived<Function>("ClassName", "CLASS", "class, by name", class_name).model(),
     derived<Function>("Name", "NAME", "vendor and device, by name", name).long_text().shown().model(),
     derived<Function>("VendorName", "VENDORNAME", "vendor, by name", vendor_name).model(),
@@ -165,7 +169,7 @@ constexpr Field<Function> kFields[] = {
     ZYMDB_RECORD_FIELD(Function, Hotplug, "HOTPLUG", "1: the slot is hot-pluggable"),
     ZYMDB_RECORD_FIELD(Function, PCIType, "PCITYPE", "PCI type code"),
     ZYMDB_RECORD_FIELD(Function, BladeSlotPort, "BLADEPORT", "port of a blade slot"),
-    ZYMDB_RECORD_FIELD(Function, NodeIndex, "NODE", "NUMA node that the function belongs to"),
+    ZYMDB_RECORD_FIELD(Function, NodeIndex, "NODE", "node that the function belongs to"),
     ZYMDB_RECORD_FIELD(Function, FunType, "FUNTYPE", "function type code"),
     ZYMDB_RECORD_FIELD(Function, LanesInUse, "LANES", "lanes in use").state(),
     ZYMDB_RECORD_FIELD(Function, MaxLanes, "MAXLANES", "most lanes"),
@@ -212,7 +216,7 @@ void find_parents(std::vector<Function>& functions) {
 std::vector<Function> list_named_functions(PciNames& names) {
   const Reading reading("functions");
   auto columns = number_columns(kFields);
-  columns.push_back(kIommuGroup);
+  columns.insert(columns.end(), {kIommuGroup, kNumaNode});
   const auto rows = read_stored_rows(reading, "PCIs", "_id", columns);
   const auto drivers = read_stored_texts(reading, "PCIs", "_id", "Driver");
   std::vector<Function> functions;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "records/cpu_mem.h"
@@ -23,18 +24,27 @@ constexpr const char* kTypes[] = {
     "LPDDR4", "persistent", "HBM",   "HBM2",  "DDR5",  "LPDDR5", "HBM3",
 };
 
+// The column's own number: a field's low bits may be those of another one.
+std::optional<uint64_t> number(const Module& module, const char* column) {
+  const Value* const stored = module.stored(column);
+  const auto* const known = stored == nullptr ? nullptr : std::get_if<uint64_t>(stored);
+  return known == nullptr ? std::nullopt : std::optional(*known);
+}
+
 Value type(const Module& module) {
-  return value_of(std::string(module.MemType < std::size(kTypes) ? kTypes[module.MemType] : ""));
+  const auto code = number(module, "MemType").value_or(0);
+  return value_of(std::string(code < std::size(kTypes) ? kTypes[code] : ""));
 }
 
 // The collector knows no type of a module that is not there.
 bool is_empty(const Module& module) {
-  return module.MemSize == 0 && module.MemType == 0;
+  return number(module, "MemSize") == uint64_t{0} && number(module, "MemType").value_or(0) == 0;
 }
 
 Value size(const Module& module) {
   if (is_empty(module)) return kEmpty;
-  return module.MemSize == 0 ? Value() : size_text(module.MemSize);
+  const auto mebibytes = number(module, "MemSize").value_or(0);
+  return mebibytes == 0 ? Value() : size_text(mebibytes);
 }
 
 Attention size_attention(const Module& module) {

@@ -1,5 +1,8 @@
 #include "records/system.h"
 
+#include <array>
+#include <ctime>
+
 #include "records/rows.h"
 
 namespace zymdb::records {
@@ -20,6 +23,10 @@ struct System {
   std::string FirmwareVendor;
   std::string FirmwareVersion;
   std::string FirmwareDate;
+  std::string HostName;
+  uint64_t CollectedAt = 0;
+  std::string CollectedBy;
+  std::string CollectedFrom;
 };
 
 // Which column fills which text.
@@ -42,9 +49,23 @@ constexpr Column kColumns[] = {
     {"FirmwareVendor", &System::FirmwareVendor},
     {"FirmwareVersion", &System::FirmwareVersion},
     {"FirmwareDate", &System::FirmwareDate},
+    {"HostName", &System::HostName},
+    {"CollectedBy", &System::CollectedBy},
+    {"CollectedFrom", &System::CollectedFrom},
 };
 
+Value collected(const System& system) {
+  if (system.CollectedAt == 0) return {};
+  const auto at = static_cast<std::time_t>(system.CollectedAt);
+  std::tm time{};
+  std::array<char, 40> text{};
+  if (gmtime_r(&at, &time) == nullptr) return {};
+  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S UTC", &time);
+  return std::string(text.data());
+}
+
 constexpr Field<System> kFields[] = {
+    ZYMDB_RECORD_FIELD(System, HostName, "HOST", "name of the host").place(),
     ZYMDB_RECORD_FIELD(System, Manufacturer, "MANUFACTURER", "manufacturer").shown().model(),
     ZYMDB_RECORD_FIELD(System, Model, "MODEL", "model").shown().model(),
     ZYMDB_RECORD_FIELD(System, Version, "VERSION", "version of the model").model(),
@@ -59,10 +80,20 @@ constexpr Field<System> kFields[] = {
     ZYMDB_RECORD_FIELD(System, FirmwareVendor, "FIRMWAREVENDOR", "vendor of the system's firmware"),
     ZYMDB_RECORD_FIELD(System, FirmwareVersion, "FIRMWARE", "version of the system's firmware").shown(),
     ZYMDB_RECORD_FIELD(System, FirmwareDate, "FIRMWAREDATE", "release date of the system's firmware").shown(),
+    ZYMDB_RECORD_FIELD(System, CollectedAt, "COLLECTEDAT",
+                       "when a collection last changed anything, in seconds since 1970")
+        .changing()
+        .zero_is_unknown(),
+    derived<System>("Collected", "COLLECTED", "what CollectedAt says", collected).changing(),
+    ZYMDB_RECORD_FIELD(System, CollectedBy, "COLLECTOR", "the version that collected it").changing(),
+    ZYMDB_RECORD_FIELD(System, CollectedFrom, "SOURCES", "what it was collected from").long_text().changing(),
 };
+
 System read_system(Rows& rows) {
   System system;
   for (const auto& [name, text] : kColumns) system.*text = rows.text(name);
+  const Value at = rows.stored("CollectedAt");
+  if (const auto* const seconds = std::get_if<uint64_t>(&at)) system.CollectedAt = *seconds;
   return system;
 }
 

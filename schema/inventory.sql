@@ -127,7 +127,8 @@ CREATE TABLE "PCIs" (
   "MaxPCIeType"      INTEGER,
   "PCIeType"         INTEGER,
   "Driver"           TEXT,     -- the kernel's; our own column, as the next
-  "IOMMUGroup"       INTEGER
+  "IOMMUGroup"       INTEGER,
+  "NUMANode"         INTEGER
 );
 CREATE INDEX "PCIsByFunKey" ON "PCIs" ("FunKey");
 CREATE INDEX "PCIsByDevKey" ON "PCIs" ("DevKey");

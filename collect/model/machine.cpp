@@ -48,7 +48,8 @@ class MachineBuilder {
   void collect_slots() {
     if (findings_.smbios) describe_places(*findings_.smbios);
     described_ = machine_.slots.size();
-    tells_places_ = described_ != 0 || !onboard_.empty();
+    const bool breaks_off = findings_.smbios && !findings_.smbios->is_whole();
+    tells_places_ = !breaks_off && (described_ != 0 || !onboard_.empty());
     join_slots(machine_.slots, slots_of(findings_.sysfs_slots));
   }
 

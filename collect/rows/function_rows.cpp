@@ -41,12 +41,6 @@ Value pci_optional(const FunctionView& view) {
   return number_or_null(view.pci().*Field);
 }
 
-// Who reads adapters takes a function without a node for one that cannot be read: a machine that tells of no
-// nodes is one.
-Value node(const FunctionView& view) {
-  return Value::number(view.pci().numa_node.value_or(0));
-}
-
 constexpr Column<FunctionView> kFunctionColumns[] = {
     {{"FunKey", Role::kKey}, function_key},
     {{"DevKey", Role::kPlace}, device_key},
@@ -69,7 +63,7 @@ constexpr Column<FunctionView> kFunctionColumns[] = {
     {{"SlotDesignation", Role::kPlace, Kind::kText}, slot_designation},
     {{"SlotType", Role::kPlace}, slot_code<&Slot::type>},
     {{"SlotDataBusWidth", Role::kPlace}, slot_code<&Slot::data_bus_width>},
-    {{"NodeIndex", Role::kTold}, node},
+    {{"NodeIndex", Role::kValue}, only_node},
     {{"LanesInUse", Role::kValue}, link_number<&PciLink::width>},
     {{"MaxLanes", Role::kValue}, link_number<&PciLink::max_width>},
     {{"MaxPCIeType", Role::kValue}, link_number<&PciLink::max_generation>},
@@ -77,6 +71,7 @@ constexpr Column<FunctionView> kFunctionColumns[] = {
     {{"Driver", Role::kTold, Kind::kText},
      [](const FunctionView& view) { return text_or_null(view.pci().driver); }},
     {{"IOMMUGroup", Role::kTold}, pci_optional<&PciFunction::iommu_group>},
+    {{"NUMANode", Role::kTold}, pci_optional<&PciFunction::numa_node>},
 };
 
 // ---- Vital product data

@@ -72,11 +72,12 @@ constexpr Column<Module> kMemoryColumns[] = {
 
 TableContent memory_rows(const std::vector<SmbiosMemoryDevice>& memory) {
   auto content = make_content("Memory", kMemoryColumns);
-  uint32_t slot = 0;
-  for (const auto& device : memory) {
-    const auto position = memory_position(device.locator.value_or(""), device.bank.value_or(""));
-    add_row(content, kMemoryColumns, {device, ++slot, position}, true);
-  }
+  std::vector<MemoryPosition> positions;
+  for (const auto& device : memory)
+    positions.push_back(memory_position(device.locator.value_or(""), device.bank.value_or("")));
+  forget_shared_numbers(positions);
+  for (uint32_t i = 0; i < memory.size(); ++i)
+    add_row(content, kMemoryColumns, {memory[i], i + 1, positions[i]}, true);
   return content;
 }
 

@@ -6,12 +6,12 @@ namespace zymdb::collect {
 namespace {
 
 template <auto Field>
-constexpr Column<SmbiosSystem> text_column(const char* name) {
+constexpr Column<System> text_column(const char* name) {
   return {{name, Role::kValue, Kind::kText},
-          [](const SmbiosSystem& system) { return text_or_null(system.*Field); }};
+          [](const System& system) { return text_or_null(system.told.*Field); }};
 }
 
-constexpr Column<SmbiosSystem> kColumns[] = {
+constexpr Column<System> kColumns[] = {
     text_column<&SmbiosSystem::manufacturer>("Manufacturer"),
     text_column<&SmbiosSystem::model>("Model"),
     text_column<&SmbiosSystem::version>("Version"),
@@ -26,13 +26,17 @@ constexpr Column<SmbiosSystem> kColumns[] = {
     text_column<&SmbiosSystem::firmware_vendor>("FirmwareVendor"),
     text_column<&SmbiosSystem::firmware_version>("FirmwareVersion"),
     text_column<&SmbiosSystem::firmware_date>("FirmwareDate"),
+    {{"HostName", Role::kKnown, Kind::kText},
+     [](const System& system) { return text_or_null(system.host_name); }},
 };
 
 }  // namespace
 
-TableContent system_rows(const std::vector<SmbiosSystem>& systems) {
+TableContent system_rows(const std::optional<System>& system) {
   auto content = make_content("System", kColumns);
-  for (const auto& system : systems) add_row(content, kColumns, system, true);
+  if (!system) return content;
+  add_row(content, kColumns, *system, true);
+  content.is_partial = !system->is_whole;
   return content;
 }
 

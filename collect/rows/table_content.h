@@ -69,6 +69,7 @@ enum class Role : uint8_t {
   kKey,      // always; rows with equal keys are the same row
   kValue,    // always
   kPlace,    // in an existing row only when the sources can tell places
+  kKnown,    // always, but what is not known replaces nothing
   kTold,     // in an existing row only when somebody could be asked: a driver, a drive
   kInitial,  // in a new row only: afterwards it belongs to others
   kStamp,    // along with the others, but never a reason to write
@@ -121,6 +122,10 @@ struct TableContent {
 
   // At the addresses of these are other devices now: the former devices' rows go first.
   FunctionSet replaced = {};
+
+  // The source breaks off somewhere: what is not told of is not gone. Only rows that share their first key
+  // with one of `rows` are removed, and what a row does not know replaces nothing.
+  bool is_partial = false;
 
   // Changes an existing row, where the library has an operation for that, and answers its status.
   int (*change)(const TableContent& content, const Row& row) = nullptr;

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "collect/rows/drive_rows.h"
-#include "collect/sources/sysfs/nvme_health.h"
 #include "collect/sources/sysfs/sysfs_drives.h"
 #include "collect/write/nvme_drives.h"
 
@@ -23,8 +22,7 @@ bool has_nvme_function(const Machine& machine) {
 }
 
 Drives find_nvme_drives(const Survey& survey) {
-  const auto health = survey.is_running() ? HealthReader(read_nvme_health) : HealthReader();
-  Drives drives = read_nvme_drives(survey.sysfs(), health);
+  Drives drives = read_nvme_drives(survey.sysfs(), survey.drivers().health);
   const bool is_told = !has_nvme_function(survey.machine()) ||
                        survey.is_told(drives, "NVMe drives in " + survey.sysfs() + "/class/nvme");
   return is_told ? drives : std::nullopt;

@@ -3,18 +3,14 @@
 #include <vector>
 
 #include "collect/rows/firmware_rows.h"
-#include "collect/sources/sysfs/ethtool.h"
 #include "collect/sources/sysfs/sysfs_firmware.h"
 
 namespace zymdb::collect {
 namespace {
 
-constexpr char kNvidiaFolder[] = "/proc/driver/nvidia/gpus";
-
 std::vector<FirmwareComponent> find_components(const Survey& survey) {
   if (survey.sysfs().empty()) return {};
-  const FirmwareDrivers drivers =
-      survey.is_running() ? FirmwareDrivers{read_firmware_version, kNvidiaFolder} : FirmwareDrivers{};
+  const FirmwareDrivers drivers{survey.drivers().firmware_version, survey.drivers().nvidia_folder};
   return read_sysfs_firmware(survey.sysfs(), drivers);
 }
 
@@ -23,7 +19,7 @@ std::vector<FirmwareComponent> find_components(const Survey& survey) {
 RowMaker collect_firmware(const Survey& survey) {
   if (!survey.machine().functions) return {};
   const auto components = find_components(survey);
-  ToldBy told_by = survey.is_running() ? ToldBy::kDrivers : ToldBy::kSysfs;
+  ToldBy told_by = survey.drivers().are_told ? ToldBy::kDrivers : ToldBy::kSysfs;
   const bool is_believed = survey.allows_empty() && !survey.sysfs().empty();
   if (components.empty() && !is_believed) told_by = ToldBy::kNobody;
   auto content = firmware_rows(survey.machine(), components, survey.names(), told_by);

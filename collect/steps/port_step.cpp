@@ -32,7 +32,7 @@ using Ports = std::optional<std::vector<NetworkPort>>;
 // Nothing: not told.
 Ports find_ports(const Survey& survey) {
   if (survey.sysfs().empty()) return std::nullopt;
-  auto ports = read_sysfs_ports(survey.sysfs(), survey.is_running() ? read_ethtool : EthtoolReader());
+  auto ports = read_sysfs_ports(survey.sysfs(), survey.drivers().ethtool);
   const auto functions = network_functions(survey.machine());
   if (!ports || functions.empty() || has_port_of(*ports, functions) || survey.allows_empty()) return ports;
   survey.note_left("ports of network functions in " + survey.sysfs() + "/class");

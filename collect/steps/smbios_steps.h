@@ -1,4 +1,5 @@
 // What SMBIOS tells of, each class on its own: tables without any of a class leave its rows as they are.
+// Without them the system tells of processors and memory, in rows that give way to SMBIOS's.
 #ifndef ZYMDB_COLLECT_STEPS_SMBIOS_STEPS_H
 #define ZYMDB_COLLECT_STEPS_SMBIOS_STEPS_H
 

@@ -1,5 +1,6 @@
 #include "collect/write/table_writer.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <set>
 #include <utility>
@@ -71,6 +72,7 @@ TableWriter::Key TableWriter::key_of(const std::vector<Value>& values) const {
 }
 
 bool TableWriter::is_kept(const StoredRow& row) const {
+  if (content_.is_partial && !is_told_of(row)) return true;
   return is_of(row, content_.kept) || (content_.keeps && content_.keeps(content_, row.values));
 }
 
@@ -87,6 +89,13 @@ void TableWriter::remove_replaced() {
     if (is_replaced(row)) remove(row);
   }
   std::erase_if(stored_, is_replaced);
+}
+
+bool TableWriter::is_told_of(const StoredRow& stored) const {
+  const auto key = key_of(stored.values);
+  return std::ranges::any_of(content_.rows, [&](const Row& row) {
+    return !key.empty() && key_of(row.values).front() == key.front();
+  });
 }
 
 // Whether the rows that stay, followed by those to come, stand in the order wanted.
@@ -124,7 +133,11 @@ const StoredRow* TableWriter::take(const Key& key) {
 }
 
 bool TableWriter::is_written(size_t column, const Row& row) const {
+  const bool is_known = !row.values[column].is_null();
+  if (content_.is_partial && !is_known) return false;
   switch (content_.columns[column].role) {
+    case Role::kKnown:
+      return is_known;
     case Role::kInitial:
     case Role::kOthers:
       return false;

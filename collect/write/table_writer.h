@@ -34,6 +34,7 @@ class TableWriter {
 
   Key key_of(const std::vector<Value>& values) const;
   bool is_kept(const StoredRow& row) const;
+  bool is_told_of(const StoredRow& stored) const;
   bool is_of(const StoredRow& row, const FunctionSet& functions) const;
   void remove_replaced();
   bool stands_in_order() const;

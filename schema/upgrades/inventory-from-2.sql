@@ -34,7 +34,8 @@ CREATE TABLE "PCIs" (
   "MaxPCIeType"      INTEGER,
   "PCIeType"         INTEGER,
   "Driver"           TEXT,     -- the kernel's; our own column, as the next
-  "IOMMUGroup"       INTEGER
+  "IOMMUGroup"       INTEGER,
+  "NUMANode"         INTEGER
 );
 INSERT INTO "PCIs"
   ("_id", "FunKey", "DevKey", "HardwareId", "HardwareTypeId", "BridgeId", "SegNo", "BusNo", "DeviceNo",

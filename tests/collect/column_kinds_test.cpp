@@ -45,7 +45,7 @@ class ColumnKinds : public InventoryTest {
                     .sysfs = tree.path().string()};
     sources.allow_empty = true;
     const Observer nobody;
-    const Survey survey(sources, nobody);
+    const Survey survey(sources, nobody, true);
     std::vector<TableContent> all;
     for (const Step step : {collect_system, collect_processors, collect_memory, collect_system_firmware,
                             collect_functions, collect_adapters, collect_vital_product_data, collect_gpus,

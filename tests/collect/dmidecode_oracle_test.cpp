@@ -3,12 +3,15 @@
 
 #include <cstdio>
 #include <map>
+#include <set>
 #include <string>
 
 #include "collect/machines.h"
 #include "collect/model/slots.h"
+#include "collect/sources/smbios/memory_position.h"
 #include "collect/sources/smbios/smbios_decode.h"
 #include "collect/sources/smbios/smbios_memory.h"
+#include "collect/sources/smbios/smbios_system.h"
 #include "common/text.h"
 
 namespace zymdb::collect {
@@ -207,6 +210,62 @@ TEST_P(RecordedTables, HaveTheSamePersistentMemory) {
       EXPECT_FALSE(memory.capacity);
     }
   }
+}
+
+std::optional<std::string> text_of_first(const std::vector<Fields>& all, const char* name) {
+  return all.empty() ? std::nullopt : text(all.front(), name);
+}
+
+TEST_P(RecordedTables, HaveTheSameSystemBoardAndFirmware) {
+  const auto systems = decode_system(tables());
+  ASSERT_EQ(systems.size(), 1U);
+  const auto& read = systems.front();
+  const auto system = expected(1);
+  EXPECT_EQ(read.manufacturer, text_of_first(system, "Manufacturer"));
+  EXPECT_EQ(read.model, text_of_first(system, "Product Name"));
+  EXPECT_EQ(read.version, text_of_first(system, "Version"));
+  EXPECT_EQ(read.serial_number, text_of_first(system, "Serial Number"));
+  EXPECT_EQ(read.sku, text_of_first(system, "SKU Number"));
+  EXPECT_EQ(read.family, text_of_first(system, "Family"));
+  EXPECT_EQ(read.uuid, known_uuid(text_of_first(system, "UUID").value_or("")));
+  const auto board = expected(2);
+  EXPECT_EQ(read.board_manufacturer, text_of_first(board, "Manufacturer"));
+  EXPECT_EQ(read.board_model, text_of_first(board, "Product Name"));
+  EXPECT_EQ(read.board_version, text_of_first(board, "Version"));
+  EXPECT_EQ(read.board_serial_number, text_of_first(board, "Serial Number"));
+  const auto firmware = expected(0);
+  EXPECT_EQ(read.firmware_vendor, text_of_first(firmware, "Vendor"));
+  EXPECT_EQ(read.firmware_version, text_of_first(firmware, "Version"));
+  EXPECT_EQ(read.firmware_date, text_of_first(firmware, "Release Date"));
+}
+
+// What dmidecode finds in a file that is cut, less the structure that it calls truncated.
+TEST_P(RecordedTables, HaveTheSameStructuresWhereTheyBreakOff) {
+  const TemporaryFolder folder;
+  const std::string whole = read_file(GetParam().path);
+  for (size_t part = 2; part < 12; ++part) {
+    const std::string cut = whole.substr(0, whole.size() * part / 12);
+    const std::string path = folder.write("cut", cut);
+    size_t found = 0;
+    for (const auto& line : lines_of(output_of("dmidecode --from-dump '" + path + "' 2>/dev/null"))) {
+      if (line.starts_with("Handle 0x")) ++found;
+      if (line.find("<TRUNCATED>") != std::string::npos) --found;
+    }
+    const auto tables = SmbiosTables::parse_dump(cut, path);
+    EXPECT_EQ(tables.structures().size(), found) << part;
+    EXPECT_FALSE(tables.is_whole()) << part;
+  }
+}
+
+TEST_P(RecordedTables, GiveNoTwoModulesOnePlace) {
+  std::vector<MemoryPosition> positions;
+  for (const auto& module : decode_memory(tables()))
+    positions.push_back(memory_position(module.locator.value_or(""), module.bank.value_or("")));
+  const auto told = positions;
+  forget_shared_numbers(positions);
+  EXPECT_EQ(positions, told) << "these boards name every position";
+  std::erase_if(positions, [](const MemoryPosition& position) { return !position.module; });
+  EXPECT_EQ(std::set(positions.begin(), positions.end()).size(), positions.size());
 }
 
 // The bays' type codes are those that dmidecode calls by a drive connector's name.

@@ -86,6 +86,7 @@ TEST(MemoryDevice, HasItsSizeInMebibytes) {
   EXPECT_EQ(size_of(4096, 0), 4096U);
   EXPECT_EQ(size_of(0x7FFF, 129408), 129408U);
   EXPECT_EQ(size_of(0x7FFF, 0x80000001U), 1U) << "the top bit of the second field is reserved";
+  EXPECT_EQ(size_of(0x7FFF, 0), std::nullopt) << "neither field tells it";
   EXPECT_EQ(size_of(0x8000 | 0x4000, 0), 16U) << "kilobytes";
   EXPECT_EQ(size_of(0x8000 | 512, 0), std::nullopt) << "less than one";
   EXPECT_EQ(size_of(0xFFFF, 0), std::nullopt) << "not known";
@@ -122,7 +123,7 @@ TEST(MemoryDevice, OfAnOldTableHasTheFieldsThatItsLengthAllows) {
   EXPECT_EQ(device.size, 2048U);
   EXPECT_EQ(device.max_speed, 3200U);
   EXPECT_EQ(device.configured_speed, std::nullopt);
-  EXPECT_EQ(decoded(Device(0x1B)).size, std::nullopt) << "its second field is not there";
+  EXPECT_EQ(decoded(Device(0x1B)).size, 0x7FFFU) << "without a second field it is a size like any other";
 }
 
 TEST(MemoryDevice, IsNothingButAPositionWhenItIsEmpty) {

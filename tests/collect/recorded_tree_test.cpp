@@ -119,7 +119,7 @@ TEST_P(RecordedTree, HasTheLinksAndDriversThatItsFilesTell) {
     const std::string name = fs::is_symlink(driver) ? fs::read_symlink(driver).filename().string() : "NULL";
     EXPECT_EQ(stored(address, "Driver"), name + "\n") << address;
     const std::string node = first_word(function / "numa_node");
-    EXPECT_EQ(stored(address, "NodeIndex"), (node.empty() || node == "-1" ? "0" : node) + "\n") << address;
+    EXPECT_EQ(stored(address, "NUMANode"), (node.empty() || node == "-1" ? "NULL" : node) + "\n") << address;
     if (fs::exists(function / "current_link_width")) {
       EXPECT_EQ(stored(address, "LanesInUse"), first_word(function / "current_link_width") + "\n") << address;
     }

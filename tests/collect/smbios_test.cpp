@@ -6,7 +6,9 @@
 #include <string>
 
 #include "collect/machines.h"
+#include "collect/record/sanitizer.h"
 #include "collect/sources/smbios/smbios_decode.h"
+#include "collect/sources/smbios/smbios_memory.h"
 #include "collect/sources/smbios/smbios_system.h"
 #include "common/source_file.h"
 
@@ -127,29 +129,110 @@ TEST(SmbiosTables, RefusesWhatIsNoTableWithOffsetAndReason) {
       {dump64(""), "the file ends before its table"},
       {dump64(std::string("\x0b\x03\x00\x00\x00\x00", 6)),
        "offset 0x20: a structure shorter than its header"},
-      {dump64(structure(11, "\x01") + std::string(64, 'x')).substr(0, 32 + 7), "without its end structure"},
       {dump64(std::string("\x0b\x40\x00\x01", 4)), "ends inside a structure"},
       {dump64(std::string("\x0b\x04\x00\x01"
                           "abc",
                           7)),
        "ends inside a structure"},
-      {dump32(table).substr(0, 40), "offset 0x28: the file ends inside its table"},
+      {dump32(table).substr(0, 40), "offset 0x20: the table ends inside a structure"},
   };
   for (const auto& test : kCases) EXPECT_THAT(refusal(test.bytes), HasSubstr(test.message));
+}
+
+std::vector<std::string> notices_of(const std::string& bytes, size_t structures, bool is_whole) {
+  const auto tables = SmbiosTables::parse_dump(bytes, "tables");
+  EXPECT_EQ(tables.structures().size(), structures);
+  EXPECT_EQ(tables.is_whole(), is_whole);
+  return tables.notices();
+}
+
+TEST(SmbiosTables, AreReadUpToWhereTheyBreakOff) {
+  const std::string first = structure(11, "\x01");  // 7 bytes
+  const std::string end = ": what comes before it is read";
+  const struct {
+    std::string bytes;
+    const char* notice;
+  } kCases[] = {
+      {dump64(first + std::string("\x0b\x03\0\0\0\0", 6)), "0x27: a structure shorter than its header"},
+      {dump64(first + std::string("\x0b\x40\0\1", 4)), "0x27: the table ends inside a structure"},
+      {dump64(first + std::string(64, 'x')).substr(0, 32 + 7),
+       "0x27: the table ends without its end structure"},
+      {dump64(first + first + end_structure()).substr(0, 32 + 12), "0x27: the table ends inside a structure"},
+      {dump32(first + first).substr(0, 32 + 12), "0x27: the table ends inside a structure"},
+      {dump32(first + first).substr(0, 32 + 7), "0x27: the file ends inside its table"},
+  };
+  for (const auto& [bytes, notice] : kCases) {
+    EXPECT_EQ(notices_of(bytes, 1, false),
+              std::vector{"tables, offset " + std::string(notice) + " (cut short?)" + end});
+  }
+  EXPECT_THAT(notices_of(dump64(first + end_structure()), 2, true), testing::IsEmpty());
+}
+
+TEST(SmbiosTables, WithFewerStructuresThanAnnouncedSaySo) {
+  std::string dump = dump32(structure(11, "\x01") + end_structure());
+  dump[0x1C] = 3;
+  set_checksum(dump, 0x15, 0x10, 15);
+  set_checksum(dump, 4, 0, 31);
+  EXPECT_EQ(notices_of(dump, 2, true),
+            std::vector<std::string>{"tables: 2 structures, where the entry point announces 3"});
 }
 
 class RecordedSmbios : public testing::TestWithParam<RecordedFile> {};
 INSTANTIATE_TEST_SUITE_P(Machines, RecordedSmbios, testing::ValuesIn(recorded_smbios_dumps()),
                          [](const auto& instance) { return name_of(instance.param); });
 
-TEST_P(RecordedSmbios, RefusesEveryPrefixThatLacksTheEndStructure) {
+// Refused, or else the structures that are whole.
+TEST_P(RecordedSmbios, HaveTheStructuresThatEveryPrefixHoldsWhole) {
   const std::string whole = read_file(GetParam().path);
   const auto tables = SmbiosTables::parse_dump(whole, "tables");
+  EXPECT_THAT(tables.notices(), testing::IsEmpty());
   ASSERT_EQ(tables.structures().back().type(), 127);
   const std::string end("\x7f\x04", 2);
   const size_t needed = whole.rfind(end) + 6;
-  for (size_t size = 0; size < whole.size(); ++size) {
-    ASSERT_EQ(refusal(whole.substr(0, size)) == "accepted", size >= needed) << size;
+  size_t before = 0;
+  for (size_t size = 0; size <= whole.size(); ++size) {
+    if (refusal(whole.substr(0, size)) != "accepted") {
+      ASSERT_EQ(before, 0U) << size;
+      continue;
+    }
+    const auto part = SmbiosTables::parse_dump(whole.substr(0, size), "tables");
+    ASSERT_GE(part.structures().size(), std::max<size_t>(before, 1)) << size;
+    before = part.structures().size();
+    ASSERT_EQ(part.structures().back().type(), tables.structures()[before - 1].type());
+    ASSERT_EQ(part.is_whole(), size >= needed) << size;
+    ASSERT_EQ(part.notices().size(), size >= needed ? 0U : 1U) << size;
+  }
+  EXPECT_EQ(before, tables.structures().size());
+}
+
+// The table of a dump as a sanitized recording has it.
+std::string without_numbers(const std::string& dump) {
+  MachineCopy copy;
+  copy.files["sys/firmware/dmi/tables/smbios_entry_point"] = dump.substr(0, 32);
+  copy.files["sys/firmware/dmi/tables/DMI"] = dump.substr(32);
+  const auto result = sanitized(copy);
+  return result.files.at("sys/firmware/dmi/tables/smbios_entry_point") +
+         result.files.at("sys/firmware/dmi/tables/DMI");
+}
+
+TEST_P(RecordedSmbios, AreTheSameTablesWhenSanitized) {
+  const std::string whole = read_file(GetParam().path);
+  const auto before = SmbiosTables::parse_dump(whole, "tables");
+  const auto after = SmbiosTables::parse_dump(without_numbers(whole), "tables");
+  EXPECT_THAT(after.notices(), testing::IsEmpty());
+  ASSERT_EQ(after.structures().size(), before.structures().size());
+  for (size_t i = 0; i < before.structures().size(); ++i) {
+    EXPECT_EQ(after.structures()[i].type(), before.structures()[i].type());
+    EXPECT_EQ(after.structures()[i].length(), before.structures()[i].length());
+  }
+  const auto memory = decode_memory(before);
+  const auto other = decode_memory(after);
+  for (size_t i = 0; i < memory.size(); ++i) {
+    EXPECT_EQ(other[i].size, memory[i].size);
+    EXPECT_EQ(other[i].part_number, memory[i].part_number);
+    if (memory[i].serial_number.value_or("").size() >= 5) {
+      EXPECT_NE(other[i].serial_number, memory[i].serial_number);
+    }
   }
 }
 
@@ -161,8 +244,15 @@ TEST_P(RecordedSmbios, ReadsOrRefusesFlippedBytes) {
     damaged[at] = static_cast<char>(~damaged[at]);
     try {
       const auto tables = SmbiosTables::parse_dump(damaged, "tables");
-      EXPECT_LE(decode_processors(tables).size() + decode_slots(tables).size(), tables.structures().size());
-      decode_onboard_devices(tables);
+      const size_t read = decode_processors(tables).size() + decode_slots(tables).size() +
+                          decode_memory(tables).size() + decode_firmware(tables).size() +
+                          decode_onboard_devices(tables).size();
+      EXPECT_LE(read, tables.structures().size());
+      EXPECT_LE(decode_system(tables).size(), 1U);
+      EXPECT_TRUE(tables.is_whole() || !tables.notices().empty()) << "a break is told of";
+      if (at % 16 == 0) {
+        EXPECT_EQ(without_numbers(damaged).size(), damaged.size());
+      }
     } catch (const SourceError& error) {
       ++refused;
       EXPECT_THAT(error.what(), HasSubstr("tables, offset 0x"));

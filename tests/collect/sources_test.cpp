@@ -57,7 +57,7 @@ TEST_F(SourcesTest, RefusesACutOrForeignFileAndWritesNothing) {
   } kCases[] = {
       {files_.write("a", dump.substr(0, dump.size() / 2)), sources_.smbios, "/a, line "},
       {files_.write("b", tables), sources_.smbios, "/b, line 1: "},
-      {sources_.lspci, files_.write("c", tables.substr(0, tables.size() / 2)), "/c, offset 0x"},
+      {sources_.lspci, files_.write("c", tables.substr(0, 20)), "/c, offset 0x0: a damaged SMBIOS"},
       {sources_.lspci, files_.write("d", dump), "/d, offset 0x0: no SMBIOS entry point"},
       {"/nowhere/server.lspci", sources_.smbios, "/nowhere/server.lspci: No such file or directory"},
       {sources_.lspci, files_.path().string(), "Is a directory"},
@@ -72,6 +72,68 @@ TEST_F(SourcesTest, RefusesACutOrForeignFileAndWritesNothing) {
     EXPECT_EQ(summary.error.find('\n'), std::string::npos);
   }
   EXPECT_TRUE(stored_bytes() == before);
+}
+
+// ---- SMBIOS tables that break off
+
+TEST_F(SourcesTest, TablesThatBreakOffRemoveNothingAndForgetNothing) {
+  ASSERT_TRUE(collect().ok());
+  const auto all = [] {
+    return rows("System", {"Model", "BoardModel"}) +
+           rows("Processor", {"Socket", "CoreCount", "L3CacheInstalled", "Status"}) +
+           rows("Memory", {"SlotNo", "ArrayId", "SerialNo", "MemSize"}) +
+           rows("EmbeddedDeviceFirmware", {"SoftwareID", "DeviceName"}) +
+           rows("PCIs", {"FunKey", "Location", "SlotNo", "SlotDesignation"});
+  };
+  const std::string before = all();
+  const std::string tables = read_file(sources_.smbios);
+  for (size_t size = 0x20 + 200; size < tables.size(); size += 150) {
+    sources_.smbios = files_.write("cut.smbios", tables.substr(0, size));
+    const auto summary = collect();
+    ASSERT_TRUE(summary.ok()) << summary.error;
+    EXPECT_THAT(notices_, testing::Contains(HasSubstr("/cut.smbios, offset 0x"))) << size;
+    ASSERT_EQ(all(), before) << size;
+  }
+  EXPECT_EQ(counts(collect())["PCIs"], "0/0/0/58") << "the other sources are read";
+}
+
+TEST_F(SourcesTest, TablesThatBreakOffWriteWhatTheyTell) {
+  const std::string tables = read_file(sources_.smbios);
+  std::string former = tables;
+  former.replace(former.find(std::string("CPU1\0", 5)), 5, std::string("CPU7\0", 5));
+  sources_.smbios = files_.write("former.smbios", former);
+  ASSERT_TRUE(collect().ok());
+  ASSERT_EQ(rows("Processor", {"Socket"}), "CPU7\nCPU2\n");
+  sources_.smbios = files_.write("cut.smbios", tables.substr(0, tables.find("CPU2") + 100));
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("Processor", {"Socket"}), "CPU7\nCPU2\nCPU1\n") << "perhaps it is further down";
+  sources_.smbios = files_.write("whole.smbios", tables);
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("Processor", {"Socket"}), "CPU2\nCPU1\n");
+}
+
+TEST_F(SourcesTest, AnotherModuleIsBelievedThoughTheTablesBreakOffLater) {
+  const std::string tables = read_file(sources_.smbios);
+  ASSERT_TRUE(collect().ok());
+  const std::string first = rows("Memory", {"SerialNo"}, "SlotNo=1");
+  const std::string name = first.substr(0, first.size() - 1);
+  std::string changed = tables;
+  changed.replace(changed.find(name), name.size(), std::string(name.size(), 'Z'));
+  sources_.smbios = files_.write("cut.smbios", changed.substr(0, changed.size() - 200));
+  ASSERT_TRUE(collect().ok());
+  EXPECT_EQ(rows("Memory", {"SerialNo"}, "SlotNo=1"), std::string(name.size(), 'Z') + "\n");
+}
+
+TEST_F(SourcesTest, TablesOfATreeThatAreNoTablesAreANotice) {
+  const std::string dump = read_file(sources_.smbios);
+  files_.write("sys/firmware/dmi/tables/smbios_entry_point", "nothing");
+  files_.write("sys/firmware/dmi/tables/DMI", dump.substr(32));
+  sources_.smbios.clear();
+  sources_.sysfs = files_.path().string() + "/sys";
+  const auto summary = collect();
+  ASSERT_TRUE(summary.ok()) << summary.error;
+  EXPECT_THAT(notices_, testing::Contains(HasSubstr("/DMI, offset 0x0: no SMBIOS entry point")));
+  EXPECT_EQ(counts(summary)["PCIs"], "58/0/0/0");
 }
 
 // ---- Sources with nothing in them
@@ -162,20 +224,20 @@ TEST_F(SourcesTest, KeepsWhatADumpTellsWhereSysfsTellsNothing) {
   sources_.sysfs = files_.path().string() + "/sys";
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCIs", links, "FunKey=1507328"), before);
-  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "NULL|NULL|0\n");
+  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NUMANode"}, "FunKey=1507328"), "NULL|NULL|NULL\n");
   std::filesystem::create_symlink("../../bus/pci/drivers/mlx5_core", files_.path() / (function + "driver"));
   std::filesystem::create_symlink("../../kernel/iommu_groups/27", files_.path() / (function + "iommu_group"));
   files_.write(function + "numa_node", "1\n");
   files_.write(function + "max_link_width", "32\n");
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCIs", {"LanesInUse", "MaxLanes"}, "FunKey=1507328"), "16|32\n");
-  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "mlx5_core|27|1\n");
+  EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup", "NUMANode"}, "FunKey=1507328"), "mlx5_core|27|1\n");
   std::filesystem::remove(files_.path() / (function + "driver"));
   ASSERT_TRUE(collect().ok());
   EXPECT_EQ(rows("PCIs", {"Driver", "IOMMUGroup"}, "FunKey=1507328"), "NULL|27\n");
   sources_.sysfs.clear();
   ASSERT_TRUE(collect().ok());
-  EXPECT_EQ(rows("PCIs", {"IOMMUGroup", "NodeIndex"}, "FunKey=1507328"), "27|1\n")
+  EXPECT_EQ(rows("PCIs", {"IOMMUGroup", "NUMANode"}, "FunKey=1507328"), "27|1\n")
       << "a dump knows of neither";
 }
 

@@ -71,7 +71,7 @@ def layers():
             ("src/storage/u2_drives.cpp", "zymdb_platform.h"),
             ("collect/sources/pci/pci_vpd.cpp", "collect/model/machine.h"),
             ("collect/sources/smbios/smbios.cpp", "collect/sources/sysfs/ethtool.h"),
-            ("collect/sources/sysfs/ethtool.cpp", "collect/sources/smbios/smbios.h"),
+            ("collect/sources/sysfs/ethtool.cpp", "collect/sources/sources.h"),
             ("collect/model/machine.cpp", "collect/rows/memory_rows.h"),
             ("collect/rows/memory_rows.cpp", "collect/write/inventory_writer.h"),
             ("collect/write/inventory_writer.cpp", "terminal/table.h"),

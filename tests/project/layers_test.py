@@ -30,12 +30,15 @@ ROOMS = {
     "collect/sources": [],
     PCI: ["common"],
     SMBIOS: ["common", PCI],
-    SYSFS: ["common", PCI],
+    # What SMBIOS tells of a machine, its system may tell, too.
+    SYSFS: ["common", PCI, SMBIOS],
     "collect/model": [*PUBLIC, "common", PCI, SMBIOS, SYSFS],
     "collect/rows": [*PUBLIC, "common", "collect/model", PCI, SMBIOS, SYSFS],
     "collect/write": [*PUBLIC, "common", "collect/model", "collect/rows", PCI, SMBIOS, SYSFS, "platform"],
     "collect/steps": [*PUBLIC, "common", "collect/sources", "collect/model", "collect/rows", "collect/write", PCI,
                       SMBIOS, SYSFS],
+    # What is recorded of a machine is what its steps read.
+    "collect/record": ["common", "collect/sources", "collect/rows", "collect/steps", PCI, SMBIOS, SYSFS],
     "collect": [*PUBLIC, "common", "collect/sources", "collect/model", "collect/rows", "collect/steps", "collect/write",
                 PCI, SMBIOS, SYSFS, "platform"],
 
@@ -43,7 +46,7 @@ ROOMS = {
     "tools/zymdb/show": [*SHARED, "tools/zymdb/terminal"],
     "tools/zymdb/files": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show"],
     "tools/zymdb/commands": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show", "tools/zymdb/files", "collect",
-                             "platform"],
+                             "collect/record", "platform"],
     "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
     "service": [*SHARED, "platform"],
 

@@ -35,6 +35,52 @@ TEST_F(StoredRows, HaveNumbersThatTheirFieldsHaveNoRoomFor) {
   EXPECT_EQ(value("CoreEnabled"), Value(uint64_t{192}));
 }
 
+TEST_F(StoredRows, OfAProcessorHaveItsWholeNumbers) {
+  given("Processor", {{"Status", 0x41},
+                      {"L1CacheInstalled", 786432},
+                      {"L2CacheMaxSize", 1 << 20},
+                      {"L3CacheInstalled", 786432},
+                      {"L3CacheMaxSize", 3 << 18},
+                      {"MaxSpeed", 70000},
+                      {"CurSpeed", 66000},
+                      {"ExtClock", 65536},
+                      {"NodeIndex", 256},
+                      {"Family", 0x10001}});
+  EXPECT_EQ(value("L1CacheInstalled"), Value(uint64_t{786432}));
+  EXPECT_EQ(value("L2CacheMaxSize"), Value(uint64_t{1048576}));
+  EXPECT_EQ(value("L3CacheInstalled"), Value(uint64_t{786432})) << "768 MiB";
+  EXPECT_EQ(value("L3CacheMaxSize"), Value(uint64_t{786432}));
+  EXPECT_EQ(value("MaxSpeed"), Value(uint64_t{70000}));
+  EXPECT_EQ(value("CurSpeed"), Value(uint64_t{66000}));
+  EXPECT_EQ(value("ExtClock"), Value(uint64_t{65536}));
+  EXPECT_EQ(value("NodeIndex"), Value(uint64_t{256}));
+  EXPECT_EQ(value("Family"), Value(uint64_t{0x10001}));
+}
+
+TEST_F(StoredRows, OfAModuleHaveItsWholeNumbers) {
+  given("Memory", {{"SlotNo", 1},
+                   {"MemSize", "8589934592"},
+                   {"MaxSpeed", 70000},
+                   {"ClockSpeed", 66000},
+                   {"TotalWidth", 65536},
+                   {"MemType", 256}});
+  given("Memory", {{"SlotNo", 2}, {"MemSize", nullptr}, {"MemType", nullptr}});
+  given("Memory", {{"SlotNo", 3}, {"MemSize", 0}, {"MemType", nullptr}});
+  const auto column = [](const char* field) {
+    const auto type = memory_modules();
+    std::vector<Value> values;
+    for (const auto& row : type.list({find_field(type, field).value()}).rows)
+      values.push_back(row.at(0).value);
+    return values;
+  };
+  EXPECT_EQ(column("MemSize"), (std::vector<Value>{uint64_t{1} << 33, {}, uint64_t{0}}));
+  EXPECT_EQ(column("MaxSpeed").front(), Value(uint64_t{70000}));
+  EXPECT_EQ(column("ClockSpeed").front(), Value(uint64_t{66000}));
+  EXPECT_EQ(column("TotalWidth").front(), Value(uint64_t{65536}));
+  EXPECT_EQ(column("Size"), (std::vector<Value>{"8388608 GiB", {}, "empty"}));
+  EXPECT_EQ(column("MemTypeName").front(), Value()) << "no type has that code";
+}
+
 TEST_F(StoredRows, HaveAllBitsOfIdentifiers) {
   given("Processor", {{"ProcId", "-4616189618054758400"}});
   EXPECT_EQ(value("ProcId"), Value(uint64_t{0xbff0000000000000}));

@@ -100,6 +100,38 @@ TEST(Collect, AnEmptySourceEmptiesTheInventoryOnlyWhereItMay) {
   EXPECT_THAT(records(workplace, listing("functions")), IsEmpty());
 }
 
+TEST(Collect, OnlyTheClassesThatAreNamedAreCollected) {
+  const Workplace workplace;
+  auto command = kCollect;
+  command.insert(command.end(), {"--only", "processors, memory"});
+  const auto summary = summary_of(workplace.tool(command));
+  ASSERT_EQ(summary.size(), 2U);
+  EXPECT_EQ(summary[0].table, "Processor");
+  EXPECT_EQ(summary[1].table, "Memory");
+  command.back() = "memory,disks";
+  const auto refused = workplace.tool(command);
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_THAT(refused.err, HasSubstr("unknown class 'disks'; there are system, processors, memory, firmware, "
+                                     "pci, gpus, ports, drives"));
+}
+
+TEST(Collect, AnotherMachineNeedsToBeToldToReplaceTheFormer) {
+  const Workplace workplace;
+  workplace.collect_example();
+  auto tables = read_file(example_smbios());
+  tables[tables.find("\x55\x44\x77\x66")] = '\x56';
+  const auto other = workplace.path("other.smbios").string();
+  write_file(other, tables);
+  Words command{"collect", "--lspci", example_lspci(), "--smbios", other};
+  const auto refused = workplace.tool(command);
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("-4456-"));
+  EXPECT_THAT(lines_of(refused.err).size(), 1U);
+  command.emplace_back("--replace");
+  EXPECT_EQ(workplace.tool(command).status, 0);
+  EXPECT_THAT(records(workplace, listing("system")).at(0).at("UUID"), HasSubstr("-4456-"));
+}
+
 TEST(Collect, QuietPrintsNothing) {
   const Workplace workplace;
   auto command = kCollect;

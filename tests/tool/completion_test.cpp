@@ -31,18 +31,19 @@ Words complete(const Words& words, const std::filesystem::path& folder = "/") {
 
 TEST(Completion, OffersTheCommands) {
   EXPECT_THAT(complete({""}),
-              UnorderedElementsAre("init", "collect", "show", "link", "watch", "diff", "history", "snapshot",
-                                   "export", "settings", "dpu", "retimer", "merge", "properties", "vpd",
-                                   "drive-date", "completion", "--help", "--version", "--inventory"));
+              UnorderedElementsAre("init", "collect", "record", "show", "link", "watch", "diff", "history",
+                                   "snapshot", "export", "settings", "dpu", "retimer", "merge", "properties",
+                                   "vpd", "drive-date", "completion", "--help", "--version", "--inventory"));
   EXPECT_THAT(complete({"co"}), UnorderedElementsAre("collect", "completion"));
   EXPECT_THAT(complete({"show", "a"}), ElementsAre("adapters"));
   EXPECT_THAT(complete({"completion", ""}), Contains("bash"));
 }
 
 TEST(Completion, OffersTheOptionsOfACommandAndTheGlobalOnes) {
-  EXPECT_THAT(complete({"collect", "--"}),
-              UnorderedElementsAre("--help", "--version", "--inventory", "--lspci", "--smbios", "--sysfs",
-                                   "--pci-ids", "--allow-empty", "--quiet"));
+  EXPECT_THAT(
+      complete({"collect", "--"}),
+      UnorderedElementsAre("--help", "--version", "--inventory", "--lspci", "--smbios", "--sysfs",
+                           "--pci-ids", "--allow-empty", "--only", "--timeout", "--replace", "--quiet"));
   EXPECT_THAT(
       complete({"show", "processors", "--"}),
       AllOf(Contains("--json"), Contains("--columns"), Contains("--inventory"), Not(Contains("--lspci"))));
@@ -61,6 +62,11 @@ TEST(Completion, OffersTheColumnsOfTheListing) {
               UnorderedElementsAre("PART", "PACKAGE1", "PACKAGE2"));
   EXPECT_THAT(complete({"show", "adapters", "--columns", "NAME,PL"}), ElementsAre("NAME,PLACE"));
   EXPECT_THAT(complete({"show", "processors", "--columns", "PL"}), IsEmpty());
+}
+
+TEST(Completion, OffersTheClassesOfACollection) {
+  EXPECT_THAT(complete({"collect", "--only", "p"}), UnorderedElementsAre("processors", "pci", "ports"));
+  EXPECT_THAT(complete({"collect", "--only", "pci,d"}), ElementsAre("pci,drives"));
 }
 
 TEST(Completion, OffersFilesAndFoldersWhereTheyAreMeant) {

@@ -19,7 +19,7 @@ const Words kOfOneFunction[] = {{"link"},
                                 {"show", "logical-ports", "--function"},
                                 {"show", "drives", "--function"},
                                 {"settings", "list"},
-                                {"watch", "ports", "--function"}};
+                                {"watch", "ports", "--screen", "--function"}};
 
 // The example server with its ports.
 class Ports : public testing::Test {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <regex>
 
 #include "support/parsing_marker.h"
 #include "tool/listing_case.h"
@@ -130,10 +131,15 @@ TEST_P(Show, TheTableWithAllColumnsIsMadeOfTheSingleOnes) {
   }
 }
 
+// When, by what and from where it was collected is another thing every time.
+std::string without_collection(const std::string& json) {
+  return std::regex_replace(json, std::regex(R"re(("Collected\w*": )("[^"]*"|\d+))re"), "$1null");
+}
+
 TEST_P(Show, JsonOfTheExampleServerIsAsKept) {
   fill();
   const auto kept = read_file(ZYMDB_SOURCE_DIR "/tests/tool/golden/" + GetParam().name + ".json");
-  EXPECT_EQ(workplace.tool({"show", GetParam().name, "--json"}).out, kept);
+  EXPECT_EQ(without_collection(workplace.tool({"show", GetParam().name, "--json"}).out), kept);
 }
 
 TEST_P(StoredListing, OfAnEmptyInventoryIsHeadingsAndAnEmptyArray) {

@@ -120,12 +120,12 @@ TEST(FunctionDrivers, AreToldWithTheirIommuGroup) {
         {"FunKey", number}, {"SegNo", 0u}, {"BusNo", 0u}, {"DeviceNo", 0u}, {"FunctionNo", number}};
   };
   auto bound = row(0);
-  bound.insert(bound.end(), {{"Driver", "mlx5_core"}, {"IOMMUGroup", 0u}, {"NodeIndex", 1u}});
+  bound.insert(bound.end(), {{"Driver", "mlx5_core"}, {"IOMMUGroup", 0u}, {"NUMANode", 1u}});
   insert_row(workplace, "PCIs", bound);
   insert_row(workplace, "PCIs", row(1));
   EXPECT_THAT(column(workplace, listing("functions"), "DRIVER"), ElementsAre("mlx5_core", ""));
   EXPECT_THAT(column(workplace, listing("functions"), "IOMMUGROUP"), ElementsAre("0", ""));
-  EXPECT_THAT(column(workplace, listing("functions"), "NODE"), ElementsAre("1", ""));
+  EXPECT_THAT(column(workplace, listing("functions"), "NUMA"), ElementsAre("1", ""));
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ constexpr char kColumnsOfAdapters[] =
 const WrongUsage kWrongUsages[] = {
     // What is missing.
     {{},
-     "a command is missing; there are init, collect, show, link, watch, diff, history, "
+     "a command is missing; there are init, collect, record, show, link, watch, diff, history, "
      "snapshot, export, settings, dpu, retimer, merge, "
      "properties, "
      "vpd, drive-date, completion (try 'zymdb --help')\n"},

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstddef>
 #include <initializer_list>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,9 +50,11 @@ class Name {
  public:
   explicit Name(std::string_view text) : parts_(split(text)) {}
 
+  std::optional<uint32_t> node() const { return number_after({"node"}); }
+
   MemoryPosition read() const {
     MemoryPosition position;
-    position.controller = number_after({"imc", "mc"});
+    position.controller = number_after({"imc", "mc", "controller"});
     position.channel = number_after({"channel", "ch"});
     if (!position.channel) position.channel = letter_after("channel");
     position.module = number_after({"dimm"});
@@ -121,14 +124,26 @@ class Name {
 }  // namespace
 
 MemoryPosition memory_position(std::string_view locator, std::string_view bank) {
-  MemoryPosition position = Name(bank).read();
-  const MemoryPosition module = Name(locator).read();
+  const Name of_bank(bank);
+  const Name of_module(locator);
+  MemoryPosition position = of_bank.read();
+  const MemoryPosition module = of_module.read();
   if (!position.processor) position.processor = module.processor;
   if (!position.controller) position.controller = module.controller;
   if (!position.channel) position.channel = module.channel;
   if (!position.module) position.module = module.module;
   if (!position.channel) position.module.reset();
+  if (position.channel && !position.controller)
+    position.controller = of_bank.node() ? of_bank.node() : of_module.node();
   return position;
+}
+
+void forget_shared_numbers(std::vector<MemoryPosition>& positions) {
+  std::map<MemoryPosition, size_t> uses;
+  for (const auto& position : positions) ++uses[position];
+  for (auto& position : positions) {
+    if (position.module && uses[position] > 1) position = {position.processor, {}, {}, {}};
+  }
 }
 
 }  // namespace zymdb::collect

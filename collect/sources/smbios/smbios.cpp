@@ -29,29 +29,33 @@ unsigned version_at(Bytes entry, size_t offset) {
 // Walks the structures of a table of known bounds.
 class Walk {
  public:
-  Walk(Bytes table, size_t file_offset, std::string_view name)
-      : table_(table), file_offset_(file_offset), name_(name) {}
+  explicit Walk(Bytes table) : table_(table) {}
 
-  bool at_end() const { return position_ == table_.size(); }
+  size_t position() const { return position_; }
 
-  [[noreturn]] void fail(std::string_view reason) const {
-    throw SourceError::at_offset(name_, file_offset_ + position_, reason);
-  }
+  // What is wrong at the position; empty while nothing is.
+  std::string_view problem() const { return problem_; }
 
-  SmbiosStructure next() {
-    const auto length = little_endian<uint8_t>(table_, position_ + 1);
-    if (!length) fail("the table ends inside a structure (cut short?)");
-    if (*length < kHeaderSize) fail("a structure shorter than its header");
-    const Bytes formatted = slice(table_, position_, *length);
-    const Bytes rest = slice(table_, position_ + *length);
+  // Nothing at the end of the table, and where it breaks off.
+  std::optional<SmbiosStructure> next() {
+    if (position_ == table_.size()) return std::nullopt;
+    const size_t length = little_endian<uint8_t>(table_, position_ + 1).value_or(kHeaderSize);
+    if (length < kHeaderSize) return stop("a structure shorter than its header (cut short?)");
+    const Bytes formatted = slice(table_, position_, length);
+    const Bytes rest = slice(table_, position_ + length);
     const size_t texts = find_texts_end(rest);
-    if (formatted.size() < *length || texts == rest.size())
-      fail("the table ends inside a structure (cut short?)");
-    position_ += *length + texts + 2;
-    return {formatted, rest.first(texts + 1)};
+    if (formatted.size() < length || texts == rest.size())
+      return stop("the table ends inside a structure (cut short?)");
+    position_ += length + texts + 2;
+    return SmbiosStructure(formatted, rest.first(texts + 1));
   }
 
  private:
+  std::nullopt_t stop(std::string_view problem) {
+    problem_ = problem;
+    return std::nullopt;
+  }
+
   // Where the two NULs start that end a structure's texts; the size when they are not there.
   static size_t find_texts_end(Bytes rest) {
     const std::string_view end("\0\0", 2);
@@ -59,9 +63,8 @@ class Walk {
   }
 
   Bytes table_;
-  size_t file_offset_;
-  std::string_view name_;
   size_t position_ = 0;
+  std::string_view problem_;
 };
 
 }  // namespace
@@ -82,6 +85,7 @@ struct SmbiosTables::EntryPoint {
   size_t size;       // of the table; in the 64-bit form at most that
   bool size_is_exact;
   unsigned version;
+  size_t structures;  // 0 where it does not say how many there are
 };
 
 SmbiosTables::EntryPoint SmbiosTables::parse_entry_point(Bytes bytes, std::string_view name) {
@@ -91,7 +95,7 @@ SmbiosTables::EntryPoint SmbiosTables::parse_entry_point(Bytes bytes, std::strin
     if (!is_valid(entry, kEntry64Size))
       throw SourceError::at_offset(name, 0, "a damaged SMBIOS 3 entry point");
     return {little_endian<uint64_t>(entry, 0x10).value_or(0),
-            little_endian<uint32_t>(entry, 0x0c).value_or(0), false, version_at(entry, 0x07)};
+            little_endian<uint32_t>(entry, 0x0c).value_or(0), false, version_at(entry, 0x07), 0};
   }
   if (!text.starts_with(kAnchor32)) throw SourceError::at_offset(name, 0, "no SMBIOS entry point");
   const Bytes entry =
@@ -102,7 +106,7 @@ SmbiosTables::EntryPoint SmbiosTables::parse_entry_point(Bytes bytes, std::strin
     throw SourceError::at_offset(name, 0, "a damaged SMBIOS 2 entry point");
   }
   return {little_endian<uint32_t>(entry, 0x18).value_or(0), little_endian<uint16_t>(entry, 0x16).value_or(0),
-          true, version_at(entry, 0x06)};
+          true, version_at(entry, 0x06), little_endian<uint16_t>(entry, 0x1C).value_or(0)};
 }
 
 SmbiosTables::SmbiosTables(std::string_view bytes, size_t offset, const EntryPoint& entry,
@@ -111,17 +115,29 @@ SmbiosTables::SmbiosTables(std::string_view bytes, size_t offset, const EntryPoi
   if (offset >= bytes_.size())
     throw SourceError::at_offset(name, bytes_.size(), "the file ends before its table");
   const Bytes table = slice(bytes_, offset, entry.size);
-  const bool whole = table.size() == entry.size;
-  if (entry.size_is_exact && !whole) {
-    throw SourceError::at_offset(name, bytes_.size(), "the file ends inside its table (cut short?)");
+  Walk walk(table);
+  bool ended = false;
+  while (const auto structure = ended ? std::nullopt : walk.next()) {
+    structures_.push_back(*structure);
+    ended = structure->type() == kTypeEndOfTable;
   }
-  Walk walk(table, offset, name);
-  while (!walk.at_end()) {
-    structures_.push_back(walk.next());
-    if (structures_.back().type() == kTypeEndOfTable) return;
-  }
-  // The 64-bit form gives no count: without the last structure only the size tells that nothing is missing.
-  if (!whole || structures_.empty()) walk.fail("the table ends without its end structure (cut short?)");
+  std::string_view problem = walk.problem();
+  // The 64-bit form gives no exact size: without the last structure only its bound tells that nothing is
+  // missing.
+  if (problem.empty() && !ended && table.size() < entry.size)
+    problem = entry.size_is_exact ? "the file ends inside its table (cut short?)"
+                                  : "the table ends without its end structure (cut short?)";
+  if (!problem.empty()) note_break(SourceError::at_offset(name, offset + walk.position(), problem));
+  if (is_whole_ && structures_.size() < entry.structures)
+    notices_.push_back(std::string(name) + ": " + std::to_string(structures_.size()) +
+                       " structures, where the entry point announces " + std::to_string(entry.structures));
+}
+
+// Bytes of which nothing can be read are no table.
+void SmbiosTables::note_break(const SourceError& problem) {
+  if (structures_.empty()) throw problem;
+  is_whole_ = false;
+  notices_.push_back(problem.what() + std::string(": what comes before it is read"));
 }
 
 SmbiosTables SmbiosTables::parse_dump(std::string_view bytes, std::string_view name) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/bytes.h"
+#include "common/source_file.h"
 
 namespace zymdb::collect {
 
@@ -42,8 +43,8 @@ class SmbiosStructure {
 class SmbiosTables {
  public:
   // A file as `dmidecode --dump-bin` writes it: an entry point (32- or 64-bit) and the table where that says.
-  // Throws SourceError with the offset when it is anything else or cut short; `name` is the file's name
-  // there.
+  // Throws SourceError with the offset when it is anything else, or so short that no structure is whole;
+  // `name` is the file's name there.
   static SmbiosTables parse_dump(std::string_view bytes, std::string_view name);
 
   // The two files that Linux has in firmware/dmi/tables.
@@ -54,6 +55,12 @@ class SmbiosTables {
 
   const std::vector<SmbiosStructure>& structures() const { return structures_; }
 
+  // Whether the table has its end. One that breaks off has the structures before that.
+  bool is_whole() const { return is_whole_; }
+
+  // One line each, with the name and offset: where the table breaks off, structures that it lacks.
+  const std::vector<std::string>& notices() const { return notices_; }
+
   // Of SMBIOS, as the entry point states it: 0x0306 is 3.6.
   unsigned version() const { return version_; }
 
@@ -62,9 +69,12 @@ class SmbiosTables {
   static EntryPoint parse_entry_point(Bytes bytes, std::string_view name);
 
   SmbiosTables(std::string_view bytes, size_t offset, const EntryPoint& entry, std::string_view name);
+  void note_break(const SourceError& problem);
 
   std::vector<uint8_t> bytes_;  // structures_ point into it; stays in place when the object is moved
   std::vector<SmbiosStructure> structures_;
+  std::vector<std::string> notices_;
+  bool is_whole_ = true;
   unsigned version_;
 };
 

@@ -18,13 +18,14 @@ constexpr uint8_t kTechnologyUnknown = 2;
 constexpr uint8_t kTechnologyNvdimmN = 4;     // and from here on persistent: NVDIMM-F, NVDIMM-P,
 constexpr uint8_t kTechnologyPersistent = 7;  // persistent memory
 
-// Megabytes, or kilobytes by the top bit; too large for 15 bits, it is in a second field.
+// Megabytes, or kilobytes by the top bit; too large for 15 bits, it is in a second field, where there is one.
 std::optional<uint32_t> size(const SmbiosStructure& device) {
   const auto first = unless_ones<uint16_t>(device, 0x0C);
   if (!first) return std::nullopt;
-  if (*first == kSizeInSecondField) {
-    const auto second = device.field<uint32_t>(0x1C);
-    return second ? std::optional(*second & 0x7FFFFFFFU) : std::nullopt;
+  const auto second = device.field<uint32_t>(0x1C);
+  if (*first == kSizeInSecondField && second) {
+    const uint32_t megabytes = *second & 0x7FFFFFFFU;
+    return megabytes == 0 ? std::nullopt : std::optional(megabytes);
   }
   if ((*first & kSizeInKilobytes) == 0) return *first;
   const uint32_t megabytes = (*first & 0x7FFFU) >> 10;

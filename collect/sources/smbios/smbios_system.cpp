@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdio>
 
+#include "common/text.h"
+
 namespace zymdb::collect {
 namespace {
 
@@ -28,8 +30,6 @@ std::optional<std::string> uuid(const SmbiosStructure& system, unsigned version)
     if (!byte) return std::nullopt;
     bytes[i] = *byte;
   }
-  const auto is_all = [&](uint8_t value) { return std::ranges::count(bytes, value) == kUuidSize; };
-  if (is_all(0) || is_all(0xFF)) return std::nullopt;
   std::string text;
   for (size_t i = 0; i < kUuidSize; ++i) {
     std::array<char, 3> digits{};
@@ -37,7 +37,7 @@ std::optional<std::string> uuid(const SmbiosStructure& system, unsigned version)
     if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
     text += digits.data();
   }
-  return text;
+  return known_uuid(text);
 }
 
 const SmbiosStructure* first_of(const SmbiosTables& tables, uint8_t type) {

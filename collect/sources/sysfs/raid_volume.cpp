@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <string>
-#include <system_error>
 
 #include "collect/sources/sysfs/sysfs_ports.h"
 #include "common/pci_address.h"
+#include "common/source_file.h"
 #include "common/text.h"
 
 namespace zymdb::collect {
@@ -39,9 +39,7 @@ std::string driver_of(const fs::path& device) {
     if (folder.filename().string().starts_with("host")) host = folder;
     folder = folder.parent_path();
   }
-  std::error_code error;
-  const fs::path driver = fs::read_symlink(folder / "driver", error);
-  if (!error) return driver.filename().string();
+  if (const auto driver = link_target(folder / "driver")) return driver->filename().string();
   return read_word(host / "scsi_host" / host.filename() / "proc_name").value_or("");
 }
 
@@ -56,9 +54,8 @@ uint64_t channel_of(const fs::path& device) {
 }  // namespace
 
 bool is_raid_volume(const fs::path& device, std::string_view model) {
-  std::error_code error;
   if (const auto level = read_word(device / "raid_level"); level && !is_among(*level, kNoLevels)) return true;
-  if (fs::exists(device / "raid_devices", error)) return true;
+  if (is_there(device / "raid_devices")) return true;
   const std::string driver = driver_of(device);
   if (driver == kMegaraid && channel_of(device) >= kFirstVolumeChannel) return true;
   const std::string lower = lower_case(model);

@@ -1,7 +1,6 @@
 #include "collect/sources/sysfs/sysfs_drives.h"
 
 #include <algorithm>
-#include <system_error>
 
 #include "collect/sources/sysfs/raid_volume.h"
 #include "collect/sources/sysfs/sysfs_ports.h"
@@ -106,17 +105,17 @@ void read_scsi_disk(const fs::path& device, Drive& drive) {
 }
 
 // A recording may lack the link: a disk lies in the folder "block" of its device.
-fs::path device_of_disk(const fs::path& disk, std::error_code& error) {
-  fs::path device = fs::canonical(disk / "device", error);
-  if (!error) return device;
-  return fs::canonical(disk, error).parent_path().parent_path();
+std::optional<fs::path> device_of_disk(const fs::path& disk) {
+  if (auto device = real_path(disk / "device")) return device;
+  const auto folder = real_path(disk);
+  return folder ? std::optional(folder->parent_path().parent_path()) : std::nullopt;
 }
 
 std::optional<Drive> read_disk(const fs::path& disk) {
-  std::error_code error;
-  const fs::path device = device_of_disk(disk, error);
+  const auto found = device_of_disk(disk);
+  const fs::path device = found.value_or("");
   const bool is_scsi = is_named(disk, "sd");
-  if (error || !(is_scsi || is_named(disk, "vd")) || !is_servers_own(disk, device)) return std::nullopt;
+  if (!found || !(is_scsi || is_named(disk, "vd")) || !is_servers_own(disk, device)) return std::nullopt;
   const auto function = function_of(device);
   if (!function) return std::nullopt;
   Drive drive;

@@ -4,7 +4,6 @@
 #include <iterator>
 #include <map>
 #include <span>
-#include <system_error>
 #include <utility>
 
 #include "collect/sources/sysfs/sysfs_ports.h"
@@ -87,8 +86,7 @@ std::optional<std::string> read_address(const fs::path& file) {
 
 // A virtual port lies in the folder of the host that carries it.
 bool is_virtual(const fs::path& folder) {
-  std::error_code error;
-  return fs::canonical(folder, error).string().find("/vport-") != std::string::npos;
+  return real_path(folder).value_or("").string().find("/vport-") != std::string::npos;
 }
 
 NetworkPort read_fibre_host(const fs::path& root, const fs::path& folder, const PciAddress& function) {
@@ -115,11 +113,10 @@ NetworkPort read_fibre_host(const fs::path& root, const fs::path& folder, const 
 }  // namespace
 
 std::optional<PciAddress> function_of(const fs::path& folder) {
-  std::error_code error;
-  const fs::path real = fs::canonical(folder, error);
-  if (error) return std::nullopt;
+  const auto real = real_path(folder);
+  if (!real) return std::nullopt;
   std::optional<PciAddress> nearest;
-  for (const auto& part : real) {
+  for (const auto& part : *real) {
     if (const auto address = parse_pci_address(part.string())) nearest = address;
   }
   return nearest;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "collect/sources/sysfs/sysfs_ports.h"
@@ -99,8 +98,7 @@ class FirmwareReader {
   void read_function(const fs::path& folder) {
     const auto function = parse_pci_address(folder.filename().string());
     add(function, FirmwareKind::kVideo, read_version(folder / "vbios_version"));
-    std::error_code error;
-    if (function && fs::exists(folder / "rom", error))
+    if (function && is_there(folder / "rom"))
       components_.push_back({*function, FirmwareKind::kOptionRom, std::nullopt});
   }
 

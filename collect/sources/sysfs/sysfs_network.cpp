@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
-#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -154,10 +153,9 @@ std::vector<NetworkInterface> read_interfaces(const fs::path& root, const Ethtoo
 
 std::optional<std::vector<NetworkPort>> read_sysfs_ports(const std::string& root,
                                                          const EthtoolReader& ethtool) {
-  std::error_code error;
-  const bool described = std::ranges::any_of(
-      std::initializer_list<const char*>{"net", "infiniband", "fc_host"},
-      [&](const char* kind) { return fs::exists(fs::path(root) / "class" / kind, error); });
+  const bool described =
+      std::ranges::any_of(std::initializer_list<const char*>{"net", "infiniband", "fc_host"},
+                          [&](const char* kind) { return is_there(fs::path(root) / "class" / kind); });
   if (!described) return std::nullopt;
   Ports ports;
   for (auto& port : read_infiniband_ports(root)) add(ports, std::move(port));

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <system_error>
 
 #include "collect/sources/sysfs/sysfs_gpu.h"
 #include "common/source_file.h"
@@ -76,16 +75,14 @@ void read_link(const std::string& folder, PciLink& link) {
 
 // The folder of a function lies in the folder of the bridge above it.
 std::optional<PciAddress> parent_of(const fs::path& folder) {
-  std::error_code error;
-  const fs::path real = fs::canonical(folder, error);
-  return error ? std::nullopt : parse_pci_address(real.parent_path().filename().string());
+  const auto real = real_path(folder);
+  return real ? parse_pci_address(real->parent_path().filename().string()) : std::nullopt;
 }
 
 // What a link of a function's folder leads to, by its name; where it leads need not be there.
 std::optional<std::string> link_name(const fs::path& link) {
-  std::error_code error;
-  const fs::path target = fs::read_symlink(link, error);
-  return error ? std::nullopt : known_text(target.filename().string());
+  const auto target = link_target(link);
+  return target ? known_text(target->filename().string()) : std::nullopt;
 }
 
 std::optional<unsigned> iommu_group(const fs::path& folder) {
@@ -106,8 +103,7 @@ PciFunction read_function(const fs::path& folder, const PciAddress& address) {
   function.driver = link_name(folder / "driver");
   function.iommu_group = iommu_group(folder);
   if (function.has_video_memory()) function.video_memory = read_video_memory(path);
-  std::error_code error;
-  if (fs::exists(folder / "vpd", error)) function.vpd = read_attribute(path + "/vpd").value_or("");
+  if (is_there(folder / "vpd")) function.vpd = read_attribute(path + "/vpd").value_or("");
   return function;
 }
 

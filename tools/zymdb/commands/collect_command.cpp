@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -20,11 +21,16 @@ constexpr char kFooter[] =
     "given, only what is given is. What no source tells of stays in the inventory as it is, also where a "
     "source\n"
     "is there but empty. All changes are made at once: others see the inventory as it was or as it is\n"
-    "afterwards, and after a failure as it was.\n"
+    "afterwards, and after a failure as it was. An inventory is of one machine: another one, with another "
+    "UUID\n"
+    "or serial number, needs --replace, which empties it first, whoever wrote what it holds.\n"
+    "\n"
+    "Classes for --only: system, processors, memory, firmware, pci, gpus, ports, drives.\n"
     "\n"
     "Examples:\n"
     "  zymdb collect                                        this machine (as root: SMBIOS, VPD)\n"
     "  zymdb collect --lspci server.lspci --smbios server.smbios --inventory server.db\n"
+    "  zymdb collect --only ports,drives                    what changes, and nothing else\n"
     "\n"
     "Recording a machine:\n"
     "  lspci -xxxx >server.lspci && dmidecode --dump-bin server.smbios";
@@ -71,6 +77,17 @@ collect::Summary collect_observed(const collect::Sources& sources) {
   return collect::collect_inventory(sources, observe(progress));
 }
 
+std::vector<std::string> parse_classes(const std::string& names) {
+  const auto known = collect::class_names();
+  auto classes = CLI::detail::split(names, ',');
+  for (auto& name : classes) {
+    CLI::detail::trim(name);
+    if (std::ranges::find(known, name) == known.end())
+      throw CLI::ValidationError("--only", unknown_word("class", name, known));
+  }
+  return classes;
+}
+
 // A folder that lacks a source costs a notice; a folder that is not there is a slip of the user's.
 void require_folder(const std::string& path) {
   std::error_code ignored;
@@ -105,6 +122,18 @@ void add_collect(CommandTree& tree) {
   add_pci_ids_option(command, sources->pci_ids);
   command.add_flag("--allow-empty", sources->allow_empty,
                    "Believe a source with nothing in it, and remove what it should tell of");
+  auto* const only = command.add_option_function<std::string>(
+      "--only", [sources](const std::string& names) { sources->only = parse_classes(names); },
+      "Collect only these classes of hardware, separated by commas");
+  only->type_name(kListType);
+  tree.words[only] = collect::class_names();
+  command
+      .add_option("--timeout", sources->timeout,
+                  "Seconds that a device may take to answer, from 1 to 3600 (default: 5)")
+      ->check(whole_number(1, 3600))
+      ->type_name("SECONDS");
+  command.add_flag("--replace", sources->replace,
+                   "Put this machine in the place of another one that the inventory is of");
   command.add_flag("--quiet", *quiet, "Print neither notices nor a summary");
   command.callback([sources, quiet] { run(*sources, *quiet); });
 }

@@ -46,6 +46,7 @@ void build_command_tree(CommandTree& tree) {
       ->type_name(kFileType);
   add_init(tree);
   add_collect(tree);
+  add_record(tree);
   auto& show = *app.add_subcommand("show", "Print what the inventory holds");
   show.footer(kShowFooter);
   show.require_subcommand(1);

@@ -11,6 +11,7 @@ void build_command_tree(CommandTree& tree);
 
 void add_init(CommandTree& tree);
 void add_collect(CommandTree& tree);
+void add_record(CommandTree& tree);
 void add_completion(CommandTree& tree);
 void add_link(CommandTree& tree);
 void add_watch(CommandTree& tree);

@@ -94,25 +94,29 @@ Failure Connection::begin() {
 }
 
 Failure Connection::commit() {
-  authorizer_.stand_aside();
-  if (Failure failure = journal_ ? journal_->record() : Failure{}) {
-    rollback();
-    return failure;
-  }
-  return finish("COMMIT");
+  const End end(*this);
+  if (Failure failure = record()) return failure;
+  return execute("COMMIT");
 }
 
 Failure Connection::rollback() {
-  return finish("ROLLBACK");
+  const End end(*this);
+  return execute("ROLLBACK");
 }
 
-// Some failures have ended the transaction already.
-Failure Connection::finish(const char* sql) {
-  Failure failure = execute(sql);
-  if (sqlite3_get_autocommit(database()) == 0)
-    sqlite3_exec(database(), "ROLLBACK", nullptr, nullptr, nullptr);
-  if (journal_) journal_->forget();
-  return failure;
+Failure Connection::record() {
+  authorizer_.stand_aside();
+  return journal_ ? journal_->record() : Failure{};
+}
+
+// Some failures have ended it already.
+Connection::End::~End() {
+  sqlite3* const database = connection_.database();
+  if (sqlite3_get_autocommit(database) == 0) {
+    connection_.authorizer_.stand_aside();
+    sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+  if (connection_.journal_) connection_.journal_->forget();
 }
 
 Failure Connection::generation(uint64_t& generation) {
@@ -130,11 +134,9 @@ Failure Connection::save_copy(const std::string& path, uint64_t& generation) {
 Failure Connection::rewind(uint64_t generation) {
   if (!journal_) return {ZYM_DB_STATUS_ERROR, "the database has no journal"};
   if (Failure failure = begin()) return failure;
-  if (Failure failure = Rewinding(database(), *catalog_).run(generation)) {
-    rollback();
-    return failure;
-  }
-  return finish("COMMIT");
+  const End end(*this);
+  if (Failure failure = Rewinding(database(), *catalog_).run(generation)) return failure;
+  return execute("COMMIT");
 }
 
 }  // namespace zymdb::client::sqlite

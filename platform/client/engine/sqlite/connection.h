@@ -40,10 +40,22 @@ class Connection {
 
   sqlite3* database() const { return database_.get(); }
 
-  // A transaction of SQLite's. Its commit accounts for what changed.
+  // A transaction of SQLite's. Its commit accounts for what changed. However the two others come out, it has ended.
   Failure begin();
   Failure commit();
   Failure rollback();
+
+  // Where one has to end: takes it back unless it was committed.
+  class End {
+   public:
+    explicit End(Connection& connection) : connection_(connection) {}
+    ~End();
+    End(const End&) = delete;
+    End& operator=(const End&) = delete;
+
+   private:
+    Connection& connection_;
+  };
 
   // Whether changes are accounted for, each within a transaction.
   bool has_journal() const { return journal_.has_value(); }
@@ -60,7 +72,7 @@ class Connection {
 
  private:
   Failure open_journal(const DataSource& source, Access access);
-  Failure finish(const char* sql);
+  Failure record();
   Failure compile(std::string_view key, const std::string& sql, std::vector<std::string> names,
                   Prepared*& prepared);
 

@@ -12,6 +12,18 @@ namespace {
 constexpr char kTransactionLasts[] = "a transaction is open on this thread already";
 constexpr char kWriterLasts[] = "another thread's transaction lasts";
 
+// The end of a transaction gives back its stay in the queue of writers.
+class TransactionRelease {
+ public:
+  explicit TransactionRelease(Connection& connection) : connection_(connection) {}
+  ~TransactionRelease() { connection_.release_transaction(); }
+  TransactionRelease(const TransactionRelease&) = delete;
+  TransactionRelease& operator=(const TransactionRelease&) = delete;
+
+ private:
+  Connection& connection_;
+};
+
 }  // namespace
 
 SqliteSession::SqliteSession(const DataSource& source, WriterQueue& writers, const Limits& limits)
@@ -97,10 +109,8 @@ int SqliteSession::change(Statement& statement, Change& change) {
 // The change and the account of it are one transaction.
 int SqliteSession::write_alone(Statement& statement, Change& change) {
   if (Failure failure = connection().begin()) return fail(std::move(failure));
-  if (const int status = write(statement, change)) {
-    connection().rollback();
-    return status;
-  }
+  const Connection::End end(connection());
+  if (const int status = write(statement, change)) return status;
   Failure failure = connection().commit();
   return failure ? fail(std::move(failure)) : 0;
 }
@@ -164,8 +174,8 @@ int SqliteSession::rewind(uint64_t generation) {
 int SqliteSession::end_transaction(Failure (Connection::*end)()) {
   if (!connection().in_transaction())
     return fail({ZYM_DB_STATUS_ERROR, "no transaction is open on this thread"});
+  const TransactionRelease release(connection());
   Failure failure = (connection().*end)();
-  connection().release_transaction();
   return failure ? fail(std::move(failure)) : 0;
 }
 
