@@ -20,7 +20,7 @@
 namespace soak {
 namespace {
 
-constexpr uint32_t kPortFunction = 0x4100;
+constexpr uint32_t kPortFunction = 0x170000;  // a network function of the machine
 constexpr int kPorts = 8;
 constexpr int kSettings = 16;
 

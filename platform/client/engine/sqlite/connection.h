@@ -40,7 +40,8 @@ class Connection {
 
   sqlite3* database() const { return database_.get(); }
 
-  // A transaction of SQLite's. Its commit accounts for what changed. However the two others come out, it has ended.
+  // A transaction of SQLite's. Its commit accounts for what changed. However the two others come out, it has
+  // ended.
   Failure begin();
   Failure commit();
   Failure rollback();
