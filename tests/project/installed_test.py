@@ -35,7 +35,8 @@ COMPONENTS = {
 }
 NEEDED = ["bin/zymdb", "share/man/man1/zymdb.1", "share/bash-completion/completions/zymdb", "share/zymdb/schema/inventory.sql",
           "share/man/man3/zymdb_get_pci_adapter_list.3", "share/man/man5/zymdb.5", "share/man/man7/zymdb.7",
-          "lib/systemd/system/zymdb-collect.service", "lib/systemd/system/zymdb-collect.timer", "lib/tmpfiles.d/zymdb.conf",
+          "lib/systemd/system/zymdb-collect.service", "lib/systemd/system/zymdb-collect.timer",
+          "lib/systemd/system/zymdb-watch.service", "lib/tmpfiles.d/zymdb.conf",
           "lib/sysusers.d/zymdb.conf"]
 
 
