@@ -21,6 +21,20 @@ class NoAnswer : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Devices of one kind, of which one or another does not answer: it is left out and named. Where more of them
+// are silent, what is above them hangs, and asking the rest would take its time for each.
+class SilentDevices {
+ public:
+  // Throws the problem once there are too many.
+  void add(const NoAnswer& problem) {
+    constexpr int kMost = 3;
+    if (++count_ > kMost) throw problem;
+  }
+
+ private:
+  int count_ = 0;
+};
+
 // How long a question may take. A driver that hangs cannot be interrupted: the thread that waits for it is
 // left behind, and another one asks the next question.
 class TimeBound {

@@ -136,6 +136,7 @@ class DriveRowMaker {
   void add_nvme(const Drive& drive) {
     const MachineFunction* function = find_function(drive);
     if (function == nullptr) return;
+    if (drive.silence) return leave(drive, function->key);
     const DrivePlace place = place_of(*function);
     const bool is_first = place.number && taken_.insert(place).second;
     if (is_first) {
@@ -158,6 +159,15 @@ class DriveRowMaker {
   TableContent& content() { return rows_.rest; }
 
  private:
+  // Nobody else gets its place.
+  void leave(const Drive& drive, FunctionKey function) {
+    rows_.notices.push_back(*drive.silence + ": the drive " + drive.name + " is left as it is");
+    rows_.silent.insert(function);
+    rows_.rest.kept.add(function);
+    if (const auto former = former_.nvme_places.find(function); former != former_.nvme_places.end())
+      taken_.insert(former->second);
+  }
+
   const MachineFunction* find_function(const Drive& drive) {
     const auto function = functions_.find(drive.function);
     if (function != functions_.end()) return function->second;
@@ -194,7 +204,7 @@ class DriveRowMaker {
   std::map<PciAddress, const MachineFunction*> functions_;
   std::set<DrivePlace> taken_;
   LocationTexts texts_;
-  DriveRows rows_{{}, make_content("AimDisks", kDriveColumns), {}};
+  DriveRows rows_{{}, make_content("AimDisks", kDriveColumns), {}, {}};
 };
 
 // Of what is not told, rows of functions that are there.

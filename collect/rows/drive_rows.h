@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,7 @@ struct FormerDrives {
 struct DriveRows {
   std::vector<NvmeRecord> nvme;  // the first in each slot or bay
   TableContent rest;             // all other drives
+  std::set<FunctionKey> silent;  // of drives that did not answer: their rows stay as they are
   std::vector<std::string> notices;
 };
 

@@ -132,7 +132,11 @@ TableContent firmware_rows(const Machine& machine, const std::vector<FirmwareCom
   for (const auto& function : *machine.functions) functions.emplace(function.pci.address, &function);
   for (const auto& component : components) {
     const auto found = functions.find(component.function);
-    if (found != functions.end()) add_row(content, kColumns, {*found->second, component, names}, true);
+    if (found == functions.end()) continue;
+    if (component.silence)
+      content.kept.add(found->second->key);
+    else
+      add_row(content, kColumns, {*found->second, component, names}, true);
   }
   for (const auto& function : *machine.functions) {
     const bool is_told =

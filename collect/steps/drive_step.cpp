@@ -52,11 +52,11 @@ std::set<FunctionKey> remaining_functions(const Machine& machine, const FormerMa
 
 std::vector<TableContent> make_tables(const Survey& survey, const DriveFindings& found,
                                       const FormerMachine& former) {
-  auto [nvme, content, notices] = drive_rows(survey.machine(), found, read_former_drives(former));
+  auto [nvme, content, silent, notices] = drive_rows(survey.machine(), found, read_former_drives(former));
   for (const auto& notice : notices) survey.note(notice);
   if (found.nvme) {
-    content.write_further = [nvme = std::move(nvme)](TableSummary& summary) {
-      write_nvme_drives(nvme, summary);
+    content.write_further = [nvme = std::move(nvme), silent = std::move(silent)](TableSummary& summary) {
+      write_nvme_drives(nvme, silent, summary);
     };
   } else {
     content.write_further = [there = remaining_functions(survey.machine(), former)](TableSummary& summary) {

@@ -19,6 +19,11 @@ std::vector<FirmwareComponent> find_components(const Survey& survey) {
 RowMaker collect_firmware(const Survey& survey) {
   if (!survey.machine().functions) return {};
   const auto components = find_components(survey);
+  for (const auto& component : components) {
+    if (component.silence)
+      survey.note(*component.silence + ": the firmware of " + to_string(component.function) +
+                  " is left as it is");
+  }
   ToldBy told_by = survey.drivers().are_told ? ToldBy::kDrivers : ToldBy::kSysfs;
   const bool is_believed = survey.allows_empty() && !survey.sysfs().empty();
   if (components.empty() && !is_believed) told_by = ToldBy::kNobody;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "collect/rows/network_rows.h"
@@ -39,12 +41,29 @@ Ports find_ports(const Survey& survey) {
   return std::nullopt;
 }
 
+// The ports of functions of which one does not answer stay as they are, as those that others describe.
+std::set<FunctionKey> silent_functions(const Survey& survey, const Ports& ports) {
+  std::set<FunctionKey> silent;
+  for (const auto& port : ports.value_or(std::vector<NetworkPort>{})) {
+    if (!port.silence) continue;
+    const std::string address = to_string(port.function);
+    survey.note(*port.silence + ": the ports of " + address + " are left as they are");
+    for (const auto& function : *survey.machine().functions) {
+      if (function.pci.address == port.function) silent.insert(function.key);
+    }
+  }
+  return silent;
+}
+
 }  // namespace
 
 RowMaker collect_ports(const Survey& survey) {
   if (!survey.machine().functions) return {};
-  return [&survey, ports = find_ports(survey)](const FormerMachine& former) {
-    const auto context = read_port_context(former.handle);
+  auto ports = find_ports(survey);
+  auto silent = silent_functions(survey, ports);
+  return [&survey, ports = std::move(ports), silent = std::move(silent)](const FormerMachine& former) {
+    auto context = read_port_context(former.handle);
+    context.foreign_functions.insert(silent.begin(), silent.end());
     return ports ? network_rows(survey.machine(), *ports, context)
                  : untold_network_rows(survey.machine(), context.foreign_functions);
   };

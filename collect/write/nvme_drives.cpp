@@ -74,9 +74,11 @@ void mark_as_gone(const _ZYMDB_AimDisk& drive, TableSummary& summary) {
   ++summary.updated;
 }
 
-void mark_the_gone(const Places& present, TableSummary& summary) {
+void mark_the_gone(const Places& present, const std::set<FunctionKey>& silent, TableSummary& summary) {
   for (const auto& drive : stored_drives(kPresentDrives)) {
-    if (!present.contains({drive.LocationId, number_of(drive)})) mark_as_gone(drive, summary);
+    if (!silent.contains(FunctionKey(drive.PCIFuncKey)) &&
+        !present.contains({drive.LocationId, number_of(drive)}))
+      mark_as_gone(drive, summary);
   }
 }
 
@@ -102,13 +104,14 @@ void mark_drives_of_gone_functions(const std::set<FunctionKey>& present, TableSu
   }
 }
 
-void write_nvme_drives(const std::vector<NvmeRecord>& drives, TableSummary& summary) {
+void write_nvme_drives(const std::vector<NvmeRecord>& drives, const std::set<FunctionKey>& silent,
+                       TableSummary& summary) {
   Places present;
   for (const auto& record : drives) {
     present.emplace(record.drive.LocationId, record.drive.BayNo);
     write_drive(record, summary);
   }
-  mark_the_gone(present, summary);
+  mark_the_gone(present, silent, summary);
 }
 
 }  // namespace zymdb::collect

@@ -19,8 +19,10 @@ FormerDrives read_former_drives(const FormerMachine& former);
 void mark_drives_of_gone_functions(const std::set<FunctionKey>& present, TableSummary& summary);
 
 // Writes the drives, leaving one alone that has not changed, and marks those that are gone as not present, in
-// the calling thread's transaction. What became of them is added to `summary`. Throws DatabaseError.
-void write_nvme_drives(const std::vector<NvmeRecord>& drives, TableSummary& summary);
+// the calling thread's transaction. Those of `silent` functions stay as they are. What became of the others
+// is added to `summary`. Throws DatabaseError.
+void write_nvme_drives(const std::vector<NvmeRecord>& drives, const std::set<FunctionKey>& silent,
+                       TableSummary& summary);
 
 }  // namespace zymdb::collect
 

@@ -261,11 +261,11 @@ TEST_F(DriveCollection, HealthIsWrittenWhereTheDriveTellsIt) {
   record.drive.InfoMask = 15;
   record.has_health = true;
   TableSummary summary;
-  write_nvme_drives({record}, summary);
+  write_nvme_drives({record}, {}, summary);
   EXPECT_EQ(rows("AimDisks", {"Warning", "Temperature", "RemainLife", "InfoMask"}), "4|41|97|15\n");
   EXPECT_EQ(summary.updated, 1u);
   record.drive.Temperature = 44;
-  write_nvme_drives({record}, summary);
+  write_nvme_drives({record}, {}, summary);
   EXPECT_EQ(summary.unchanged, 1u);
 }
 
@@ -277,15 +277,15 @@ TEST_F(DriveCollection, ADriveInASlotOfAHighNumberIsWrittenOnce) {
   record.drive.DriveTypeId = 3;
   std::strcpy(record.drive.SerialNo, "S1");
   TableSummary first;
-  write_nvme_drives({record}, first);
+  write_nvme_drives({record}, {}, first);
   EXPECT_EQ(first.inserted, 1u);
   TableSummary second;
-  write_nvme_drives({record}, second);
+  write_nvme_drives({record}, {}, second);
   EXPECT_EQ(second.changed(), 0u);
   const auto former = read_former_drives({get_dmdb_handle(), {}});
   EXPECT_EQ(former.nvme_places.at(FunctionKey(0x670000)), (DrivePlace{ZYMDB_LOCATION_SLOT, 300}));
   TableSummary third;
-  write_nvme_drives({}, third);
+  write_nvme_drives({}, {}, third);
   EXPECT_EQ(rows("AimDisks", {"Location", "Presence"}), "Slot 300|0\n");
 }
 
@@ -314,7 +314,7 @@ struct DriveMachine {
 
 TEST(NvmeRecords, HoldTheHealthThatADriveTells) {
   const DriveMachine drive(ZYMDB_LOCATION_BAY);
-  const auto [records, rest, notices] = drive_rows(drive.machine, drive.findings, {});
+  const auto [records, rest, silent, notices] = drive_rows(drive.machine, drive.findings, {});
   ASSERT_THAT(records, SizeIs(1));
   EXPECT_TRUE(records[0].has_health);
   EXPECT_EQ(records[0].drive.Warning, 4);

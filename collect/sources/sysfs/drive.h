@@ -35,6 +35,7 @@ struct Drive {
   std::optional<uint64_t> capacity;  // bytes
   bool rotates = false;
   std::optional<DriveHealth> health;
+  std::optional<std::string> silence;  // why nothing is told of it but name and function
 };
 
 // Asks an NVMe drive ("nvme0") of the running machine for its health.

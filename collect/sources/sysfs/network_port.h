@@ -53,6 +53,7 @@ struct NetworkPort {
   std::optional<uint32_t> speed;  // of the link
   std::optional<Connector> connector;
   std::optional<PortCounters> counters;
+  std::optional<std::string> silence;  // why nothing is told of it but its function
 };
 
 }  // namespace zymdb::collect

@@ -4,6 +4,7 @@
 
 #include "collect/sources/sysfs/raid_volume.h"
 #include "collect/sources/sysfs/sysfs_ports.h"
+#include "common/source_access.h"
 #include "common/source_file.h"
 #include "common/text.h"
 
@@ -49,6 +50,16 @@ std::optional<Drive> read_nvme_drive(const fs::path& folder, const HealthReader&
   drive.capacity = namespaces_capacity(folder);
   if (health) drive.health = health(drive.name);
   if (drive.health && drive.health->capacity) drive.capacity = drive.health->capacity;
+  return drive;
+}
+
+std::optional<Drive> silent_drive(const fs::path& folder, const NoAnswer& problem) {
+  const auto function = function_of(folder);
+  if (!function) return std::nullopt;
+  Drive drive;
+  drive.name = folder.filename().string();
+  drive.function = *function;
+  drive.silence = problem.what();
   return drive;
 }
 
@@ -147,8 +158,15 @@ std::optional<std::vector<Drive>> read_each(const fs::path& folder, Read read) {
 }  // namespace
 
 std::optional<std::vector<Drive>> read_nvme_drives(const std::string& root, const HealthReader& health) {
-  return read_each(fs::path(root) / "class/nvme",
-                   [&health](const fs::path& folder) { return read_nvme_drive(folder, health); });
+  SilentDevices silent;
+  return read_each(fs::path(root) / "class/nvme", [&](const fs::path& folder) {
+    try {
+      return read_nvme_drive(folder, health);
+    } catch (const NoAnswer& problem) {
+      silent.add(problem);
+      return silent_drive(folder, problem);
+    }
+  });
 }
 
 std::optional<std::vector<Drive>> read_disks(const std::string& root) {

@@ -15,7 +15,8 @@ namespace zymdb::collect {
 // makes of disks is none.
 
 // The NVMe drives below `root`/class/nvme, by name; nothing when there is no such folder. `health` is asked
-// about each; it is empty for a tree that is not the running machine's.
+// about each; it is empty for a tree that is not the running machine's. One that does not answer in time is
+// silent; several are a NoAnswer.
 std::optional<std::vector<Drive>> read_nvme_drives(const std::string& root, const HealthReader& health);
 
 // The SATA and SAS disks and those of a virtual machine (virtio) below `root`/block, by name; nothing when

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "collect/sources/sysfs/sysfs_ports.h"
+#include "common/source_access.h"
 #include "common/source_file.h"
 #include "common/text.h"
 
@@ -73,9 +74,20 @@ class FirmwareReader {
     if (function && version && !is_known) components_.push_back({*function, kind, version});
   }
 
+  // Asks for a version. A function that does not answer is a component that is silent.
+  template <class Read>
+  void ask_for(const std::optional<PciAddress>& function, FirmwareKind kind, Read read) {
+    try {
+      add(function, kind, read());
+    } catch (const NoAnswer& problem) {
+      silent_.add(problem);
+      if (function) components_.push_back({*function, kind, std::nullopt, problem.what()});
+    }
+  }
+
   void read_class(const char* name, FirmwareKind kind, const char* attribute) {
     for (const fs::path& folder : entries_of(root_ / "class" / name))
-      add(function_of(folder), kind, read_version(folder / attribute));
+      ask_for(function_of(folder), kind, [&] { return read_version(folder / attribute); });
   }
 
   // What the drivers of the two makers publish, else what the host calls itself in the fabric.
@@ -91,7 +103,8 @@ class FirmwareReader {
   void read_interfaces() {
     for (const fs::path& folder : entries_of(root_ / "class/net")) {
       if (const auto function = function_of(folder))
-        add(function, FirmwareKind::kNetwork, drivers_.network(folder.filename().string()));
+        ask_for(function, FirmwareKind::kNetwork,
+                [&] { return drivers_.network(folder.filename().string()); });
     }
   }
 
@@ -112,6 +125,7 @@ class FirmwareReader {
   fs::path root_;
   const FirmwareDrivers& drivers_;
   std::vector<FirmwareComponent> components_;
+  SilentDevices silent_;
 };
 
 }  // namespace

@@ -17,7 +17,8 @@ enum class FirmwareKind : uint8_t { kNvme, kNetwork, kFabric, kVideo, kOptionRom
 struct FirmwareComponent {
   PciAddress function;
   FirmwareKind kind;
-  std::optional<std::string> version;  // known_text's; an option ROM's is not told
+  std::optional<std::string> version;       // known_text's; an option ROM's is not told
+  std::optional<std::string> silence = {};  // why the function does not tell
 };
 
 // Who is asked beside sysfs; nobody where it is not the running machine's.
@@ -32,7 +33,8 @@ struct FirmwareDrivers {
 //  - network interfaces, when their drivers can be asked
 //  - graphics cards, of which the driver keeps the version of the video BIOS
 //  - option ROMs, where a function has room for one
-// Where nothing tells a version there is no component, but for option ROMs.
+// Where nothing tells a version there is no component, but for option ROMs and for what does not answer in
+// time; where several do not, that is a NoAnswer.
 std::vector<FirmwareComponent> read_sysfs_firmware(const std::string& root, const FirmwareDrivers& drivers);
 
 }  // namespace zymdb::collect

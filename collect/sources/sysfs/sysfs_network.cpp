@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "collect/sources/sysfs/sysfs_ports.h"
+#include "common/source_access.h"
 #include "common/source_file.h"
 #include "common/text.h"
 
@@ -99,6 +100,16 @@ std::optional<NetworkInterface> read_interface(const fs::path& folder, const Eth
   return interface;
 }
 
+std::optional<NetworkInterface> silent_interface(const fs::path& folder, const NoAnswer& problem) {
+  const auto function = function_of(folder);
+  if (!function) return std::nullopt;
+  NetworkInterface interface;
+  interface.name = folder.filename().string();
+  interface.port.function = *function;
+  interface.port.silence = problem.what();
+  return interface;
+}
+
 using PortKey = std::pair<PciAddress, unsigned>;
 using Ports = std::map<PortKey, NetworkPort>;
 
@@ -141,8 +152,17 @@ void join_fibre_host(Ports& ports, NetworkPort host) {
 
 std::vector<NetworkInterface> read_interfaces(const fs::path& root, const EthtoolReader& ethtool) {
   std::vector<NetworkInterface> interfaces;
+  SilentDevices silent;
+  const auto read = [&](const fs::path& folder) {
+    try {
+      return read_interface(folder, ethtool);
+    } catch (const NoAnswer& problem) {
+      silent.add(problem);
+      return silent_interface(folder, problem);
+    }
+  };
   for (const auto& folder : folder_entries(root / "class/net").value_or(std::vector<fs::path>{})) {
-    if (auto interface = read_interface(folder, ethtool)) interfaces.push_back(std::move(*interface));
+    if (auto interface = read(folder)) interfaces.push_back(std::move(*interface));
   }
   std::ranges::sort(interfaces, {}, [](const NetworkInterface& interface) {
     return std::tuple(interface.port.function, interface.dev_port, interface.port_name, interface.name.size(),

@@ -20,7 +20,8 @@ namespace zymdb::collect {
 // one. An InfiniBand port has its number less 1 and takes address and frame size from its network interface.
 // A Fibre Channel host on a function with an Ethernet port is a storage endpoint of that port.
 //
-// `ethtool` is asked about interfaces; it is empty for a tree that is not the running machine's.
+// `ethtool` is asked about interfaces; it is empty for a tree that is not the running machine's. An interface
+// that does not answer in time is silent; several are a NoAnswer.
 std::optional<std::vector<NetworkPort>> read_sysfs_ports(const std::string& root,
                                                          const EthtoolReader& ethtool);
 
