@@ -65,7 +65,7 @@ Value collected(const System& system) {
 }
 
 constexpr Field<System> kFields[] = {
-    ZYMDB_RECORD_FIELD(System, HostName, "HOST", "name of the host").place(),
+    ZYMDB_RECORD_FIELD(System, HostName, "HOST", "name of the host").place().shown(),
     ZYMDB_RECORD_FIELD(System, Manufacturer, "MANUFACTURER", "manufacturer").shown().model(),
     ZYMDB_RECORD_FIELD(System, Model, "MODEL", "model").shown().model(),
     ZYMDB_RECORD_FIELD(System, Version, "VERSION", "version of the model").model(),
@@ -84,7 +84,7 @@ constexpr Field<System> kFields[] = {
                        "when a collection last changed anything, in seconds since 1970")
         .changing()
         .zero_is_unknown(),
-    derived<System>("Collected", "COLLECTED", "what CollectedAt says", collected).changing(),
+    derived<System>("Collected", "COLLECTED", "what CollectedAt says", collected).changing().shown(),
     ZYMDB_RECORD_FIELD(System, CollectedBy, "COLLECTOR", "the version that collected it").changing(),
     ZYMDB_RECORD_FIELD(System, CollectedFrom, "SOURCES", "what it was collected from").long_text().changing(),
 };
