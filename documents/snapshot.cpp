@@ -67,7 +67,7 @@ void check_version(const Json& json, const std::string& name) {
 
 std::string uncompressed(std::string_view packed, uint64_t size, const std::string& name) {
   if (size > kLargestDatabase) throw SourceError(name, "the snapshot's database is larger than 1 GiB");
-  std::string bytes(size, '\0');
+  std::string bytes(static_cast<size_t>(size), '\0');
   uLongf length = bytes.size();
   const int code = uncompress(reinterpret_cast<Bytef*>(bytes.data()), &length,
                               reinterpret_cast<const Bytef*>(packed.data()), packed.size());

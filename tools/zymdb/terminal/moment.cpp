@@ -1,9 +1,11 @@
 #include "terminal/moment.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 
 namespace zymdb::tool {
 namespace {
@@ -25,13 +27,12 @@ constexpr Unit kUnits[] = {
 
 std::optional<int64_t> parse_ago(const std::string& text) {
   constexpr uint64_t kMost = 1'000'000'000;
-  const auto number = text.empty() ? std::nullopt : parse_number(text.substr(0, text.size() - 1));
-  if (!number || *number > kMost) return std::nullopt;
+  if (text.empty()) return std::nullopt;
+  const auto number = parse_number(text.substr(0, text.size() - 1));
+  const auto unit = std::ranges::find(kUnits, text.back(), &Unit::letter);
+  if (!number || *number > kMost || unit == std::end(kUnits)) return std::nullopt;
   const int64_t now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-  for (const Unit& unit : kUnits) {
-    if (text.back() == unit.letter) return now - static_cast<int64_t>(*number) * unit.milliseconds;
-  }
-  return std::nullopt;
+  return now - static_cast<int64_t>(*number) * unit->milliseconds;
 }
 
 // strptime() takes a 31st of February; the calendar then tells another day.
