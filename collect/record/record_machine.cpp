@@ -109,12 +109,7 @@ void note_forbidden(const MachineCopy& copy, const Observer& observer) {
 
 // A recording wants to know of sources that do not answer, not of those that a collection could do without.
 Observer only_silence(const Observer& observer) {
-  return {.notice =
-              [&observer](std::string_view line) {
-                if (observer.notice && line.find("does not answer") != std::string_view::npos)
-                  observer.notice(line);
-              },
-          .progress = {}};
+  return {.notice = {}, .progress = {}, .silence = observer.notice};
 }
 
 MachineCopy copy_machine(const fs::path& root, unsigned timeout, const Observer& observer) {

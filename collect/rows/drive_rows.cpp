@@ -136,7 +136,7 @@ class DriveRowMaker {
   void add_nvme(const Drive& drive) {
     const MachineFunction* function = find_function(drive);
     if (function == nullptr) return;
-    if (drive.silence) return leave(drive, function->key);
+    if (drive.silence) return leave(function->key);
     const DrivePlace place = place_of(*function);
     const bool is_first = place.number && taken_.insert(place).second;
     if (is_first) {
@@ -160,8 +160,7 @@ class DriveRowMaker {
 
  private:
   // Nobody else gets its place.
-  void leave(const Drive& drive, FunctionKey function) {
-    rows_.notices.push_back(*drive.silence + ": the drive " + drive.name + " is left as it is");
+  void leave(FunctionKey function) {
     rows_.silent.insert(function);
     rows_.rest.kept.add(function);
     if (const auto former = former_.nvme_places.find(function); former != former_.nvme_places.end())

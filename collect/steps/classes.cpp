@@ -64,7 +64,7 @@ std::vector<RowMaker> read_sources(const std::vector<NamedStep>& steps, const Su
     try {
       if (auto maker = each.step(survey)) makers.push_back(std::move(maker));
     } catch (const NoAnswer& problem) {
-      survey.note_silent(problem, "class " + std::string(each.of_class));
+      survey.note_silent(problem.what(), "class " + std::string(each.of_class));
     }
   }
   return makers;

@@ -23,6 +23,9 @@ bool has_nvme_function(const Machine& machine) {
 
 Drives find_nvme_drives(const Survey& survey) {
   Drives drives = read_nvme_drives(survey.sysfs(), survey.drivers().health);
+  for (const auto& drive : drives.value_or(std::vector<Drive>{})) {
+    if (drive.silence) survey.note_silent(*drive.silence, "the drive " + drive.name);
+  }
   const bool is_told = !has_nvme_function(survey.machine()) ||
                        survey.is_told(drives, "NVMe drives in " + survey.sysfs() + "/class/nvme");
   return is_told ? drives : std::nullopt;

@@ -21,8 +21,7 @@ RowMaker collect_firmware(const Survey& survey) {
   const auto components = find_components(survey);
   for (const auto& component : components) {
     if (component.silence)
-      survey.note(*component.silence + ": the firmware of " + to_string(component.function) +
-                  " is left as it is");
+      survey.note_silent(*component.silence, "the firmware of " + to_string(component.function));
   }
   ToldBy told_by = survey.drivers().are_told ? ToldBy::kDrivers : ToldBy::kSysfs;
   const bool is_believed = survey.allows_empty() && !survey.sysfs().empty();

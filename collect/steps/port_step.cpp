@@ -46,8 +46,7 @@ std::set<FunctionKey> silent_functions(const Survey& survey, const Ports& ports)
   std::set<FunctionKey> silent;
   for (const auto& port : ports.value_or(std::vector<NetworkPort>{})) {
     if (!port.silence) continue;
-    const std::string address = to_string(port.function);
-    survey.note(*port.silence + ": the ports of " + address + " are left as they are");
+    survey.note_silent(*port.silence, "the function " + to_string(port.function) + " with its ports");
     for (const auto& function : *survey.machine().functions) {
       if (function.pci.address == port.function) silent.insert(function.key);
     }

@@ -78,8 +78,12 @@ void Survey::note_left(std::string_view what) const {
   note("no " + std::string(what) + ": they are left as they are");
 }
 
-void Survey::note_silent(const NoAnswer& problem, std::string_view what) const {
-  note(std::string(problem.what()) + ": " + std::string(what) + " is left as it is");
+void Survey::note_silent(std::string_view problem, std::string_view what) const {
+  const std::string line = std::string(problem) + ": " + std::string(what) + " is left as it is";
+  if (observer_.silence)
+    observer_.silence(line);
+  else
+    note(line);
 }
 
 std::string Survey::function_source() const {

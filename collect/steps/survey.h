@@ -57,7 +57,8 @@ class Survey {
   }
 
   void note_left(std::string_view what) const;
-  void note_silent(const NoAnswer& problem, std::string_view what) const;
+  // `problem` is a NoAnswer's text.
+  void note_silent(std::string_view problem, std::string_view what) const;
 
  private:
   // What a source answers; nothing of it when it does not, which is a notice.
@@ -66,7 +67,7 @@ class Survey {
     try {
       return read();
     } catch (const NoAnswer& problem) {
-      note_silent(problem, what);
+      note_silent(problem.what(), what);
       return {};
     }
   }

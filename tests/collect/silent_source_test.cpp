@@ -17,6 +17,7 @@
 #include "collect/collector_fixture.h"
 #include "collect/drive_tree.h"
 #include "collect/machines.h"
+#include "collect/record/record_machine.h"
 #include "common/source_access.h"
 #include "common/source_file.h"
 
@@ -189,13 +190,23 @@ TEST_F(SilentSource, IsOneInterfaceWhosePortsStayWhileTheOthersAreStored) {
     const Silence silence("/" + names.front() + "/mtu");
     ASSERT_TRUE(collect().ok());
   }
-  EXPECT_THAT(notices_,
-              Contains(testing::ContainsRegex(
-                  "/mtu does not answer within 1 s: the ports of 0000:[0-9a-f:.]+ are left as they are")));
+  EXPECT_THAT(
+      notices_,
+      Contains(testing::ContainsRegex(
+          "/mtu does not answer within 1 s: the function 0000:[0-9a-f:.]+ with its ports is left as it is")));
   const auto some = std::ranges::count(mtus(), '\n');
   EXPECT_GE(some, 1);
   ASSERT_TRUE(collect().ok());
   EXPECT_GT(std::ranges::count(mtus(), '\n'), some);
+}
+
+TEST_F(SilentSource, IsToldOfWhereAMachineIsRecorded) {
+  const Silence silence("/nvme0/serial");
+  std::vector<std::string> told;
+  record_machine({.folder = files_.file("recording"), .sysfs = files_.file("sys"), .timeout = 1},
+                 {.notice = [&](std::string_view line) { told.emplace_back(line); }, .progress = {}});
+  EXPECT_THAT(told, testing::ElementsAre(testing::EndsWith(
+                        "/nvme0/serial does not answer within 1 s: the drive nvme0 is left as it is")));
 }
 
 TEST_F(SilentSource, LeavesAnEmptyInventoryWithoutItsClassOnly) {
