@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <ctime>
 #include <iterator>
 
 namespace zymdb {
@@ -163,6 +164,15 @@ std::optional<uint32_t> hex_number(std::string_view digits) {
   const auto [end, error] = std::from_chars(digits.data(), last, number, 16);
   if (digits.empty() || digits.size() > 8 || error != std::errc{} || end != last) return std::nullopt;
   return number;
+}
+
+std::string utc_text(int64_t seconds_since_1970) {
+  const auto seconds = static_cast<std::time_t>(seconds_since_1970);
+  std::tm parts{};
+  std::array<char, 40> text{};
+  if (gmtime_r(&seconds, &parts) != nullptr)
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
+  return text.data();
 }
 
 std::string listed(const std::vector<std::string>& words) {

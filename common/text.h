@@ -25,6 +25,9 @@ std::optional<uint64_t> leading_number(std::string_view text);
 // A hexadecimal number without prefix, of at most 8 digits and nothing else.
 std::optional<uint32_t> hex_number(std::string_view digits);
 
+// "2026-01-31 12:00:00", in UTC; empty for a time that no calendar has.
+std::string utc_text(int64_t seconds_since_1970);
+
 // "one, two"; empty ones are left out.
 std::string listed(const std::vector<std::string>& words);
 

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 #include <ranges>
 #include <span>
 
 #include "common/client_extensions.h"
+#include "common/text.h"
 #include "documents/json_value.h"
 #include "records/rows.h"
 
@@ -111,12 +111,7 @@ std::vector<Event> read_history(const std::vector<RecordType>& types, uint64_t s
 }
 
 std::string time_text(int64_t milliseconds) {
-  const time_t seconds = milliseconds / kMillisecond;
-  tm parts{};
-  std::array<char, 32> text{};
-  gmtime_r(&seconds, &parts);
-  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
-  return text.data();
+  return utc_text(milliseconds / kMillisecond);
 }
 
 }  // namespace zymdb::documents

@@ -1,12 +1,11 @@
 #include "records/firmware.h"
 
-#include <array>
-#include <ctime>
 #include <map>
 #include <tuple>
 #include <utility>
 #include <vector>
 
+#include "common/text.h"
 #include "records/pci.h"
 #include "records/rows.h"
 #include "records/stored_rows.h"
@@ -54,14 +53,8 @@ Attention update_attention(const Device& device) {
   return has_failed(device) ? Attention::kWarning : Attention::kNone;
 }
 
-// "2024-05-01 12:00:00", in UTC.
 Value time_text(const Event& event) {
-  const time_t seconds = event.Timestamp;
-  tm parts{};
-  std::array<char, 32> text{};
-  if (gmtime_r(&seconds, &parts) != nullptr)
-    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
-  return value_of(std::string(text.data()));
+  return value_of(utc_text(event.Timestamp));
 }
 
 constexpr Field<Component> kComponentFields[] = {

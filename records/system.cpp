@@ -1,8 +1,6 @@
 #include "records/system.h"
 
-#include <array>
-#include <ctime>
-
+#include "common/text.h"
 #include "records/rows.h"
 
 namespace zymdb::records {
@@ -55,13 +53,8 @@ constexpr Column kColumns[] = {
 };
 
 Value collected(const System& system) {
-  if (system.CollectedAt == 0) return {};
-  const auto at = static_cast<std::time_t>(system.CollectedAt);
-  std::tm time{};
-  std::array<char, 40> text{};
-  if (gmtime_r(&at, &time) == nullptr) return {};
-  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S UTC", &time);
-  return std::string(text.data());
+  const auto text = system.CollectedAt == 0 ? "" : utc_text(static_cast<int64_t>(system.CollectedAt));
+  return text.empty() ? Value() : Value(text + " UTC");
 }
 
 constexpr Field<System> kFields[] = {
