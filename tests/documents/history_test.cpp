@@ -2,7 +2,6 @@
 #include "documents/history.h"
 
 #include <gmock/gmock.h>
-#include <sqlite3.h>
 
 #include <cstdlib>
 #include <set>
@@ -15,6 +14,7 @@
 #include "records/pci.h"
 #include "records/pci_settings.h"
 #include "support/inventory.h"
+#include "support/sql.h"
 
 namespace zymdb::documents {
 namespace {
@@ -47,14 +47,6 @@ class HistoryTest : public InventoryTest {
       }
     }
     return lines;
-  }
-
-  static void run_sql(const std::string& file, const std::string& sql) {
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-        << sqlite3_errmsg(database);
-    sqlite3_close(database);
   }
 
   // A setting whose every column can be read.
@@ -166,7 +158,7 @@ TEST_F(HistoryTest, KnowsTheTablesOfEachClass) {
     const std::string copy = folder() / (std::string(table) + ".db");
     copy_inventory(copy);
     zym_db_close(get_dmdb_handle());
-    run_sql(copy, std::string("DELETE FROM ") + table);
+    run_sql_on(copy, std::string("DELETE FROM ") + table);
     setenv("ZYMDB_INVENTORY", copy.c_str(), 1);
     const Document without = read_document(types_);
     for (const PartClass& of : whole.classes) {

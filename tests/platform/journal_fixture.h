@@ -2,11 +2,10 @@
 #ifndef ZYMDB_TESTS_PLATFORM_JOURNAL_FIXTURE_H
 #define ZYMDB_TESTS_PLATFORM_JOURNAL_FIXTURE_H
 
-#include <sqlite3.h>
-
 #include <string>
 
 #include "platform/client_fixture.h"
+#include "support/sql.h"
 
 class JournalTest : public ClientTest {
  protected:
@@ -21,21 +20,8 @@ class JournalTest : public ClientTest {
 
   std::string inventory() const { return folder() / "inventory.db"; }
 
-  // What a statement of another program finds in a file, values separated by "|".
   static std::string found_in(const std::string& file, const std::string& sql) {
-    sqlite3* database = nullptr;
-    EXPECT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
-    std::string text;
-    const auto add = [](void* out, int columns, char** values, char**) {
-      for (int i = 0; i < columns; ++i)
-        static_cast<std::string*>(out)->append(i ? "|" : "").append(values[i] ? values[i] : "NULL");
-      static_cast<std::string*>(out)->append("\n");
-      return 0;
-    };
-    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), add, &text, nullptr), SQLITE_OK)
-        << sqlite3_errmsg(database);
-    sqlite3_close(database);
-    return text;
+    return run_sql_on(file, sql);
   }
 
   static int update(const char* table, const char* where, std::initializer_list<Column> row) {

@@ -20,6 +20,7 @@
 #include "client/status.h"
 #include "platform/child_process.h"
 #include "platform/engine_session.h"
+#include "support/sql.h"
 #include "support/temporary_folder.h"
 
 namespace zymdb::client {
@@ -39,13 +40,7 @@ class OpeningTest : public testing::Test {
     return open_session({folder_.file("inventory.db"), &schema}, writers_);
   }
 
-  void run_sql(const std::string& sql) {
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(folder_.file("inventory.db").c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-        << sqlite3_errmsg(database);
-    sqlite3_close(database);
-  }
+  void run_sql(const std::string& sql) { run_sql_on(folder_.file("inventory.db"), sql); }
 
   // Every table, index and mark of the file.
   std::string schema_of(const char* name) {
@@ -413,22 +408,7 @@ class FormerVersionTest : public UpgradeTest, public testing::WithParamInterface
     run_sql(sql + "PRAGMA application_id=0x5A594D49; PRAGMA user_version=" + version);
   }
 
-  // The rows of a query, values separated by "|".
-  std::string rows(const std::string& sql) {
-    sqlite3* database = nullptr;
-    EXPECT_EQ(sqlite3_open(folder_.file("inventory.db").c_str(), &database), SQLITE_OK);
-    std::string text;
-    const auto add = [](void* out, int columns, char** values, char**) {
-      for (int i = 0; i < columns; ++i)
-        static_cast<std::string*>(out)->append(i ? "|" : "").append(values[i] ? values[i] : "NULL");
-      static_cast<std::string*>(out)->append("\n");
-      return 0;
-    };
-    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), add, &text, nullptr), SQLITE_OK)
-        << sqlite3_errmsg(database);
-    sqlite3_close(database);
-    return text;
-  }
+  std::string rows(const std::string& sql) { return run_sql_on(folder_.file("inventory.db"), sql); }
 
   std::vector<std::string> lines(const std::string& sql) {
     std::istringstream text(rows(sql));
