@@ -109,4 +109,19 @@ __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timesp
   return result;
 }
 
+#ifdef __USE_TIME_BITS64
+// The C++ library is built with the short times, and asks under the name that these have.
+struct ShortTime {
+  int32_t tv_sec;
+  int32_t tv_nsec;
+};
+int short_clock_gettime(clockid_t clock, ShortTime* time) __asm__("clock_gettime");
+
+__attribute__((visibility("default"))) int short_clock_gettime(clockid_t clock, ShortTime* time) {
+  const int result = next(&short_clock_gettime, "clock_gettime")(clock, time);
+  time->tv_sec += static_cast<int32_t>(system_calls().seconds_passed);
+  return result;
+}
+#endif
+
 }  // extern "C"
