@@ -22,12 +22,14 @@ constexpr uint64_t kController = 1024 * kMiB;
 struct Setting {
   const char* variable;
   size_t Limits::*limit;
+  uint64_t least;  // KiB
 };
 
 constexpr Setting kSettings[] = {
-    {"ZYMDB_RESULT_KIB", &Limits::result},
-    {"ZYMDB_LOG_KIB", &Limits::log},
-    {"ZYMDB_CACHE_KIB", &Limits::cache},
+    {"ZYMDB_RESULT_KIB", &Limits::result, 1},
+    {"ZYMDB_LOG_KIB", &Limits::log, 1},
+    {"ZYMDB_CACHE_KIB", &Limits::cache, 1},
+    {"ZYMDB_KEPT_KIB", &Limits::kept, 0},
 };
 
 void read(const Setting& setting, Limits& limits) {
@@ -36,10 +38,11 @@ void read(const Setting& setting, Limits& limits) {
   uint64_t number = 0;
   const char* const end = text + std::strlen(text);
   const auto [read_to, error] = std::from_chars(text, end, number);
-  if (error == std::errc() && read_to == end && number >= 1 && number <= kMostKiB)
+  if (error == std::errc() && read_to == end && number >= setting.least && number <= kMostKiB)
     limits.*setting.limit = static_cast<size_t>(number * kKiB);
   else
-    ruvo_log::logWarn("%s is not a number of KiB from 1 to %llu: %s", setting.variable,
+    ruvo_log::logWarn("%s is not a number of KiB from %llu to %llu: %s", setting.variable,
+                      static_cast<unsigned long long>(setting.least),
                       static_cast<unsigned long long>(kMostKiB), text);
 }
 

@@ -14,6 +14,7 @@ struct Limits {
   size_t result = size_t{256} << 20;          // bytes of one result
   size_t log = size_t{4} << 20;               // bytes of the write-ahead log that stay on the disk
   size_t cache = size_t{2} << 20;             // bytes of the database that a connection keeps in memory
+  size_t kept = size_t{1} << 20;              // bytes of results that the process keeps; 0 for none
 };
 
 // Those of a machine with so many bytes of memory.

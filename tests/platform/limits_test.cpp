@@ -22,6 +22,7 @@ TEST(LimitsTest, AServerHasRoom) {
   EXPECT_EQ(limits.result, 256 * kMiB);
   EXPECT_EQ(limits.log, 4 * kMiB);
   EXPECT_EQ(limits.cache, 2 * kMiB);
+  EXPECT_EQ(limits.kept, kMiB);
 }
 
 TEST(LimitsTest, AControllerHasLess) {
@@ -41,11 +42,14 @@ TEST(LimitsTest, AMachineThatDoesNotTellItsMemoryCountsAsSmall) {
 TEST(LimitsTest, TheEnvironmentSetsThem) {
   setenv("ZYMDB_LOG_KIB", "64", 1);
   setenv("ZYMDB_CACHE_KIB", "128", 1);
+  setenv("ZYMDB_KEPT_KIB", "0", 1);
   const Limits limits = limits_here();
   unsetenv("ZYMDB_LOG_KIB");
   unsetenv("ZYMDB_CACHE_KIB");
+  unsetenv("ZYMDB_KEPT_KIB");
   EXPECT_EQ(limits.log, 64U * 1024);
   EXPECT_EQ(limits.cache, 128U * 1024);
+  EXPECT_EQ(limits.kept, 0U);
   EXPECT_EQ(result_with("1"), 1024U);
 }
 

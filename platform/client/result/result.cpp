@@ -24,6 +24,17 @@ void Result::start(ColumnNames names, size_t limit) {
   reset();
 }
 
+void Result::assign(const KeptRows& rows) {
+  start(rows.names, rows.bytes.size());
+  bytes_.reserve(rows.bytes.size());
+  bytes_.append(std::string_view(rows.bytes));
+  rows_ = rows.count;
+}
+
+KeptRows Result::rows() const {
+  return {names_, std::string(reinterpret_cast<const char*>(bytes_.data()), bytes_.size()), rows_};
+}
+
 bool Result::grow(size_t size) {
   if (size > limit_ - std::min(limit_, bytes_.size())) return false;
   bytes_.reserve(size);

@@ -18,6 +18,15 @@ namespace zymdb::client {
 // Names of a result's columns, shared by the results of one prepared statement.
 using ColumnNames = std::shared_ptr<const std::vector<std::string>>;
 
+// A result's rows, apart from its memory and its cursor.
+struct KeptRows {
+  ColumnNames names;
+  std::string bytes;
+  uint32_t count = 0;
+
+  size_t size() const { return bytes.capacity(); }
+};
+
 // Rows lie packed one behind the other, so that a long list stays in the processor's cache until it is read:
 // a row's size, a cell for each column, then whatever did not fit the cells.
 class Result {
@@ -51,6 +60,10 @@ class Result {
     bytes_.replace(begun_, static_cast<RowSize>(bytes_.size() - begun_));
     ++rows_;
   }
+
+  // In place of adding them one by one, and the other way round.
+  void assign(const KeptRows& rows);
+  KeptRows rows() const;
 
   uint32_t row_count() const { return rows_; }
   int step();

@@ -28,6 +28,7 @@ Connection::~Connection() {
 Failure Connection::open(const DataSource& source, const std::function<void()>& connected) {
   Opening opening(source, limits_, authorizer_, connected);
   if (Failure failure = opening.run()) return failure;
+  if (limits_.kept != 0 && opening.has_log()) kept_.emplace(limits_.kept);
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);
   watch_.begin(database(), opening.access, std::move(opening.names), opening.files);
@@ -41,6 +42,19 @@ Failure Connection::open_journal(const DataSource& source, Access access) {
   if (!configured_history_bounds(bounds, error)) return {ZYM_DB_STATUS_ERROR, error};
   journal_.emplace(database(), *catalog_, source.schema->sql, bounds);
   return {};
+}
+
+KeptResults* Connection::kept_results() {
+  WalHeader header;
+  if (!kept_ || in_transaction() || !read_wal_header(database(), header)) return nullptr;
+  // Whoever writes into the file past the log, or cuts it short, leaves the log's header as it was.
+  if (watch_.was_rewritten()) kept_->clear();
+  kept_->look(header);
+  return &*kept_;
+}
+
+void Connection::shrink_kept_results() {
+  if (kept_) kept_->shrink();
 }
 
 Failure Connection::prepare(Statement& statement, Prepared*& prepared) {

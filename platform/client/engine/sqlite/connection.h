@@ -13,6 +13,7 @@
 #include "client/engine/sqlite/authorizer.h"
 #include "client/engine/sqlite/file_watch.h"
 #include "client/engine/sqlite/journal.h"
+#include "client/engine/sqlite/kept_results.h"
 #include "client/engine/sqlite/statement_cache.h"
 
 namespace zymdb::client::sqlite {
@@ -31,6 +32,10 @@ class Connection {
   const Catalog& catalog() const { return *catalog_; }
   FileWatch& watch() { return watch_; }
   SessionState state(Look look) { return writer_ != nullptr ? SessionState{} : watch_.state(look); }
+
+  // Null where what is asked now cannot be known to be what was answered before.
+  KeptResults* kept_results();
+  void shrink_kept_results();
 
   // A failure that the connection cannot outlive makes it unusable.
   Failure prepare(Statement& statement, Prepared*& prepared);
@@ -84,6 +89,7 @@ class Connection {
   DatabasePtr database_;
   StatementCache statements_;  // after the database: statements go first
   std::optional<Journal> journal_;
+  std::optional<KeptResults> kept_;
   std::string sql_;
   WriterQueue* writer_ = nullptr;
 };

@@ -72,6 +72,14 @@ bool Connections::end_those_to_other_files(const std::string& path) {
   return any;
 }
 
+void Connections::share_out_room(const Slot& slot) {
+  for (const auto& each : slots()) {
+    if (each.get() == &slot) continue;
+    const std::unique_lock lock(each->lock, std::try_to_lock);
+    if (lock && each->connection != nullptr) each->connection->shrink_kept_results();
+  }
+}
+
 std::shared_ptr<const Catalog> Connections::catalog_of(const Fingerprint& statements) {
   const std::lock_guard lock(mutex_);
   return statements == statements_ ? catalog_.lock() : nullptr;

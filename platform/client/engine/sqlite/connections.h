@@ -60,6 +60,9 @@ class Connections {
   // others.
   bool end_those_to_other_files(const std::string& path);
 
+  // Lets the connections of the other slots keep no more results than their share. Waits for none of them.
+  void share_out_room(const Slot& slot);
+
   // The catalog of databases whose tables were made by these statements, if one is in use: fifty KiB that the
   // threads of a process need once, and twice as much while it is read.
   std::shared_ptr<const Catalog> catalog_of(const Fingerprint& statements);

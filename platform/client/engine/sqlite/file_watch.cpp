@@ -46,6 +46,7 @@ bool FileWatch::keeps_its_files() {
   const Files found = names_.identify();
   const bool is_rewritten = access_ == Access::kImmutable && found.written != files_.written;
   if (found == files_ && !is_rewritten) {
+    was_rewritten_ = was_rewritten_ || found.written != files_.written;
     files_.written = found.written;
     return true;
   }

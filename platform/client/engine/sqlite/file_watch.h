@@ -3,6 +3,7 @@
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_FILE_WATCH_H
 
 #include <cstdint>
+#include <utility>
 
 #include "client/engine/engine.h"
 #include "client/engine/sqlite/opening.h"
@@ -32,6 +33,9 @@ class FileWatch {
   bool is_whole() const;
   bool is_unchanged() const { return names_.identify() == files_; }
 
+  // Whether the database's file was written since this was asked last, as far as was looked.
+  bool was_rewritten() { return std::exchange(was_rewritten_, false); }
+
   const std::string& path() const { return names_.database; }
   uint64_t file() const { return files_.database.inode; }
   const char* loss() const { return loss_; }
@@ -48,6 +52,7 @@ class FileWatch {
   int64_t looked_at_ = 0;
   bool unusable_ = false;
   bool abandoned_ = false;
+  bool was_rewritten_ = false;
   const char* loss_ = nullptr;
 };
 

@@ -106,6 +106,11 @@ Failure Opening::run() {
   }
 }
 
+// What cannot be written may have been left without one.
+bool Opening::has_log() const {
+  return access == Access::kShared && sqlite3_db_readonly(database.get(), "main") == 0;
+}
+
 bool Opening::is_replaced() const {
   return connected_to_ != FileId{} && file_id(source_.address) != connected_to_;
 }

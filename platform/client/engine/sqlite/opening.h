@@ -32,6 +32,9 @@ class Opening {
   // A success fills what follows; the reason of a failure is a whole line.
   Failure run();
 
+  // With a write-ahead log that can be looked at.
+  bool has_log() const;
+
   Access access = Access::kShared;
   DatabasePtr database;
   std::shared_ptr<const Catalog> catalog;

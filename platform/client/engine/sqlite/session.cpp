@@ -77,12 +77,20 @@ SessionState SqliteSession::state(Look look) {
 int SqliteSession::query(Statement& statement, Result& result) {
   Prepared* prepared = nullptr;
   if (Failure failure = connection().prepare(statement, prepared)) return fail(std::move(failure));
-  const Run run(prepared->statement.get());
+  KeptResults* const kept = connection().kept_results();
+  if (kept != nullptr && kept->find(prepared->number, statement.arguments(), result)) return 0;
+  const int status = read(*prepared, statement, result);
+  if (status == 0 && kept != nullptr && !kept->offer(result)) Connections::instance().share_out_room(*slot_);
+  return status;
+}
+
+int SqliteSession::read(const Prepared& prepared, const Statement& statement, Result& result) {
+  const Run run(prepared.statement.get());
   if (const int code = run.bind(statement.arguments()); code != SQLITE_OK) return outcome(code);
-  result.start(prepared->names, limits_.result);
+  result.start(prepared.names, limits_.result);
   int code = SQLITE_OK;
   while ((code = run.step()) == SQLITE_ROW) {
-    if (!read_row(*prepared, result)) return fail({kStatusTooLarge, "the result is too large"});
+    if (!read_row(prepared, result)) return fail({kStatusTooLarge, "the result is too large"});
   }
   return outcome(code);
 }

@@ -36,6 +36,7 @@ class SqliteSession final : public Session {
  private:
   Connection& connection() { return *slot_->connection; }
   bool may_be_idle();
+  int read(const Prepared& prepared, const Statement& statement, Result& result);
   int write(Statement& statement, Change& change);
   int write_alone(Statement& statement, Change& change);
   int end_transaction(Failure (Connection::*end)());

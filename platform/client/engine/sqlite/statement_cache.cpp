@@ -14,6 +14,7 @@ Prepared& StatementCache::add(std::string_view key, Prepared prepared) {
     places_.erase(entries_.back().key);
     entries_.pop_back();
   }
+  prepared.number = ++added_;
   entries_.push_front({std::string(key), std::move(prepared)});
   places_.emplace(entries_.front().key, entries_.begin());
   return entries_.front().prepared;

@@ -18,6 +18,7 @@ struct Prepared {
   StatementPtr statement;
   ColumnNames names;
   std::vector<bool> expressions;  // columns that are no table's column
+  uint64_t number = 0;            // no other of the cache, now or before, has the same
 };
 
 class StatementCache {
@@ -40,6 +41,7 @@ class StatementCache {
   using Entries = std::list<Entry>;
 
   size_t capacity_;
+  uint64_t added_ = 0;
   Entries entries_;                                                 // the most recently used first
   std::unordered_map<std::string_view, Entries::iterator> places_;  // keys are views of the entries' own
 };
