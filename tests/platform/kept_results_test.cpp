@@ -12,8 +12,7 @@ constexpr size_t kRoom = 64 * 1024;
 
 WalHeader header(unsigned char commit) {
   WalHeader header{};
-  header[12] = 1;
-  header[8] = commit;
+  header[1] = commit;
   return header;
 }
 

@@ -1,8 +1,13 @@
 #include "client/dialect/catalog.h"
 
-#include <cstdint>
+#include <atomic>
 
 namespace zymdb::client {
+namespace {
+
+std::atomic<uint64_t> last_number{0};
+
+}  // namespace
 
 // FNV-1a; one bit makes letters of either case alike, and a few other characters, which does no harm.
 size_t WordHash::operator()(std::string_view word) const {
@@ -20,6 +25,8 @@ const Column* Table::column(std::string_view word) const {
   const auto place = places_.find(word);
   return place == places_.end() ? nullptr : &columns_[place->second];
 }
+
+Catalog::Catalog(const Flavour& flavour) : flavour_(&flavour), number_(++last_number) {}
 
 void Catalog::add_column(const std::string& table, std::string column, bool is_text) {
   tables_.try_emplace(table, table).first->second.add_column({std::move(column), is_text});

@@ -2,6 +2,7 @@
 #ifndef ZYMDB_PLATFORM_CLIENT_DIALECT_CATALOG_H
 #define ZYMDB_PLATFORM_CLIENT_DIALECT_CATALOG_H
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -60,9 +61,12 @@ class Table {
 
 class Catalog {
  public:
-  explicit Catalog(const Flavour& flavour = kStandardSql) : flavour_(&flavour) {}
+  explicit Catalog(const Flavour& flavour = kStandardSql);
 
   const Flavour& flavour() const { return *flavour_; }
+
+  // No other catalog of the process, now or before, has the same, but for its copies.
+  uint64_t number() const { return number_; }
 
   void add_column(const std::string& table, std::string column, bool is_text = false);
 
@@ -70,6 +74,7 @@ class Catalog {
 
  private:
   const Flavour* flavour_;
+  uint64_t number_;
   std::unordered_map<std::string, Table, WordHash, WordEqual> tables_;
 };
 

@@ -21,19 +21,6 @@ constexpr bool ends_operator(char c) {
   return c == '|' || (c >= '<' && c <= '>');
 }
 
-// A table, because every character of every name is looked at.
-constexpr auto kWordCharacters = [] {
-  std::array<bool, 256> table{};
-  for (size_t c = 0; c < table.size(); ++c)
-    table[c] =
-        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c >= 0x80;
-  return table;
-}();
-
-constexpr bool is_word(char c) {
-  return kWordCharacters[static_cast<unsigned char>(c)];
-}
-
 Token make(TokenKind kind, std::string_view text) {
   Token token;
   token.kind = kind;
@@ -76,7 +63,7 @@ Token Lexer::next() {
   take(run_length<is_space>(rest_));
   if (rest_.empty()) return {};
   const char c = rest_[0];
-  if (is_word(c)) return run_token();
+  if (is_word_character(c)) return run_token();
   if (c == '"' || c == '\'') return text_token();
   if (c == ';') return last_token();
   if (c == '?') {
@@ -104,7 +91,7 @@ Token Lexer::text_token() {
 }
 
 Token Lexer::run_token() {
-  const std::string_view run = rest_.substr(0, run_length<is_word>(rest_));
+  const std::string_view run = rest_.substr(0, run_length<is_word_character>(rest_));
   Token token = make(TokenKind::kWord, run);
   if (is_digit(run[0]) && read_integer(run, token.integer)) {
     token.kind = TokenKind::kInteger;
@@ -112,7 +99,7 @@ Token Lexer::run_token() {
     const bool fraction = after.size() > 1 && after[0] == '.' && is_digit(after[1]) &&
                           run.find_first_not_of("0123456789") == run.npos;
     if (fraction) {
-      token.text = rest_.substr(0, run.size() + 1 + run_length<is_word>(after.substr(1)));
+      token.text = rest_.substr(0, run.size() + 1 + run_length<is_word_character>(after.substr(1)));
       const auto [end, error] = std::from_chars(token.text.data(), token.text.data() + token.text.size(),
                                                 token.real, std::chars_format::fixed);
       if (error != std::errc() || end != token.text.data() + token.text.size())

@@ -2,10 +2,24 @@
 #ifndef ZYMDB_PLATFORM_CLIENT_DIALECT_LEXER_H
 #define ZYMDB_PLATFORM_CLIENT_DIALECT_LEXER_H
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 
 namespace zymdb::client {
+
+// A table, because every character of every name is looked at.
+inline constexpr auto kWordCharacters = [] {
+  std::array<bool, 256> table{};
+  for (size_t c = 0; c < table.size(); ++c)
+    table[c] =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c >= 0x80;
+  return table;
+}();
+
+constexpr bool is_word_character(char c) {
+  return kWordCharacters[static_cast<unsigned char>(c)];
+}
 
 enum class TokenKind : uint8_t {
   kWord,         // letters, digits, "_" and bytes from 0x80 on that form no number

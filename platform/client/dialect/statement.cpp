@@ -46,7 +46,9 @@ int Statement::translate(const Catalog& catalog) {
     condition_.clear();
     return 0;
   }
-  const int status = translate_condition(catalog, *table_, request_.where, condition_);
+  const bool is_known = known_.recall(catalog, *table_, request_.where, condition_);
+  const int status = is_known ? 0 : translate_condition(catalog, *table_, request_.where, condition_);
+  if (status == 0 && !is_known) known_.note(condition_);
   const bool tail = condition_.grouped || condition_.tail != condition_.shape.npos;
   if (status == 0 && is_change() && tail) {
     condition_.reason = "a change takes a condition only";

@@ -10,6 +10,7 @@
 
 #include "client/dialect/content_values.h"
 #include "client/dialect/dialect.h"
+#include "client/dialect/known_conditions.h"
 #include "zymdb_db.h"
 
 namespace zymdb::client {
@@ -74,6 +75,7 @@ class Statement {
   const Flavour* flavour_ = &kStandardSql;
   const Table* table_ = nullptr;
   Translation condition_;
+  KnownConditions known_;
   std::vector<Argument> arguments_;
   size_t value_count_ = 0;
   std::string key_;

@@ -31,6 +31,7 @@ Failure Connection::open(const DataSource& source, const std::function<void()>& 
   if (limits_.kept != 0 && opening.has_log()) kept_.emplace(limits_.kept);
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);
+  wal_index_.emplace(database());
   watch_.begin(database(), opening.access, std::move(opening.names), opening.files);
   return open_journal(source, opening.access);
 }
@@ -46,7 +47,7 @@ Failure Connection::open_journal(const DataSource& source, Access access) {
 
 KeptResults* Connection::kept_results() {
   WalHeader header;
-  if (!kept_ || in_transaction() || !read_wal_header(database(), header)) return nullptr;
+  if (!kept_ || in_transaction() || !wal_index_->read(header)) return nullptr;
   // Whoever writes into the file past the log, or cuts it short, leaves the log's header as it was.
   if (watch_.was_rewritten()) kept_->clear();
   kept_->look(header);

@@ -15,6 +15,7 @@
 #include "client/engine/sqlite/journal.h"
 #include "client/engine/sqlite/kept_results.h"
 #include "client/engine/sqlite/statement_cache.h"
+#include "client/engine/sqlite/wal_index.h"
 
 namespace zymdb::client::sqlite {
 
@@ -89,6 +90,7 @@ class Connection {
   DatabasePtr database_;
   StatementCache statements_;  // after the database: statements go first
   std::optional<Journal> journal_;
+  std::optional<WalIndex> wal_index_;
   std::optional<KeptResults> kept_;
   std::string sql_;
   WriterQueue* writer_ = nullptr;

@@ -25,7 +25,7 @@ int64_t now_in_milliseconds() {
 }  // namespace
 
 Journal::Journal(sqlite3* database, const Catalog& catalog, const char* schema, const HistoryBounds& bounds)
-    : database_(database), bounds_(bounds), recorder_(schema) {
+    : database_(database), bounds_(bounds), recorder_(schema), wal_index_(database) {
   recorder_.attach(database, catalog);
 }
 
@@ -58,7 +58,7 @@ Failure Journal::drop_oldest(const Entry& newest) {
 
 Failure Journal::generation(uint64_t& generation) {
   WalHeader header;
-  const bool has_header = read_wal_header(database_, header);
+  const bool has_header = wal_index_.read(header);
   if (!has_header || !has_seen_ || header != seen_) {
     Entry newest;
     if (Failure failure = find(newest_, kNewest, newest)) return failure;

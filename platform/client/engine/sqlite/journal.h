@@ -47,6 +47,7 @@ class Journal {
   HistoryBounds bounds_;
   ChangeRecorder recorder_;
   StatementPtr newest_, oldest_, move_, add_, drop_;
+  WalIndex wal_index_;
   WalHeader seen_{};  // the header under which the generation was read
   bool has_seen_ = false;
   uint64_t generation_ = 0;
