@@ -3,7 +3,8 @@
 
 Every file has its component. The tool starts. The README's program builds as it says there, and with what pkg-config and
 find_package say, shared and static. Every header compiles alone as C11 against nothing but the others. A program with a
-database client of its own, written against the headers alone, runs the library's operations without ours. The Python package finds the libraries.
+database client of its own, written against the headers alone, runs the library's operations without ours. The Python package
+finds the libraries.
 """
 import os
 import re

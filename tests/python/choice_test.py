@@ -1,13 +1,32 @@
 """Which inventory is read, for how long, and what is left of it afterwards."""
 import os
+import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import threading
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 import pytest
 import zymdb
 from conftest import collect_example, run
+
+
+NOBODY = 65534
+
+
+def in_a_child(action):
+    """Whether the action holds in a forked child, which has half a minute for it."""
+    child = os.fork()
+    if child == 0:
+        try:
+            signal.alarm(30)
+            os._exit(0 if action() else 1)
+        finally:
+            os._exit(2)
+    return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
 
 
 @pytest.fixture
@@ -124,16 +143,54 @@ def test_a_program_that_ends_leaves_nothing(ending, snapshot, scratch):
 def test_a_forked_child_reads_and_leaves_its_parent_what_it_reads(snapshot, scratch):
     zymdb.open(snapshot)
     before = zymdb.adapters()
-    child = os.fork()
-    if child == 0:
-        try:
-            same = zymdb.adapters() == before
-            zymdb.close()
-            os._exit(0 if same else 1)
-        finally:
-            os._exit(2)
-    assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
+
+    def read_and_close():
+        same = zymdb.adapters() == before
+        zymdb.close()
+        return same
+
+    assert in_a_child(read_and_close)
+    assert len(list(scratch.iterdir())) == 1
     assert zymdb.adapters() == before
+
+
+def test_a_child_that_is_forked_while_a_thread_chooses_reads_on(example):
+    zymdb.open(example)
+    is_choosing, may_go_on = threading.Event(), threading.Event()
+
+    def choose():
+        with zymdb._inventory._inventory._turns.changing():
+            is_choosing.set()
+            may_go_on.wait()
+
+    with ThreadPoolExecutor(1) as threads:
+        choosing = threads.submit(choose)
+        is_choosing.wait()
+        reads_on = in_a_child(zymdb.adapters)
+        may_go_on.set()
+        choosing.result()
+    assert reads_on
+
+
+# Nobody may write beside it: who changes it, and when, cannot be told.
+def test_an_inventory_in_a_folder_that_may_not_be_written_has_no_generation(example):
+    with tempfile.TemporaryDirectory() as folder:
+        inventory = Path(folder) / "inventory.db"
+        run("snapshot", Path(folder) / "snapshot", inventory=example)
+        zymdb.open(Path(folder) / "snapshot")
+        shutil.copy(os.environ["ZYMDB_INVENTORY"], inventory)
+        zymdb.close()
+        inventory.chmod(0o644)
+        os.chmod(folder, 0o555)
+
+        def has_none():
+            if os.geteuid() == 0:
+                os.seteuid(NOBODY)
+            zymdb.open(inventory)
+            return zymdb.generation() is None and zymdb.adapters()
+
+        assert in_a_child(has_none)
+        os.chmod(folder, 0o755)
 
 
 def test_a_collection_meanwhile_is_seen_at_the_next_read(empty, tmp_path):

@@ -142,20 +142,32 @@ def test_an_inventory_that_comes_later_is_read(example, tmp_path, monkeypatch):
     assert zymdb.adapters()
 
 
-# Rows that are lost must not pass for hardware that is not there.
-def test_a_damaged_table_fails_and_the_others_are_read(copied):
-    with contextlib.closing(sqlite3.connect(copied)) as database:
-        page, size = database.execute("SELECT rootpage FROM sqlite_schema WHERE name = 'PCIAdapter'").fetchone()[0], \
-            database.execute("PRAGMA page_size").fetchone()[0]
-    with open(copied, "r+b") as file:
+def damage(inventory, table):
+    with contextlib.closing(sqlite3.connect(inventory)) as database:
+        page, = database.execute("SELECT rootpage FROM sqlite_schema WHERE name = ?", (table,)).fetchone()
+        size, = database.execute("PRAGMA page_size").fetchone()
+    with open(inventory, "r+b") as file:
         file.seek((page - 1) * size)
         file.write(b"\xa5" * size)
+
+
+# Rows that are lost must not pass for hardware that is not there.
+def test_a_damaged_table_fails_and_the_others_are_read(copied):
+    damage(copied, "PCIAdapter")
     zymdb.open(copied)
     with pytest.raises(zymdb.Error) as failure:
         zymdb.adapters()
     assert failure.value.status == CORRUPT
     assert re.match("cannot read the adapters: .*malformed", failure.value.text)
     assert zymdb.processors()
+
+
+def test_a_generation_that_cannot_be_read_is_no_missing_one(copied):
+    damage(copied, "Journal")
+    zymdb.open(copied)
+    with pytest.raises(zymdb.Error) as failure:
+        zymdb.generation()
+    assert_told(failure.value, CORRUPT, "malformed", copied)
 
 
 def test_settings_that_are_being_parsed_are_told_by_their_status(example, settled_settings):

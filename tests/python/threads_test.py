@@ -2,6 +2,8 @@
 import ctypes
 import gc
 import os
+import subprocess
+import sys
 import threading
 from concurrent.futures import ThreadPoolExecutor
 
@@ -33,18 +35,28 @@ def test_two_threads_read_what_one_reads(example):
             assert thread.result() == [expected] * 20
 
 
-# The first read of names and the first opening happen in all of them at once.
-def test_threads_that_open_together_read_the_same(example, monkeypatch):
+FIRST_READS = """
+import threading
+from concurrent.futures import ThreadPoolExecutor
+import zymdb
+
+barrier = threading.Barrier(8)
+
+def read_functions():
+    barrier.wait()
+    return zymdb.functions()
+
+with ThreadPoolExecutor(8) as threads:
+    found = [thread.result() for thread in [threads.submit(read_functions) for _ in range(8)]]
+assert found[0] and all(each == found[0] for each in found)
+"""
+
+
+# In a process of its own: the opening, and the reading of the names of PCI devices, happen once.
+def test_threads_whose_first_reads_meet_read_the_same(example, monkeypatch):
     monkeypatch.setenv("ZYMDB_INVENTORY", str(example))
-    barrier = threading.Barrier(8)
-
-    def read_functions():
-        barrier.wait()
-        return zymdb.functions()
-
-    with ThreadPoolExecutor(8) as threads:
-        found = [thread.result() for thread in [threads.submit(read_functions) for _ in range(8)]]
-    assert found[0] and all(each == found[0] for each in found)
+    for _ in range(5):
+        subprocess.run([sys.executable, "-c", FIRST_READS], check=True)
 
 
 # A list is made of several queries: none may go to the other inventory.
@@ -153,9 +165,8 @@ def test_threads_that_end_take_their_connections_along(example):
             return thread.submit(read).result()
 
     expected = in_a_thread(zymdb.adapters)
-    counts = []
+    files = len(open_files())
     for _ in range(40):
         assert in_a_thread(zymdb.adapters) == expected
-        counts.append(len(open_files()))
-    # SQLite keeps a descriptor or two, and takes them again.
-    assert max(counts[20:]) == max(counts[:20])
+    # SQLite keeps a few to take them again: it may close none while the file has locks.
+    assert len(open_files()) < files + 10
