@@ -133,7 +133,8 @@ def test_a_snapshot_that_is_damaged_leaves_nothing(snapshot, scratch):
 
 
 # Nobody has to close anything: the end of the program does.
-@pytest.mark.parametrize("ending", ["", "raise SystemExit(3)", "raise KeyError", "import os\nif os.fork() == 0: raise SystemExit"])
+@pytest.mark.parametrize("ending", ["", "raise SystemExit(3)", "raise KeyError",
+                                    "import os\nif os.fork() == 0: raise SystemExit"])
 def test_a_program_that_ends_leaves_nothing(ending, snapshot, scratch):
     program = f"import zymdb\nzymdb.open({str(snapshot)!r})\nassert zymdb.adapters()\n{ending}"
     subprocess.run([sys.executable, "-c", program], stderr=subprocess.DEVNULL)

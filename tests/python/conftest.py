@@ -59,8 +59,8 @@ def collect_example(folder):
         run("settings", "import", EXAMPLE / "settings.json", inventory=inventory)
         run("settings", "set", "BootProtocol.4b0000=PXE", inventory=inventory)
     run("dpu", "append", DPU_SLOT, "--message", "boot completed", inventory=inventory)
-    execute(inventory, "INSERT INTO PldmDeviceFirmware (DeviceName, VersionString, UpdateErrCode, Updated) VALUES (?, ?, 9, 1)",
-            ("a device", "1.2"))
+    execute(inventory, "INSERT INTO PldmDeviceFirmware (DeviceName, VersionString, UpdateErrCode, Updated) "
+                       "VALUES ('a device', '1.2', 9, 1)")
     return inventory
 
 
@@ -84,7 +84,8 @@ def fill_table(database, table, values):
     for name, kind in columns:
         database.execute(f'UPDATE "{table}" SET "{name}" = ? WHERE "{name}" IS NULL', (values(kind),))
     names, places = ", ".join(f'"{name}"' for name, _ in columns), ", ".join("?" * len(columns))
-    database.execute(f'INSERT OR REPLACE INTO "{table}" ({names}) VALUES ({places})', [values(kind) for _, kind in columns])
+    database.execute(f'INSERT OR REPLACE INTO "{table}" ({names}) VALUES ({places})',
+                     [values(kind) for _, kind in columns])
 
 
 def fill_tables(inventory, values):

@@ -95,8 +95,8 @@ def test_an_address_that_leads_nowhere_is_no_database(address, text):
     assert_told(failure.value, NO_DATABASE, text, address)
 
 
-@pytest.mark.parametrize("path, error", [("", ValueError), ("a\0b", ValueError), (b"bytes", TypeError), (None, TypeError),
-                                         (3, TypeError)])
+@pytest.mark.parametrize("path, error", [("", ValueError), ("a\0b", ValueError), (b"bytes", TypeError),
+                                         (None, TypeError), (3, TypeError)])
 def test_what_is_no_path_is_refused_and_changes_nothing(path, error, example):
     zymdb.open(example)
     with pytest.raises(error):
@@ -182,5 +182,5 @@ def test_settings_that_are_being_parsed_are_told_by_their_status(example, settle
 
 
 def test_an_error_can_be_sent_to_another_process():
-    error = pickle.loads(pickle.dumps(zymdb.Error(42, "the database file is damaged")))
-    assert (error.status, error.text, str(error)) == (42, "the database file is damaged", "the database file is damaged")
+    error = pickle.loads(pickle.dumps(zymdb.Error(42, "the file is damaged")))
+    assert (error.status, error.text, str(error)) == (42, "the file is damaged", "the file is damaged")

@@ -15,8 +15,9 @@ pytestmark = pytest.mark.usefixtures("settled_settings")
 
 
 def function_of(record):
-    found = [each for each in map(zymdb.__dict__.get, zymdb.__all__) if getattr(each, "__annotations__", {}).get("return")
-             == f"list[{record.__name__}]"]
+    answer = f"list[{record.__name__}]"
+    found = [each for each in map(zymdb.__dict__.get, zymdb.__all__)
+             if getattr(each, "__annotations__", {}).get("return") == answer]
     assert len(found) == 1, found
     return found[0]
 
@@ -75,8 +76,9 @@ def test_numbers_of_all_sizes_are_what_the_tool_prints(record, copied):
 
 
 # Bytes that are no UTF-8 become the same characters, wherever they stand.
-HOSTILE = [b"\xff", b"\xe2\x82", b"a\xe2\x82b", b"\xf0\x80\x80\x80", b"\xed\xa0\x80", b"\xf4\x90\x80\x80", b"\xc0\xaf", b"\x80",
-           b"\x1b[31m", b"tab\tline\nend", b'"\\/', "\u2028\ufeff\U0001f4a5".encode(), b"\xe2\x82\xac" * 100, b"<b>&amp;"]
+HOSTILE = [b"\xff", b"\xe2\x82", b"a\xe2\x82b", b"\xf0\x80\x80\x80", b"\xed\xa0\x80", b"\xf4\x90\x80\x80", b"\xc0\xaf",
+           b"\x80", b"\x1b[31m", b"tab\tline\nend", b'"\\/', "\u2028\ufeff\U0001f4a5".encode(), b"\xe2\x82\xac" * 100,
+           b"<b>&amp;"]
 
 
 @pytest.mark.parametrize("text", HOSTILE, ids=repr)

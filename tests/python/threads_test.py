@@ -112,8 +112,9 @@ def allocated_bytes():
         return counter()
 
     class Mallinfo(ctypes.Structure):
-        _fields_ = [(name, ctypes.c_size_t) for name in ["arena", "ordblks", "smblks", "hblks", "hblkhd", "usmblks", "fsmblks",
-                                                         "uordblks", "fordblks", "keepcost"]]
+        _fields_ = [(name, ctypes.c_size_t)
+                    for name in ["arena", "ordblks", "smblks", "hblks", "hblkhd", "usmblks", "fsmblks", "uordblks",
+                                 "fordblks", "keepcost"]]
 
     library.mallinfo2.restype = Mallinfo
     told = library.mallinfo2()
