@@ -2,10 +2,9 @@
  * The inventory and the records of records/, as the Python package calls them.
  *
  * A record's values cross over as the JSON that the tool prints: what is unknown, how wide identifiers are
- * written and what becomes of bytes that are no text is decided once, in records/, and Python's own reader of
- * JSON is faster than a call for each value. Functions that take a status answer a text in UTF-8, which
- * access_release() releases: what was asked for, or with a status other than 0 the reason in one line. The
- * text is null where there was no memory for one.
+ * written and what becomes of bytes that are no text is decided once, in records/. Functions that take a
+ * status answer a text in UTF-8, which access_release() releases: what was asked for, or with a status other
+ * than 0 the reason in one line. The text is null where there was no memory for one.
  *
  * Any thread may call any of them; the caller sees to it that nobody reads while the inventory is opened or
  * closed.

@@ -27,7 +27,7 @@ def _ask(question: Callable[..., Any], *arguments: Any) -> str:
     if answer == ffi.NULL:
         raise Error(_NO_MEMORY, "out of memory")
     try:
-        text = ffi.string(answer).decode("utf-8", "replace")
+        text: str = ffi.string(answer).decode("utf-8", "replace")
     finally:
         lib.access_release(answer)
     if status[0] != 0:

@@ -14,4 +14,4 @@ class Record:
 
     def to_dict(self) -> dict[str, int | str | None]:
         """The object that the tool prints for this record with --json."""
-        return {field.name: getattr(self, field.name) for field in fields(self)}  # type: ignore[arg-type]
+        return {field.name: getattr(self, field.name) for field in fields(self)}

@@ -31,7 +31,7 @@ COMPONENTS = {
     "dev": r"LIB/libzymdb_(pci|platform)\.(so|a)|LIB/pkgconfig/zymdb_(pci|platform)\.pc|LIB/cmake/zymdb/zymdb\w+(-\w+)?\.cmake"
            r"|include/zymdb_\w+\.h|include/zymdb/controller/\w+\.h|share/zymdb/schema/(upgrades/)?[\w-]+\.sql"
            r"|share/man/man[37]/\w+\.[37]",
-    "python": r"lib\d*/python[\d.]+/(dist|site)-packages/zymdb/(\w+\.py|py\.typed|_zymdb\.abi3\.so)",
+    "python": r"lib\d*/python[\d.]+/(dist|site)-packages/zymdb/(\w+\.pyi?|py\.typed|_zymdb\.abi3\.so)",
     "tool": r"bin/zymdb|share/man/man[15]/\w+\.[15]|share/bash-completion/completions/zymdb|lib/systemd/system/zymdb-\w+\.\w+"
             r"|lib/(tmpfiles|sysusers)\.d/zymdb\.conf",
 }

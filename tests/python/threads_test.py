@@ -102,6 +102,28 @@ def test_closing_waits_for_the_reads_of_others(example):
     assert lists == [expected] * 100
 
 
+BLOCKED_READ = """
+import os
+import sys
+import threading
+from zymdb._zymdb import ffi, lib
+
+status = ffi.new("int *")
+reader = threading.Thread(target=lib.access_unpack, args=(sys.argv[1].encode(), b"/nowhere/inventory.db", status))
+reader.start()
+with open(sys.argv[1], "wb") as pipe:
+    pipe.write(b"no snapshot")
+reader.join()
+assert status[0] == 1
+"""
+
+
+# The library waits for a pipe, which another thread of the interpreter fills.
+def test_others_run_while_the_library_waits(tmp_path):
+    os.mkfifo(tmp_path / "pipe")
+    subprocess.run([sys.executable, "-c", BLOCKED_READ, tmp_path / "pipe"], check=True, timeout=60)
+
+
 def allocated_bytes():
     """Of the C and C++ libraries, after what Python itself can give back."""
     gc.collect()
