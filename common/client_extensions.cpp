@@ -18,14 +18,21 @@ namespace {
 void require(bool is_done, const std::string& action) {
   if (is_done) return;
   const std::string error = last_client_error();
-  throw DatabaseError("cannot " + action + ": " +
-                      (error.empty() ? "the database client cannot do that" : error));
+  throw DatabaseError(
+      "cannot " + action + ": " + (error.empty() ? "the database client cannot do that" : error),
+      error.empty() ? ZYM_DB_STATUS_ERROR : last_client_status());
 }
 
 }  // namespace
 
 std::string last_client_error() {
   return zym_db_last_error != nullptr ? zym_db_last_error(nullptr) : "";
+}
+
+int last_client_status() {
+  int status = 0;
+  if (zym_db_last_error != nullptr) zym_db_last_error(&status);
+  return status;
 }
 
 void clear_client_error() {

@@ -13,6 +13,9 @@ namespace zymdb {
 std::string last_client_error();
 void clear_client_error();
 
+// That failure's status; 0 when there is none.
+int last_client_status();
+
 // Whether those who open a database that is not there create it.
 void allow_creation(bool allowed);
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 #include "controller/database_client.h"
 
@@ -29,10 +30,16 @@ inline HandlePtr open_properties() {
   return HandlePtr(zym_db_open("localhost", "root", "", "propertiesdb", 0));
 }
 
-// The database refused something. Its text is one line.
+// The database refused something. Its text is one line, its status the library's or the client's.
 class DatabaseError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit DatabaseError(const std::string& text, int status = ZYM_DB_STATUS_ERROR)
+      : std::runtime_error(text), status_(status) {}
+
+  int status() const { return status_; }
+
+ private:
+  int status_;
 };
 
 }  // namespace zymdb

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <system_error>
 
 #include "common/client_extensions.h"
@@ -135,6 +136,15 @@ Snapshot take_snapshot() {
 
 bool is_snapshot(std::string_view content) {
   return content.starts_with(kMagic);
+}
+
+bool is_snapshot_file(const std::string& path) {
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(path, ignored)) return false;
+  std::string beginning(kMagic.size(), '\0');
+  std::ifstream file(path, std::ios::binary);
+  file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
+  return file.good() && is_snapshot(beginning);
 }
 
 bool is_database(std::string_view content) {

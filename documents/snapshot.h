@@ -43,6 +43,8 @@ class ScratchFolder {
 Snapshot take_snapshot();
 
 bool is_snapshot(std::string_view content);
+// By how the file begins; false for one that cannot be read, which whoever opens it will tell.
+bool is_snapshot_file(const std::string& path);
 bool is_database(std::string_view content);
 
 std::string pack(const Snapshot& snapshot);

@@ -3,7 +3,7 @@
 #define ZYMDB_RECORDS_PCI_NAMES_H
 
 #include <memory>
-#include <optional>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -13,15 +13,15 @@
 
 namespace zymdb::records {
 
-// The names, read when a field first asks for one. The system's list may be missing; one that the user names
-// may not.
+// The names, read when a field of any thread first asks for one. The system's list may be missing; one that
+// the user names may not.
 class PciNames {
  public:
   explicit PciNames(std::shared_ptr<const std::string> file) : file_(std::move(file)) {}
 
   const collect::PciIds& get() {
-    if (!ids_) ids_ = load();
-    return *ids_;
+    std::call_once(loaded_, [this] { ids_ = load(); });
+    return ids_;
   }
 
  private:
@@ -35,7 +35,8 @@ class PciNames {
   }
 
   std::shared_ptr<const std::string> file_;
-  std::optional<collect::PciIds> ids_;
+  std::once_flag loaded_;
+  collect::PciIds ids_;
 };
 
 }  // namespace zymdb::records

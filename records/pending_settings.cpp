@@ -60,7 +60,6 @@ void add_settings_that_differ(const Reading& reading, PendingById& pending) {
 
 void add_accepted_values(const Reading& reading, PendingById& pending) {
   const HandlePtr manager = open_properties();
-  if (manager == nullptr) reading.require(ZYM_DB_STATUS_NO_DB);
   Rows rows(reading, manager.get(), "biosPendingValue", {"name", "value"});
   while (rows.step()) {
     const auto id = rows.text("name");

@@ -6,6 +6,8 @@ namespace zymdb::records {
 
 Rows::Rows(const Reading& reading, _zym_db_handle_t* handle, const char* table,
            const std::vector<const char*>& columns) {
+  // A query without a handle would fail, too, and hide why there is none.
+  if (handle == nullptr) reading.require(ZYM_DB_STATUS_NO_DB);
   zym_db_result_t* result = nullptr;
   const char* const* const names = columns.empty() ? nullptr : columns.data();
   const int status =

@@ -44,7 +44,7 @@ int read_once(FunctionKey function, const SettingChoice& choice, std::vector<Set
 void require_settings(const Reading& reading, int status) {
   if (status == ZYMDB_PCI_SETTING_PARSING) require_settled_settings();
   if (status == ZYMDB_PCI_SETTING_PARSING || status == ZYMDB_PCI_SETTING_COUNT_MISMATCH)
-    throw DatabaseError("cannot read the settings: they changed meanwhile; try again");
+    throw DatabaseError("cannot read the settings: they changed meanwhile; try again", status);
   reading.require(status);
 }
 
@@ -86,8 +86,9 @@ std::set<FunctionKey> functions_with_settings(const Reading& reading) {
 
 void require_settled_settings() {
   if (fileexist(kParsingMarker))
-    throw DatabaseError(std::string("the settings are being parsed right now (") + kParsingMarker +
-                        " exists); try again");
+    throw DatabaseError(
+        std::string("the settings are being parsed right now (") + kParsingMarker + " exists); try again",
+        ZYMDB_PCI_SETTING_PARSING);
 }
 
 RecordType settings(std::function<SettingChoice()> which) {

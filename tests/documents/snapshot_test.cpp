@@ -34,6 +34,17 @@ std::string with(std::string packed, const std::string& from, const std::string&
   return packed;
 }
 
+TEST(Snapshot, IsKnownByHowItsFileBegins) {
+  const TemporaryFolder folder;
+  const std::string packed = pack(snapshot());
+  EXPECT_TRUE(is_snapshot_file(folder.write("whole", packed)));
+  EXPECT_FALSE(is_snapshot_file(folder.write("cut", packed.substr(0, 10))));
+  EXPECT_FALSE(is_snapshot_file(folder.write("empty", "")));
+  EXPECT_FALSE(is_snapshot_file(folder.write("database", "SQLite format 3, and what follows it")));
+  EXPECT_FALSE(is_snapshot_file(folder.file("missing")));
+  EXPECT_FALSE(is_snapshot_file(folder.path()));
+}
+
 TEST(Snapshot, UnpacksToWhatWasPacked) {
   const std::string packed = pack(snapshot());
   EXPECT_TRUE(is_snapshot(packed));

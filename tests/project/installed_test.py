@@ -3,7 +3,8 @@
 
 Every file has its component. The tool starts. The README's program builds as it says there, and with what pkg-config and
 find_package say, shared and static. Every header compiles alone as C11 against nothing but the others. A program with a
-database client of its own, written against the headers alone, runs the library's operations without ours.
+database client of its own, written against the headers alone, runs the library's operations without ours. The Python package
+finds the libraries.
 """
 import os
 import re
@@ -30,6 +31,7 @@ COMPONENTS = {
     "dev": r"LIB/libzymdb_(pci|platform)\.(so|a)|LIB/pkgconfig/zymdb_(pci|platform)\.pc|LIB/cmake/zymdb/zymdb\w+(-\w+)?\.cmake"
            r"|include/zymdb_\w+\.h|include/zymdb/controller/\w+\.h|share/zymdb/schema/(upgrades/)?[\w-]+\.sql"
            r"|share/man/man[37]/\w+\.[37]",
+    "python": r"lib\d*/python[\d.]+/(dist|site)-packages/zymdb/(\w+\.pyi?|py\.typed|_zymdb\.abi3\.so)",
     "tool": r"bin/zymdb|share/man/man[15]/\w+\.[15]|share/bash-completion/completions/zymdb|lib/systemd/system/zymdb-\w+\.\w+"
             r"|lib/(tmpfiles|sysusers)\.d/zymdb\.conf",
 }
@@ -56,6 +58,8 @@ class Installed:
     def __init__(self, root, build, cmake, compiler, folder):
         self.root, self.build, self.cmake, self.compiler, self.folder = root, build, cmake, compiler, Path(folder)
         self.prefix = self.folder / "usr"
+        # The one that the build was configured for.
+        self.python = sys.executable
         run(cmake, "--install", build, "--prefix", self.prefix)
         self.libraries = next(self.prefix.rglob("libzymdb_pci.so")).parent
         self.environment = {**os.environ, "ZYMDB_INVENTORY": f"{folder}/inventory.db", "ZYMDB_LOG": "stderr",
@@ -130,6 +134,14 @@ class Installed:
         printed = run(program, env=self.environment)
         assert re.fullmatch(r"(slot \d+: .*\n)+", printed) and len(printed.splitlines()) == count > 0, printed
 
+    def check_python(self):
+        """Where it was built: the package is imported as it is installed, with the libraries beside it."""
+        for module in self.prefix.rglob("zymdb/__init__.py"):
+            program = "import zymdb; print(zymdb.__file__, len(zymdb.adapters()))"
+            environment = {name: value for name, value in self.environment.items() if name != "LD_LIBRARY_PATH"}
+            printed = run(self.python, "-B", "-c", program, env={**environment, "PYTHONPATH": str(module.parents[1])})
+            assert printed == f"{module} {self.collect_example()}\n", printed
+
     def check_units(self):
         """What systemd itself says of them; the tool that they start stands where it was configured to."""
         for unit in sorted((self.prefix / "lib/systemd/system").iterdir()):
@@ -148,6 +160,7 @@ def main():
         installed.check_headers()
         installed.check_own_client()
         installed.check_programs()
+        installed.check_python()
         installed.check_units()
 
 

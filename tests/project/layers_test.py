@@ -6,7 +6,7 @@ from pathlib import Path
 
 SOURCES = {".h", ".c", ".cpp", ".in"}
 # What has rooms of its own; tests, benchmarks and fuzzers may look into all of them.
-HOUSE = ["include", "controller", "common", "records", "documents", "src", "collect", "tools", "platform", "service"]
+HOUSE = ["include", "controller", "common", "records", "documents", "src", "collect", "tools", "platform", "python", "service"]
 # From where an include names its file.
 ROOTS = ["", "include", "src", "platform", "tools/zymdb"]
 
@@ -48,6 +48,7 @@ ROOMS = {
     "tools/zymdb/commands": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show", "tools/zymdb/files", "collect",
                              "collect/record", "platform"],
     "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
+    "python": [*PUBLIC, "common", "records", "documents"],
     "service": [*SHARED, "platform"],
 
     # The header of the client's extensions.

@@ -5,8 +5,8 @@ import sys
 from pathlib import Path
 
 SOURCES = {".h", ".c", ".cpp", ".in"}
-FOLDERS = ["include", "controller", "common", "records", "src", "collect", "tools", "platform", "service", "tests",
-           "bench", "fuzz"]
+FOLDERS = ["include", "controller", "common", "records", "src", "collect", "tools", "platform", "python", "service",
+           "tests", "bench", "fuzz"]
 
 INTEGER = re.compile(r"\bstd::((?:u?int(?:_fast|_least)?(?:8|16|32|64|ptr|max)|s?size|ptrdiff)_t)\b")
 SYSTEM_LOG = re.compile(r"(?<![\w.])syslog\(")

@@ -20,6 +20,8 @@ namespace {
 
 using testing::HasSubstr;
 
+constexpr int kCannotBeOpened = 44;
+
 std::vector<RecordType> stored_types() {
   return {system(),
           processors(),
@@ -92,6 +94,7 @@ TEST_F(StoredTypes, WithoutADatabaseAreFailuresThatNameTheRecords) {
       ADD_FAILURE() << type.name;
     } catch (const DatabaseError& error) {
       EXPECT_THAT(error.what(), HasSubstr("cannot read the ")) << type.name;
+      EXPECT_EQ(error.status(), kCannotBeOpened) << type.name;
     }
   }
 }

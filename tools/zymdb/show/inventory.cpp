@@ -2,8 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 #include "common/client_extensions.h"
 #include "common/source_file.h"
@@ -26,21 +24,10 @@ std::string scratch_file() {
   return folder.file("inventory-" + std::to_string(++count) + ".db");
 }
 
-// The beginning of a file; empty for one that cannot be read, which whoever opens it will tell.
-std::string beginning_of(const std::string& path) {
-  std::error_code ignored;
-  if (!std::filesystem::is_regular_file(path, ignored)) return {};
-  std::string text(64, '\0');
-  std::ifstream file(path, std::ios::binary);
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<size_t>(file.gcount()));
-  return text;
-}
-
 // A snapshot is read from its database, unpacked to where nobody else sees it.
 void unpack_snapshot(Opening opening) {
   const std::string path = inventory_location();
-  if (!documents::is_snapshot(beginning_of(path))) return;
+  if (!documents::is_snapshot_file(path)) return;
   if (opening != Opening::kReading) throw Failure(path + " is a snapshot, which can only be read");
   const std::string database = scratch_file();
   documents::write_new_file(database, documents::unpack(read_source(path), path).database);
