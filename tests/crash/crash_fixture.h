@@ -54,9 +54,9 @@ class Pipe {
   std::vector<Message> told_;
 };
 
-// With a sanitizer a process takes many times as long to begin and to end: what is tried is then a sample of
-// what the build that is shipped stands.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// With a sanitizer, and on an emulated machine, a process takes many times as long to begin and to end: what
+// is tried is then a sample of what the build that is shipped stands.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(ZYMDB_EMULATED)
 inline constexpr int kSample = 5;
 #else
 inline constexpr int kSample = 1;
