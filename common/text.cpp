@@ -181,7 +181,7 @@ std::string lower_case(std::string_view text) {
 
 std::weak_ordering natural_order(std::string_view a, std::string_view b) {
   const std::string lower_a = lower_case(a), lower_b = lower_case(b);
-  std::string_view rest_a = lower_a, rest_b = lower_b;
+  std::string_view rest_a = trimmed(lower_a), rest_b = trimmed(lower_b);
   while (!rest_a.empty() && !rest_b.empty()) {
     const Token token_a = take_token(rest_a), token_b = take_token(rest_b);
     if (const auto order = order_of(token_a, token_b); order != 0) return order;

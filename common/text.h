@@ -17,8 +17,8 @@ std::string_view trimmed(std::string_view text);
 
 std::string lower_case(std::string_view text);
 
-// Runs of digits as numbers, those after "0x" as hexadecimal ones; all else character by character, in any
-// case. What ends first comes first: "1.9", "1.10", "1.10.1", "1.10a".
+// Blanks at both ends aside: runs of digits as numbers, those after "0x" as hexadecimal ones; all else
+// character by character, in any case. What ends first comes first: "1.9", "1.10", "1.10.1", "1.10a".
 std::weak_ordering natural_order(std::string_view a, std::string_view b);
 
 // The text with U+FFFD for whatever is not UTF-8.

@@ -44,7 +44,8 @@ TEST(NaturalOrder, TakesDigitsAfterAZeroAndAnXForHexadecimalOnes) {
   EXPECT_TRUE(natural_order("0xyz", "1xyz") < 0);
 }
 
-TEST(NaturalOrder, TakesCaseAndLeadingZerosForNoDifference) {
+TEST(NaturalOrder, TakesCaseBlanksAroundAndLeadingZerosForNoDifference) {
+  EXPECT_TRUE(natural_order(" 1.0 ", "1.0") == 0);
   EXPECT_TRUE(natural_order("BAY 07", "bay 7") == 0);
   EXPECT_TRUE(natural_order("1.00", "1.0") == 0);
   EXPECT_TRUE(natural_order("1.0", "1.0.0") < 0);
