@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/sql.h"
 #include "tool/rows.h"
 #include "tool/run_tool.h"
 
@@ -111,13 +112,14 @@ TEST_F(Check, IsWrittenAsJUnitThatIsValid) {
   insert_row(workplace_, "AimDisks",
              {{"LocationId", 2u},
               {"BayNo", 20u},
+              {"Location", "Bay 20"},
               {"DriveTypeId", 1u},
               {"Presence", 1u},
               {"InfoMask", 0u},
               {"Model", std::string("<script>&\"'\x01\xff]]>")},
               {"SerialNo", std::string("S1")}});
   const std::string against = expectations(
-      "[drives]\ncount = 8\nunique = true\n[drives.at]\n'<script>&\"' = {}\n'Bay 20' = { Model = '<b>&\"]]>' "
+      "[drives]\ncount = 8\nunique = true\n[drives.at]\n'<script>&\"' = {}\n'Bay 20' = { Model = '= <b>&\"]]>' "
       "}\n");
   const std::string xml = output({"check", "--against", against, "--format", "junit"}, 1);
   EXPECT_THAT(xml, HasSubstr("<testsuites tests=\"4\" failures=\"2\" errors=\"0\">"));
@@ -174,18 +176,14 @@ TEST(CheckOfNothing, DraftsNothing) {
 // A link that trained down and a drive that was exchanged, found among machines that are as they should be.
 TEST_F(Check, FindsWhatIsNotAsItWas) {
   write_file(file("draft.toml"), output({"check", "--draft"}));
-  ASSERT_EQ(run_program(
-                {"sqlite3", inventory(),
-                 "UPDATE AimDisks SET SerialNo='S64GNE0R000101', FwVersion='GDC5502Q' WHERE BayNo=2;"
-                 "UPDATE PCIs SET LanesInUse=4 WHERE FunKey IN (SELECT FunKey FROM PCIs WHERE BusNo=101 AND "
-                 "DeviceNo=0);"
-                 "DELETE FROM Memory WHERE SlotNo=1;"})
-                .status,
-            0);
+  run_sql_on(inventory(),
+             "UPDATE AimDisks SET SerialNo='S64GNE0R000101', FwVersion='GDC5502Q' WHERE BayNo=2;"
+             "UPDATE PCIs SET LanesInUse=4 WHERE BusNo=101 AND DeviceNo=0;"
+             "DELETE FROM Memory WHERE SlotNo=1;");
   const auto lines = lines_of(output({"check", "--against", file("draft.toml"), "--no-headings"}, 1));
   EXPECT_THAT(lines, ElementsAre(MatchesRegex("memory +32 parts +31 parts"),
                                  MatchesRegex("memory +CPU1_DIMM_A1 +SIZE 64 GiB, TYPE DDR4, .* nothing"),
-                                 MatchesRegex("functions +0000:65:00.0 slot.* +a full link +x4/16 gen4"),
+                                 MatchesRegex("functions +0000:65:00.0 on board +a full link +x4/16 gen4"),
                                  MatchesRegex("drives +Bay 1, Bay 2 +SERIAL once +S64GNE0R000101 2 times"),
                                  MatchesRegex("drives +Bay 2 +FIRMWARE >= GDC5602Q +GDC5502Q")));
 }

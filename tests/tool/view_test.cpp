@@ -142,19 +142,18 @@ struct Refused {
 };
 
 const Refused kRefusals[] = {
-    {{"--sort", "BAYNUMBER"}, "--sort: unknown column 'BAYNUMBER'; there are FUNCTION, KEY, SLOT, "},
+    {{"--sort", "SHELFLIFE"}, "--sort: unknown column 'SHELFLIFE'; there are FUNCTION, KEY, SLOT, "},
     {{"--sort", "NUMBR"}, "--sort: unknown column 'NUMBR'; did you mean 'NUMBER'?"},
     {{"--sort", ""}, "--sort: unknown column ''; there are "},
-    {{"--sort", "NUMBER,"}, "--sort: unknown column ''; there are "},
     {{"--sort", "all"}, "--sort: unknown column 'all'"},
-    {{"--where", "BAYNUMBER=1"}, "--where: unknown column 'BAYNUMBER'; there are FUNCTION, KEY, SLOT, "},
+    {{"--where", "SHELFLIFE=1"}, "--where: unknown column 'SHELFLIFE'; there are FUNCTION, KEY, SLOT, "},
     {{"--where", "NUMBER"}, "--where: 'NUMBER' is no FIELD=VALUE"},
     {{"--where", ""}, "--where: '' is no FIELD=VALUE"},
     {{"--where", "=9"}, "--where: unknown column ''"},
     {{"--where", "NUMBER=nine"}, "--where: 'NUMBER=nine': 'nine' is no number to compare NUMBER with"},
     {{"--where", "MODEL<"}, "--where: 'MODEL<': '' is no number to compare MODEL with"},
     {{"--format", "xml"}, "--format: 'xml' is none of table, json, csv, pairs"},
-    {{"--format", "csv", "--json"}, "--json and --format do not go together"},
+    {{"--format", "csv", "--json"}, "--format and --json do not go together"},
     {{"--format", "json", "--columns", "NUMBER"}, "--format json and --columns do not go together"},
     {{"--format", "json", "--no-headings"}, "--format json and --no-headings do not go together"},
     {{"--format", "pairs", "--no-headings"}, "--format pairs and --no-headings do not go together"},

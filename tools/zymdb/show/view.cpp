@@ -51,13 +51,16 @@ records::FieldCondition parse_condition(const RecordType& type, const std::strin
 
 ViewOptionNames add_view_options(CommandTree& tree, CLI::App& command, const std::vector<std::string>& names,
                                  ViewOptions& options) {
-  auto* columns = command.add_option("--columns", options.columns,
-                                     "Columns to print, by heading or key, separated by commas; or all");
+  // An empty text names no column, and is told so.
+  auto* columns = command.add_option_function<std::string>(
+      "--columns", [&options](const std::string& text) { options.columns = text; },
+      "Columns to print, by heading or key, separated by commas; or all");
   columns->type_name(kListType);
   tree.words[columns] = names;
   tree.words[columns].emplace_back(kAll);
-  auto* sort =
-      command.add_option("--sort", options.sort, "Sort by these columns; downwards by one with a - in front");
+  auto* sort = command.add_option_function<std::string>(
+      "--sort", [&options](const std::string& text) { options.sort = text; },
+      "Sort by these columns; downwards by one with a - in front");
   sort->type_name(kListType);
   tree.words[sort] = names;
   auto* where = command.add_option("--where", options.where,
