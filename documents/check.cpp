@@ -213,16 +213,16 @@ class Checker {
     }
   }
 
-  void check_part(const Part& part, const Conditions& conditions) {
+  void check_part(const std::string& place, const Part& part, const Conditions& conditions) {
     for (const auto& each : conditions) {
       if (!is_met(of_, part, each))
-        fail(of_.place(part), text_of(of_, each), known_text_of(of_.fields[each.field], part[each.field]));
+        fail(place, text_of(of_, each), known_text_of(of_.fields[each.field], part[each.field]));
     }
   }
 
   void check_parts(const Parts& parts, const Expectation& expectation) {
     for (const Conditions& conditions : expectation.parts) {
-      for (const Part* const part : parts) check_part(*part, conditions);
+      for (const Part* const part : parts) check_part(of_.place(*part), *part, conditions);
     }
   }
 
@@ -236,7 +236,7 @@ class Checker {
     for (size_t i = 0; i < expectation.parts.size(); ++i) {
       const Part* const part = assignment.part_of(i);
       if (part != nullptr)
-        check_part(*part, expectation.parts[i]);
+        check_part(expectation.name, *part, expectation.parts[i]);
       else
         fail(expectation.name, text_of(of_, expectation.parts[i]), "nothing");
     }

@@ -119,7 +119,8 @@ TEST_F(Check, IsWrittenAsJUnitThatIsValid) {
               {"Model", std::string("<script>&\"'\x01\xff]]>")},
               {"SerialNo", std::string("S1")}});
   const std::string against = expectations(
-      "[drives]\ncount = 8\nunique = true\n[drives.at]\n'<script>&\"' = {}\n'Bay 20' = { Model = '= <b>&\"]]>' "
+      "[drives]\ncount = 8\nunique = true\n[drives.at]\n'<script>&\"' = {}\n'Bay 20' = { Model = '= "
+      "<b>&\"]]>' "
       "}\n");
   const std::string xml = output({"check", "--against", against, "--format", "junit"}, 1);
   EXPECT_THAT(xml, HasSubstr("<testsuites tests=\"4\" failures=\"2\" errors=\"0\">"));
