@@ -10,6 +10,7 @@
 #include "documents/inventory_types.h"
 #include "records/pci.h"
 #include "support/inventory.h"
+#include "support/parsing_marker.h"
 
 namespace zymdb::documents {
 namespace {
@@ -74,6 +75,7 @@ class RecordedDocuments : public InventoryTest {
   }
 
   const std::vector<RecordType> types_ = inventory_types(records::kPciIdsFile);
+  ParsingMarker marker_;  // nobody stores settings meanwhile
   int count_ = 0;
 };
 

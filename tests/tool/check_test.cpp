@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/parsing_marker.h"
 #include "support/sql.h"
 #include "tool/rows.h"
 #include "tool/run_tool.h"
@@ -47,6 +48,7 @@ class Check : public testing::Test {
     EXPECT_THAT(lines_of(outcome.err), SizeIs(1)) << outcome;
   }
 
+  ParsingMarker marker_;  // nobody stores settings meanwhile
   Workplace workplace_;
 };
 
@@ -166,6 +168,7 @@ TEST_F(Check, OfWhatIsWrongIsOneLineAndTwo) {
 }
 
 TEST(CheckOfNothing, DraftsNothing) {
+  const ParsingMarker marker;
   const Workplace workplace;
   workplace.create_inventory();
   const Outcome outcome = workplace.tool({"check", "--draft"});
