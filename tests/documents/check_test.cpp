@@ -249,6 +249,16 @@ TEST(Draft, LeavesOutWhatIsNotAsItShouldBe) {
   EXPECT_THAT(own_failures(of), IsEmpty());
 }
 
+TEST(Draft, HasEachOfSeveralPartsInOnePlace) {
+  const Module newer{.serial = "s2", .firmware = "2"};
+  EXPECT_THAT(draft(document({kOne, newer})),
+              HasSubstr("\"A1\" = [\n"
+                        "  { Model = \"m1\", Size = \"32 GiB\", Firmware = \">= 1.9\" },\n"
+                        "  { Model = \"m1\", Size = \"32 GiB\", Firmware = \">= 2\" },\n"
+                        "]\n"));
+  EXPECT_THAT(own_failures(document({newer, kOne})), IsEmpty());
+}
+
 TEST(Draft, ExpectsNoSerialNumber) {
   Document other = document({{.serial = "s7", .firmware = "1.9"}});
   const auto expectations = parse_expectations(draft(document({kOne})), "draft", types());
