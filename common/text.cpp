@@ -107,6 +107,46 @@ std::string printable(std::string_view text) {
   return result;
 }
 
+bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+bool is_hex_digit(char c) {
+  return is_digit(c) || (c >= 'a' && c <= 'f');
+}
+
+// What texts are compared by: numbers, hexadecimal ones, and characters, in this order.
+struct Token {
+  enum Kind : uint8_t { kNumber, kHexNumber, kCharacter } kind;
+  std::string_view text;  // of a number without zeros in front
+};
+
+std::string_view take_run(std::string_view& rest, bool (*belongs)(char)) {
+  const auto end = std::ranges::find_if_not(rest, belongs);
+  const auto run = rest.substr(0, static_cast<size_t>(end - rest.begin()));
+  rest.remove_prefix(run.size());
+  return run.substr(std::min(run.find_first_not_of('0'), run.size()));
+}
+
+// In lower case.
+Token take_token(std::string_view& rest) {
+  if (rest.size() > 2 && rest.starts_with("0x") && is_hex_digit(rest[2])) {
+    rest.remove_prefix(2);
+    return {Token::kHexNumber, take_run(rest, is_hex_digit)};
+  }
+  if (is_digit(rest.front())) return {Token::kNumber, take_run(rest, is_digit)};
+  const Token character{Token::kCharacter, rest.substr(0, 1)};
+  rest.remove_prefix(1);
+  return character;
+}
+
+// Of numbers the longer one is greater: they may have more digits than any type has room for.
+std::weak_ordering order_of(const Token& a, const Token& b) {
+  if (const auto kinds = a.kind <=> b.kind; kinds != 0) return kinds;
+  if (const auto sizes = a.text.size() <=> b.text.size(); sizes != 0) return sizes;
+  return a.text <=> b.text;
+}
+
 bool has_uuid_form(std::string_view text) {
   const auto fits = [](char c, char form) {
     return form == '-' ? c == '-' : std::string_view("0123456789abcdef").find(c) != std::string_view::npos;
@@ -136,6 +176,26 @@ std::string lower_case(std::string_view text) {
   std::string result(text);
   std::ranges::transform(result, result.begin(),
                          [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return result;
+}
+
+std::weak_ordering natural_order(std::string_view a, std::string_view b) {
+  const std::string lower_a = lower_case(a), lower_b = lower_case(b);
+  std::string_view rest_a = trimmed(lower_a), rest_b = trimmed(lower_b);
+  while (!rest_a.empty() && !rest_b.empty()) {
+    const Token token_a = take_token(rest_a), token_b = take_token(rest_b);
+    if (const auto order = order_of(token_a, token_b); order != 0) return order;
+  }
+  return rest_b.empty() <=> rest_a.empty();
+}
+
+std::string valid_utf8(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const size_t length = utf8_length(text);
+    result.append(length != 0 ? text.substr(0, length) : "\xEF\xBF\xBD");
+    text.remove_prefix(std::max<size_t>(length, 1));
+  }
   return result;
 }
 

@@ -2,6 +2,7 @@
 #ifndef ZYMDB_COMMON_TEXT_H
 #define ZYMDB_COMMON_TEXT_H
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -15,6 +16,13 @@ namespace zymdb {
 std::string_view trimmed(std::string_view text);
 
 std::string lower_case(std::string_view text);
+
+// Blanks at both ends aside: runs of digits as numbers, those after "0x" as hexadecimal ones; all else
+// character by character, in any case. What ends first comes first: "1.9", "1.10", "1.10.1", "1.10a".
+std::weak_ordering natural_order(std::string_view a, std::string_view b);
+
+// The text with U+FFFD for whatever is not UTF-8.
+std::string valid_utf8(std::string_view text);
 
 // "0x" and upper-case digits.
 std::string hex_text(uint64_t number);

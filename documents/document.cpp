@@ -51,9 +51,13 @@ std::string PartClass::place(const Part& part) const {
   return text.empty() ? first(*this, part, Role::kPlace) : text;
 }
 
-std::string PartClass::description(const Part& part) const {
+std::string PartClass::model(const Part& part) const {
   std::string text = joined(*this, part, Role::kModel);
-  if (text.empty()) text = first(*this, part, Role::kModel);
+  return text.empty() ? first(*this, part, Role::kModel) : text;
+}
+
+std::string PartClass::description(const Part& part) const {
+  std::string text = model(part);
   const std::string identity = first(*this, part, Role::kIdentity);
   if (identity.empty()) return text;
   return text.empty() ? identity : text + " (" + identity + ")";

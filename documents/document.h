@@ -35,6 +35,9 @@ struct PartClass {
   // Where the part is, as people call it: the first of its places.
   std::string place(const Part& part) const;
 
+  // What kind of part it is, as tables show it.
+  std::string model(const Part& part) const;
+
   // What it is: model and identity, as tables show them.
   std::string description(const Part& part) const;
 };

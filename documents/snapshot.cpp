@@ -14,6 +14,7 @@
 
 #include "common/client_extensions.h"
 #include "common/source_file.h"
+#include "common/text.h"
 #include "documents/document.h"
 #include "documents/json_value.h"
 #include "records/system.h"
@@ -77,6 +78,17 @@ std::string uncompressed(std::string_view packed, uint64_t size, const std::stri
   return bytes;
 }
 
+// As much of a file as tells what it is; nothing of one that cannot be read.
+std::string beginning_of(const std::string& path) {
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(path, ignored)) return {};
+  std::string text(64, '\0');
+  std::ifstream file(path, std::ios::binary);
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<size_t>(file.gcount()));
+  return text;
+}
+
 class NewFile {
  public:
   explicit NewFile(const std::string& path)
@@ -138,17 +150,21 @@ bool is_snapshot(std::string_view content) {
   return content.starts_with(kMagic);
 }
 
-bool is_snapshot_file(const std::string& path) {
-  std::error_code ignored;
-  if (!std::filesystem::is_regular_file(path, ignored)) return false;
-  std::string beginning(kMagic.size(), '\0');
-  std::ifstream file(path, std::ios::binary);
-  file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
-  return file.good() && is_snapshot(beginning);
-}
-
 bool is_database(std::string_view content) {
   return content.starts_with(kDatabaseMagic);
+}
+
+bool is_snapshot_file(const std::string& path) {
+  return is_snapshot(beginning_of(path));
+}
+
+bool is_database_file(const std::string& path) {
+  return is_database(beginning_of(path));
+}
+
+bool is_export_file(const std::string& path) {
+  const std::string content = beginning_of(path);
+  return trimmed(content).starts_with('{') && !is_snapshot(content);
 }
 
 std::string pack(const Snapshot& snapshot) {

@@ -43,9 +43,12 @@ class ScratchFolder {
 Snapshot take_snapshot();
 
 bool is_snapshot(std::string_view content);
-// By how the file begins; false for one that cannot be read, which whoever opens it will tell.
-bool is_snapshot_file(const std::string& path);
 bool is_database(std::string_view content);
+// By how the file begins; false for one that cannot be read, which whoever opens it will tell. An export is told from
+// the other two alone.
+bool is_snapshot_file(const std::string& path);
+bool is_database_file(const std::string& path);
+bool is_export_file(const std::string& path);
 
 std::string pack(const Snapshot& snapshot);
 

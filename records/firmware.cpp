@@ -39,18 +39,21 @@ Value device_place(const Device& device) {
   return place_text(device.Location, device.SlotNo);
 }
 
+constexpr char kFailed[] = "failed";
+
 bool has_failed(const Device& device) {
   return device.Updated != 0 && device.UpdateErrCode != 0;
 }
 
 Value update_state(const Device& device) {
-  std::string text = device.Updated == 0 ? "" : has_failed(device) ? "failed" : "succeeded";
+  std::string text = device.Updated == 0 ? "" : has_failed(device) ? kFailed : "succeeded";
   if (device.Status == ZYMDB_PLDM_UPDATE_PENDING) text += text.empty() ? "pending" : ", pending";
   return value_of(text);
 }
 
-Attention update_attention(const Device& device) {
-  return has_failed(device) ? Attention::kWarning : Attention::kNone;
+Attention update_attention(const Value& update) {
+  const auto* const text = std::get_if<std::string>(&update);
+  return text != nullptr && text->starts_with(kFailed) ? Attention::kWarning : Attention::kNone;
 }
 
 Value time_text(const Event& event) {
@@ -63,7 +66,7 @@ constexpr Field<Component> kComponentFields[] = {
         .place(),
     ZYMDB_RECORD_FIELD(Component, PCIFuncKey, "KEY", "function key").hex(8).place(),
     ZYMDB_RECORD_FIELD(Component, FirmwareName, "NAME", "name of the component").long_text().shown().place(),
-    ZYMDB_RECORD_FIELD(Component, VersionString, "VERSION", "installed version").shown(),
+    ZYMDB_RECORD_FIELD(Component, VersionString, "VERSION", "installed version").shown().version(),
     ZYMDB_RECORD_FIELD(Component, Description, "DESCRIPTION", "description"),
     ZYMDB_RECORD_FIELD(Component, ReleaseDate, "DATE", "release date").shown(),
     ZYMDB_RECORD_FIELD(Component, Classification, "CLASSCODE", "classification code")
@@ -88,7 +91,7 @@ constexpr Field<Device> kDeviceFields[] = {
     ZYMDB_RECORD_FIELD(Device, SlotNo, "SLOT", "slot number within the location").place(),
     ZYMDB_RECORD_FIELD(Device, Manufacture, "MAKER", "maker"),
     ZYMDB_RECORD_FIELD(Device, SoftwareID, "SOFTWARE", "software id").shown(),
-    ZYMDB_RECORD_FIELD(Device, VersionString, "VERSION", "installed version").shown(),
+    ZYMDB_RECORD_FIELD(Device, VersionString, "VERSION", "installed version").shown().version(),
     ZYMDB_RECORD_FIELD(Device, PendingVersionString, "NEXT", "version staged for the next activation")
         .shown(),
     ZYMDB_RECORD_FIELD(Device, PkgVersionString, "PACKAGE", "version of the package"),
@@ -97,7 +100,7 @@ constexpr Field<Device> kDeviceFields[] = {
     ZYMDB_RECORD_FIELD(Device, UpdateSupport, "UPDATABLE", "0: cannot be updated"),
     derived<Device>("Update", "UPDATE", "what became of the last update", update_state)
         .shown()
-        .noted(update_attention)
+        .judged(update_attention)
         .state(),
     ZYMDB_RECORD_FIELD(Device, Updated, "UPDATED", "not 0: an update was applied").state(),
     ZYMDB_RECORD_FIELD(Device, UpdateMethod, "METHOD", "update method code").hex(4),
@@ -114,7 +117,8 @@ constexpr Field<Embedded> kEmbeddedFields[] = {
         .place(),
     ZYMDB_RECORD_FIELD(Embedded, StructRev, "REVISION", "revision of its description"),
     derived<Embedded>("VersionString", "VERSION", "version as it was reported, or else its number", version)
-        .shown(),
+        .shown()
+        .version(),
     ZYMDB_RECORD_FIELD(Embedded, Version, "VERSIONNO", "number of the version, or of its first part"),
     ZYMDB_RECORD_FIELD(Embedded, SoftwareID, "SOFTWARE", "software id").shown().place(),
     ZYMDB_RECORD_FIELD(Embedded, Class, "CLASS", "class code").hex(4),

@@ -12,6 +12,7 @@ namespace {
 
 constexpr char kIommuGroup[] = "IOMMUGroup";
 constexpr char kNumaNode[] = "NUMANode";
+constexpr char kReduced[] = "reduced";
 
 struct Function : Stored<_ZYMDB_PCI_Generic> {
   PciNames* names = nullptr;
@@ -69,12 +70,16 @@ Value link(const Function& function) {
 }
 
 Value link_state(const Function& function) {
-  constexpr const char* kStates[] = {"", "down", "full", "reduced"};
+  constexpr const char* kStates[] = {"", "down", "full", kReduced};
   return value_of(std::string(kStates[static_cast<size_t>(function.link_state)]));
 }
 
 Attention link_attention(const Function& function) {
   return function.link_state == LinkState::kReduced ? Attention::kWarning : Attention::kNone;
+}
+
+Attention link_state_attention(const Value& state) {
+  return state == Value(kReduced) ? Attention::kWarning : Attention::kNone;
 }
 
 std::string name_of_class(const Function& function) {
@@ -134,7 +139,7 @@ constexpr Field<Function> kFields[] = {
     derived<Function>("LinkState", "LINKSTATE", "full, reduced (less than both ends can do) or down",
                       link_state)
         .state()
-        .noted(link_attention),
+        .judged(link_state_attention),
     derived<Function>("Driver", "DRIVER", "the kernel's driver", driver).shown().state(),
     derived<Function>(kIommuGroup, "IOMMUGROUP", "IOMMU group", column<kIommuGroup>).number().state(),
     derived<Function>(kNumaNode, "NUMA", "NUMA node that the function is nearest to", column<kNumaNode>)

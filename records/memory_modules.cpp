@@ -56,14 +56,20 @@ bool reports_itself(const Module& module) {
   return module.InfoMask != 0;
 }
 
-Value health(const Module& module) {
+constexpr unsigned kNormal = 0;
+
+Value health_text(unsigned code) {
   std::array<char, 32> text{};
-  bps_format_hstate_str(module.HealthStatus, text.data(), text.size());
+  bps_format_hstate_str(code, text.data(), text.size());
   return value_of(std::string(text.data()));
 }
 
-Attention health_attention(const Module& module) {
-  return reports_itself(module) && module.HealthStatus != 0 ? Attention::kWarning : Attention::kNone;
+Value health(const Module& module) {
+  return health_text(module.HealthStatus);
+}
+
+Attention health_attention(const Value& health) {
+  return health == health_text(kNormal) ? Attention::kNone : Attention::kWarning;
 }
 
 Value security(const Module& module) {
@@ -123,7 +129,7 @@ constexpr Field<Module> kFields[] = {
     ZYMDB_RECORD_FIELD(Module, HealthStatus, "HEALTHSTATUS", "health code").known_if(reports_itself).state(),
     derived<Module>("Health", "HEALTH", "what HealthStatus says", health)
         .known_if(reports_itself)
-        .noted(health_attention)
+        .judged(health_attention)
         .state(),
     ZYMDB_RECORD_FIELD(Module, AlarmTrips, "ALARMS", "alarm trip bits")
         .hex(2)
@@ -146,7 +152,7 @@ constexpr Field<Module> kFields[] = {
     ZYMDB_RECORD_FIELD(Module, iMCNum, "CONTROLLER", "place: memory controller").place(),
     ZYMDB_RECORD_FIELD(Module, ChannelNum, "CHANNEL", "place: channel").place(),
     ZYMDB_RECORD_FIELD(Module, DimmNum, "DIMM", "place: module on the channel").place(),
-    ZYMDB_RECORD_FIELD(Module, FirmwareVersion, "FIRMWARE", "firmware version"),
+    ZYMDB_RECORD_FIELD(Module, FirmwareVersion, "FIRMWARE", "firmware version").version(),
     ZYMDB_RECORD_FIELD(Module, SoftwareID, "SOFTWARE", "firmware's software identifier"),
     ZYMDB_RECORD_FIELD(Module, MajorHealth, "MAJORHEALTH", "major health state"),
     ZYMDB_RECORD_FIELD(Module, MinorHealth, "MINORHEALTH", "minor health state"),

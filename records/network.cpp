@@ -37,8 +37,8 @@ Value speed(const Port& port) {
   return link_speed_text(port.LinkSpeed);
 }
 
-Attention status_attention(const PhysicalPort& port) {
-  return port.LinkStatus == ZYMDB_LINK_UP ? Attention::kNone : Attention::kAbsent;
+Attention link_attention(const Value& link) {
+  return link == Value(link_status_text(ZYMDB_LINK_UP)) ? Attention::kNone : Attention::kAbsent;
 }
 
 Value max_speed(const LogicalPort& port) {
@@ -63,10 +63,7 @@ constexpr Field<PhysicalPort> kPhysicalFields[] = {
         .unknown_at("Unknown"),
     ZYMDB_RECORD_FIELD(PhysicalPort, NumberofLogicalPorts, "LOGICAL", "logical ports that it carries"),
     ZYMDB_RECORD_FIELD(PhysicalPort, PermanentAddress, "ADDRESS", "burnt-in address").shown().identity(),
-    derived<PhysicalPort>("Link", "LINK", "state of the link", status)
-        .shown()
-        .noted(status_attention)
-        .state(),
+    derived<PhysicalPort>("Link", "LINK", "state of the link", status).shown().judged(link_attention).state(),
     derived<PhysicalPort>("LinkSpeedText", "SPEED", "speed of the link", speed).shown().state(),
     ZYMDB_RECORD_FIELD(PhysicalPort, LinkStatus, "LINKSTATUS", "state of the link: 1 up, 2 down")
         .zero_is_unknown()

@@ -25,10 +25,14 @@ Value state(const Processor& processor) {
   return (processor.Status & kPopulated) == 0 ? Value() : kStates[processor.Status & 7u];
 }
 
-Attention state_attention(const Processor& processor) {
-  if ((processor.Status & kPopulated) == 0) return Attention::kAbsent;
-  const unsigned state = processor.Status & 7u;
-  return state == 2 || state == 3 ? Attention::kWarning : Attention::kNone;
+Attention state_attention(const Value& state) {
+  const auto* const text = std::get_if<std::string>(&state);
+  if (text == nullptr || *text == kEmpty) return Attention::kAbsent;
+  return text->starts_with("disabled") ? Attention::kWarning : Attention::kNone;
+}
+
+Attention socket_attention(const Processor& processor) {
+  return state_attention(state(processor));
 }
 
 // Tenths of a volt; or, without bit 7, one bit for each voltage that the socket can give.
@@ -48,8 +52,8 @@ constexpr Field<Processor> kFields[] = {
     ZYMDB_RECORD_FIELD(Processor, Socket, "SOCKET", "socket designation")
         .place()
         .shown()
-        .noted(state_attention),
-    derived<Processor>("State", "STATE", "what Status says", state).shown().noted(state_attention).state(),
+        .noted(socket_attention),
+    derived<Processor>("State", "STATE", "what Status says", state).shown().judged(state_attention).state(),
     ZYMDB_RECORD_FIELD(Processor, Manufacturer, "MANUFACTURER", "manufacturer").long_text().model(),
     ZYMDB_RECORD_FIELD(Processor, Version, "VERSION", "the processor's own name").long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Processor, Voltage, "VOLTAGE", "voltage code").hex(2),

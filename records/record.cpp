@@ -30,6 +30,10 @@ Selection default_fields(const RecordType& type) {
 std::optional<size_t> find_field(const RecordType& type, std::string_view name) {
   const std::string wanted(name);
   for (const auto part : {&FieldInfo::heading, &FieldInfo::key}) {
+    const auto printed = select(type, [&](const FieldInfo& field) { return field.*part == wanted; });
+    if (!printed.empty()) return printed.front();
+  }
+  for (const auto part : {&FieldInfo::heading, &FieldInfo::key}) {
     const auto named =
         select(type, [&](const FieldInfo& field) { return strcasecmp(field.*part, wanted.c_str()) == 0; });
     if (!named.empty()) return named.front();

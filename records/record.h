@@ -32,6 +32,7 @@ enum class Role : uint8_t {
   kPlace,     // says where the part is
   kState,     // how the part is: a link that is up, its health
   kVolatile,  // changes while nothing happens: load, temperature
+  kVersion,   // of its firmware or software: another one after an update
   kRow,       // says where the inventory has it, and nothing about the part
 };
 
@@ -49,8 +50,9 @@ struct FieldInfo {
   Kind kind = Kind::kText;
   Role role = Role::kStable;
   Shown shown = Shown::kNo;
-  unsigned hex_digits = 0;  // 0: written in decimal
-  bool is_derived = false;  // made of other fields
+  unsigned hex_digits = 0;                     // 0: written in decimal
+  bool is_derived = false;                     // made of other fields
+  Attention (*judge)(const Value&) = nullptr;  // what a value that is known deserves; null: nothing
 
   // Numbers of more than 53 bits lose some in readers that keep numbers as floating point.
   constexpr bool is_wide_identifier() const { return hex_digits > 8; }
@@ -75,6 +77,8 @@ struct Field {
   constexpr Field state() const { return with(&FieldInfo::role, Role::kState); }
   constexpr Field changing() const { return with(&FieldInfo::role, Role::kVolatile); }
   constexpr Field row() const { return with(&FieldInfo::role, Role::kRow); }
+  constexpr Field version() const { return with(&FieldInfo::role, Role::kVersion); }
+  constexpr Field judged(Attention (*judge)(const Value&)) const { return with(&FieldInfo::judge, judge); }
   constexpr Field number() const { return with(&FieldInfo::kind, Kind::kNumber); }
 
   constexpr Field unknown_at(uint64_t number) const {
@@ -93,6 +97,7 @@ struct Field {
     changed.is_known = condition;
     return changed;
   }
+  // What other fields of the record say of it; what it says itself is judged().
   constexpr Field noted(Attention (*of)(const Record&)) const {
     Field changed = *this;
     changed.attention = of;
@@ -147,6 +152,11 @@ constexpr Field<Record> derived(const char* key, const char* heading, const char
     .read = [](const RECORD& record) { return zymdb::records::value_of(record.MEMBER); }          \
   }
 
+// What the value says by itself, whichever inventory or document it was read from.
+inline Attention attention_of(const FieldInfo& field, const Value& value) {
+  return field.judge != nullptr && is_known(value) ? field.judge(value) : Attention::kNone;
+}
+
 struct Cell {
   Value value;
   Attention attention = Attention::kNone;
@@ -173,7 +183,8 @@ Sheet make_sheet(std::span<const Field<Record>> fields, const std::vector<Record
     auto& row = sheet.rows.emplace_back();
     for (const size_t index : selection) {
       const auto& field = fields[index];
-      row.push_back({field.value(record), field.attention ? field.attention(record) : Attention::kNone});
+      const Value value = field.value(record);
+      row.push_back({value, field.attention ? field.attention(record) : attention_of(field.info, value)});
     }
   }
   return sheet;
@@ -209,8 +220,8 @@ RecordType describe(std::string name, std::string description, const Field<Recor
 Selection all_fields(const RecordType& type);
 Selection default_fields(const RecordType& type);
 
-// The field of this heading, or else of this key, in any case: a code's key may be the heading of the text
-// that says the same.
+// The field of this heading or key as it is printed; else of this heading, or else of this key, in any case:
+// a code's key may be the heading of the text that says the same.
 std::optional<size_t> find_field(const RecordType& type, std::string_view name);
 
 // For people: nothing for what is not known, "0x0010de" for a number with digits to be shown.

@@ -27,11 +27,11 @@ bool reports_itself(const Drive& drive) {
   return drive.InfoMask != 0;
 }
 
-Attention health_attention(const Drive& drive) {
-  return drive.HealthStatusId == kNoSensor ? Attention::kNone : Attention::kWarning;
+Attention health_attention(const Value&) {
+  return Attention::kWarning;
 }
-Attention warning_attention(const Drive& drive) {
-  return reports_itself(drive) && drive.Warning != 0 ? Attention::kWarning : Attention::kNone;
+Attention warning_attention(const Value& warning) {
+  return warning == Value(uint64_t{0}) ? Attention::kNone : Attention::kWarning;
 }
 
 Value function_address(const Drive& drive) {
@@ -65,7 +65,7 @@ constexpr Field<Drive> kFields[] = {
     ZYMDB_RECORD_FIELD(Drive, Presence, "REPORTED", "1: as the management interface reports it"),
     ZYMDB_RECORD_FIELD(Drive, FormFactor, "FORMFACTOR", "form factor class").hex(2).zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Drive, HealthStatusId, "HEALTH", "health from the sensors")
-        .noted(health_attention)
+        .judged(health_attention)
         .unknown_at(kNoSensor)
         .state(),
     ZYMDB_RECORD_FIELD(Drive, Location, "LOCATION", "slot or bay").shown().place(),
@@ -78,7 +78,7 @@ constexpr Field<Drive> kFields[] = {
     ZYMDB_RECORD_FIELD(Drive, Model, "MODEL", "model").long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Drive, UUID, "UUID", "unique identifier").identity(),
     ZYMDB_RECORD_FIELD(Drive, Manufacture, "MAKER", "the drive's maker").model(),
-    ZYMDB_RECORD_FIELD(Drive, FwVersion, "FIRMWARE", "firmware version").shown(),
+    ZYMDB_RECORD_FIELD(Drive, FwVersion, "FIRMWARE", "firmware version").shown().version(),
     ZYMDB_RECORD_FIELD(Drive, Capacity, "CAPACITY", "capacity").shown().model(),
     ZYMDB_RECORD_FIELD(Drive, SFlags, "FLAGS", "health status flags of the drive")
         .known_if(reports_itself)
@@ -86,7 +86,7 @@ constexpr Field<Drive> kFields[] = {
     ZYMDB_RECORD_FIELD(Drive, Warning, "WARNING", "critical warnings, one bit each")
         .hex(2)
         .shown()
-        .noted(warning_attention)
+        .judged(warning_attention)
         .known_if(reports_itself)
         .state(),
     ZYMDB_RECORD_FIELD(Drive, Temperature, "TEMP", "temperature")

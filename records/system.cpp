@@ -71,7 +71,9 @@ constexpr Field<System> kFields[] = {
     ZYMDB_RECORD_FIELD(System, BoardVersion, "BOARDVERSION", "version of the system board"),
     ZYMDB_RECORD_FIELD(System, BoardSerialNo, "BOARDSERIAL", "serial number of the system board").identity(),
     ZYMDB_RECORD_FIELD(System, FirmwareVendor, "FIRMWAREVENDOR", "vendor of the system's firmware"),
-    ZYMDB_RECORD_FIELD(System, FirmwareVersion, "FIRMWARE", "version of the system's firmware").shown(),
+    ZYMDB_RECORD_FIELD(System, FirmwareVersion, "FIRMWARE", "version of the system's firmware")
+        .shown()
+        .version(),
     ZYMDB_RECORD_FIELD(System, FirmwareDate, "FIRMWAREDATE", "release date of the system's firmware").shown(),
     ZYMDB_RECORD_FIELD(System, CollectedAt, "COLLECTEDAT",
                        "when a collection last changed anything, in seconds since 1970")

@@ -5,6 +5,57 @@
 namespace zymdb::collect {
 namespace {
 
+// In ascending order.
+TEST(NaturalOrder, TakesRunsOfDigitsForNumbers) {
+  const char* const kAscending[] = {
+      "",
+      "1",
+      "1.2",
+      "1.9",
+      "1.10",
+      "1.10-rc1",
+      "1.10.1",
+      "1.10a",
+      "2",
+      "10",
+      "99999999999999999999999",
+      "100000000000000000000000",
+      "Bay 2",
+      "bay 10",
+      "bay 10 left",
+      "GDC5302Q",
+      "GDC5602Q",
+      "v0x1a",
+      "x",
+  };
+  for (size_t i = 0; i < std::size(kAscending); ++i) {
+    for (size_t j = 0; j < std::size(kAscending); ++j) {
+      EXPECT_TRUE(natural_order(kAscending[i], kAscending[j]) == (i <=> j))
+          << kAscending[i] << " and " << kAscending[j];
+    }
+  }
+}
+
+TEST(NaturalOrder, TakesDigitsAfterAZeroAndAnXForHexadecimalOnes) {
+  EXPECT_TRUE(natural_order("8.30 0x80019fff", "8.30 0x8001a000") < 0);
+  EXPECT_TRUE(natural_order("0x19", "0x1a") < 0);
+  EXPECT_TRUE(natural_order("0xff", "0x100") < 0);
+  EXPECT_TRUE(natural_order("0x00FF", "0xff") == 0);
+  EXPECT_TRUE(natural_order("0xyz", "1xyz") < 0);
+}
+
+TEST(NaturalOrder, TakesCaseBlanksAroundAndLeadingZerosForNoDifference) {
+  EXPECT_TRUE(natural_order(" 1.0 ", "1.0") == 0);
+  EXPECT_TRUE(natural_order("BAY 07", "bay 7") == 0);
+  EXPECT_TRUE(natural_order("1.00", "1.0") == 0);
+  EXPECT_TRUE(natural_order("1.0", "1.0.0") < 0);
+}
+
+TEST(ValidUtf8, ReplacesWhatIsNone) {
+  EXPECT_EQ(valid_utf8("\xc3\xbc \xff cut \xe2\x82"), "\xc3\xbc \xEF\xBF\xBD cut \xEF\xBF\xBD\xEF\xBF\xBD");
+  EXPECT_EQ(valid_utf8(""), "");
+}
+
 TEST(KnownText, TakesWhatFirmwareLeavesUnfilledForUnknown) {
   for (const char* text : {"",
                            " ",

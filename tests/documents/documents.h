@@ -25,13 +25,32 @@ inline FieldInfo size_field() {
   return info;
 }
 
+inline FieldInfo health_field() {
+  FieldInfo info = field("Health", "HEALTH", Role::kState);
+  info.judge = [](const Value& health) {
+    return health == Value("ok") ? records::Attention::kNone : records::Attention::kWarning;
+  };
+  return info;
+}
+
+inline FieldInfo row_field() {
+  FieldInfo info = field("Row", "ROW", Role::kRow);
+  info.kind = records::Kind::kNumber;
+  return info;
+}
+
 // Place, serial number, model, size ("empty" of a position without a part), health, load, row of the
-// inventory and a detail that no table shows.
+// inventory, a detail that no table shows, and firmware.
 inline std::vector<FieldInfo> fields() {
-  return {field("Place", "PLACE", Role::kPlace),   field("Serial", "SERIAL", Role::kIdentity),
-          field("Model", "MODEL", Role::kModel),   size_field(),
-          field("Health", "HEALTH", Role::kState), field("Load", "LOAD", Role::kVolatile),
-          field("Row", "ROW", Role::kRow),         field("Detail", "DETAIL", Role::kStable, false)};
+  return {field("Place", "PLACE", Role::kPlace),
+          field("Serial", "SERIAL", Role::kIdentity),
+          field("Model", "MODEL", Role::kModel),
+          size_field(),
+          health_field(),
+          field("Load", "LOAD", Role::kVolatile),
+          row_field(),
+          field("Detail", "DETAIL", Role::kStable, false),
+          field("Firmware", "FIRMWARE", Role::kVersion)};
 }
 
 struct Module {
@@ -43,6 +62,7 @@ struct Module {
   uint64_t load = 0;
   uint64_t row = 1;
   std::string detail = "d";
+  std::string firmware = "";
 };
 
 inline Value text_or_unknown(const std::string& text) {
@@ -57,7 +77,8 @@ inline Part part(const Module& module) {
           text_or_unknown(module.health),
           module.load,
           module.row,
-          text_or_unknown(module.detail)};
+          text_or_unknown(module.detail),
+          text_or_unknown(module.firmware)};
 }
 
 inline Document document(const std::vector<Module>& modules) {

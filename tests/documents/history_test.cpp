@@ -14,6 +14,7 @@
 #include "records/pci.h"
 #include "records/pci_settings.h"
 #include "support/inventory.h"
+#include "support/parsing_marker.h"
 #include "support/sql.h"
 
 namespace zymdb::documents {
@@ -59,6 +60,7 @@ class HistoryTest : public InventoryTest {
   }
 
   const std::vector<RecordType> types_ = inventory_types(records::kPciIdsFile);
+  ParsingMarker marker_;  // nobody stores settings meanwhile
 };
 
 TEST_F(HistoryTest, OfAnInventoryThatNobodyWroteIsNone) {

@@ -41,6 +41,12 @@ TEST(Snapshot, IsKnownByHowItsFileBegins) {
   EXPECT_FALSE(is_snapshot_file(folder.write("cut", packed.substr(0, 10))));
   EXPECT_FALSE(is_snapshot_file(folder.write("empty", "")));
   EXPECT_FALSE(is_snapshot_file(folder.write("database", "SQLite format 3, and what follows it")));
+  EXPECT_TRUE(is_database_file(folder.file("database")));
+  EXPECT_TRUE(is_export_file(folder.write("export", "\n {}")));
+  for (const char* const other : {"whole", "database", "empty", "missing"})
+    EXPECT_FALSE(is_export_file(folder.file(other)));
+  for (const char* const other : {"whole", "export", "empty", "missing"})
+    EXPECT_FALSE(is_database_file(folder.file(other)));
   EXPECT_FALSE(is_snapshot_file(folder.file("missing")));
   EXPECT_FALSE(is_snapshot_file(folder.path()));
 }

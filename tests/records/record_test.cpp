@@ -102,7 +102,12 @@ TEST(FindField, TakesHeadingsAndKeysInAnyCase) {
 
 TEST(FindField, PrefersAHeadingToAKey) {
   EXPECT_EQ(find_field(parts(), "NUMBER"), 1u);
-  EXPECT_EQ(find_field(parts(), "Number"), 1u);
+  EXPECT_EQ(find_field(parts(), "number"), 1u);
+}
+
+TEST(FindField, FindsEveryNameAsItIsPrinted) {
+  EXPECT_EQ(find_field(parts(), "Number"), 0u);
+  EXPECT_EQ(find_field(parts(), "LEVELCODE"), 0u);
 }
 
 TEST(Selections, AreAllFieldsOrThoseThatAreShown) {

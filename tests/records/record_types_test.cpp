@@ -66,6 +66,21 @@ TEST(RecordTypes, HaveEveryColumnUnderItsHeading) {
   }
 }
 
+TEST(RecordTypes, HaveEveryFieldUnderItsKey) {
+  for (const auto& type : all_types()) {
+    for (size_t i = 0; i < type.fields.size(); ++i)
+      EXPECT_EQ(find_field(type, type.fields[i].key), i) << type.name << " " << type.fields[i].key;
+  }
+}
+
+// Keys are names of variables for shells and columns for whatever else reads them.
+TEST(RecordTypes, HaveKeysThatAreIdentifiers) {
+  for (const auto& type : all_types()) {
+    for (const auto& field : type.fields)
+      EXPECT_THAT(field.key, testing::MatchesRegex("[A-Za-z_][A-Za-z0-9_]*")) << type.name;
+  }
+}
+
 TEST(RecordTypes, SayWhatTheirFieldsMeanAndShowSome) {
   for (const auto& type : all_types()) {
     EXPECT_FALSE(type.description.empty()) << type.name;

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "support/parsing_marker.h"
 #include "tool/rows.h"
 #include "tool/run_tool.h"
 
@@ -57,6 +58,7 @@ class Changes : public testing::Test {
     EXPECT_THAT(lines_of(outcome.err), SizeIs(1)) << outcome;
   }
 
+  ParsingMarker marker_;  // nobody stores settings meanwhile
   Workplace workplace_;
   std::string before_;  // the export
 };

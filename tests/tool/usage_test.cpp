@@ -25,7 +25,7 @@ constexpr char kColumnsOfAdapters[] =
 const WrongUsage kWrongUsages[] = {
     // What is missing.
     {{},
-     "a command is missing; there are init, collect, record, show, link, watch, diff, history, "
+     "a command is missing; there are init, collect, record, show, link, watch, diff, check, history, "
      "snapshot, export, settings, dpu, retimer, merge, "
      "properties, "
      "vpd, drive-date, completion (try 'zymdb --help')\n"},
@@ -47,7 +47,8 @@ const WrongUsage kWrongUsages[] = {
     {{"settings", "lsit"}, "unknown command 'lsit'; did you mean 'list'? (try 'zymdb settings --help')\n"},
     {{"dpu", "widgets"},
      "unknown command 'widgets'; there are log, append, clear, uefi (try 'zymdb dpu --help')\n"},
-    {{"completion", "fish"}, "unknown command 'fish'; there is bash (try 'zymdb completion --help')\n"},
+    {{"completion", "tcsh"},
+     "unknown command 'tcsh'; there are bash, zsh, fish (try 'zymdb completion --help')\n"},
     {{"--verbose"}, "unknown option '--verbose' (try 'zymdb --help')\n"},
     {{"--versoin"}, "unknown option '--versoin'; did you mean '--version'? (try 'zymdb --help')\n"},
     {{"show", "adapters", "--jsno"},

@@ -59,6 +59,7 @@ void build_command_tree(CommandTree& tree) {
   add_link(tree);
   add_watch(tree);
   add_diff(tree);
+  add_check(tree);
   add_history(tree);
   add_snapshot(tree);
   add_export(tree);

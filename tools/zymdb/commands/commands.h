@@ -17,6 +17,7 @@ void add_link(CommandTree& tree);
 void add_watch(CommandTree& tree);
 void add_snapshot(CommandTree& tree);
 void add_diff(CommandTree& tree);
+void add_check(CommandTree& tree);
 void add_history(CommandTree& tree);
 void add_export(CommandTree& tree);
 void add_settings(CommandTree& tree);

@@ -1,137 +1,106 @@
 #include "commands/completion.h"
 
 #include <algorithm>
+#include <array>
 
 #include "terminal/terminal.h"
 
 namespace zymdb::tool {
 namespace {
 
+using ScriptOf = std::string (*)(const std::vector<CompletedCommand>&);
+
+struct Shell {
+  const char* name;
+  const char* help;
+  ScriptOf script;
+  const char* footer;
+};
+constexpr Shell kShells[] = {
+    {"bash", "Completion for bash", bash_completion,
+     "Examples:\n"
+     "  source <(zymdb completion bash)                                 this shell\n"
+     "  zymdb completion bash >~/.local/share/bash-completion/completions/zymdb   every shell of this user"},
+    {"zsh", "Completion for zsh", zsh_completion,
+     "Examples:\n"
+     "  source <(zymdb completion zsh)                 this shell, after compinit\n"
+     "  zymdb completion zsh >~/.zsh/completions/_zymdb    every shell whose fpath has that folder"},
+    {"fish", "Completion for fish", fish_completion,
+     "Examples:\n"
+     "  zymdb completion fish | source                 this shell\n"
+     "  zymdb completion fish >~/.config/fish/completions/zymdb.fish   every shell of this user"},
+};
+
 constexpr char kFooter[] =
     "Examples:\n"
-    "  source <(zymdb completion bash)                                 this shell\n"
-    "  zymdb completion bash >~/.local/share/bash-completion/completions/zymdb   every shell of this user";
+    "  source <(zymdb completion bash)\n"
+    "  source <(zymdb completion zsh)\n"
+    "  zymdb completion fish | source";
 
-// The tree's part of the script is three `case` statements; this is what they are asked for.
-constexpr char kHead[] = R"(# bash completion for zymdb, made by `zymdb completion bash`
-
-_zymdb() {
-  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}
-  local command=zymdb kind= words= i IFS=$' \t\n'
-  # "--option=value" arrives as three words.
-  if [[ $cur == = ]]; then
-    cur=
-  elif [[ $prev == = ]]; then
-    prev=${COMP_WORDS[COMP_CWORD-2]}
-  fi
-  for ((i = 1; i < COMP_CWORD; i++)); do
-    _zymdb_value "$command" "${COMP_WORDS[i-1]}"
-    [[ -n $kind ]] || _zymdb_enter "$command ${COMP_WORDS[i]}"
-  done
-  _zymdb_value "$command" "$prev"
-  case $kind in
-    FILE) mapfile -t COMPREPLY < <(compgen -f -- "$cur"); compopt -o filenames 2>/dev/null ;;
-    DIR) mapfile -t COMPREPLY < <(compgen -d -- "$cur"); compopt -o filenames 2>/dev/null ;;
-    LIST)
-      local before=
-      [[ $cur != *,* ]] || before=${cur%,*},
-      mapfile -t COMPREPLY < <(compgen -P "$before" -W "$words" -- "${cur##*,}")
-      compopt -o nospace 2>/dev/null ;;
-    WORDS) mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur") ;;
-    "")
-      _zymdb_words "$command"
-      mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur") ;;
-  esac
-}
-)";
-
-constexpr char kTail[] = "\ncomplete -F _zymdb zymdb\n";
-
-// One shell function, a `case` over its arguments.
-struct ShellCase {
-  std::string name;
-  std::string body;
-
-  void add(const std::string& pattern, const std::string& commands) {
-    body += "    \"" + pattern + "\") " + commands + " ;;\n";
-  }
-  std::string text(const std::string& first) const {
-    return "\n" + name + "() {\n  " + first + "case \"$*\" in\n" + body + "  esac\n}\n";
-  }
-};
-
-struct Script {
-  ShellCase enter{"_zymdb_enter", {}};
-  ShellCase value{"_zymdb_value", {}};
-  ShellCase words{"_zymdb_words", {}};
-};
-
-std::string join(const std::vector<std::string>& words) {
-  return CLI::detail::join(words, " ");
-}
-
-bool takes_value(const CLI::Option& option) {
-  return option.get_items_expected_max() > 0;
-}
-
-void add_value(Script& script, const CommandTree& tree, const std::string& path, const CLI::Option& option) {
-  const auto known = tree.words.find(&option);
-  const bool has_words = known != tree.words.end();
-  const auto words = has_words ? join(known->second) : std::string();
+ValueKind kind_of(const CLI::Option& option, bool has_words) {
   const auto type = option.get_type_name();
-  const auto kind = has_words && type != kListType ? "WORDS" : type;
-  for (const auto& name : option.get_lnames()) {
-    script.value.add(path + " --" + name, "kind=" + kind + " words='" + words + "'");
-  }
+  if (type == kFileType) return ValueKind::kFile;
+  if (type == kFolderType) return ValueKind::kFolder;
+  if (type == kListType) return ValueKind::kList;
+  if (type == kConditionType) return ValueKind::kCondition;
+  return has_words ? ValueKind::kWords : ValueKind::kOther;
 }
 
-void add_names(std::vector<std::string>& words, const CLI::Option& option) {
-  for (const auto& name : option.get_lnames()) {
-    const auto word = "--" + name;
-    if (std::find(words.begin(), words.end(), word) == words.end()) words.push_back(word);
-  }
+// The first line of a description.
+std::string help_of(const std::string& description) {
+  return description.substr(0, description.find('\n'));
 }
 
-std::vector<std::string> subcommand_names(const CLI::App& command) {
-  std::vector<std::string> names;
-  for (const auto* subcommand : command.get_subcommands({})) names.push_back(subcommand->get_name());
-  return names;
+void add_option(const CommandTree& tree, const CLI::Option& option, CompletedCommand& command) {
+  const auto known = tree.words.find(&option);
+  const auto words = known != tree.words.end() ? known->second : std::vector<std::string>();
+  for (const auto& name : option.get_lnames()) {
+    const std::string word = "--" + name;
+    if (std::ranges::find(command.words, word, &CompletedWord::word) != command.words.end()) continue;
+    command.words.push_back({word, help_of(option.get_description())});
+    if (option.get_items_expected_max() > 0)
+      command.values.push_back({word, kind_of(option, !words.empty()), words});
+  }
+  if (!option.get_positional()) return;
+  for (const auto& word : words) command.words.push_back({word, ""});
 }
 
 // Options of a command hold in the commands below it, too.
-void add_command(Script& script, const CommandTree& tree, const CLI::App& command, const std::string& path,
-                 std::vector<const CLI::Option*> inherited) {
-  const auto own = command.get_options();
+void add_command(const CommandTree& tree, const CLI::App& app, const std::string& path,
+                 std::vector<const CLI::Option*> inherited, std::vector<CompletedCommand>& commands) {
+  const auto own = app.get_options();
   inherited.insert(inherited.end(), own.begin(), own.end());
-  auto words = subcommand_names(command);
-  for (const auto* option : inherited) {
-    add_names(words, *option);
-    if (takes_value(*option)) add_value(script, tree, path, *option);
-  }
-  script.words.add(path, "words='" + join(words) + "'");
-  for (const auto* subcommand : command.get_subcommands({})) {
-    const auto below = path + " " + subcommand->get_name();
-    script.enter.add(below, "command=\"$*\"");
-    add_command(script, tree, *subcommand, below, inherited);
-  }
+  CompletedCommand command{path, {}, {}};
+  for (const auto* below : app.get_subcommands({}))
+    command.words.push_back({below->get_name(), help_of(below->get_description())});
+  for (const auto* option : inherited) add_option(tree, *option, command);
+  commands.push_back(std::move(command));
+  for (const auto* below : app.get_subcommands({}))
+    add_command(tree, *below, path + " " + below->get_name(), inherited, commands);
 }
 
 }  // namespace
 
-std::string bash_completion(const CommandTree& tree) {
-  Script script;
-  add_command(script, tree, tree.app, tree.app.get_name(), {});
-  return kHead + script.enter.text("") + script.value.text("kind= words=\n  ") + script.words.text("") +
-         kTail;
+const char* name_of(ValueKind kind) {
+  constexpr std::array<const char*, 6> kNames = {"FILE", "DIR", "WORDS", "LIST", "CONDITION", "OTHER"};
+  return kNames[static_cast<size_t>(kind)];
+}
+
+std::vector<CompletedCommand> completed_commands(const CommandTree& tree) {
+  std::vector<CompletedCommand> commands;
+  add_command(tree, tree.app, tree.app.get_name(), {}, commands);
+  return commands;
 }
 
 void add_completion(CommandTree& tree) {
   auto& command = *tree.app.add_subcommand("completion", "Print a shell's completion of this command");
   command.footer(kFooter);
   command.require_subcommand(1);
-  auto& bash = *command.add_subcommand("bash", "Completion for bash");
-  bash.footer(kFooter);
-  bash.callback([&tree] { write_output(bash_completion(tree)); });
+  for (const auto& [name, help, script, footer] : kShells) {
+    auto& shell = *command.add_subcommand(name, help);
+    shell.footer(footer);
+    shell.callback([&tree, script = script] { write_output(script(completed_commands(tree))); });
+  }
 }
 
 }  // namespace zymdb::tool

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <set>
 
 #include "commands/commands.h"
 #include "common/one_line.h"
@@ -13,6 +14,7 @@
 #include "show/functions.h"
 #include "show/inventory.h"
 #include "show/ports.h"
+#include "show/view.h"
 #include "show/watch_screen.h"
 #include "terminal/failure.h"
 #include "terminal/system_journal.h"
@@ -50,6 +52,7 @@ struct WatchOptions {
   std::vector<std::string> listings;
   std::shared_ptr<PortSelection> ports = std::make_shared<PortSelection>();
   std::string names = records::kPciIdsFile;
+  ViewOptions view;
   unsigned interval = 1;  // seconds
   bool with_volatile = false;
   bool json = false;
@@ -131,18 +134,29 @@ void require_that_ports_are_shown(const WatchOptions& options) {
 void run(const WatchOptions& options) {
   require_that_ports_are_shown(options);
   if (!options.screen) {
+    if (options.view.is_given()) throw WrongInput("--columns, --sort and --where are for --screen");
     open_inventory(Opening::kReading);
     return watch_lines(options);
   }
   const auto type = on_screen(options);
+  const View view = parse_view(type, options.view, records::default_fields(type));
   open_inventory(Opening::kReading);
-  watch_on_screen(type, options.interval);
+  watch_on_screen(type, view, options.interval);
 }
 
 std::vector<std::string> names_of(const std::vector<RecordType>& types) {
   std::vector<std::string> names;
   for (const auto& type : types) names.push_back(type.name);
   return names;
+}
+
+// Of which listing is not known yet where words are offered.
+std::vector<std::string> all_headings() {
+  std::set<std::string> headings;
+  for (const auto& type : documents::inventory_types(records::kPciIdsFile)) {
+    for (const auto& heading : headings_of(type)) headings.insert(heading);
+  }
+  return {headings.begin(), headings.end()};
 }
 
 }  // namespace
@@ -165,6 +179,7 @@ void add_watch(CommandTree& tree) {
       .add_flag("--volatile", options->with_volatile,
                 "Also what changes while nothing happens: loads, temperatures")
       ->excludes(screen);
+  add_view_options(tree, watch, all_headings(), options->view);
   add_port_options(watch, *options->ports);
   add_pci_ids_option(watch, options->names);
   watch

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <functional>
 #include <system_error>
 
 #include "common/client_objects.h"
@@ -44,18 +45,16 @@ documents::Document read_piped(const std::string& content, const std::vector<rec
 }
 
 documents::Document read_file(const std::string& path, const std::vector<records::RecordType>& types) {
-  const std::string content = read_source(path);
-  if (!documents::is_snapshot(content) && !documents::is_database(content))
-    return documents::parse_document(content, path, types);
+  const bool is_inventory = documents::is_snapshot_file(path) || documents::is_database_file(path);
+  if (!is_inventory) return documents::parse_document(read_source(path), path, types);
   open_instead(path);
   return documents::read_document(types);
 }
 
-}  // namespace
-
-documents::Document load_document(const std::string& path, const std::vector<records::RecordType>& types) {
+// Whoever reads one is told what is wrong with it, whichever form it has.
+documents::Document loaded(const std::function<documents::Document()>& read) {
   try {
-    return path == kStandardInput ? read_piped(read_standard_input(), types) : read_file(path, types);
+    return read();
   } catch (const SourceError& error) {
     throw WrongInput(error.what());
   } catch (const DatabaseError& error) {
@@ -63,6 +62,22 @@ documents::Document load_document(const std::string& path, const std::vector<rec
   } catch (const Failure& error) {
     throw WrongInput(error.what());
   }
+}
+
+}  // namespace
+
+documents::Document load_document(const std::string& path, const std::vector<records::RecordType>& types) {
+  return loaded([&] {
+    return path == kStandardInput ? read_piped(read_standard_input(), types) : read_file(path, types);
+  });
+}
+
+documents::Document load_chosen_document(const std::vector<records::RecordType>& types) {
+  return loaded([&] {
+    if (documents::is_export_file(inventory_location())) return read_file(inventory_location(), types);
+    open_inventory(Opening::kReading);
+    return documents::read_document(types);
+  });
 }
 
 }  // namespace zymdb::tool

@@ -3,7 +3,6 @@
 #define ZYMDB_TOOL_SHOW_LISTING_H
 
 #include <string>
-#include <string_view>
 
 #include "records/record.h"
 #include "terminal/command_line.h"
@@ -20,10 +19,6 @@ struct Listing {
 
 // Adds a command below `parent` with the options that all listings share. Returns it for options of its own.
 CLI::App& add_listing(CommandTree& tree, CLI::App& parent, Listing listing);
-
-// Fields by their headings or keys, in any case, separated by commas and blanks; "all" stands for every one.
-// Throws CLI::ValidationError, which lists the headings, for any other.
-records::Selection parse_columns(const records::RecordType& type, std::string_view names);
 
 }  // namespace zymdb::tool
 

@@ -1,10 +1,9 @@
-#include <strings.h>
-
 #include <memory>
 
 #include "records/json.h"
 #include "show/inventory.h"
 #include "show/listing.h"
+#include "show/view.h"
 #include "terminal/moment.h"
 #include "terminal/table.h"
 #include "terminal/terminal.h"
@@ -13,43 +12,46 @@ namespace zymdb::tool {
 namespace {
 
 using records::FieldInfo;
-using records::RecordType;
-using records::Selection;
+
+constexpr char kTable[] = "table", kJson[] = "json", kCsv[] = "csv", kPairs[] = "pairs";
 
 struct ShowOptions {
-  bool json = false;
+  std::string format = kTable;
   bool no_headings = false;
   bool tree = false;
-  std::string columns;
+  ViewOptions view;
   std::string moment;
   std::string color = "auto";
 };
 
-std::string rendered(const Listing& listing, const ShowOptions& options, const Selection& columns) {
+std::string rendered(const Listing& listing, const ShowOptions& options, const View& view) {
   if (listing.is_stored) open_inventory(Opening::kReading);
   if (!options.moment.empty()) open_moment(options.moment);
   const auto& type = listing.type;
-  if (options.json) return records::to_json(type.name, type.list(records::all_fields(type)));
+  const bool is_json = options.format == kJson;
+  const auto sheet =
+      list_arranged(type, view.arrangement, is_json ? records::all_fields(type) : view.columns);
+  if (is_json) return records::to_json(type.name, sheet);
+  if (options.format == kCsv) return render_csv(sheet, !options.no_headings);
+  if (options.format == kPairs) return render_pairs(sheet);
   return render_table(
-      type.list(columns),
-      {.headings = !options.no_headings, .colors = want_colors(options.color), .tree = options.tree});
+      sheet, {.headings = !options.no_headings, .colors = want_colors(options.color), .tree = options.tree});
 }
 
-Selection choose_columns(const Listing& listing, const ShowOptions& options, bool columns_given) {
-  if (columns_given) return parse_columns(listing.type, options.columns);
-  return options.tree ? parse_columns(listing.type, listing.tree_columns)
-                      : records::default_fields(listing.type);
+// What --json excludes, --format json excludes as well.
+void require_that_format_takes(const ShowOptions& options) {
+  const bool is_json = options.format == kJson, is_pairs = options.format == kPairs;
+  const std::string format = "--format " + options.format;
+  if (is_json && options.view.columns) throw CLI::ExcludesError(format, "--columns");
+  if ((is_json || is_pairs) && options.no_headings) throw CLI::ExcludesError(format, "--no-headings");
+  if (options.format != kTable && options.tree) throw CLI::ExcludesError(format, "--tree");
 }
 
-void show(const Listing& listing, const ShowOptions& options, bool columns_given) {
-  write_output(rendered(listing, options, choose_columns(listing, options, columns_given)));
-}
-
-std::vector<std::string> headings_of(const RecordType& type) {
-  std::vector<std::string> headings;
-  for (const auto& field : type.fields) headings.emplace_back(field.heading);
-  headings.emplace_back("all");
-  return headings;
+void show(const Listing& listing, const ShowOptions& options) {
+  require_that_format_takes(options);
+  const auto columns = options.tree ? parse_columns(listing.type, listing.tree_columns)
+                                    : records::default_fields(listing.type);
+  write_output(rendered(listing, options, parse_view(listing.type, options.view, columns)));
 }
 
 std::string help_line(const FieldInfo& field) {
@@ -67,49 +69,28 @@ std::string help_footer(const Listing& listing) {
   return text + "\nExamples:\n" + listing.examples;
 }
 
-std::string trimmed_name(const std::string& name) {
-  const auto first = name.find_first_not_of(" \t");
-  if (first == std::string::npos) return {};
-  return name.substr(first, name.find_last_not_of(" \t") - first + 1);
-}
-
 }  // namespace
-
-Selection parse_columns(const RecordType& type, std::string_view names) {
-  Selection selection;
-  for (const auto& part : CLI::detail::split(std::string(names), ',')) {
-    const auto name = trimmed_name(part);
-    if (strcasecmp(name.c_str(), "all") == 0) {
-      const auto all = records::all_fields(type);
-      selection.insert(selection.end(), all.begin(), all.end());
-    } else if (const auto field = records::find_field(type, name)) {
-      selection.push_back(*field);
-    } else {
-      throw CLI::ValidationError("--columns", unknown_word("column", name, headings_of(type)));
-    }
-  }
-  return selection;
-}
 
 CLI::App& add_listing(CommandTree& tree, CLI::App& parent, Listing listing) {
   auto& command = *parent.add_subcommand(listing.command, listing.type.description);
   command.footer(help_footer(listing));
   const auto options = std::make_shared<ShowOptions>();
-  auto* json = command.add_flag("--json", options->json, "Print JSON: everything that is known of each");
-  auto* columns = command.add_option("--columns", options->columns,
-                                     "Columns to print, by heading or key, separated by commas; or all");
-  columns->type_name(kListType)->excludes(json);
-  tree.words[columns] = headings_of(listing.type);
-  command.add_flag("--no-headings", options->no_headings, "Print no headings")->excludes(json);
+  const auto format = add_format_options(tree, command, options->format, {kTable, kJson, kCsv, kPairs});
+  format.json->description("Print JSON: everything that is known of each");
+  const auto view = add_view_options(tree, command, headings_of(listing.type), options->view);
+  view.columns->excludes(format.json);
+  command.add_flag("--no-headings", options->no_headings, "Print no headings")->excludes(format.json);
   if (!listing.tree_columns.empty())
-    command.add_flag("--tree", options->tree, "Print a tree: each below the one above it")->excludes(json);
+    command.add_flag("--tree", options->tree, "Print a tree: each below the one above it")
+        ->excludes(format.json)
+        ->excludes(view.sort)
+        ->excludes(view.where);
   if (listing.is_stored)
     command.add_option("--at", options->moment, "As it was at this time (UTC), or of this generation")
         ->check(CLI::Validator(objection_to_moment, ""))
         ->type_name("TIME|GENERATION");
   add_color_option(tree, command, options->color);
-  command.callback(
-      [listing = std::move(listing), options, columns] { show(listing, *options, columns->count() > 0); });
+  command.callback([listing = std::move(listing), options] { show(listing, *options); });
   return command;
 }
 

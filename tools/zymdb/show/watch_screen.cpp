@@ -25,8 +25,8 @@ size_t terminal_height() {
   return known ? size.ws_row : 24;
 }
 
-std::string read_table(const RecordType& type) {
-  return render_table(type.list(records::default_fields(type)), {});
+std::string read_table(const RecordType& type, const View& view) {
+  return render_table(list_arranged(type, view.arrangement, view.columns), {});
 }
 
 // What the screen has room for, and how much it has not.
@@ -58,18 +58,18 @@ class Waiting {
   std::optional<uint64_t> generation_ = inventory_generation();
 };
 
-void draw(const RecordType& type, Waiting& waiting) {
+void draw(const RecordType& type, const View& view, Waiting& waiting) {
   Screen screen(write_output);
   for (int signal = 0; !is_end(signal); signal = waiting.wait()) {
     if (signal != 0) screen.forget();
-    screen.show(fitting(read_table(type), terminal_height()));
+    screen.show(fitting(read_table(type, view), terminal_height()));
   }
 }
 
-void print(const RecordType& type, Waiting& waiting) {
+void print(const RecordType& type, const View& view, Waiting& waiting) {
   std::string printed;
   do {
-    const auto text = read_table(type);
+    const auto text = read_table(type, view);
     if (text != printed) write_output((printed.empty() ? "" : "\n") + text);
     printed = text;
   } while (!is_end(waiting.wait()));
@@ -77,12 +77,12 @@ void print(const RecordType& type, Waiting& waiting) {
 
 }  // namespace
 
-void watch_on_screen(const RecordType& type, unsigned interval) {
+void watch_on_screen(const RecordType& type, const View& view, unsigned interval) {
   Waiting waiting(interval);
   if (isatty(STDOUT_FILENO) != 0)
-    draw(type, waiting);
+    draw(type, view, waiting);
   else
-    print(type, waiting);
+    print(type, view, waiting);
 }
 
 }  // namespace zymdb::tool

@@ -136,6 +136,17 @@ void add_color_option(CommandTree& tree, CLI::App& command, std::string& color) 
                  ->type_name("WHEN")] = choices;
 }
 
+FormatOptions add_format_options(CommandTree& tree, CLI::App& command, std::string& format,
+                                 const Words& formats) {
+  auto* option = command.add_option("--format", format, "What to print: " + joined(formats));
+  option->check(one_of(formats))->type_name("FORMAT");
+  tree.words[option] = formats;
+  auto* json = command.add_flag_callback(
+      "--json", [&format] { format = "json"; }, "Print JSON");
+  json->excludes(option);
+  return {option, json};
+}
+
 std::string unknown_word(const std::string& kind, const std::string& word, const Words& known) {
   const auto meant = closest(word, known);
   return "unknown " + kind + " '" + word + "'; " + (meant ? "did you mean '" + *meant + "'?" : all_of(known));

@@ -13,11 +13,13 @@ namespace zymdb::tool {
 struct CommandTree {
   CLI::App app;
   // For completion: the words that an option takes. An option that takes a list of them, separated by commas,
-  // has the type name of kListType; one that takes a file or folder has kFileType or kFolderType.
+  // has the type name of kListType, one that takes a comparison with a value kConditionType; one that takes a
+  // file or folder has kFileType or kFolderType.
   std::map<const CLI::Option*, std::vector<std::string>> words;
 };
 
 inline constexpr char kListType[] = "LIST";
+inline constexpr char kConditionType[] = "FIELD=VALUE";
 inline constexpr char kFileType[] = "FILE";
 inline constexpr char kFolderType[] = "DIR";
 
@@ -27,6 +29,14 @@ CLI::Validator one_of(const std::vector<std::string>& words);
 
 // Adds `--color WHEN`.
 void add_color_option(CommandTree& tree, CLI::App& command, std::string& color);
+
+// Adds `--format FORMAT`, one of `formats`, and `--json`, which is short for "json".
+struct FormatOptions {
+  CLI::Option* format;
+  CLI::Option* json;
+};
+FormatOptions add_format_options(CommandTree& tree, CLI::App& command, std::string& format,
+                                 const std::vector<std::string>& formats);
 
 // "unknown KIND 'WORD'", with the known word that was perhaps meant, or else all of them.
 std::string unknown_word(const std::string& kind, const std::string& word,

@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+#include "common/csv.h"
+
 namespace zymdb::tool {
 namespace {
 
@@ -108,6 +110,26 @@ std::string render_table(const Sheet& sheet, const TableStyle& style) {
   auto text = print(table.get());
   if (empty) text.erase(text.find('\n') + 1);
   return text;
+}
+
+std::string render_csv(const Sheet& sheet, bool headings) {
+  std::vector<std::string> fields;
+  for (const auto& field : sheet.fields) fields.emplace_back(field.key);
+  std::string text = headings ? csv_row(fields) : "";
+  for (const auto& row : sheet.rows) {
+    for (size_t i = 0; i < row.size(); ++i) fields[i] = text_of(sheet.fields[i], row[i].value);
+    text += csv_row(fields);
+  }
+  return text;
+}
+
+std::string render_pairs(const Sheet& sheet) {
+  if (sheet.rows.empty()) return {};
+  const Table table(require(scols_new_table()));
+  require_ok(scols_table_enable_export(table.get(), 1));
+  for (const auto& field : sheet.fields) require(scols_table_new_column(table.get(), field.key, 0, 0));
+  add_rows(table.get(), sheet, false);
+  return print(table.get());
 }
 
 }  // namespace zymdb::tool
