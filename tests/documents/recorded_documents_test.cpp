@@ -3,7 +3,7 @@
 
 #include "collect/collector.h"
 #include "collect/machines.h"
-#include "documents/difference.h"
+#include "documents/applied.h"
 #include "documents/document_json.h"
 #include "documents/inventory_types.h"
 #include "records/pci.h"
@@ -36,21 +36,6 @@ class RecordedDocuments : public InventoryTest {
     for (const RecordedFile& file : collect::recorded_smbios_dumps())
       documents.push_back(document_of({.lspci = "", .smbios = file.path, .sysfs = ""}));
     return documents;
-  }
-
-  static Document applied(Document document, const std::vector<Change>& changes) {
-    const auto parts_of = [&](const std::string& name) -> std::vector<Part>& {
-      return std::ranges::find(document.classes, name, &PartClass::name)->parts;
-    };
-    for (const Change& change : changes) {
-      auto& parts = parts_of(change.part_class);
-      if (const auto found = std::ranges::find(parts, change.before); found != parts.end())
-        parts.erase(found);
-    }
-    for (const Change& change : changes) {
-      if (!change.after.empty()) parts_of(change.part_class).push_back(change.after);
-    }
-    return document;
   }
 
   const std::vector<RecordType> types_ = inventory_types(records::kPciIdsFile);
