@@ -14,6 +14,11 @@ LIBRARY = "library"
 RAW = "limit"  # statements kept open
 PER_CALL = "per call"
 BUS = "bus"
+WITHOUT_HISTORY = "without history"
+TRIGGERS = "triggers"
+SESSIONS = "sessions"
+ROWS = "rows"  # compared by the database engine
+SIDES = (LIBRARY, RAW, PER_CALL, BUS, WITHOUT_HISTORY, TRIGGERS, SESSIONS, ROWS)
 
 # The program's title, and the largest ratio to the limit that is to be reached; 0: none.
 SECTIONS = {
@@ -21,6 +26,8 @@ SECTIONS = {
     "list_bench": ("Lists", lambda name, rows: 1.3 if rows >= 1000 else 0),
     "write_bench": ("Reports, settings and the merge",
                     lambda name, rows: 1.5 if name == "unchanged presence of a drive" else 0),
+    "history_bench": ("Changes with and without history", lambda name, rows: 0),
+    "difference_bench": ("What differs between two inventories", lambda name, rows: 0),
     "parser_bench": ("A drive's vital product data, beside copies from known places", lambda name, rows: 0),
     "start_bench": ("From the start of a process to its first answer", lambda name, rows: 0),
     "bus_bench": ("Beside an inventory daemon on the message bus", lambda name, rows: 0),
@@ -29,6 +36,7 @@ LEAST_PER_CALL = {"point_bench": 4}
 LEAST_BUS = {"one adapter": 10, "adapter list": 5}
 MOST_GROWTH = 1.2
 LEAST_SPEED_UP = 1.8
+MOST_BYTES_OF_HISTORY = 1.5
 
 
 class Table:
@@ -67,7 +75,7 @@ def at_least(ratio, least):
 
 
 class Sides:
-    """What the repetitions took, in microseconds, by who did it. Ratios are taken within a repetition."""
+    """What the repetitions took, in microseconds or bytes, by who did it. Ratios are taken within a repetition."""
 
     def __init__(self):
         self.samples = {}
@@ -75,10 +83,10 @@ class Sides:
     def __contains__(self, who):
         return who in self.samples
 
-    def add(self, run):
-        for who in (LIBRARY, RAW, PER_CALL, BUS):
+    def add(self, run, unit=1e3):
+        for who in SIDES:
             if who in run:
-                self.samples.setdefault(who, []).append(run[who] / 1e3)
+                self.samples.setdefault(who, []).append(run[who] / unit)
 
     def time(self, who):
         return statistics.median(self.samples[who])
@@ -88,10 +96,10 @@ class Sides:
 
 
 def read(path):
-    """Sides by (what, rows); items per second by number of threads."""
+    """Sides by (what, rows), of times and of bytes; items per second by number of threads."""
     with open(path) as file:
         runs = json.load(file)["benchmarks"]
-    times, rates = {}, {}
+    times, bytes_written, rates = {}, {}, {}
     # They ran in a random order.
     for run in sorted(runs, key=lambda run: run["family_index"]):
         if run.get("error_occurred"):
@@ -101,9 +109,12 @@ def read(path):
         if by_threads := re.search(r"threads:(\d+)", run["run_name"]):
             rates.setdefault(int(by_threads[1]), []).append(run["items_per_second"])
         else:
-            what, rows = run["run_name"].split("/")[:2]
-            times.setdefault((what, int(rows)), Sides()).add(run)
-    return times, {threads: statistics.median(samples) for threads, samples in rates.items()}
+            what, rows, kind = run["run_name"].split("/")[:3]
+            if kind == "bytes":
+                bytes_written.setdefault((what, int(rows)), Sides()).add(run, 1)
+            else:
+                times.setdefault((what, int(rows)), Sides()).add(run)
+    return times, bytes_written, {threads: statistics.median(samples) for threads, samples in rates.items()}
 
 
 def compare(times, most_of, least_per_call, size, markdown):
@@ -139,6 +150,33 @@ def bus(times, markdown):
     table.print(markdown)
 
 
+def history(times, bytes_written, markdown):
+    table = Table(("bytes written", "rows", "library", WITHOUT_HISTORY, "ratio", "target", "no account", TRIGGERS, SESSIONS))
+    for (what, rows), written in bytes_written.items():
+        cells = [f"{written.time(who):,.0f}" if who in written else ""
+                 for who in (LIBRARY, WITHOUT_HISTORY, RAW, TRIGGERS, SESSIONS)]
+        ratio = written.ratio(LIBRARY, WITHOUT_HISTORY) if WITHOUT_HISTORY in written else None
+        judged = (f"{ratio:.2f} x", at_most(ratio, MOST_BYTES_OF_HISTORY)) if ratio else \
+            ("", verdict(0, "0", written.time(LIBRARY) == 0))
+        table.add(what, f"{rows:,}", *cells[:2], *judged, *cells[2:])
+    table.print(markdown)
+    table = Table(("time", "rows", "library", WITHOUT_HISTORY, "ratio", "no account", TRIGGERS, "ratio", SESSIONS, "ratio"))
+    for (what, rows), time in times.items():
+        shown = {who: time_text(time.time(who)) for who in (LIBRARY, WITHOUT_HISTORY, RAW, TRIGGERS, SESSIONS)}
+        table.add(what, f"{rows:,}", shown[LIBRARY], shown[WITHOUT_HISTORY], f"{time.ratio(LIBRARY, WITHOUT_HISTORY):.2f} x",
+                  shown[RAW], shown[TRIGGERS], f"{time.ratio(TRIGGERS, RAW):.2f} x", shown[SESSIONS],
+                  f"{time.ratio(SESSIONS, RAW):.2f} x")
+    table.print(markdown)
+
+
+def difference(times, markdown):
+    table = Table(("", "parts", "library", "each value compared", "ratio", "rows compared by SQLite", "ratio"))
+    for (what, parts), time in times.items():
+        table.add(what, f"{parts:,}", time_text(time.time(LIBRARY)), time_text(time.time(RAW)),
+                  f"{time.ratio(LIBRARY, RAW):.1f} x", time_text(time.time(ROWS)), f"{time.ratio(LIBRARY, ROWS):.1f} x")
+    table.print(markdown)
+
+
 def threads(rates, markdown):
     table = Table(("", "one thread", "two threads", "speed-up", "target"))
     ratio = rates[2] / rates[1]
@@ -160,9 +198,15 @@ def print_all(paths, markdown):
         program = os.path.basename(path).removesuffix(".json")
         title, most_of = SECTIONS[program]
         print(f"### {title}\n" if markdown else title)
-        times, rates = read(path)
+        times, bytes_written, rates = read(path)
         if program == "bus_bench":
             bus(times, markdown)
+            continue
+        if program == "history_bench":
+            history(times, bytes_written, markdown)
+            continue
+        if program == "difference_bench":
+            difference(times, markdown)
             continue
         size = "bytes" if program == "parser_bench" else "rows"
         compare(times, most_of, LEAST_PER_CALL.get(program), size, markdown)

@@ -11,7 +11,7 @@
 namespace zymdb::documents {
 namespace {
 
-constexpr const char* kHeader[] = {"format_version", "zymdb_version", "generation"};
+constexpr const char* kHeader[] = {kFormatVersionKey, kZymdbVersionKey, kGenerationKey};
 
 Json json_of(const PartClass& of) {
   Json parts = Json::array();
@@ -34,7 +34,7 @@ class Parser {
     if (!json.is_object()) fail("not a document of an inventory");
     check_version(json);
     Document document;
-    if (const auto found = json.find("generation"); found != json.end() && found->is_number_unsigned())
+    if (const auto found = json.find(kGenerationKey); found != json.end() && found->is_number_unsigned())
       document.generation = found->get<uint64_t>();
     for (const auto& [key, parts] : json.items()) {
       if (std::ranges::find(kHeader, key) == std::end(kHeader)) document.classes.push_back(parse_class(key, parts));
@@ -46,7 +46,7 @@ class Parser {
   [[noreturn]] void fail(const std::string& reason) const { throw SourceError(name_, reason); }
 
   void check_version(const Json& json) const {
-    const auto version = json.find("format_version");
+    const auto version = json.find(kFormatVersionKey);
     if (version == json.end() || !version->is_number_unsigned()) fail("not a document of an inventory");
     if (version->get<uint64_t>() > static_cast<uint64_t>(records::kFormatVersion))
       fail("its format_version " + version->dump() + " is newer than this program's " +
@@ -82,8 +82,8 @@ class Parser {
 }  // namespace
 
 std::string to_json(const Document& document) {
-  Json json{{"format_version", records::kFormatVersion}, {"zymdb_version", ZYMDB_VERSION}};
-  json["generation"] = document.generation ? Json(*document.generation) : Json();
+  Json json{{kFormatVersionKey, records::kFormatVersion}, {kZymdbVersionKey, ZYMDB_VERSION}};
+  json[kGenerationKey] = document.generation ? Json(*document.generation) : Json();
   for (const PartClass& of : document.classes) json[of.name] = json_of(of);
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

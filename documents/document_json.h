@@ -10,6 +10,11 @@
 
 namespace zymdb::documents {
 
+// What stands in front of the classes.
+inline constexpr char kFormatVersionKey[] = "format_version";
+inline constexpr char kZymdbVersionKey[] = "zymdb_version";
+inline constexpr char kGenerationKey[] = "generation";
+
 // An object with "format_version", "zymdb_version", "generation" (null where there is none) and an array for each
 // class.
 std::string to_json(const Document& document);

@@ -1,7 +1,5 @@
 #include "documents/snapshot.h"
 
-#include <fcntl.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -26,7 +24,6 @@ constexpr std::string_view kMagic = R"({"format":"zymdb-snapshot",)";
 constexpr std::string_view kDatabaseMagic = "SQLite format 3";
 constexpr uint64_t kFormatVersion = 1;
 constexpr uint64_t kLargestDatabase = uint64_t{1} << 30;
-constexpr mode_t kFileMode = 0640;
 
 std::string now_text() {
   const time_t now = std::time(nullptr);
@@ -88,42 +85,6 @@ std::string beginning_of(const std::string& path) {
   text.resize(static_cast<size_t>(file.gcount()));
   return text;
 }
-
-class NewFile {
- public:
-  explicit NewFile(const std::string& path)
-      : path_(path), fd_(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode)) {
-    if (fd_ < 0) fail();
-  }
-  ~NewFile() {
-    if (fd_ < 0) return;
-    close(fd_);
-    unlink(path_.c_str());
-  }
-  NewFile(const NewFile&) = delete;
-  NewFile& operator=(const NewFile&) = delete;
-
-  void write(std::string_view content) {
-    while (!content.empty()) {
-      const ssize_t count = ::write(fd_, content.data(), content.size());
-      if (count < 0 && errno != EINTR) fail();
-      if (count > 0) content.remove_prefix(static_cast<size_t>(count));
-    }
-  }
-
-  // From now on the file stays.
-  void keep() {
-    if (fsync(fd_) != 0) fail();
-    close(fd_);
-    fd_ = -1;
-  }
-
- private:
-  [[noreturn]] void fail() const { throw SourceError(path_, std::generic_category().message(errno)); }
-
-  const std::string& path_;
-  int fd_;
-};
 
 }  // namespace
 
@@ -192,12 +153,6 @@ Snapshot unpack(std::string_view content, const std::string& name) {
   return {{member<std::string>(json, "system", name), member<std::string>(json, "time", name),
            member<uint64_t>(json, "generation", name), member<std::string>(json, "zymdb_version", name)},
           uncompressed(packed, member<uint64_t>(json, "database_bytes", name), name)};
-}
-
-void write_new_file(const std::string& path, std::string_view content) {
-  NewFile file(path);
-  file.write(content);
-  file.keep();
 }
 
 }  // namespace zymdb::documents

@@ -55,9 +55,6 @@ std::string pack(const Snapshot& snapshot);
 // Throws SourceError, with `name` for the source, for one that is cut short, damaged or of a newer version.
 Snapshot unpack(std::string_view content, const std::string& name);
 
-// A new file, whole or not at all. Throws SourceError when there is one of that name, or it cannot be written.
-void write_new_file(const std::string& path, std::string_view content);
-
 }  // namespace zymdb::documents
 
 #endif

@@ -14,6 +14,7 @@
 
 #include "common/client_extensions.h"
 #include "common/client_objects.h"
+#include "common/output_file.h"
 #include "common/source_file.h"
 #include "documents/inventory_types.h"
 #include "documents/snapshot.h"
@@ -175,7 +176,7 @@ int access_is_snapshot(const char* path) {
 char* access_unpack(const char* snapshot, const char* database, int* status) {
   return answer(status, [&] {
     using namespace zymdb::documents;
-    write_new_file(database, unpack(zymdb::read_source(snapshot), snapshot).database);
+    zymdb::write_new_file(database, unpack(zymdb::read_source(snapshot), snapshot).database);
     return "";
   });
 }

@@ -26,9 +26,12 @@ Value address(const Adapter& adapter) {
 
 constexpr Field<Adapter> kFields[] = {
     derived<Adapter>("Place", "PLACE", "slot, drive bay or system board (Location and SlotNo)", place)
+        .tells(Tells::kPosition)
         .shown()
         .place(),
-    derived<Adapter>("Address", "ADDRESS", "bus address of the adapter's first function", address).place(),
+    derived<Adapter>("Address", "ADDRESS", "bus address of the adapter's first function", address)
+        .tells(Tells::kFirstFunction)
+        .place(),
     ZYMDB_RECORD_FIELD(Adapter, PCIKey, "KEY", "PCI key, shared by the adapter's functions")
         .hex(8)
         .shown()
@@ -45,7 +48,7 @@ constexpr Field<Adapter> kFields[] = {
         .identity()
         .shown(),
     ZYMDB_RECORD_FIELD(Adapter, PartNo, "PART", "part number, from its vital product data").shown().model(),
-    ZYMDB_RECORD_FIELD(Adapter, CardName, "NAME", "name").long_text().shown().model(),
+    ZYMDB_RECORD_FIELD(Adapter, CardName, "NAME", "name").tells(Tells::kName).long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Adapter, AIMSupported, "AIM", "how it is managed: 1 out of band"),
     ZYMDB_RECORD_FIELD(Adapter, Location, "LOCATION", "0 system board, 1 slot, 2 drive bay").place(),
     ZYMDB_RECORD_FIELD(Adapter, HealthStatus, "HEALTH", "health, as its writer codes it").state(),

@@ -62,11 +62,19 @@ Value time_text(const Event& event) {
 
 constexpr Field<Component> kComponentFields[] = {
     derived<Component>("Function", "FUNCTION", "address of the PCI function", function_address)
+        .tells(Tells::kFunction)
         .shown()
         .place(),
     ZYMDB_RECORD_FIELD(Component, PCIFuncKey, "KEY", "function key").hex(8).place(),
-    ZYMDB_RECORD_FIELD(Component, FirmwareName, "NAME", "name of the component").long_text().shown().place(),
-    ZYMDB_RECORD_FIELD(Component, VersionString, "VERSION", "installed version").shown().version(),
+    ZYMDB_RECORD_FIELD(Component, FirmwareName, "NAME", "name of the component")
+        .tells(Tells::kName)
+        .long_text()
+        .shown()
+        .place(),
+    ZYMDB_RECORD_FIELD(Component, VersionString, "VERSION", "installed version")
+        .tells(Tells::kVersion)
+        .shown()
+        .version(),
     ZYMDB_RECORD_FIELD(Component, Description, "DESCRIPTION", "description"),
     ZYMDB_RECORD_FIELD(Component, ReleaseDate, "DATE", "release date").shown(),
     ZYMDB_RECORD_FIELD(Component, Classification, "CLASSCODE", "classification code")
@@ -75,23 +83,27 @@ constexpr Field<Component> kComponentFields[] = {
     ZYMDB_RECORD_FIELD(Component, ClassificationString, "CLASS", "classification")
         .shown()
         .unknown_at("Unknown"),
-    ZYMDB_RECORD_FIELD(Component, Manufacture, "MAKER", "maker").shown(),
+    ZYMDB_RECORD_FIELD(Component, Manufacture, "MAKER", "maker").tells(Tells::kMaker).shown(),
     ZYMDB_RECORD_FIELD(Component, SoftwareID, "SOFTWARE", "software id").shown().place(),
 };
 
 constexpr Field<Device> kDeviceFields[] = {
     derived<Device>("Place", "PLACE", "slot, drive bay or system board (Location and SlotNo)", device_place)
+        .tells(Tells::kPosition)
         .shown()
         .place(),
-    ZYMDB_RECORD_FIELD(Device, DeviceName, "DEVICE", "name").long_text().shown().model(),
+    ZYMDB_RECORD_FIELD(Device, DeviceName, "DEVICE", "name").tells(Tells::kName).long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Device, DeviceType, "TYPE", "device type code").unknown_at(23),
     ZYMDB_RECORD_FIELD(Device, PCIKey, "KEY", "PCI key").hex(8).place(),
     ZYMDB_RECORD_FIELD(Device, PCIFuncKey, "FUNCTIONKEY", "function key").hex(8).place(),
     ZYMDB_RECORD_FIELD(Device, Location, "LOCATION", "0 system board, 1 slot, 2 drive bay").place(),
     ZYMDB_RECORD_FIELD(Device, SlotNo, "SLOT", "slot number within the location").place(),
-    ZYMDB_RECORD_FIELD(Device, Manufacture, "MAKER", "maker"),
+    ZYMDB_RECORD_FIELD(Device, Manufacture, "MAKER", "maker").tells(Tells::kMaker),
     ZYMDB_RECORD_FIELD(Device, SoftwareID, "SOFTWARE", "software id").shown(),
-    ZYMDB_RECORD_FIELD(Device, VersionString, "VERSION", "installed version").shown().version(),
+    ZYMDB_RECORD_FIELD(Device, VersionString, "VERSION", "installed version")
+        .tells(Tells::kVersion)
+        .shown()
+        .version(),
     ZYMDB_RECORD_FIELD(Device, PendingVersionString, "NEXT", "version staged for the next activation")
         .shown(),
     ZYMDB_RECORD_FIELD(Device, PkgVersionString, "PACKAGE", "version of the package"),
@@ -111,12 +123,17 @@ constexpr Field<Device> kDeviceFields[] = {
 };
 
 constexpr Field<Embedded> kEmbeddedFields[] = {
-    ZYMDB_RECORD_FIELD(Embedded, DeviceName, "DEVICE", "name").long_text().shown().place(),
+    ZYMDB_RECORD_FIELD(Embedded, DeviceName, "DEVICE", "name")
+        .tells(Tells::kName)
+        .long_text()
+        .shown()
+        .place(),
     ZYMDB_RECORD_FIELD(Embedded, DeviceIndex, "INDEX", "tells devices of a software id apart")
         .shown()
         .place(),
     ZYMDB_RECORD_FIELD(Embedded, StructRev, "REVISION", "revision of its description"),
     derived<Embedded>("VersionString", "VERSION", "version as it was reported, or else its number", version)
+        .tells(Tells::kVersion)
         .shown()
         .version(),
     ZYMDB_RECORD_FIELD(Embedded, Version, "VERSIONNO", "number of the version, or of its first part"),
@@ -245,17 +262,20 @@ std::vector<Embedded> list_embedded() {
 
 RecordType firmware_components() {
   return describe<Component>("firmware", "Firmware and software components of PCI functions",
-                             kComponentFields, list_components);
+                             kComponentFields, list_components)
+      .as(Nature::kFirmware);
 }
 
 RecordType pldm_devices(std::function<PldmReader()> which) {
   return describe<Device>("pldm", "Firmware of devices that are updated over PLDM", kDeviceFields,
-                          [which = std::move(which)] { return list_devices(which()); });
+                          [which = std::move(which)] { return list_devices(which()); })
+      .as(Nature::kFirmware);
 }
 
 RecordType embedded_devices() {
   return describe<Embedded>("embedded", "Firmware of devices on the system board", kEmbeddedFields,
-                            list_embedded);
+                            list_embedded)
+      .as(Nature::kFirmware);
 }
 
 RecordType dpu_events(std::function<int()> slot) {

@@ -125,13 +125,19 @@ Value place(const Function& function) {
 }
 
 constexpr Field<Function> kFields[] = {
-    derived<Function>("Address", "ADDRESS", "bus address", address).shown().place(),
+    derived<Function>("Address", "ADDRESS", "bus address", address)
+        .tells(Tells::kOwnFunction)
+        .shown()
+        .place(),
     derived<Function>("Bridge", "BRIDGE", "bus address of the bridge above", bridge).place(),
     derived<Function>("Id", "ID", "vendor and device id", id).shown().model(),
     derived<Function>("SubsystemId", "SUBID", "subsystem's vendor and device id", subsystem_id)
         .known_if(has_subsystem)
         .model(),
-    derived<Function>("Place", "PLACE", "slot, drive bay or system board", place).shown().place(),
+    derived<Function>("Place", "PLACE", "slot, drive bay or system board", place)
+        .tells(Tells::kPosition)
+        .shown()
+        .place(),
     derived<Function>("Link", "LINK", "PCI Express link: lanes and generation, in use/largest", link)
         .shown()
         .noted(link_attention)
@@ -145,8 +151,14 @@ constexpr Field<Function> kFields[] = {
     derived<Function>(kNumaNode, "NUMA", "NUMA node that the function is nearest to", column<kNumaNode>)
         .number(),
     derived<Function>("ClassName", "CLASS", "class, by name", class_name).model(),
-    derived<Function>("Name", "NAME", "vendor and device, by name", name).long_text().shown().model(),
-    derived<Function>("VendorName", "VENDORNAME", "vendor, by name", vendor_name).model(),
+    derived<Function>("Name", "NAME", "vendor and device, by name", name)
+        .tells(Tells::kName)
+        .long_text()
+        .shown()
+        .model(),
+    derived<Function>("VendorName", "VENDORNAME", "vendor, by name", vendor_name)
+        .tells(Tells::kMaker)
+        .model(),
     derived<Function>("DeviceName", "DEVICENAME", "device, by name", device_name).model(),
     ZYMDB_RECORD_FIELD(Function, _id, "ROWID", "row of the inventory").row(),
     ZYMDB_RECORD_FIELD(Function, BridgeId, "BRIDGEID", "function key of the bridge above").hex(8).place(),
@@ -176,10 +188,10 @@ constexpr Field<Function> kFields[] = {
     ZYMDB_RECORD_FIELD(Function, BladeSlotPort, "BLADEPORT", "port of a blade slot"),
     ZYMDB_RECORD_FIELD(Function, NodeIndex, "NODE", "node that the function belongs to"),
     ZYMDB_RECORD_FIELD(Function, FunType, "FUNTYPE", "function type code"),
-    ZYMDB_RECORD_FIELD(Function, LanesInUse, "LANES", "lanes in use").state(),
-    ZYMDB_RECORD_FIELD(Function, MaxLanes, "MAXLANES", "most lanes"),
-    ZYMDB_RECORD_FIELD(Function, MaxPCIeType, "MAXGEN", "highest PCI Express generation"),
-    ZYMDB_RECORD_FIELD(Function, PCIeType, "GEN", "PCI Express generation in use").state(),
+    ZYMDB_RECORD_FIELD(Function, LanesInUse, "LANES", "lanes in use").amount().state(),
+    ZYMDB_RECORD_FIELD(Function, MaxLanes, "MAXLANES", "most lanes").amount(),
+    ZYMDB_RECORD_FIELD(Function, MaxPCIeType, "MAXGEN", "highest PCI Express generation").amount(),
+    ZYMDB_RECORD_FIELD(Function, PCIeType, "GEN", "PCI Express generation in use").amount().state(),
 };
 
 Link link_of(const Function& function) {

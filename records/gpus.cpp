@@ -23,15 +23,25 @@ Value memory(const Gpu& gpu) {
 }
 
 constexpr Field<Gpu> kFields[] = {
-    derived<Gpu>("Function", "FUNCTION", "address of the PCI function", address).shown().place(),
+    derived<Gpu>("Function", "FUNCTION", "address of the PCI function", address)
+        .tells(Tells::kFunction)
+        .shown()
+        .place(),
     ZYMDB_RECORD_FIELD(Gpu, PCIFuncKey, "KEY", "function key").hex(8).place(),
     ZYMDB_RECORD_FIELD(Gpu, VideoMemoryType, "MEMTYPECODE", "video memory type code").zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Gpu, VideoMemoryTypeName, "MEMTYPE", "video memory type").unknown_at("Unknown"),
     ZYMDB_RECORD_FIELD(Gpu, VideoMemorySize, "MEMSIZE", "video memory").unit("MiB"),
     derived<Gpu>("VideoMemory", "MEMORY", "what VideoMemorySize says", memory).shown(),
-    ZYMDB_RECORD_FIELD(Gpu, TotalGPUChipNumber, "CHIPS", "chips of the function").shown(),
-    ZYMDB_RECORD_FIELD(Gpu, GPUChipName, "NAME", "the chip's name").long_text().shown().model(),
-    ZYMDB_RECORD_FIELD(Gpu, GPUChipManufacturer, "MANUFACTURER", "manufacturer").shown().model(),
+    ZYMDB_RECORD_FIELD(Gpu, TotalGPUChipNumber, "CHIPS", "chips of the function").amount().shown(),
+    ZYMDB_RECORD_FIELD(Gpu, GPUChipName, "NAME", "the chip's name")
+        .tells(Tells::kName)
+        .long_text()
+        .shown()
+        .model(),
+    ZYMDB_RECORD_FIELD(Gpu, GPUChipManufacturer, "MANUFACTURER", "manufacturer")
+        .tells(Tells::kMaker)
+        .shown()
+        .model(),
     ZYMDB_RECORD_FIELD(Gpu, GPUChipModel, "MODEL", "model").shown().model(),
     ZYMDB_RECORD_FIELD(Gpu, GPUChipPartNumber, "PART", "part number").model(),
     ZYMDB_RECORD_FIELD(Gpu, GPUChipSKU, "SKU", "stock keeping unit").model(),
@@ -41,7 +51,7 @@ constexpr Field<Gpu> kFields[] = {
     ZYMDB_RECORD_FIELD(Gpu, GPUChipFormFactorName, "FORM", "form factor").unknown_at("Unknown"),
     ZYMDB_RECORD_FIELD(Gpu, GPUChipFormFactor, "FORMCODE", "form factor code").zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Gpu, GPUChipIndex, "INDEX", "index of the chip on the function").place(),
-    ZYMDB_RECORD_FIELD(Gpu, GPUChipNumberOfEnabledCores, "CORES", "enabled cores").zero_is_unknown(),
+    ZYMDB_RECORD_FIELD(Gpu, GPUChipNumberOfEnabledCores, "CORES", "enabled cores").amount().zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Gpu, ExternalBusClockSpeed, "BUSCLOCK", "clock speed of the external bus")
         .zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Gpu, GPUChipMaxClockSpeed, "MAXCLOCK", "highest clock speed").zero_is_unknown(),

@@ -102,10 +102,13 @@ constexpr Field<Module> kFields[] = {
         .shown(),
     ZYMDB_RECORD_FIELD(Module, DevLocator, "DEVLOCATOR", "the board's name for the position").place(),
     ZYMDB_RECORD_FIELD(Module, BankLocator, "BANK", "the board's name for its bank").place(),
-    ZYMDB_RECORD_FIELD(Module, Manufacturer, "MANUFACTURER", "manufacturer").shown().model(),
+    ZYMDB_RECORD_FIELD(Module, Manufacturer, "MANUFACTURER", "manufacturer")
+        .tells(Tells::kMaker)
+        .shown()
+        .model(),
     ZYMDB_RECORD_FIELD(Module, SerialNo, "SERIAL", "serial number").identity(),
     ZYMDB_RECORD_FIELD(Module, AssetTag, "ASSET", "asset tag"),
-    ZYMDB_RECORD_FIELD(Module, PartNo, "PART", "part number").long_text().shown().model(),
+    ZYMDB_RECORD_FIELD(Module, PartNo, "PART", "part number").tells(Tells::kName).long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Module, Attributes, "ATTRIBUTES", "attributes; lowest digit: the rank").hex(2),
     ZYMDB_RECORD_FIELD(Module, NodeIndex, "NODE", "node that the module belongs to"),
     ZYMDB_RECORD_FIELD(Module, Capacity, "CAPACITY", "persistent module: capacity").unit("bytes"),
@@ -135,7 +138,9 @@ constexpr Field<Module> kFields[] = {
         .hex(2)
         .known_if(reports_itself)
         .state(),
-    ZYMDB_RECORD_FIELD(Module, LDShutdownCount, "DIRTYSHUTDOWNS", "dirty shutdowns").known_if(reports_itself),
+    ZYMDB_RECORD_FIELD(Module, LDShutdownCount, "DIRTYSHUTDOWNS", "dirty shutdowns")
+        .amount()
+        .known_if(reports_itself),
     ZYMDB_RECORD_FIELD(Module, AITDRAMStatus, "AITDRAM", "state of the address translation table's DRAM")
         .known_if(reports_itself)
         .state(),
@@ -152,7 +157,9 @@ constexpr Field<Module> kFields[] = {
     ZYMDB_RECORD_FIELD(Module, iMCNum, "CONTROLLER", "place: memory controller").place(),
     ZYMDB_RECORD_FIELD(Module, ChannelNum, "CHANNEL", "place: channel").place(),
     ZYMDB_RECORD_FIELD(Module, DimmNum, "DIMM", "place: module on the channel").place(),
-    ZYMDB_RECORD_FIELD(Module, FirmwareVersion, "FIRMWARE", "firmware version").version(),
+    ZYMDB_RECORD_FIELD(Module, FirmwareVersion, "FIRMWARE", "firmware version")
+        .tells(Tells::kFirmware)
+        .version(),
     ZYMDB_RECORD_FIELD(Module, SoftwareID, "SOFTWARE", "firmware's software identifier"),
     ZYMDB_RECORD_FIELD(Module, MajorHealth, "MAJORHEALTH", "major health state"),
     ZYMDB_RECORD_FIELD(Module, MinorHealth, "MINORHEALTH", "minor health state"),

@@ -48,11 +48,13 @@ Value max_speed(const LogicalPort& port) {
 
 constexpr Field<PhysicalPort> kPhysicalFields[] = {
     derived<PhysicalPort>("Function", "FUNCTION", "address of the PCI function", function_address)
+        .tells(Tells::kFunction)
         .shown()
         .place(),
     ZYMDB_RECORD_FIELD(PhysicalPort, PCIFuncKey, "KEY", "function key").hex(8).place(),
     ZYMDB_RECORD_FIELD(PhysicalPort, Idx, "PORT", "index of the port within its function").shown().place(),
     ZYMDB_RECORD_FIELD(PhysicalPort, InterfaceName, "INTERFACE", "the system's name of the interface")
+        .tells(Tells::kName)
         .shown()
         .place(),
     ZYMDB_RECORD_FIELD(PhysicalPort, ConnectorLayout, "CONNECTORLAYOUT", "connector code")
@@ -61,7 +63,8 @@ constexpr Field<PhysicalPort> kPhysicalFields[] = {
     ZYMDB_RECORD_FIELD(PhysicalPort, ConnectorLayoutName, "CONNECTOR", "connector")
         .shown()
         .unknown_at("Unknown"),
-    ZYMDB_RECORD_FIELD(PhysicalPort, NumberofLogicalPorts, "LOGICAL", "logical ports that it carries"),
+    ZYMDB_RECORD_FIELD(PhysicalPort, NumberofLogicalPorts, "LOGICAL", "logical ports that it carries")
+        .amount(),
     ZYMDB_RECORD_FIELD(PhysicalPort, PermanentAddress, "ADDRESS", "burnt-in address").shown().identity(),
     derived<PhysicalPort>("Link", "LINK", "state of the link", status).shown().judged(link_attention).state(),
     derived<PhysicalPort>("LinkSpeedText", "SPEED", "speed of the link", speed).shown().state(),
@@ -204,10 +207,12 @@ RecordType physical_ports(PortChoice whose) {
 }
 
 RecordType logical_ports(PortChoice whose) {
-  return describe<LogicalPort>(
-      "logical-ports", "Logical ports of network functions", kLogicalFields, [whose = std::move(whose)] {
-        return list_ports<LogicalPort>(whose(), zymdb_get_network_logical_port_list, ZYM_DB_STATUS_DONE);
-      });
+  return describe<LogicalPort>("logical-ports", "Logical ports of network functions", kLogicalFields,
+                               [whose = std::move(whose)] {
+                                 return list_ports<LogicalPort>(whose(), zymdb_get_network_logical_port_list,
+                                                                ZYM_DB_STATUS_DONE);
+                               })
+      .as(Nature::kLogical);
 }
 
 RecordType link_states(std::function<std::vector<State>()> list) {

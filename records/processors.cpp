@@ -54,8 +54,15 @@ constexpr Field<Processor> kFields[] = {
         .shown()
         .noted(socket_attention),
     derived<Processor>("State", "STATE", "what Status says", state).shown().judged(state_attention).state(),
-    ZYMDB_RECORD_FIELD(Processor, Manufacturer, "MANUFACTURER", "manufacturer").long_text().model(),
-    ZYMDB_RECORD_FIELD(Processor, Version, "VERSION", "the processor's own name").long_text().shown().model(),
+    ZYMDB_RECORD_FIELD(Processor, Manufacturer, "MANUFACTURER", "manufacturer")
+        .tells(Tells::kMaker)
+        .long_text()
+        .model(),
+    ZYMDB_RECORD_FIELD(Processor, Version, "VERSION", "the processor's own name")
+        .tells(Tells::kName)
+        .long_text()
+        .shown()
+        .model(),
     ZYMDB_RECORD_FIELD(Processor, Voltage, "VOLTAGE", "voltage code").hex(2),
     derived<Processor>("VoltageText", "VOLTS", "what Voltage says", voltage),
     ZYMDB_RECORD_FIELD(Processor, ExtClock, "EXTMHZ", "external clock").unit("MHz").zero_is_unknown(),
@@ -75,11 +82,17 @@ constexpr Field<Processor> kFields[] = {
     ZYMDB_RECORD_FIELD(Processor, SerialNo, "SERIAL", "serial number").identity(),
     ZYMDB_RECORD_FIELD(Processor, AssetTag, "ASSET", "asset tag"),
     ZYMDB_RECORD_FIELD(Processor, PartNo, "PART", "part number").model(),
-    ZYMDB_RECORD_FIELD(Processor, CoreCount, "CORES", "cores").known_if(is_there).zero_is_unknown().shown(),
+    ZYMDB_RECORD_FIELD(Processor, CoreCount, "CORES", "cores")
+        .amount()
+        .known_if(is_there)
+        .zero_is_unknown()
+        .shown(),
     ZYMDB_RECORD_FIELD(Processor, CoreEnabled, "ENABLED", "enabled cores")
+        .amount()
         .known_if(is_there)
         .zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Processor, ThreadCount, "THREADS", "threads")
+        .amount()
         .known_if(is_there)
         .zero_is_unknown()
         .shown(),

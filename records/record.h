@@ -36,6 +36,28 @@ enum class Role : uint8_t {
   kRow,       // says where the inventory has it, and nothing about the part
 };
 
+// What else a field tells of its part, for forms of documents that have a place of their own for it.
+enum class Tells : uint8_t {
+  kNothing,
+  kName,
+  kMaker,
+  kVersion,
+  kFirmware,       // the version of the firmware that is in the part
+  kPosition,       // slot, bay or board
+  kFunction,       // the address of the PCI function that the part belongs to
+  kOwnFunction,    // of the one that it is
+  kFirstFunction,  // of the first one that it has
+  kCollected,      // when the part was collected, in seconds since 1970
+};
+
+// What records of a type are.
+enum class Nature : uint8_t {
+  kMachine,  // the whole
+  kDevice,   // what can be taken out, or is soldered in
+  kFirmware,
+  kLogical,  // settings, and what exists on the wire only
+};
+
 // Whether a table has the column when nobody says which.
 enum class Shown : uint8_t { kNo, kByDefault };
 
@@ -50,8 +72,10 @@ struct FieldInfo {
   Kind kind = Kind::kText;
   Role role = Role::kStable;
   Shown shown = Shown::kNo;
-  unsigned hex_digits = 0;                     // 0: written in decimal
-  bool is_derived = false;                     // made of other fields
+  unsigned hex_digits = 0;  // 0: written in decimal
+  bool is_derived = false;  // made of other fields
+  bool is_amount = false;   // a number that counts or measures, rather than a code
+  Tells tells = Tells::kNothing;
   Attention (*judge)(const Value&) = nullptr;  // what a value that is known deserves; null: nothing
 
   // Numbers of more than 53 bits lose some in readers that keep numbers as floating point.
@@ -68,7 +92,9 @@ struct Field {
   const char* unknown_text = nullptr;           // the same
 
   constexpr Field shown() const { return with(&FieldInfo::shown, Shown::kByDefault); }
-  constexpr Field unit(const char* text) const { return with(&FieldInfo::unit, text); }
+  constexpr Field unit(const char* text) const { return with(&FieldInfo::unit, text).amount(); }
+  constexpr Field amount() const { return with(&FieldInfo::is_amount, true); }
+  constexpr Field tells(Tells what) const { return with(&FieldInfo::tells, what); }
   constexpr Field hex(unsigned digits) const { return with(&FieldInfo::hex_digits, digits); }
   constexpr Field long_text() const { return with(&FieldInfo::kind, Kind::kLongText); }
   constexpr Field identity() const { return with(&FieldInfo::role, Role::kIdentity); }
@@ -203,6 +229,12 @@ struct RecordType {
   std::string description;  // one line
   std::vector<FieldInfo> fields;
   std::function<Sheet(const Selection&)> list;  // all records; throws DatabaseError when not all can be read
+  Nature nature = Nature::kDevice;
+
+  RecordType as(Nature what) && {
+    nature = what;
+    return std::move(*this);
+  }
 };
 
 // `fields` must outlive the type.

@@ -93,7 +93,8 @@ void require_settled_settings() {
 
 RecordType settings(std::function<SettingChoice()> which) {
   return describe<SettingRecord>("settings", "Settings of the adapters", kFields.all,
-                                 [which = std::move(which)] { return list_settings(which()); });
+                                 [which = std::move(which)] { return list_settings(which()); })
+      .as(Nature::kLogical);
 }
 
 }  // namespace zymdb::records

@@ -52,6 +52,7 @@ Value trimmed_model(const Drive& drive) {
 
 constexpr Field<Drive> kFields[] = {
     derived<Drive>("Function", "FUNCTION", "address of the drive's controller", function_address)
+        .tells(Tells::kFunction)
         .known_if(has_function),
     ZYMDB_RECORD_FIELD(Drive, PCIFuncKey, "KEY", "function key of the drive's controller")
         .hex(8)
@@ -71,14 +72,17 @@ constexpr Field<Drive> kFields[] = {
     ZYMDB_RECORD_FIELD(Drive, Location, "LOCATION", "slot or bay").shown().place(),
     ZYMDB_RECORD_FIELD(Drive, DisplayType, "TYPE", "drive type").shown().unknown_at("Unknown").model(),
     ZYMDB_RECORD_FIELD(Drive, MediaType, "MEDIA", "SSD or HDD").shown(),
-    ZYMDB_RECORD_FIELD(Drive, MediaValue, "RPM", "rotations per minute").zero_is_unknown(),
+    ZYMDB_RECORD_FIELD(Drive, MediaValue, "RPM", "rotations per minute").amount().zero_is_unknown(),
     ZYMDB_RECORD_FIELD(Drive, FruNo, "FRU", "number of the field-replaceable unit"),
     ZYMDB_RECORD_FIELD(Drive, PartNo, "PART", "part number").model(),
     ZYMDB_RECORD_FIELD(Drive, SerialNo, "SERIAL", "serial number").shown().identity(),
-    ZYMDB_RECORD_FIELD(Drive, Model, "MODEL", "model").long_text().shown().model(),
+    ZYMDB_RECORD_FIELD(Drive, Model, "MODEL", "model").tells(Tells::kName).long_text().shown().model(),
     ZYMDB_RECORD_FIELD(Drive, UUID, "UUID", "unique identifier").identity(),
-    ZYMDB_RECORD_FIELD(Drive, Manufacture, "MAKER", "the drive's maker").model(),
-    ZYMDB_RECORD_FIELD(Drive, FwVersion, "FIRMWARE", "firmware version").shown().version(),
+    ZYMDB_RECORD_FIELD(Drive, Manufacture, "MAKER", "the drive's maker").tells(Tells::kMaker).model(),
+    ZYMDB_RECORD_FIELD(Drive, FwVersion, "FIRMWARE", "firmware version")
+        .tells(Tells::kFirmware)
+        .shown()
+        .version(),
     ZYMDB_RECORD_FIELD(Drive, Capacity, "CAPACITY", "capacity").shown().model(),
     ZYMDB_RECORD_FIELD(Drive, SFlags, "FLAGS", "health status flags of the drive")
         .known_if(reports_itself)

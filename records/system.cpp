@@ -59,9 +59,12 @@ Value collected(const System& system) {
 
 constexpr Field<System> kFields[] = {
     ZYMDB_RECORD_FIELD(System, HostName, "HOST", "name of the host").place().shown(),
-    ZYMDB_RECORD_FIELD(System, Manufacturer, "MANUFACTURER", "manufacturer").shown().model(),
-    ZYMDB_RECORD_FIELD(System, Model, "MODEL", "model").shown().model(),
-    ZYMDB_RECORD_FIELD(System, Version, "VERSION", "version of the model").model(),
+    ZYMDB_RECORD_FIELD(System, Manufacturer, "MANUFACTURER", "manufacturer")
+        .shown()
+        .model()
+        .tells(Tells::kMaker),
+    ZYMDB_RECORD_FIELD(System, Model, "MODEL", "model").shown().model().tells(Tells::kName),
+    ZYMDB_RECORD_FIELD(System, Version, "VERSION", "version of the model").model().tells(Tells::kVersion),
     ZYMDB_RECORD_FIELD(System, SerialNo, "SERIAL", "serial number").identity().shown(),
     ZYMDB_RECORD_FIELD(System, UUID, "UUID", "universally unique identifier").identity(),
     ZYMDB_RECORD_FIELD(System, SKU, "SKU", "stock keeping unit").model(),
@@ -76,7 +79,9 @@ constexpr Field<System> kFields[] = {
         .version(),
     ZYMDB_RECORD_FIELD(System, FirmwareDate, "FIRMWAREDATE", "release date of the system's firmware").shown(),
     ZYMDB_RECORD_FIELD(System, CollectedAt, "COLLECTEDAT",
-                       "when a collection last changed anything, in seconds since 1970")
+                       "when a collection last changed anything, since the start of 1970")
+        .unit("s")
+        .tells(Tells::kCollected)
         .changing()
         .zero_is_unknown(),
     derived<System>("Collected", "COLLECTED", "what CollectedAt says", collected).changing().shown(),
@@ -105,7 +110,8 @@ std::vector<System> list_systems() {
 
 RecordType system() {
   return describe<System>("system", "The machine as a whole: model, board and firmware", kFields,
-                          list_systems);
+                          list_systems)
+      .as(Nature::kMachine);
 }
 
 }  // namespace zymdb::records

@@ -9,7 +9,7 @@ namespace zymdb::records {
 std::string place_text(unsigned location, unsigned number) {
   switch (location) {
     case ZYMDB_LOCATION_BOARD:
-      return "on board";
+      return kOnBoard;
     case ZYMDB_LOCATION_SLOT:
       return "slot " + std::to_string(number);
     case ZYMDB_LOCATION_BAY:

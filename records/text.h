@@ -9,6 +9,8 @@
 
 namespace zymdb::records {
 
+inline constexpr char kOnBoard[] = "on board";
+
 // What a socket or position without its part is called.
 inline constexpr char kEmpty[] = "empty";
 

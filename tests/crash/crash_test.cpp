@@ -76,6 +76,7 @@ TEST_P(CrashTest, KeepsEveryWriteThatReturned) {
     }
     kill_all(group);
     check(pipe);
+    check_history();
   }
   EXPECT_GT(told_, 40U * kRounds);
 }
@@ -94,6 +95,7 @@ TEST_P(FirstOpeningCrashTest, LeavesADatabaseThatOpens) {
     wait_a_while(pipe, round % 2 == 0 ? 0 : 6, 15ms);
     kill_all(group);
     check(pipe);
+    check_history();
   }
   EXPECT_GT(told_, kRounds / 2U);
 }

@@ -4,23 +4,11 @@
 #include <algorithm>
 #include <random>
 
-#include "documents/difference.h"
+#include "documents/applied.h"
 #include "documents/documents.h"
 
 namespace zymdb::documents {
 namespace {
-
-// The document that the changes make of another.
-Document applied(Document document, const std::vector<Change>& changes) {
-  auto& parts = document.classes.front().parts;
-  for (const Change& change : changes) {
-    if (const auto found = std::ranges::find(parts, change.before); found != parts.end()) parts.erase(found);
-  }
-  for (const Change& change : changes) {
-    if (!change.after.empty()) parts.push_back(change.after);
-  }
-  return document;
-}
 
 // Few values, so that parts resemble each other.
 class RandomDocuments : public testing::TestWithParam<unsigned> {

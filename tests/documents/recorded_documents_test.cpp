@@ -3,8 +3,8 @@
 
 #include "collect/collector.h"
 #include "collect/machines.h"
+#include "documents/applied.h"
 #include "documents/check.h"
-#include "documents/difference.h"
 #include "documents/document_json.h"
 #include "documents/draft.h"
 #include "documents/inventory_types.h"
@@ -57,21 +57,6 @@ class RecordedDocuments : public InventoryTest {
       }
     }
     return trees;
-  }
-
-  static Document applied(Document document, const std::vector<Change>& changes) {
-    const auto parts_of = [&](const std::string& name) -> std::vector<Part>& {
-      return std::ranges::find(document.classes, name, &PartClass::name)->parts;
-    };
-    for (const Change& change : changes) {
-      auto& parts = parts_of(change.part_class);
-      if (const auto found = std::ranges::find(parts, change.before); found != parts.end())
-        parts.erase(found);
-    }
-    for (const Change& change : changes) {
-      if (!change.after.empty()) parts_of(change.part_class).push_back(change.after);
-    }
-    return document;
   }
 
   const std::vector<RecordType> types_ = inventory_types(records::kPciIdsFile);

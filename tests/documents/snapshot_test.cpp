@@ -102,15 +102,5 @@ TEST(Snapshot, OfWhatIsNoDatabaseIsRefused) {
   EXPECT_EQ(error_of(pack(other)), "a.snapshot: the snapshot is damaged");
 }
 
-TEST(NewFile, IsWholeOrNotThere) {
-  const TemporaryFolder folder;
-  const std::string path = folder.file("new");
-  write_new_file(path, "content");
-  EXPECT_EQ(read_source(path), "content");
-  EXPECT_THROW(write_new_file(path, "other"), SourceError);
-  EXPECT_EQ(read_source(path), "content");
-  EXPECT_THROW(write_new_file("/dev/full/x", "other"), SourceError);
-}
-
 }  // namespace
 }  // namespace zymdb::documents

@@ -32,11 +32,14 @@ COMPONENTS = {
            r"|include/zymdb_\w+\.h|include/zymdb/controller/\w+\.h|share/zymdb/schema/(upgrades/)?[\w-]+\.sql"
            r"|share/man/man[37]/\w+\.[37]",
     "python": r"lib\d*/python[\d.]+/(dist|site)-packages/zymdb/(\w+\.pyi?|py\.typed|_zymdb\.abi3\.so)",
-    "tool": r"bin/zymdb|share/man/man[15]/\w+\.[15]|share/bash-completion/completions/zymdb|share/zsh/site-functions/_zymdb|share/fish/vendor_completions.d/zymdb.fish|lib/systemd/system/zymdb-\w+\.\w+"
-            r"|lib/(tmpfiles|sysusers)\.d/zymdb\.conf",
+    "tool": r"bin/zymdb|share/zymdb/inventory\.schema\.json|share/man/man[15]/\w+\.[15]"
+            r"|share/bash-completion/completions/zymdb|share/zsh/site-functions/_zymdb"
+            r"|share/fish/vendor_completions.d/zymdb.fish"
+            r"|lib/systemd/system/zymdb-\w+\.\w+|lib/(tmpfiles|sysusers)\.d/zymdb\.conf",
 }
 NEEDED = ["bin/zymdb", "share/man/man1/zymdb.1", "share/bash-completion/completions/zymdb",
           "share/zsh/site-functions/_zymdb", "share/fish/vendor_completions.d/zymdb.fish", "share/zymdb/schema/inventory.sql",
+          "share/zymdb/inventory.schema.json",
           "share/man/man3/zymdb_get_pci_adapter_list.3", "share/man/man5/zymdb.5", "share/man/man7/zymdb.7",
           "lib/systemd/system/zymdb-collect.service", "lib/systemd/system/zymdb-collect.timer",
           "lib/systemd/system/zymdb-watch.service", "lib/tmpfiles.d/zymdb.conf",

@@ -63,6 +63,10 @@ const WrongUsage kWrongUsages[] = {
     {{"show", "adapters", "--columns", ""},
      std::string("--columns: unknown column ''; ") + kColumnsOfAdapters},
     // What does not go together.
+    {{"export", "--schema", "--format", "csv"},
+     "--format and --schema do not go together (try 'zymdb export --help')\n"},
+    {{"export", "--format", "csv"},
+     "--format: csv is several files: --output names their folder (try 'zymdb export --help')\n"},
     {{"show", "adapters", "--json", "--columns", "NAME"},
      "--json and --columns do not go together (try 'zymdb show adapters --help')\n"},
     {{"show", "adapters", "--json", "--no-headings"},
@@ -73,6 +77,8 @@ const WrongUsage kWrongUsages[] = {
      "only one can be given of --m2, --7mm, --sata, --merged, --controller, --function (try 'zymdb show "
      "drives --help')\n"},
     // Values.
+    {{"export", "--format", "xml"},
+     "--format: 'xml' is none of json, csv, prometheus, cyclonedx (try 'zymdb export --help')\n"},
     {{"show", "adapters", "--color", "mauve"},
      "--color: 'mauve' is none of auto, always, never (try 'zymdb show adapters --help')\n"},
     {{"--inventory", "", "show", "adapters"},

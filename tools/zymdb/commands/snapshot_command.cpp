@@ -1,6 +1,7 @@
 #include <memory>
 
 #include "commands/commands.h"
+#include "common/output_file.h"
 #include "common/source_file.h"
 #include "documents/snapshot.h"
 #include "show/inventory.h"
@@ -25,7 +26,7 @@ void run(const std::string& path) {
   open_inventory(Opening::kReading);
   const auto snapshot = documents::take_snapshot();
   try {
-    documents::write_new_file(path, documents::pack(snapshot));
+    write_new_file(path, documents::pack(snapshot));
   } catch (const SourceError& error) {
     throw Failure(std::string("cannot write ") + error.what());
   }

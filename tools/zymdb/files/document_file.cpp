@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "common/client_objects.h"
+#include "common/output_file.h"
 #include "common/source_file.h"
 #include "documents/document_json.h"
 #include "documents/snapshot.h"
@@ -39,7 +40,7 @@ documents::Document read_piped(const std::string& content, const std::vector<rec
     return documents::parse_document(content, name, types);
   const documents::ScratchFolder scratch;
   const std::string copy = scratch.file("inventory.db");
-  documents::write_new_file(copy, is_snapshot ? documents::unpack(content, name).database : content);
+  write_new_file(copy, is_snapshot ? documents::unpack(content, name).database : content);
   open_instead(copy);
   return documents::read_document(types);
 }

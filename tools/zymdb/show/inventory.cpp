@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "common/client_extensions.h"
+#include "common/output_file.h"
 #include "common/source_file.h"
 #include "controller/database_client.h"
 #include "documents/history.h"
@@ -30,7 +31,7 @@ void unpack_snapshot(Opening opening) {
   if (!documents::is_snapshot_file(path)) return;
   if (opening != Opening::kReading) throw Failure(path + " is a snapshot, which can only be read");
   const std::string database = scratch_file();
-  documents::write_new_file(database, documents::unpack(read_source(path), path).database);
+  write_new_file(database, documents::unpack(read_source(path), path).database);
   choose_inventory(database);
 }
 
