@@ -11,7 +11,7 @@ namespace {
 
 using testing::SizeIs;
 
-constexpr char kHeadings[] = "Place,Serial,Model,Size,Health,Load,Row,Detail\r\n";
+constexpr char kHeadings[] = "Place,Serial,Model,Size,Health,Load,Row,Detail,Firmware\r\n";
 
 std::string content(const std::vector<Module>& modules) {
   const auto files = to_csv(document(modules));
@@ -25,18 +25,18 @@ TEST(DocumentCsv, OfNoPartsHasTheHeadingsAlone) {
 }
 
 TEST(DocumentCsv, HasALineForEachPart) {
-  EXPECT_EQ(
-      content({{}, {.place = "A2", .load = UINT64_MAX}}),
-      std::string(kHeadings) + "A1,s1,m1,32 GiB,ok,0,1,d\r\nA2,s1,m1,32 GiB,ok,18446744073709551615,1,d\r\n");
+  EXPECT_EQ(content({{}, {.place = "A2", .load = UINT64_MAX}}),
+            std::string(kHeadings) +
+                "A1,s1,m1,32 GiB,ok,0,1,d,\r\nA2,s1,m1,32 GiB,ok,18446744073709551615,1,d,\r\n");
 }
 
 TEST(DocumentCsv, HasNothingForWhatNobodyKnows) {
-  EXPECT_EQ(content({{.place = "", .detail = ""}}), std::string(kHeadings) + ",s1,m1,32 GiB,ok,0,1,\r\n");
+  EXPECT_EQ(content({{.place = "", .detail = ""}}), std::string(kHeadings) + ",s1,m1,32 GiB,ok,0,1,,\r\n");
 }
 
 TEST(DocumentCsv, KeepsTextsWholeAndAsUtf8) {
   EXPECT_EQ(content({{.place = "a,b", .serial = "a\nb", .model = "\"", .health = "\xff"}}),
-            std::string(kHeadings) + "\"a,b\",\"a\nb\",\"\"\"\",32 GiB,\xEF\xBF\xBD,0,1,d\r\n");
+            std::string(kHeadings) + "\"a,b\",\"a\nb\",\"\"\"\",32 GiB,\xEF\xBF\xBD,0,1,d,\r\n");
 }
 
 TEST(DocumentCsv, KeepsTheSign) {
