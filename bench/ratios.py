@@ -36,10 +36,13 @@ SECTIONS = {
     "bus_bench": ("Beside an inventory daemon on the message bus", lambda name, rows: 0),
     "bus_bench-repeated": ("Beside an inventory daemon on the message bus, asked again while nothing changed",
                            lambda name, rows: 0),
+    "flash_bench": ("Bytes written to flash", lambda name, rows: 0),
 }
 LEAST_PER_CALL = {"point_bench": 4}
 LEAST_BUS = {"bus_bench": {"one adapter": 10, "adapter list": 5}, "bus_bench-repeated": {"one adapter": 100}}
 MOST_GROWTH = 1.2
+# Kilobytes that reach the device: of a change in a row of them, of a process by itself.
+MOST_WRITTEN = {"link change": 6.6, "DPU event": 12, "settings save, two values": 20, "zymdb show": 4}
 LEAST_SPEED_UP = 1.8
 MOST_BYTES_OF_HISTORY = 1.5
 
@@ -182,6 +185,28 @@ def difference(times, markdown):
     table.print(markdown)
 
 
+def kilobytes(number):
+    return f"{number / 1e3:.1f} KB"
+
+
+def flash(path, markdown):
+    with open(path) as file:
+        runs = sorted(json.load(file)["benchmarks"], key=lambda run: run["family_index"])
+    if "label" in runs[0]:
+        print(f"Not measured: {runs[0]['label']}.\n")
+        return
+    table = Table(("", "history", "its files", "flushes", "device, in a row", "device, one by one", "target"))
+    for run in runs:
+        what, history = run["name"].split("/")[:2]
+        most = MOST_WRITTEN.get(what, 0)
+        if "device" in run:
+            table.add(what, history, kilobytes(run["file"]), f"{run['flushes']:.1f}", kilobytes(run["device"]),
+                      kilobytes(run["alone"]), at_most(run["device"] / 1e3, most))
+        else:
+            table.add(what, history, "", "", "", kilobytes(run["alone"]), at_most(run["alone"] / 1e3, most))
+    table.print(markdown)
+
+
 def threads(rates, markdown):
     table = Table(("", "one thread", "two threads", "speed-up", "target"))
     ratio = rates[2] / rates[1]
@@ -203,6 +228,9 @@ def print_all(paths, markdown):
         program = os.path.basename(path).removesuffix(".json")
         title, most_of = SECTIONS[program]
         print(f"### {title}\n" if markdown else title)
+        if program == "flash_bench":
+            flash(path, markdown)
+            continue
         times, bytes_written, rates = read(path)
         if program in LEAST_BUS:
             bus(times, LEAST_BUS[program], markdown)
