@@ -20,7 +20,7 @@ size_t result_with(const char* value) {
 TEST(LimitsTest, AServerHasRoom) {
   const Limits limits = limits_of(64 * 1024 * kMiB);
   EXPECT_EQ(limits.result, 256 * kMiB);
-  EXPECT_EQ(limits.log, 4 * kMiB);
+  EXPECT_EQ(limits.log, kMiB);
   EXPECT_EQ(limits.cache, 2 * kMiB);
   EXPECT_EQ(limits.kept, kMiB);
 }

@@ -34,7 +34,7 @@ constexpr auto kPause = 5ms;
 
 // What the medians may differ by. A heap's pages come and go by some; the property database's three files are
 // open during a call only; pages that a table gave up are used again, not always at once; the log stays near
-// the 4 MiB at which it is copied, and grows beyond while readers use it.
+// the 1 MiB at which it is copied, and grows beyond while readers use it.
 constexpr int64_t kMemoryAllowance = 128;
 constexpr int64_t kDescriptorAllowance = 3;
 constexpr int64_t kDatabaseAllowance = 16;
