@@ -116,7 +116,12 @@ constexpr Scenario kScenarios[] = {
     {"zymdb show", show_alone, true},
 };
 
-constexpr const char* kHistories[] = {"on", "off"};
+struct Choice {
+  const char* history;
+  const char* synchronous;
+};
+
+constexpr Choice kChoices[] = {{"on", "full"}, {"off", "full"}, {"on", "normal"}, {"off", "normal"}};
 
 using Device = bench::FlashDevice;
 
@@ -126,11 +131,17 @@ double bytes_of(const Device& device, int times, const std::function<void(int)>&
   return static_cast<double>(device.written() - before) / times;
 }
 
-void measure(benchmark::State& state, const Device& device, const Scenario& scenario) {
+void choose(const bench::Inventory& inventory, const Choice& choice) {
+  zym_db_close(get_dmdb_handle());
+  setenv("ZYMDB_HISTORY", std::string_view(choice.history) == "on" ? "" : choice.history, 1);
+  setenv("ZYMDB_INVENTORY", ("sqlite:" + inventory.path() + "?synchronous=" + choice.synchronous).c_str(), 1);
+}
+
+void measure(benchmark::State& state, const Device& device, const Scenario& scenario, const Choice& choice) {
   const bench::Inventory inventory(kRows);
+  choose(inventory, choice);
   int turn = 0;
   const auto change = [&](int) { scenario.change(turn++); };
-  if (scenario.is_process) zym_db_close(get_dmdb_handle());
   bytes_of(device, scenario.is_process ? 1 : kBefore, change);
   if (!scenario.is_process) {
     counts = {};
@@ -154,12 +165,10 @@ void add(const std::string& name, Run run) {
 
 void add_all(const Device& device) {
   for (const Scenario& scenario : kScenarios) {
-    for (const char* history : kHistories) {
-      if (scenario.is_process && history != kHistories[0]) continue;
-      add(std::string(scenario.name) + "/" + history, [&, history](benchmark::State& state) {
-        setenv("ZYMDB_HISTORY", std::string_view(history) == "on" ? "" : history, 1);
-        measure(state, device, scenario);
-      });
+    for (const Choice& choice : kChoices) {
+      if (scenario.is_process && &choice != kChoices) continue;
+      const std::string name = std::string(scenario.name) + "/" + choice.synchronous + "/" + choice.history;
+      add(name, [&](benchmark::State& state) { measure(state, device, scenario, choice); });
     }
   }
 }

@@ -44,6 +44,24 @@ class CrashTest : public CrashFixture, public testing::WithParamInterface<uint32
     return group;
   }
 
+  void kill_in_rounds() {
+    for (int round = 0; round < kRounds && !HasFailure(); ++round) {
+      SCOPED_TRACE("round " + std::to_string(round));
+      Pipe pipe;
+      Group group = start(pipe);
+      wait_a_while(pipe, 100, 5ms);
+      // Every other time one dies first, and the others go on as if nothing had been.
+      if (round % 2 == 1) {
+        group[below(static_cast<unsigned>(group.size()))]->kill(SIGKILL);
+        wait_a_while(pipe, 40, 2ms);
+      }
+      kill_all(group);
+      check(pipe);
+      check_history();
+    }
+    EXPECT_GT(told_, 40U * kRounds);
+  }
+
   static void kill_all(Group& group) {
     for (const auto& process : group) process->kill(SIGKILL);
     for (const auto& process : group) EXPECT_EQ(process->wait(), -1);
@@ -54,7 +72,7 @@ class CrashTest : public CrashFixture, public testing::WithParamInterface<uint32
 };
 
 constexpr uint32_t kSeeds[] = {1, 2, 3, 5, 8, 13, 21, 34};
-constexpr uint32_t kFirstOpeningSeeds[] = {55, 89};
+constexpr uint32_t kFewSeeds[] = {55, 89};
 
 std::string seed_name(const testing::TestParamInfo<uint32_t>& info) {
   return "seed_" + std::to_string(info.param);
@@ -64,26 +82,23 @@ INSTANTIATE_TEST_SUITE_P(Rounds, CrashTest, testing::ValuesIn(kSeeds), seed_name
 
 TEST_P(CrashTest, KeepsEveryWriteThatReturned) {
   prepare();
-  for (int round = 0; round < kRounds && !HasFailure(); ++round) {
-    SCOPED_TRACE("round " + std::to_string(round));
-    Pipe pipe;
-    Group group = start(pipe);
-    wait_a_while(pipe, 100, 5ms);
-    // Every other time one dies first, and the others go on as if nothing had been.
-    if (round % 2 == 1) {
-      group[below(static_cast<unsigned>(group.size()))]->kill(SIGKILL);
-      wait_a_while(pipe, 40, 2ms);
-    }
-    kill_all(group);
-    check(pipe);
-    check_history();
-  }
-  EXPECT_GT(told_, 40U * kRounds);
+  kill_in_rounds();
+}
+
+using UnflushedCrashTest = CrashTest;
+
+INSTANTIATE_TEST_SUITE_P(Rounds, UnflushedCrashTest, testing::ValuesIn(kFewSeeds), seed_name);
+
+TEST_P(UnflushedCrashTest, KeepsEveryWriteThatReturned) {
+  close_database();
+  setenv("ZYMDB_INVENTORY", ("sqlite:" + path_.string() + "?synchronous=normal").c_str(), 1);
+  prepare();
+  kill_in_rounds();
 }
 
 using FirstOpeningCrashTest = CrashTest;
 
-INSTANTIATE_TEST_SUITE_P(Rounds, FirstOpeningCrashTest, testing::ValuesIn(kFirstOpeningSeeds), seed_name);
+INSTANTIATE_TEST_SUITE_P(Rounds, FirstOpeningCrashTest, testing::ValuesIn(kFewSeeds), seed_name);
 
 TEST_P(FirstOpeningCrashTest, LeavesADatabaseThatOpens) {
   close_database();

@@ -43,6 +43,46 @@ TEST(DataSourceTest, WhatNoEngineOpensIsRefused) {
   EXPECT_EQ(inventory_path("sqlite:"), "refused: ZYMDB_INVENTORY names no file: sqlite:");
 }
 
+// What the address says of the inventory holds for its properties.
+std::string flushing_of(const char* variable) {
+  setenv("ZYMDB_INVENTORY", variable, 1);
+  DataSource source;
+  DataSource properties;
+  std::string error;
+  if (!locate_inventory(source, error)) return error;
+  EXPECT_TRUE(locate_database("propertiesdb", properties, error)) << error;
+  EXPECT_EQ(properties.flushes_commits, source.flushes_commits);
+  return source.address + (source.flushes_commits ? " at each commit" : " later");
+}
+
+TEST(DataSourceTest, AnAddressSaysWhenCommitsAreFlushed) {
+  EXPECT_EQ(flushing_of(""), "/var/lib/zymdb/inventory.db at each commit");
+  EXPECT_EQ(flushing_of("/a/b.db"), "/a/b.db at each commit");
+  EXPECT_EQ(flushing_of("sqlite:/a/b.db"), "/a/b.db at each commit");
+  EXPECT_EQ(flushing_of("sqlite:/a/b.db?"), "/a/b.db at each commit");
+  EXPECT_EQ(flushing_of("sqlite:/a/b.db?synchronous=full"), "/a/b.db at each commit");
+  EXPECT_EQ(flushing_of("sqlite:/a/b.db?synchronous=normal"), "/a/b.db later");
+  EXPECT_EQ(flushing_of("sqlite:///a/b.db?synchronous=full&synchronous=normal"), "/a/b.db later");
+}
+
+TEST(DataSourceTest, APathWithoutASchemeMayHoldAQuestionMark) {
+  EXPECT_EQ(flushing_of("/a/b.db?synchronous=normal"), "/a/b.db?synchronous=normal at each commit");
+}
+
+TEST(DataSourceTest, AWrongChoiceIsRefused) {
+  for (const char* choice :
+       {"synchronous=off", "synchronous=NORMAL", "synchronous=", "synchronous", "flush=5s",
+        "synchronous=normal&x", "&synchronous=normal", "synchronous=normal?"}) {
+    EXPECT_EQ(inventory_path((std::string("sqlite:/a/b.db?") + choice).c_str()).substr(0, 8), "refused:")
+        << choice;
+  }
+  EXPECT_EQ(flushing_of("sqlite:/a/b.db?synchronous=off"),
+            "ZYMDB_INVENTORY says synchronous=off, and may say synchronous=full or synchronous=normal: "
+            "sqlite:/a/b.db?synchronous=off");
+  EXPECT_EQ(flushing_of("sqlite:?synchronous=normal"),
+            "ZYMDB_INVENTORY names no file: sqlite:?synchronous=normal");
+}
+
 TEST(DataSourceTest, EachEngineIsChosenByTheSchemeOfAnAddress) {
   std::set<std::string_view> schemes;
   for (const Engine* engine : engines()) {

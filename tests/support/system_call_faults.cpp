@@ -5,6 +5,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -16,6 +17,7 @@ namespace {
 int failure = 0;
 bool syncs_fail = false;
 bool syncs_are_skipped = false;
+std::atomic<int> flush_count{0};
 
 template <class Result>
 Result fail() {
@@ -95,6 +97,7 @@ sqlite3_syscall_ptr replacement_of(const char* call) {
 
 // The engine offers no replacement of this one: the test program's own takes the place of the C library's.
 extern "C" __attribute__((visibility("default"))) int fdatasync(int descriptor) {
+  ++flush_count;
   if (syncs_fail) return fail<int>();
   if (is_due()) die();
   if (syncs_are_skipped) return 0;
@@ -110,6 +113,10 @@ FailingCall::FailingCall(const char* call, int error) : call_(call) {
 FailingCall::~FailingCall() {
   if (!syncs_fail) replace(call_, nullptr);
   syncs_fail = false;
+}
+
+int flushes() {
+  return flush_count;
 }
 
 void skip_syncs() {

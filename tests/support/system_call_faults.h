@@ -20,6 +20,9 @@ class FailingCall {
 // that shall be `torn`, half of it is done before. For a process of its own: there is no way back.
 void die_at_system_call(int due, bool torn);
 
+// How often the process has flushed a file so far.
+int flushes();
+
 // From here on nothing is flushed, by this process and its children.
 void skip_syncs();
 

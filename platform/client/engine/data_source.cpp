@@ -18,6 +18,15 @@ std::string_view scheme_of(std::string_view address) {
   return has_one ? address.substr(0, colon) : std::string_view();
 }
 
+// What stands behind the first "?", which a path without a scheme may hold.
+std::string_view split_off_choices(std::string_view& address) {
+  const size_t mark = std::min(address.find('?'), address.size());
+  std::string_view choices = address.substr(mark);
+  address = address.substr(0, mark);
+  choices.remove_prefix(choices.empty() ? 0 : 1);
+  return choices;
+}
+
 const Engine* engine_for(std::string_view scheme) {
   if (scheme.empty()) return engines().front();
   const auto found = std::find_if(engines().begin(), engines().end(),
@@ -35,8 +44,12 @@ bool locate(const Schema& schema, DataSource& source, std::string& error) {
     return false;
   }
   source = {{}, &schema, engine};
-  if (!scheme.empty()) address.remove_prefix(scheme.size() + 1);
-  if (engine->locate(address, schema, source, error)) return true;
+  std::string_view choices;
+  if (!scheme.empty()) {
+    address.remove_prefix(scheme.size() + 1);
+    choices = split_off_choices(address);
+  }
+  if (engine->locate(address, schema, source, error) && engine->choose(choices, source, error)) return true;
   error = std::string(kVariable) + ' ' + error + ": " + variable;
   return false;
 }

@@ -16,6 +16,7 @@ struct DataSource {
   const Schema* schema = nullptr;
   const Engine* engine = nullptr;
   std::string predecessor = {};  // where it used to lie, from where it moves to its address; empty for none
+  bool flushes_commits = true;   // each before it returns; else the device has the newest a while later
 };
 
 inline constexpr char kDefaultInventory[] = "/var/lib/zymdb/inventory.db";

@@ -92,6 +92,8 @@ struct Engine {
   // Where the database of a schema lies, for the address of the inventory without its scheme. False when it
   // is no address; `error` then tells what it lacks.
   bool (*locate)(std::string_view address, const Schema& schema, DataSource& source, std::string& error);
+  // Takes what an address with a scheme says behind its first "?". False when that is no choice; as above.
+  bool (*choose)(std::string_view choices, DataSource& source, std::string& error);
 
   // A session that is not open yet. `writers` outlives it.
   std::unique_ptr<Session> (*make_session)(const DataSource& source, WriterQueue& writers,

@@ -1,5 +1,6 @@
 #include "client/engine/sqlite/engine.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "client/engine/sqlite/connections.h"
@@ -33,6 +34,24 @@ bool locate(std::string_view address, const Schema& schema, DataSource& source, 
   return true;
 }
 
+constexpr std::string_view kSynchronous = "synchronous=";
+
+// "synchronous=full" or "synchronous=normal", joined by "&"; the last one counts.
+bool choose(std::string_view choices, DataSource& source, std::string& error) {
+  while (!choices.empty()) {
+    const std::string_view choice = choices.substr(0, choices.find('&'));
+    choices.remove_prefix(std::min(choices.size(), choice.size() + 1));
+    const bool is_known = choice.starts_with(kSynchronous);
+    const std::string_view value = is_known ? choice.substr(kSynchronous.size()) : std::string_view();
+    if (value != "full" && value != "normal") {
+      error = "says " + std::string(choice) + ", and may say synchronous=full or synchronous=normal";
+      return false;
+    }
+    source.flushes_commits = value == "full";
+  }
+  return true;
+}
+
 std::unique_ptr<Session> make_session(const DataSource& source, WriterQueue& writers, const Limits& limits) {
   return std::make_unique<SqliteSession>(source, writers, limits);
 }
@@ -49,7 +68,7 @@ void abandon_inherited() {
 
 }  // namespace
 
-constinit const Engine kEngine = {"sqlite",    locate, make_session,     kStandardSql,
-                                  stand_still, go_on,  abandon_inherited};
+constinit const Engine kEngine = {"sqlite",     locate,      choose, make_session,
+                                  kStandardSql, stand_still, go_on,  abandon_inherited};
 
 }  // namespace zymdb::client::sqlite

@@ -56,12 +56,16 @@ constexpr EngineSetting kEngineOptions[] = {
 // its parent's connections has nothing of it to undo.
 constexpr char kSettings[] =
     "PRAGMA page_size=1024;"
-    "PRAGMA synchronous=FULL;"
     "PRAGMA case_sensitive_like=ON;"
     "PRAGMA cache_spill=OFF;"
     "PRAGMA temp_store=MEMORY;";
 
 constexpr uint64_t kMostPagesOfLog = 1000;
+
+// Without the flush of each commit the log is flushed where it goes into the database.
+const char* flushing(const DataSource& source) {
+  return source.flushes_commits ? "PRAGMA synchronous=FULL;" : "PRAGMA synchronous=NORMAL;";
+}
 
 // What is taken of the disk and of memory.
 std::string sizes(const Limits& limits) {
@@ -207,7 +211,7 @@ Failure Opening::configure() {
     sqlite3_db_config(database.get(), option.id, option.value, nullptr);
   }
   authorizer_.attach(database.get());
-  return execute(database.get(), kSettings + sizes(limits_));
+  return execute(database.get(), kSettings + (flushing(source_) + sizes(limits_)));
 }
 
 Failure Opening::bring_up_to_date() {
