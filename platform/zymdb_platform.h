@@ -91,8 +91,9 @@ int zym_db_content_put_blob(zym_db_content_values_t* values, const char* column,
  * Whether the process may make databases. What is open stays open. Any thread may call it.
  *
  * @param allowed  0: opening an inventory that is missing or empty fails and makes no file, and a missing
- *                 property database counts as an empty one that cannot be written. Else, and unless this is
- *                 called, a missing or empty file becomes a new database.
+ *                 property database counts as an empty one that cannot be written; one that nobody else has
+ *                 open is read without a file being made beside it, until it is written. Else, and unless
+ * this is called, a missing or empty file becomes a new database.
  */
 void zym_db_allow_creation(int allowed);
 

@@ -26,12 +26,14 @@ struct Change {
 
 // What a session answers about itself. All but a usable one are to be opened, or opened anew.
 struct SessionState {
-  enum class Kind : uint8_t { kUsable, kStale, kLost };
+  // kOvertaken: others write what was read as it stood; what came of a read since is to be read again.
+  enum class Kind : uint8_t { kUsable, kStale, kLost, kOvertaken };
 
   Kind kind = Kind::kUsable;
   const char* why = nullptr;  // what became of the database of a lost one
 
   bool is_usable() const { return kind == Kind::kUsable; }
+  bool is_to_be_read_again() const { return kind == Kind::kLost || kind == Kind::kOvertaken; }
 };
 
 // What came of opening a session. On a failure the session's error() is the whole line.

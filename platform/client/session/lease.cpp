@@ -51,8 +51,8 @@ int Lease::recompose(const Request& request) {
 int Lease::query(const Request& request, Result& result) {
   if (const int status = compose(request)) return status;
   const int status = session().query(statement(), result);
-  if (status == 0 || session().state(Look::kNow).kind != SessionState::Kind::kLost) return logged(status);
-  // It failed on what is the database no longer.
+  if (status == 0 || !session().state(Look::kNow).is_to_be_read_again()) return logged(status);
+  // It failed on what is the database no longer, or was written meanwhile.
   if (const int failure = recompose(request)) return failure;
   return logged(session().query(statement(), result));
 }
@@ -71,6 +71,24 @@ int Lease::change(const Request& request, Change& change) {
     return logged(status);
   }
   return logged(session().change(statement(), change));
+}
+
+template <class Read>
+int Lease::read_twice(Read read, const char* operation) {
+  int status = read();
+  if (status != 0 && session().state(Look::kNow).kind == SessionState::Kind::kOvertaken) {
+    if (const int failure = reopen()) return failure;
+    status = read();
+  }
+  return logged(status, operation);
+}
+
+int Lease::generation(uint64_t& generation) {
+  return read_twice([&] { return session().generation(generation); }, "generation");
+}
+
+int Lease::save_copy(const char* path, uint64_t& generation) {
+  return read_twice([&] { return session().save_copy(path, generation); }, "snapshot");
 }
 
 int Lease::begin() {

@@ -23,10 +23,8 @@ class Lease {
   int begin();
   int commit() { return logged(session().commit(), "commit"); }
   int rollback() { return logged(session().rollback(), "rollback"); }
-  int generation(uint64_t& generation) { return logged(session().generation(generation), "generation"); }
-  int save_copy(const char* path, uint64_t& generation) {
-    return logged(session().save_copy(path, generation), "snapshot");
-  }
+  int generation(uint64_t& generation);
+  int save_copy(const char* path, uint64_t& generation);
   int rewind(uint64_t generation);
 
   Lease() = default;
@@ -38,6 +36,8 @@ class Lease {
   Statement& statement() { return held_->statement; }
   int compose(const Request& request);
   int recompose(const Request& request);
+  template <class Read>
+  int read_twice(Read read, const char* operation);
   int renew();
   int reopen();
   int logged(int status, const char* operation);

@@ -4,6 +4,7 @@
 
 #include "client/engine/sqlite/file_copy.h"
 #include "client/engine/sqlite/rewinding.h"
+#include "client/status.h"
 
 namespace zymdb::client::sqlite {
 namespace {
@@ -25,8 +26,9 @@ Connection::~Connection() {
   if (in_transaction()) writer_->leave();
 }
 
-Failure Connection::open(const DataSource& source, const std::function<void()>& connected) {
-  Opening opening(source, limits_, authorizer_, connected);
+Failure Connection::open(const DataSource& source, const std::function<void()>& connected,
+                         bool may_be_alone) {
+  Opening opening(source, limits_, authorizer_, connected, may_be_alone);
   if (Failure failure = opening.run()) return failure;
   if (limits_.kept != 0 && opening.has_log()) kept_.emplace(limits_.kept);
   database_ = std::move(opening.database);
@@ -37,11 +39,12 @@ Failure Connection::open(const DataSource& source, const std::function<void()>& 
 }
 
 Failure Connection::open_journal(const DataSource& source, Access access) {
-  if (access != Access::kShared || catalog_->table(kJournalTable) == nullptr) return {};
+  const bool has_one = access == Access::kShared || access == Access::kAlone;
+  if (!has_one || catalog_->table(kJournalTable) == nullptr) return {};
   HistoryBounds bounds;
   std::string error;
   if (!configured_history_bounds(bounds, error)) return {ZYM_DB_STATUS_ERROR, error};
-  journal_.emplace(database(), *catalog_, source.schema->sql, bounds);
+  journal_.emplace(database(), *catalog_, source.schema->sql, bounds, access == Access::kShared);
   return {};
 }
 
@@ -143,6 +146,10 @@ Failure Connection::generation(uint64_t& generation) {
 Failure Connection::save_copy(const std::string& path, uint64_t& generation) {
   authorizer_.stand_aside();
   return sqlite::save_copy(database(), path, has_journal() ? &generation : nullptr);
+}
+
+Failure Connection::overtaken() const {
+  return watch_.is_overtaken() ? Failure{kStatusBusy, "others write it meanwhile"} : Failure{};
 }
 
 // The journal does not account for its own rewinding.

@@ -27,8 +27,9 @@ class Connection {
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
-  // `connected` is called once the file is open, before anything in it or beside it is used.
-  Failure open(const DataSource& source, const std::function<void()>& connected);
+  // `connected` is called once the file is open, before anything in it or beside it is used. One that
+  // `may_be_alone` reads a database that nobody else has open without making a file.
+  Failure open(const DataSource& source, const std::function<void()>& connected, bool may_be_alone = false);
 
   const Catalog& catalog() const { return *catalog_; }
   FileWatch& watch() { return watch_; }
@@ -69,6 +70,9 @@ class Connection {
   Failure generation(uint64_t& generation);
   Failure save_copy(const std::string& path, uint64_t& generation);
   Failure rewind(uint64_t generation);
+
+  // What came of a read is good unless others were writing what it read as it stood.
+  Failure overtaken() const;
 
   // A caller's transaction has a stay in the queue of writers.
   bool in_transaction() const { return writer_ != nullptr; }

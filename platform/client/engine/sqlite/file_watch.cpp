@@ -32,10 +32,13 @@ SessionState FileWatch::state(Look look) {
     keeps_its_files();
   }
   if (loss_ != nullptr) return {Kind::kLost, loss_};
+  if (is_overtaken()) return {Kind::kOvertaken, nullptr};
+  if (look == Look::kNow && access_ == Access::kAlone) return {Kind::kStale, nullptr};
   return {unusable_ ? Kind::kStale : Kind::kUsable, nullptr};
 }
 
 bool FileWatch::may_be_written_by_now() const {
+  if (access_ == Access::kAlone) return false;
   if (access_ == Access::kImmutable) return may_write_folder_of(names_.wal);
   return sqlite3_db_readonly(database_, "main") == 1 && may_write(names_.database);
 }
@@ -44,7 +47,7 @@ bool FileWatch::keeps_its_files() {
   if (loss_ != nullptr) return false;
   if (abandoned_) return true;
   const Files found = names_.identify();
-  const bool is_rewritten = access_ == Access::kImmutable && found.written != files_.written;
+  const bool is_rewritten = has_the_file_alone() && found.written != files_.written;
   if (found == files_ && !is_rewritten) {
     was_rewritten_ = was_rewritten_ || found.written != files_.written;
     files_.written = found.written;
@@ -60,7 +63,7 @@ bool FileWatch::keeps_its_files() {
 
 // Without files of its own beside the database there is nothing to save or to tidy up.
 void FileWatch::leave(const Files& found) {
-  if (access_ == Access::kImmutable && found.database != files_.database) loss_ = kReplaced;
+  if (has_the_file_alone() && found.database != files_.database) loss_ = kReplaced;
 }
 
 // What lies at the path now is not this connection's to tidy up, but for what its own database left there:
@@ -86,6 +89,10 @@ void FileWatch::abandon() {
   abandoned_ = true;
   unusable_ = true;
   leave_wal(database_);
+}
+
+bool FileWatch::is_overtaken() const {
+  return access_ == Access::kAlone && !abandoned_ && file_id(names_.wal) != FileId{};
 }
 
 bool FileWatch::is_whole() const {

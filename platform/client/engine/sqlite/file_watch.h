@@ -31,6 +31,8 @@ class FileWatch {
 
   // All of it is as it was, and nothing waits in the write-ahead log.
   bool is_whole() const;
+  // Others write what was read as it stood.
+  bool is_overtaken() const;
   bool is_unchanged() const { return names_.identify() == files_; }
 
   // Whether the database's file was written since this was asked last, as far as was looked.
@@ -42,6 +44,7 @@ class FileWatch {
 
  private:
   bool may_be_written_by_now() const;
+  bool has_the_file_alone() const { return access_ == Access::kImmutable || access_ == Access::kAlone; }
   void leave(const Files& found);
   void tidy_up(const Files& found);
 

@@ -16,8 +16,9 @@ namespace zymdb::client::sqlite {
 class Journal {
  public:
   // Begins to listen to the connection's changes. `catalog` and `schema` outlive the journal, which goes
-  // before the connection does.
-  Journal(sqlite3* database, const Catalog& catalog, const char* schema, const HistoryBounds& bounds);
+  // before the connection does. Without a write-ahead log that is open there is no header to look at.
+  Journal(sqlite3* database, const Catalog& catalog, const char* schema, const HistoryBounds& bounds,
+          bool has_log);
 
   // A transaction begins, or ends without a commit.
   void forget() { recorder_.forget(); }
@@ -45,6 +46,7 @@ class Journal {
 
   sqlite3* database_;
   HistoryBounds bounds_;
+  bool has_log_;
   ChangeRecorder recorder_;
   StatementPtr newest_, oldest_, move_, add_, drop_;
   WalIndex wal_index_;

@@ -75,6 +75,19 @@ std::string sizes(const Limits& limits) {
 
 constexpr int kMostAttempts = 20;
 
+// Where a database says by which versions it is to be written and read.
+constexpr int kVersions = 18;
+constexpr unsigned char kWithLog = 2;
+
+int64_t size_of(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? int64_t{status.st_size} : 0;
+}
+
+bool has_log_beside(const std::string& path) {
+  return file_id(FileNames::of(path, resolved(path)).wal) != FileId{};
+}
+
 Failure system_failure(int error) {
   return {kStatusIo, std::strerror(error)};
 }
@@ -130,12 +143,22 @@ void Opening::let_go() {
 Failure Opening::try_once() {
   access = Access::kShared;
   if (Failure failure = find_file()) return failure;
+  if (may_be_alone_ && access == Access::kShared && open_alone()) return {};
   Failure failure = open();
   const bool is_out_of_reach = failure.status == kStatusIo || failure.status == kStatusReadOnly;
   if (!is_out_of_reach || is_replaced() || !nobody_can_be_writing()) return failure;
   let_go();
   access = Access::kImmutable;
   return open();
+}
+
+// Whatever keeps it from that, others do, or the file is to be brought up to date.
+bool Opening::open_alone() {
+  access = Access::kAlone;
+  if (!open()) return true;
+  let_go();
+  access = Access::kShared;
+  return false;
 }
 
 // A writer makes files beside the database, or finds them there.
@@ -189,20 +212,38 @@ Failure Opening::connect() {
   configure_process();
   std::string name = source_.address;
   int flags = kOpenFlags | SQLITE_OPEN_READWRITE;
-  if (access == Access::kImmutable) {
+  if (access == Access::kImmutable || access == Access::kAlone) {
     name = immutable_uri(source_.address);
     flags = kOpenFlags | SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
   } else if (access == Access::kAbsent) {
     name = ":memory:";
   }
-  if (access != Access::kAbsent) connected_to_ = file_id(source_.address);
+  if (access != Access::kAbsent) {
+    connected_to_ = file_id(source_.address);
+    size_ = size_of(source_.address);
+  }
   sqlite3* opened = nullptr;
   const int code = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
   database.reset(opened);
   if (code != SQLITE_OK) return failure_of(database.get(), code);
   if (is_replaced()) return {kStatusIo, "it was replaced again and again"};
   connected_();
-  return {};
+  return access == Access::kAlone ? hold_still() : Failure{};
+}
+
+// With this lock nobody removes a write-ahead log: as long as there is none, nobody has written since.
+// Without such a log writers have to wait for who reads.
+Failure Opening::hold_still() {
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(database.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  unsigned char versions[2] = {};
+  sqlite3_int64 size = 0;
+  const bool is_still = file->pMethods->xLock(file, SQLITE_LOCK_SHARED) == SQLITE_OK &&
+                        !has_log_beside(source_.address) &&
+                        file->pMethods->xFileSize(file, &size) == SQLITE_OK && size == size_ &&
+                        file->pMethods->xRead(file, versions, sizeof versions, kVersions) == SQLITE_OK &&
+                        versions[0] == kWithLog && versions[1] == kWithLog;
+  return is_still ? Failure{} : Failure{kStatusBusy, "others use it"};
 }
 
 Failure Opening::configure() {

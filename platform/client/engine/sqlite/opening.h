@@ -19,6 +19,7 @@ namespace zymdb::client::sqlite {
 // How a connection has its database.
 enum class Access {
   kShared,     // with the write-ahead log, among readers and writers
+  kAlone,      // as the file stands and without files beside it, until a write-ahead log is there
   kImmutable,  // a file that nobody can be writing, read without files beside it
   kAbsent      // there is no file and none may be made: empty tables in memory
 };
@@ -26,8 +27,12 @@ enum class Access {
 class Opening {
  public:
   Opening(const DataSource& source, const Limits& limits, Authorizer& authorizer,
-          const std::function<void()>& connected)
-      : source_(source), limits_(limits), authorizer_(authorizer), connected_(connected) {}
+          const std::function<void()>& connected, bool may_be_alone)
+      : source_(source),
+        limits_(limits),
+        authorizer_(authorizer),
+        connected_(connected),
+        may_be_alone_(may_be_alone) {}
 
   // A success fills what follows; the reason of a failure is a whole line.
   Failure run();
@@ -46,11 +51,13 @@ class Opening {
   bool is_replaced() const;
   bool nobody_can_be_writing() const;
   void let_go();
+  bool open_alone();
 
   Failure find_file();
   Failure find_none();
   Failure open();
   Failure connect();
+  Failure hold_still();
   Failure configure();
   Failure bring_up_to_date();
   Failure limit_log();
@@ -62,7 +69,9 @@ class Opening {
   const Limits& limits_;
   Authorizer& authorizer_;
   const std::function<void()>& connected_;
+  const bool may_be_alone_;
   FileId connected_to_;
+  int64_t size_ = 0;  // of that file, before it was open
 };
 
 }  // namespace zymdb::client::sqlite

@@ -1,7 +1,11 @@
 #include "client/engine/sqlite/session.h"
 
+#include <unistd.h>
+
+#include <new>
 #include <utility>
 
+#include "client/engine/creation.h"
 #include "client/engine/sqlite/idle_connection.h"
 #include "client/engine/sqlite/rows.h"
 #include "client/status.h"
@@ -45,9 +49,11 @@ Opened SqliteSession::open(std::unique_lock<std::mutex>& held) {
     return {};
   }
   auto fresh = std::make_unique<Connection>(limits_);
-  Failure failure = fresh->open(source_, [&] {
+  const auto connected = [&] {
     if (all.end_those_to_other_files(source_.address)) loss = kReplaced;
-  });
+  };
+  // Who makes no databases makes no files where reading needs none. What was open may be on its way to write.
+  Failure failure = fresh->open(source_, connected, !was_open && !creation_is_allowed());
   held.lock();
   if (failure) return {fail(std::move(failure)), nullptr};
   slot_->set(std::move(fresh));
@@ -56,8 +62,23 @@ Opened SqliteSession::open(std::unique_lock<std::mutex>& held) {
 
 void SqliteSession::close() {
   if (may_be_idle()) return idle_->keep(*slot_);
-  const std::lock_guard lock(slot_->lock);
+  std::unique_lock lock(slot_->lock);
+  const bool was_overtaken = slot_->connection != nullptr && connection().watch().is_overtaken();
   slot_->set(nullptr);
+  lock.unlock();
+  if (was_overtaken) settle();
+}
+
+// A writer that ended before left its log to who was still reading: the last one puts it into the database.
+void SqliteSession::settle() {
+  try {
+    Connections& all = Connections::instance();
+    const std::lock_guard opening(all.opening);
+    Connection last(limits_);
+    last.open(source_, [&] { all.end_those_to_other_files(source_.address); });
+  } catch (const std::bad_alloc&) {
+    // The next one to open the database does it.
+  }
 }
 
 // For the thread that opened it alone, and where the file alone, as it may be copied, is all of the database.
@@ -79,7 +100,8 @@ int SqliteSession::query(Statement& statement, Result& result) {
   if (Failure failure = connection().prepare(statement, prepared)) return fail(std::move(failure));
   KeptResults* const kept = connection().kept_results();
   if (kept != nullptr && kept->find(prepared->number, statement.arguments(), result)) return 0;
-  const int status = read(*prepared, statement, result);
+  int status = read(*prepared, statement, result);
+  if (status == 0) status = confirmed({});
   if (status == 0 && kept != nullptr && !kept->offer(result)) Connections::instance().share_out_room(*slot_);
   return status;
 }
@@ -104,7 +126,8 @@ int SqliteSession::would_change(Statement& statement, bool& would) {
   if (const int code = run.bind(statement.probe_arguments()); code != SQLITE_OK) return outcome(code);
   const int code = run.step();
   would = code == SQLITE_ROW;
-  return would ? 0 : outcome(code);
+  if (const int status = would ? 0 : outcome(code)) return status;
+  return confirmed({});
 }
 
 int SqliteSession::change(Statement& statement, Change& change) {
@@ -161,14 +184,16 @@ int SqliteSession::rollback() {
 }
 
 int SqliteSession::generation(uint64_t& generation) {
-  Failure failure = connection().generation(generation);
-  return failure ? fail(std::move(failure)) : 0;
+  return confirmed(connection().generation(generation));
 }
 
 int SqliteSession::save_copy(const char* path, uint64_t& generation) {
   if (connection().in_transaction()) return fail({ZYM_DB_STATUS_ERROR, kTransactionLasts});
   Failure failure = connection().save_copy(path, generation);
-  return failure ? fail(std::move(failure)) : 0;
+  if (failure) return fail(std::move(failure));
+  const int status = confirmed({});
+  if (status != 0) unlink(path);
+  return status;
 }
 
 int SqliteSession::rewind(uint64_t generation) {
@@ -184,6 +209,11 @@ int SqliteSession::end_transaction(Failure (Connection::*end)()) {
     return fail({ZYM_DB_STATUS_ERROR, "no transaction is open on this thread"});
   const TransactionRelease release(connection());
   Failure failure = (connection().*end)();
+  return failure ? fail(std::move(failure)) : 0;
+}
+
+int SqliteSession::confirmed(Failure failure) {
+  if (!failure) failure = connection().overtaken();
   return failure ? fail(std::move(failure)) : 0;
 }
 

@@ -36,6 +36,8 @@ class SqliteSession final : public Session {
  private:
   Connection& connection() { return *slot_->connection; }
   bool may_be_idle();
+  void settle();
+  int confirmed(Failure failure);
   int read(const Prepared& prepared, const Statement& statement, Result& result);
   int write(Statement& statement, Change& change);
   int write_alone(Statement& statement, Change& change);
