@@ -94,7 +94,7 @@ int cmr_set_bios_attribute_value(cmr_attribute_request_t* requests, unsigned int
   const Requests all(requests, count);
   if (sessions.load() == 0) return refuse_all(all, ZYM_DB_STATUS_ERROR);
   if (count == 0) return 0;
-  return guarded([&] { return set_all(open_properties().get(), all); });
+  return guarded([&] { return set_all(kept_properties(), all); });
 }
 
 int cmr_api_uninitialize() {

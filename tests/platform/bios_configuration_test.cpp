@@ -1,8 +1,17 @@
 #include "controller/bios_configuration.h"
 
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "platform/child_process.h"
 #include "platform/client_fixture.h"
+#include "support/sql.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 class BiosConfigurationTest : public ClientTest {
  protected:
@@ -48,6 +57,83 @@ class BiosConfigurationTest : public ClientTest {
     return text;
   }
 };
+
+// The manager keeps the database open, and nothing that belongs to others.
+class KeptPropertiesTest : public BiosConfigurationTest {
+ protected:
+  KeptPropertiesTest() { cmr_api_initialize(); }
+
+  static int save(const char* value) {
+    cmr_attribute_request_t each = request("NIC.1", value);
+    return cmr_set_bios_attribute_value(&each, 1);
+  }
+  std::string path(const char* name = "inventory-properties.db") const { return folder() / name; }
+  static ino_t file(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
+  }
+};
+
+TEST_F(KeptPropertiesTest, StayAsTheyAreBetweenSaves) {
+  ASSERT_EQ(save("1"), 0);
+  const ino_t log = file(path("inventory-properties.db-wal"));
+  const auto written = fs::last_write_time(path());
+  const auto listed = fs::last_write_time(folder());
+  EXPECT_NE(log, 0U);
+  for (const char* value : {"2", "3"}) {
+    EXPECT_EQ(save(value), 0);
+    EXPECT_EQ(file(path("inventory-properties.db-wal")), log);
+  }
+  EXPECT_EQ(fs::last_write_time(path()), written);
+  EXPECT_EQ(fs::last_write_time(folder()), listed);
+  EXPECT_EQ(pending(), "NIC.1=3 2\n");
+}
+
+TEST_F(KeptPropertiesTest, AreOneWholeFileOnceTheThreadEnds) {
+  std::thread([] { EXPECT_EQ(save("1"), 0); }).join();
+  EXPECT_EQ(file(path("inventory-properties.db-wal")), 0U);
+  EXPECT_EQ(run_sql_on(path(), "SELECT value FROM biosPendingValue"), "1\n");
+}
+
+TEST_F(KeptPropertiesTest, AreThoseThatTakeTheirPlace) {
+  ASSERT_EQ(save("1"), 0);
+  run_sql_on(path(),
+             "INSERT INTO biosAttribute (name) VALUES ('NIC.1'); VACUUM INTO '" + path("copy.db") + "'");
+  fs::rename(path("copy.db"), path());
+  EXPECT_EQ(save("2"), 0);
+  EXPECT_EQ(pending(), "NIC.1=2 2\n");
+  fs::remove(path());
+  EXPECT_EQ(save("3"), 0);
+  EXPECT_EQ(pending(), "NIC.1=3 2\n");
+}
+
+TEST_F(KeptPropertiesTest, AreThoseOfTheInventoryThatIsNamedNow) {
+  ASSERT_EQ(save("1"), 0);
+  const std::string other = folder() / "other.db";
+  zym_db_close(handle());
+  setenv("ZYMDB_INVENTORY", other.c_str(), 1);
+  EXPECT_EQ(save("2"), 0);
+  EXPECT_EQ(pending(), "NIC.1=2 2\n");
+  zym_db_close(handle());
+  setenv("ZYMDB_INVENTORY", path("inventory.db").c_str(), 1);
+  EXPECT_EQ(pending(), "NIC.1=1 2\n");
+}
+
+TEST_F(KeptPropertiesTest, AreNotInherited) {
+  ASSERT_EQ(save("1"), 0);
+  EXPECT_EQ(ChildProcess([] { return save("2"); }).wait(), 0);
+  EXPECT_EQ(pending(), "NIC.1=2 2\n");
+  EXPECT_EQ(save("3"), 0);
+  EXPECT_EQ(pending(), "NIC.1=3 2\n");
+}
+
+TEST_F(KeptPropertiesTest, AreOpenedLaterWhereTheyCouldNotBe) {
+  lose_database();
+  EXPECT_EQ(save("1"), ZYM_DB_STATUS_NO_DB);
+  setenv("ZYMDB_INVENTORY", path("inventory.db").c_str(), 1);
+  EXPECT_EQ(save("2"), 0);
+  EXPECT_EQ(pending(), "NIC.1=2 2\n");
+}
 
 TEST_F(BiosConfigurationTest, AnEmptyAttributeListAcceptsEveryName) {
   cmr_attribute_request_t requests[] = {request("NIC.1", "Enabled"), request("NIC.2", "it's \"off\"")};

@@ -1,4 +1,5 @@
 // When what is written reaches the device.
+#include "controller/bios_configuration.h"
 #include "platform/child_process.h"
 #include "platform/media_fixture.h"
 
@@ -40,6 +41,22 @@ TEST_F(FlushTest, WhatIsNotFlushedSurvivesTheProcess) {
   EXPECT_EQ(child.wait(), -1);
   EXPECT_EQ(value(), 3);
   EXPECT_EQ(integrity_of(file()), "ok");
+}
+
+// From the second on: the first one opens the property database.
+TEST_F(FlushTest, ASaveOfBiosSettingsIsFlushedOnce) {
+  ASSERT_EQ(cmr_api_initialize(), 0);
+  char value[] = "1";
+  cmr_attribute_request_t setting{};
+  setting.name = "NIC.1";
+  setting.value = value;
+  ASSERT_EQ(cmr_set_bios_attribute_value(&setting, 1), 0);
+  for (value[0] = '2'; value[0] < '5'; ++value[0]) {
+    const int before = flushes();
+    EXPECT_EQ(cmr_set_bios_attribute_value(&setting, 1), 0);
+    EXPECT_EQ(flushes() - before, 1);
+  }
+  EXPECT_EQ(cmr_api_uninitialize(), 0);
 }
 
 // Before the log is written over, the device has what it held.

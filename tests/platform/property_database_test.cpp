@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <future>
 #include <thread>
@@ -113,8 +114,12 @@ class IdlePropertyDatabaseTest : public PropertyDatabaseTest {
     EXPECT_EQ(propdb_get_dword("/a", &number), 0);
     return number;
   }
-  // Open databases of this process have a write-ahead log beside them.
-  bool is_open() const { return std::filesystem::exists(folder() / "inventory-properties.db-wal"); }
+  bool is_open() const {
+    std::error_code gone;
+    return std::ranges::any_of(std::filesystem::directory_iterator("/proc/self/fd"), [&](const auto& entry) {
+      return std::filesystem::read_symlink(entry, gone) == folder() / "inventory-properties.db";
+    });
+  }
 
   static void set(_zym_db_handle_t* handle, const char (&bytes)[6]) {
     const Set values(zym_db_get_content_values(handle));
@@ -140,6 +145,25 @@ TEST_F(IdlePropertyDatabaseTest, IsClosedByTheThreadsNextCallWhenItWasIdleForASe
   EXPECT_NE(get_dmdb_handle(), nullptr);
   EXPECT_FALSE(is_open());
   EXPECT_EQ(value(), 8U);
+}
+
+TEST_F(IdlePropertyDatabaseTest, IsReadWithoutAFileBesideIt) {
+  const auto before = std::filesystem::last_write_time(folder());
+  EXPECT_EQ(value(), 8U);
+  EXPECT_TRUE(is_open());
+  EXPECT_EQ(value(), 8U);
+  EXPECT_EQ(std::filesystem::last_write_time(folder()), before);
+}
+
+TEST_F(IdlePropertyDatabaseTest, IsReadAnewAfterAnotherProcessWroteIt) {
+  EXPECT_EQ(value(), 8U);
+  EXPECT_EQ(ChildProcess([] {
+              _zym_db_handle_t* const handle = open();
+              set(handle, "\4\7\0\0\0");
+              return zym_db_close(handle);
+            }).wait(),
+            0);
+  EXPECT_EQ(value(), 7U);
 }
 
 TEST_F(IdlePropertyDatabaseTest, HasNoHandleMeanwhile) {

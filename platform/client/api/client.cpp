@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "client/api/local_database.h"
 #include "client/dialect/content_values.h"
 #include "client/engine/creation.h"
 #include "client/guarded.h"
@@ -58,6 +59,15 @@ int run_transaction(_zym_db_handle_t* handle, int (Lease::*step)()) {
   return run(handle, [&](Lease& lease) { return (lease.*step)(); });
 }
 
+_zym_db_handle_t* open_local(const char* database,
+                             _zym_db_handle_t* (*open)(const zymdb::client::DataSource&)) {
+  zymdb::client::DataSource source;
+  std::string error;
+  if (zymdb::client::locate_database(database, source, error)) return open(source);
+  report_failure(ZYM_DB_STATUS_NO_DB, "cannot open %s: %s", database, error.c_str());
+  return nullptr;
+}
+
 Request change_request(Request::Kind kind, const char* table, const zym_db_content_values_t* values,
                        const char* where, std::span<const _zym_db_param_t> params) {
   Request request;
@@ -80,15 +90,16 @@ _zym_db_handle_t* zym_db_open(const char* host, const char*, const char*, const 
     note_failure(ZYM_DB_STATUS_INVALID_PARAM);
     return nullptr;
   }
-  return guarded_pointer([&]() -> _zym_db_handle_t* {
-    zymdb::client::DataSource source;
-    std::string error = "no database server at " + std::string(host);
-    const bool local = std::strcmp(host, "localhost") == 0;
-    if (local && zymdb::client::locate_database(database, source, error))
-      return zymdb::client::open_handle(source);
-    report_failure(ZYM_DB_STATUS_NO_DB, "cannot open %s: %s", database, error.c_str());
-    return nullptr;
+  return guarded_pointer([&] {
+    const bool is_local = std::strcmp(host, "localhost") == 0;
+    if (is_local) return open_local(database, zymdb::client::open_handle);
+    report_failure(ZYM_DB_STATUS_NO_DB, "cannot open %s: no database server at %s", database, host);
+    return static_cast<_zym_db_handle_t*>(nullptr);
   });
+}
+
+_zym_db_handle_t* zymdb::client::kept_properties() {
+  return guarded_pointer([] { return open_local("propertiesdb", zymdb::client::kept_handle); });
 }
 
 void zym_db_allow_creation(int allowed) {

@@ -9,6 +9,10 @@
 
 namespace zymdb::client {
 
+// The property database, for who writes it time and again: it stays open, for closing would bring its log
+// into the file and remove it each time. Null when it cannot be opened.
+_zym_db_handle_t* kept_properties();
+
 // `column="value"`, safe for any value.
 inline std::string equals(std::string_view column, std::string_view value) {
   std::string filter(column);

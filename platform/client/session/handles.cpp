@@ -1,5 +1,7 @@
 #include "client/session/handles.h"
 
+#include <utility>
+
 #include "client/last_error.h"
 #include "client/session/forks.h"
 #include "client/session/lease.h"
@@ -29,6 +31,19 @@ _zym_db_handle_t* shared_handle() {
   _zym_db_handle_t* handle = open_handle(source);
   registry.shared.store(handle, std::memory_order_release);
   return handle;
+}
+
+_zym_db_handle_t* kept_handle(const DataSource& source) {
+  Registry& registry = Registry::instance();
+  const std::lock_guard lock(registry.opening);
+  _zym_db_handle_t*& kept = registry.kept;
+  if (kept != nullptr && kept->source().address == source.address &&
+      kept->source().flushes_commits == source.flushes_commits)
+    return kept;
+  drop_inherited();
+  if (kept != nullptr) registry.close(std::exchange(kept, nullptr));
+  kept = open_handle(source);
+  return kept;
 }
 
 bool close_handle(_zym_db_handle_t* handle) {

@@ -14,6 +14,9 @@ _zym_db_handle_t* open_handle(const DataSource& source);
 // The inventory's handle, opened on first use and again after it was closed; null as open_handle.
 _zym_db_handle_t* shared_handle();
 
+// A database's handle that stays open until another database's is asked for; null as open_handle.
+_zym_db_handle_t* kept_handle(const DataSource& source);
+
 // False for what is no open handle.
 bool close_handle(_zym_db_handle_t* handle);
 

@@ -31,8 +31,9 @@ class Registry {
   void reset_writers();
   std::mutex& mutex() { return mutex_; }
 
-  std::mutex opening;  // of the shared handle
+  std::mutex opening;  // of these two
   std::atomic<_zym_db_handle_t*> shared{nullptr};
+  _zym_db_handle_t* kept = nullptr;  // of the properties; for the owner of `opening`
 
  private:
   Registry() = default;

@@ -37,6 +37,11 @@ SessionState FileWatch::state(Look look) {
   return {unusable_ ? Kind::kStale : Kind::kUsable, nullptr};
 }
 
+bool FileWatch::may_be_taken_over() {
+  if (access_ != Access::kAlone) return state(Look::kNow).is_usable();
+  return keeps_its_files() && is_whole();
+}
+
 bool FileWatch::may_be_written_by_now() const {
   if (access_ == Access::kAlone) return false;
   if (access_ == Access::kImmutable) return may_write_folder_of(names_.wal);
@@ -96,6 +101,7 @@ bool FileWatch::is_overtaken() const {
 }
 
 bool FileWatch::is_whole() const {
+  if (access_ == Access::kAlone) return !unusable_ && !is_overtaken();
   struct stat wal {};
   return !unusable_ && stat(names_.wal.c_str(), &wal) == 0 && wal.st_size == 0;
 }

@@ -24,6 +24,9 @@ class FileWatch {
   // connection left beside them.
   bool keeps_its_files();
 
+  // Whether it is good for who opens the database now.
+  bool may_be_taken_over();
+
   // After a failure that the connection cannot outlive.
   void give_up() { unusable_ = true; }
   // The connection is the parent's: its files are not this process's to look at or tidy up.

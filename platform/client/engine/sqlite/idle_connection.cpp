@@ -39,7 +39,7 @@ void IdleConnection::keep(Slot& from) {
 bool IdleConnection::give(const std::string& path, Slot& to) {
   const std::scoped_lock lock(to.lock, slot_->lock);
   if (slot_->connection == nullptr || slot_->connection->watch().path() != path) return false;
-  const bool is_usable = slot_->connection->state(Look::kNow).is_usable();
+  const bool is_usable = slot_->connection->watch().may_be_taken_over();
   if (is_usable) to.set(std::move(slot_->connection));
   slot_->set(nullptr);
   return is_usable;

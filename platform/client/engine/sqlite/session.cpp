@@ -37,6 +37,11 @@ SqliteSession::SqliteSession(const DataSource& source, WriterQueue& writers, con
       slot_(Connections::instance().add_slot()),
       idle_(source.schema->is_opened_often ? IdleConnection::of_thread() : nullptr) {}
 
+// Who makes no databases makes no files where reading needs none, and properties are read above all.
+bool SqliteSession::reads_first() const {
+  return source_.schema->is_opened_often || !creation_is_allowed();
+}
+
 Opened SqliteSession::open(std::unique_lock<std::mutex>& held) {
   Connections& all = Connections::instance();
   const bool was_open = slot_->connection != nullptr;
@@ -52,8 +57,8 @@ Opened SqliteSession::open(std::unique_lock<std::mutex>& held) {
   const auto connected = [&] {
     if (all.end_those_to_other_files(source_.address)) loss = kReplaced;
   };
-  // Who makes no databases makes no files where reading needs none. What was open may be on its way to write.
-  Failure failure = fresh->open(source_, connected, !was_open && !creation_is_allowed());
+  // What was open may be on its way to write.
+  Failure failure = fresh->open(source_, connected, !was_open && reads_first());
   held.lock();
   if (failure) return {fail(std::move(failure)), nullptr};
   slot_->set(std::move(fresh));

@@ -35,6 +35,7 @@ class SqliteSession final : public Session {
 
  private:
   Connection& connection() { return *slot_->connection; }
+  bool reads_first() const;
   bool may_be_idle();
   void settle();
   int confirmed(Failure failure);
