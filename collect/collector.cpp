@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <utility>
@@ -30,6 +31,14 @@ std::vector<TableContent> make_rows(const std::vector<RowMaker>& makers, const F
   return tables;
 }
 
+std::vector<std::function<void()>> functions_once_stored(const std::vector<TableContent>& tables) {
+  std::vector<std::function<void()>> functions;
+  for (const auto& content : tables) {
+    if (content.once_stored) functions.push_back(content.once_stored);
+  }
+  return functions;
+}
+
 std::string name_of(const Sources& sources) {
   const auto named = listed({sources.lspci, sources.smbios, sources.sysfs});
   const auto only = sources.only.empty() ? "" : " (only " + listed(sources.only) + ")";
@@ -49,9 +58,11 @@ std::vector<TableSummary> collect(const Sources& sources, const Observer& observ
   // A large machine is not held three times: as it was read, as rows, and as the inventory has it.
   makers.clear();
   survey.reset();
+  auto stored = functions_once_stored(tables);
   auto summaries = write_inventory(handle, std::move(tables), observer);
   if (std::ranges::any_of(summaries, &TableSummary::changed)) stamp_collection(handle, name_of(sources));
   transaction.commit();
+  for (const auto& call : stored) call();
   return summaries;
 }
 

@@ -289,8 +289,8 @@ CREATE TABLE "PCIPhysicalPortStat" (
 );
 CREATE INDEX "PCIPhysicalPortStatByPCIFuncKey" ON "PCIPhysicalPortStat" ("PCIFuncKey");
 
--- Physical ports of network functions: what their counters said last. Collectors tell from it how much of the
--- link was in use since then.
+-- Physical ports of network functions: what their counters said last. Collectors used to keep it here, where
+-- it cost a write each time; now the table is empty.
 -- volatile: *
 CREATE TABLE "PCIPhysicalPortCounter" (
   "_id"        INTEGER PRIMARY KEY,

@@ -150,6 +150,10 @@ class NetworkTables {
     }
   }
 
+  void keep_samples(const PortContext& context) {
+    states_.states.once_stored = [keep = context.keep, samples = states_.samples] { keep(samples); };
+  }
+
   std::vector<TableContent> take() {
     std::vector<TableContent> tables;
     for (TableContent* content : all()) tables.push_back(std::move(*content));
@@ -192,6 +196,7 @@ std::vector<TableContent> network_rows(const Machine& machine, const std::vector
     if (!is_foreign && is_network_function(function.pci))
       tables.add(function, ports_of(ports, function.pci.address), context);
   }
+  tables.keep_samples(context);
   return tables.take();
 }
 

@@ -60,11 +60,17 @@ int write_state(const TableContent& content, const Row& row) {
 constexpr Column<PortView> kCounterColumns[] = {
     {{"PCIFuncKey", Role::kKey}, port_function},
     {{"Idx", Role::kKey}, port_index},
-    {{"TxBytes", Role::kValue}, [](const PortView& view) { return Value::number(view.port.counters->sent); }},
-    {{"RxBytes", Role::kValue},
-     [](const PortView& view) { return Value::number(view.port.counters->received); }},
-    {{"SampledAt", Role::kStamp}, [](const PortView& view) { return Value::number(view.context.now); }},
 };
+
+// Counters that stand still stay those of when they were last seen to move.
+CounterSample sample_of(const PortView& view) {
+  const CounterSample now{*view.port.counters, view.context.now};
+  const auto before = view.context.samples.find({view.function.key, view.port.index});
+  const bool stands_still = before != view.context.samples.end() &&
+                            before->second.counters.sent == now.counters.sent &&
+                            before->second.counters.received == now.counters.received;
+  return stands_still ? before->second : now;
+}
 
 }  // namespace
 
@@ -80,11 +86,12 @@ PortStateTables::PortStateTables()
       counters(make_content("PCIPhysicalPortCounter", kCounterColumns)) {
   states.change = write_state;
   states.is_ordered = true;
+  counters.is_told = false;
 }
 
 void PortStateTables::add(const PortView& view) {
   add_row(states, kStateColumns, view, true);
-  if (view.port.counters) add_row(counters, kCounterColumns, view, true);
+  if (view.port.counters) samples[{view.function.key, view.port.index}] = sample_of(view);
 }
 
 }  // namespace zymdb::collect

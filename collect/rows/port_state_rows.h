@@ -12,7 +12,8 @@ namespace zymdb::collect {
 // Percent of a link of `speed` Mbit/s that carries `bytes` in `duration` ms, rounded, 100 at most.
 uint32_t utilization(uint64_t bytes, int64_t duration, uint32_t speed);
 
-// PCIPhysicalPortStat and PCIPhysicalPortCounter, one row each per port; the second where its driver counts.
+// PCIPhysicalPortStat, a row per port, and samples of the ports whose drivers count. PCIPhysicalPortCounter
+// had them once: its rows go.
 //
 // Utilisation is what the counters counted since the former sample; without one, after a restart of the
 // counters or without a link it is 0. A state that has changed is written by the library's operation.
@@ -22,6 +23,7 @@ struct PortStateTables {
 
   TableContent states;
   TableContent counters;
+  CounterSamples samples;
 };
 
 }  // namespace zymdb::collect

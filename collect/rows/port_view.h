@@ -3,6 +3,7 @@
 #define ZYMDB_COLLECT_ROWS_PORT_VIEW_H
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <set>
 #include <utility>
@@ -15,8 +16,8 @@ namespace zymdb::collect {
 
 // A port's counters at one moment.
 struct CounterSample {
-  PortCounters counters;
-  int64_t taken_at = 0;  // ms since 1970
+  PortCounters counters;  // both are known
+  int64_t taken_at = 0;   // ms since 1970
 };
 
 // By function and port index.
@@ -27,6 +28,8 @@ struct PortContext {
   int64_t now = 0;                          // ms since 1970
   CounterSamples samples;                   // the former run's
   std::set<FunctionKey> foreign_functions;  // whose ports others describe: their rows stay as they are
+  // Takes this run's samples, once its rows are stored.
+  std::function<void(const CounterSamples&)> keep;
 };
 
 struct PortView {

@@ -134,6 +134,9 @@ struct TableContent {
   // it to the summary.
   std::function<void(TableSummary&)> write_further;
 
+  // Called after the collection's commit, and not without one.
+  std::function<void()> once_stored = {};
+
   // Whether a source tells of the class. Else the table is only rid of rows whose function is gone, and where
   // there are none nobody hears of it.
   bool is_told = true;

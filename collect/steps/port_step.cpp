@@ -61,7 +61,7 @@ RowMaker collect_ports(const Survey& survey) {
   auto ports = find_ports(survey);
   auto silent = silent_functions(survey, ports);
   return [&survey, ports = std::move(ports), silent = std::move(silent)](const FormerMachine& former) {
-    auto context = read_port_context(former.handle);
+    auto context = read_port_context(former);
     context.foreign_functions.insert(silent.begin(), silent.end());
     return ports ? network_rows(survey.machine(), *ports, context)
                  : untold_network_rows(survey.machine(), context.foreign_functions);

@@ -147,5 +147,24 @@ TEST_F(Atomicity, ACollectionIsOneTransactionFromItsFirstReadToItsLastWrite) {
   fail_call(0);
 }
 
+TEST_F(Atomicity, CountersAreKeptOnceTheCollectionIsStored) {
+  const TemporaryFolder counters;
+  setenv("ZYMDB_COUNTERS", counters.path().c_str(), 1);
+  for (const char* name : {"tx_bytes", "rx_bytes"})
+    tree_.write("devices/pci0000:00/0000:17:00.0/net/ens1/statistics/" + std::string(name), "10\n");
+  ASSERT_TRUE(collect().ok());
+  EXPECT_FALSE(fs::is_empty(counters.path()));
+  fail_call(0);
+  ASSERT_TRUE(collect().ok());
+  const size_t last = calls_so_far();
+  for (const auto& kept : fs::directory_iterator(counters.path())) fs::remove(kept);
+  fail_call(last);
+  EXPECT_FALSE(collect().ok());
+  EXPECT_EQ(failed_call(), "zym_db_commit");
+  EXPECT_TRUE(fs::is_empty(counters.path()));
+  fail_call(0);
+  unsetenv("ZYMDB_COUNTERS");
+}
+
 }  // namespace
 }  // namespace zymdb::collect

@@ -5,7 +5,10 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <map>
+#include <regex>
 #include <string>
 
 #include "collect/collector.h"
@@ -29,7 +32,9 @@ class PortCollection : public InventoryTest {
     sources_.lspci = ZYMDB_EXAMPLE_SERVER "/server.lspci";
     sources_.smbios = ZYMDB_EXAMPLE_SERVER "/server.smbios";
     sources_.sysfs = root();
+    setenv("ZYMDB_COUNTERS", counters_.path().c_str(), 1);
   }
+  ~PortCollection() override { unsetenv("ZYMDB_COUNTERS"); }
 
   std::string root() const { return files_.path().string(); }
 
@@ -63,7 +68,27 @@ class PortCollection : public InventoryTest {
     return port;
   }
 
+  // What is kept of the counters.
+  std::string sample_file() const { return std::filesystem::directory_iterator(counters_.path())->path(); }
+  // Of the fast card's first port.
+  void change_sample(const std::string& sample) const {
+    const std::string text = std::regex_replace(read_file(sample_file()), std::regex("1507328 0 .*"), sample);
+    std::ofstream(sample_file()) << text;
+  }
+
+  // Every byte and time of the inventory's files.
+  std::string inventory() const {
+    std::string text;
+    for (const char* name : {"inventory.db", "inventory.db-wal"}) {
+      const auto path = folder() / name;
+      text +=
+          read_file(path) + std::to_string(std::filesystem::last_write_time(path).time_since_epoch().count());
+    }
+    return text;
+  }
+
   TemporaryFolder files_;
+  TemporaryFolder counters_;
   Sources sources_;
 };
 
@@ -142,19 +167,12 @@ TEST_F(PortCollection, UtilisationIsWhatTheCountersCountedSinceTheFormerRun) {
   collect();
   // The former run is made to have been 1000 s ago.
   const auto then = std::chrono::system_clock::now().time_since_epoch() - seconds(1000);
-  zym_db_content_values_t* values = zym_db_get_content_values(get_dmdb_handle());
-  zym_db_content_put_text(values, "SampledAt",
-                          std::to_string(std::chrono::duration_cast<milliseconds>(then).count()).c_str());
-  EXPECT_GT(
-      update_db_record(get_dmdb_handle(), "PCIPhysicalPortCounter", "PCIFuncKey=1507328", values, nullptr),
-      0);
-  zym_db_free_content_values(values);
+  change_sample("1507328 0 0 0 " + std::to_string(std::chrono::duration_cast<milliseconds>(then).count()));
   // A link of 100 Gbit/s carries 12.5 TB in that time.
   set_attribute("statistics/tx_bytes", "6250000000000");
   set_attribute("statistics/rx_bytes", "1250000000000");
   const auto second = collect();
   EXPECT_EQ(second.at("PCIPhysicalPortStat").updated, 1U);
-  EXPECT_EQ(second.at("PCIPhysicalPortCounter").updated, 1U);
   EXPECT_NEAR(physical_port(kFastCard).TxUtil, 50, 1);
   EXPECT_NEAR(physical_port(kFastCard).RxUtil, 10, 1);
   // Idle since.
@@ -168,7 +186,57 @@ TEST_F(PortCollection, CountersThatStartAgainTellNoUtilisation) {
   set_attribute("statistics/tx_bytes", "10");
   collect();
   EXPECT_EQ(physical_port(kFastCard).TxUtil, 0U);
-  EXPECT_EQ(rows("PCIPhysicalPortCounter", {"TxBytes", "RxBytes"}, "PCIFuncKey=1507328"), "10|0\n");
+  EXPECT_THAT(read_file(sample_file()), testing::ContainsRegex("(^|\n)1507328 0 10 0 "));
+}
+
+TEST_F(PortCollection, CountersThatMoveWriteNothingToTheInventory) {
+  collect();
+  collect();
+  const std::string before = inventory();
+  for (const char* sent : {"1000", "2000", "3000"}) {
+    set_attribute("statistics/tx_bytes", sent);
+    for (const auto& [table, summary] : collect()) EXPECT_EQ(summary.changed(), 0U) << table;
+    EXPECT_THAT(read_file(sample_file()), testing::HasSubstr(std::string("1507328 0 ") + sent + " 0 "));
+  }
+  EXPECT_EQ(inventory(), before);
+}
+
+TEST_F(PortCollection, CountersAreKeptForEachInventory) {
+  collect();
+  zym_db_close(get_dmdb_handle());
+  setenv("ZYMDB_INVENTORY", (folder() / "other.db").c_str(), 1);
+  collect();
+  const std::filesystem::directory_iterator kept(counters_.path());
+  EXPECT_EQ(std::distance(begin(kept), end(kept)), 2);
+}
+
+TEST_F(PortCollection, WithoutAFolderForCountersThereIsNoUtilisation) {
+  setenv("ZYMDB_COUNTERS", counters_.file("missing").c_str(), 1);
+  collect();
+  set_attribute("statistics/tx_bytes", "6250000000000000");
+  collect();
+  EXPECT_EQ(physical_port(kFastCard).TxUtil, 0U);
+}
+
+TEST_F(PortCollection, SamplesThatNobodyCanReadAreNone) {
+  collect();
+  for (const char* sample : {"", "1507328", "1507328 0 x 0 1", "\xFF\xFE", "-1 -1 -1 -1 -1",
+                             "1507328 0 99999999999999999999 0 1"}) {
+    std::ofstream(sample_file()) << sample;
+    set_attribute("statistics/tx_bytes", "6250000000000000");
+    collect();
+    EXPECT_EQ(physical_port(kFastCard).TxUtil, 0U) << sample;
+  }
+  std::filesystem::remove(sample_file());
+  std::filesystem::create_directory(counters_.path() / "x");
+  collect();
+}
+
+TEST_F(PortCollection, RowsOfFormerCountersGo) {
+  collect();
+  given("PCIPhysicalPortCounter", {{"PCIFuncKey", kFastCard}, {"Idx", 0}, {"TxBytes", 10}});
+  collect();
+  EXPECT_EQ(rows("PCIPhysicalPortCounter", {"_id"}), "");
 }
 
 TEST_F(PortCollection, PortsThatAreGoneGo) {
