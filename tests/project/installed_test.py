@@ -152,8 +152,9 @@ class Installed:
             unit.write_text(re.sub(r"^(ExecStart)=\S+", rf"\1={self.prefix}/bin/zymdb", unit.read_text(), flags=re.MULTILINE))
             run("systemd-analyze", "verify", "--man=no", "--recursive-errors=no", unit)
         run("systemd-sysusers", "--dry-run", self.prefix / "lib/sysusers.d/zymdb.conf")
-        rule = (self.prefix / "lib/tmpfiles.d/zymdb.conf").read_text().splitlines()[-1]
-        assert rule == "d /var/lib/zymdb 2750 root zymdb -", rule
+        lines = (self.prefix / "lib/tmpfiles.d/zymdb.conf").read_text().splitlines()
+        rules = [line for line in lines if not line.startswith("#")]
+        assert rules == ["d /var/lib/zymdb 2750 root zymdb -", "d /run/zymdb 0755 root root -"], rules
 
 
 def main():
