@@ -110,11 +110,7 @@ class Assignment {
 // Checks the expectations of one class.
 class Checker {
  public:
-  explicit Checker(const PartClass& of) : of_(of) {
-    for (const Part& part : of.parts) {
-      if (!of.is_vacant(part)) parts_.push_back(&part);
-    }
-  }
+  explicit Checker(const PartClass& of) : of_(of), parts_(of.present()) {}
 
   std::vector<Failure> check(const Expectation& expectation) {
     failures_.clear();

@@ -38,6 +38,14 @@ std::optional<size_t> PartClass::field(std::string_view key) const {
   return static_cast<size_t>(found - fields.begin());
 }
 
+std::vector<const Part*> PartClass::present() const {
+  std::vector<const Part*> found;
+  for (const Part& part : parts) {
+    if (!is_vacant(part)) found.push_back(&part);
+  }
+  return found;
+}
+
 bool PartClass::is_vacant(const Part& part) const {
   for (size_t i = 0; i < fields.size(); ++i) {
     const auto* const text = std::get_if<std::string>(&part[i]);

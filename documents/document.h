@@ -32,6 +32,9 @@ struct PartClass {
   // Whether a position has no part in it: an empty socket.
   bool is_vacant(const Part& part) const;
 
+  // The parts that are there, which belong to the class.
+  std::vector<const Part*> present() const;
+
   // Where the part is, as people call it: the first of its places.
   std::string place(const Part& part) const;
 

@@ -82,14 +82,6 @@ bool has_conditions(const PartClass& of) {
   });
 }
 
-std::vector<const Part*> parts_of(const PartClass& of) {
-  std::vector<const Part*> parts;
-  for (const Part& part : of.parts) {
-    if (!of.is_vacant(part)) parts.push_back(&part);
-  }
-  return parts;
-}
-
 size_t count_at(const PartClass& of, const std::vector<const Part*>& parts, std::string_view place) {
   return static_cast<size_t>(
       std::ranges::count_if(parts, [&](const Part* part) { return is_at(of, *part, place); }));
@@ -181,7 +173,7 @@ std::string by_place(const PartClass& of, const std::vector<const Part*>& parts)
 }
 
 std::string table_of(const PartClass& of) {
-  const auto parts = parts_of(of);
+  const auto parts = of.present();
   if (parts.empty()) return {};
   const std::string heading = "\n[" + of.name + "]\n";
   switch (manner_of(of)) {

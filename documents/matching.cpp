@@ -12,11 +12,7 @@ using records::Role;
 
 // Parts of one side that have no partner yet.
 struct Side {
-  explicit Side(const PartClass& parts) : of(parts) {
-    for (const Part& part : parts.parts) {
-      if (!parts.is_vacant(part)) open.push_back(&part);
-    }
-  }
+  explicit Side(const PartClass& parts) : of(parts), open(parts.present()) {}
   const PartClass& of;
   std::vector<const Part*> open;
 };

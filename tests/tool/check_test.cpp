@@ -6,6 +6,7 @@
 
 #include "support/parsing_marker.h"
 #include "support/sql.h"
+#include "tool/failing.h"
 #include "tool/rows.h"
 #include "tool/run_tool.h"
 
@@ -40,12 +41,7 @@ class Check : public testing::Test {
   }
 
   void fails(const Words& words, const std::string& reason) const {
-    const Outcome outcome = workplace_.tool(words);
-    EXPECT_EQ(outcome.status, 2) << outcome;
-    EXPECT_THAT(outcome.out, IsEmpty());
-    EXPECT_THAT(outcome.err, StartsWith("zymdb: "));
-    EXPECT_THAT(outcome.err, HasSubstr(reason));
-    EXPECT_THAT(lines_of(outcome.err), SizeIs(1)) << outcome;
+    expect_one_line(workplace_.tool(words), 2, reason);
   }
 
   ParsingMarker marker_;  // nobody stores settings meanwhile

@@ -6,18 +6,17 @@
 #include <nlohmann/json.hpp>
 
 #include "support/parsing_marker.h"
+#include "tool/failing.h"
 #include "tool/rows.h"
 #include "tool/run_tool.h"
 
 namespace zymdb::test {
 namespace {
 
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::SizeIs;
-using testing::StartsWith;
 
 // The example server, one of whose drives is another by now.
 class Changes : public testing::Test {
@@ -50,12 +49,7 @@ class Changes : public testing::Test {
   }
 
   void fails(const Words& words, int status, const std::string& reason) const {
-    const Outcome outcome = workplace_.tool(words);
-    EXPECT_EQ(outcome.status, status) << outcome;
-    EXPECT_THAT(outcome.out, IsEmpty());
-    EXPECT_THAT(outcome.err, StartsWith("zymdb: "));
-    EXPECT_THAT(outcome.err, HasSubstr(reason));
-    EXPECT_THAT(lines_of(outcome.err), SizeIs(1)) << outcome;
+    expect_one_line(workplace_.tool(words), status, reason);
   }
 
   ParsingMarker marker_;  // nobody stores settings meanwhile

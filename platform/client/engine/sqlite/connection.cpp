@@ -33,7 +33,7 @@ Failure Connection::open(const DataSource& source, const std::function<void()>& 
   if (limits_.kept != 0 && opening.has_log()) kept_.emplace(limits_.kept);
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);
-  wal_index_.emplace(database());
+  if (opening.access == Access::kShared) wal_index_.emplace(database());
   watch_.begin(database(), opening.access, std::move(opening.names), opening.files);
   return open_journal(source, opening.access);
 }
@@ -44,7 +44,7 @@ Failure Connection::open_journal(const DataSource& source, Access access) {
   HistoryBounds bounds;
   std::string error;
   if (!configured_history_bounds(bounds, error)) return {ZYM_DB_STATUS_ERROR, error};
-  journal_.emplace(database(), *catalog_, source.schema->sql, bounds, access == Access::kShared);
+  journal_.emplace(database(), *catalog_, source.schema->sql, bounds, wal_index_ ? &*wal_index_ : nullptr);
   return {};
 }
 

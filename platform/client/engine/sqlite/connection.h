@@ -92,9 +92,9 @@ class Connection {
   std::shared_ptr<const Catalog> catalog_;
   FileWatch watch_;
   DatabasePtr database_;
-  StatementCache statements_;  // after the database: statements go first
+  StatementCache statements_;          // after the database: statements go first
+  std::optional<WalIndex> wal_index_;  // where others write the log, too
   std::optional<Journal> journal_;
-  std::optional<WalIndex> wal_index_;
   std::optional<KeptResults> kept_;
   std::string sql_;
   WriterQueue* writer_ = nullptr;

@@ -25,8 +25,8 @@ int64_t now_in_milliseconds() {
 }  // namespace
 
 Journal::Journal(sqlite3* database, const Catalog& catalog, const char* schema, const HistoryBounds& bounds,
-                 bool has_log)
-    : database_(database), bounds_(bounds), has_log_(has_log), recorder_(schema), wal_index_(database) {
+                 WalIndex* wal_index)
+    : database_(database), bounds_(bounds), recorder_(schema), wal_index_(wal_index) {
   recorder_.attach(database, catalog);
 }
 
@@ -59,7 +59,7 @@ Failure Journal::drop_oldest(const Entry& newest) {
 
 Failure Journal::generation(uint64_t& generation) {
   WalHeader header;
-  const bool has_header = has_log_ && wal_index_.read(header);
+  const bool has_header = wal_index_ != nullptr && wal_index_->read(header);
   if (!has_header || !has_seen_ || header != seen_) {
     Entry newest;
     if (Failure failure = find(newest_, kNewest, newest)) return failure;

@@ -15,10 +15,10 @@ namespace zymdb::client::sqlite {
 
 class Journal {
  public:
-  // Begins to listen to the connection's changes. `catalog` and `schema` outlive the journal, which goes
-  // before the connection does. Without a write-ahead log that is open there is no header to look at.
+  // Begins to listen to the connection's changes. What it is given outlives the journal, which goes before
+  // the connection does. `wal_index` is null where there is no write-ahead log.
   Journal(sqlite3* database, const Catalog& catalog, const char* schema, const HistoryBounds& bounds,
-          bool has_log);
+          WalIndex* wal_index);
 
   // A transaction begins, or ends without a commit.
   void forget() { recorder_.forget(); }
@@ -46,10 +46,9 @@ class Journal {
 
   sqlite3* database_;
   HistoryBounds bounds_;
-  bool has_log_;
   ChangeRecorder recorder_;
   StatementPtr newest_, oldest_, move_, add_, drop_;
-  WalIndex wal_index_;
+  WalIndex* wal_index_;
   WalHeader seen_{};  // the header under which the generation was read
   bool has_seen_ = false;
   uint64_t generation_ = 0;
