@@ -1,0 +1,77 @@
+// Requests and responses, as whoever answers them sees them: nothing of sockets, and nothing of a library.
+#ifndef ZYMDB_SERVICE_HTTP_MESSAGE_H
+#define ZYMDB_SERVICE_HTTP_MESSAGE_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace zymdb::service {
+
+enum class Method : uint8_t { kGet, kHead, kPost, kPut, kPatch, kDelete, kOptions, kOther };
+
+// What a caller may do; each may do all that the one before may.
+enum class Role : uint8_t { kNone, kReadOnly, kOperator, kAdministrator };
+
+struct Caller {
+  std::string user;  // empty: nobody
+  Role role = Role::kNone;
+  std::string session;  // the id of the session, where there is one
+
+  bool may(Role needed) const { return role >= needed; }
+};
+
+using Fields = std::vector<std::pair<std::string, std::string>>;
+
+struct Request {
+  Method method = Method::kGet;
+  std::string path;  // percent-decoded, without the query
+  // In their order, decoded: {"$expand", "."}. A parameter without "=" has an empty value.
+  Fields query = {};
+  Fields headers = {};  // as they came
+  std::string body = {};
+  Caller caller = {};
+  std::string peer = {};  // the address that it came from
+  bool is_encrypted = false;
+
+  // Of any case; nothing where the request lacks it.
+  std::optional<std::string_view> header(std::string_view name) const;
+};
+
+// What follows, piece by piece, once the headers are out: a stream of events.
+class Stream {
+ public:
+  virtual ~Stream() = default;
+
+  // What there is to send now, at most for a moment of waiting; empty where there is nothing yet. Called by
+  // one thread at a time.
+  virtual std::string take() = 0;
+  // Nothing will follow what was taken.
+  virtual bool is_over() const = 0;
+};
+
+struct Response {
+  int status = 200;
+  Fields headers = {};
+  // Shared, because most answers are sent again and again.
+  std::shared_ptr<const std::string> body = {};
+  std::shared_ptr<const std::string> gzip = {};  // the body compressed; null: not worth it, or not yet
+  std::shared_ptr<Stream> stream = {};           // in place of a body
+
+  static Response of(int status, std::string type, std::string content);
+};
+
+// Answers on any thread, several at a time. Does not throw but for memory.
+class Handler {
+ public:
+  virtual ~Handler() = default;
+  virtual Response answer(const Request& request) = 0;
+};
+
+}  // namespace zymdb::service
+
+#endif

@@ -1,0 +1,34 @@
+// The inventory as it is now, read once for all who ask until somebody changes it.
+#ifndef ZYMDB_SERVICE_INVENTORY_CURRENT_H
+#define ZYMDB_SERVICE_INVENTORY_CURRENT_H
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "documents/document.h"
+
+namespace zymdb::service {
+
+class Current {
+ public:
+  using DocumentPtr = std::shared_ptr<const documents::Document>;
+
+  explicit Current(std::vector<documents::RecordType> types);
+
+  const std::vector<documents::RecordType>& types() const { return types_; }
+
+  // The inventory of this moment: the same document as before unless somebody has committed since. Costs next
+  // to nothing then. Throws DatabaseError when it cannot be read. For any thread.
+  DocumentPtr get();
+
+ private:
+  std::vector<documents::RecordType> types_;
+  std::mutex mutex_;
+  DocumentPtr last_;
+};
+
+}  // namespace zymdb::service
+
+#endif
