@@ -18,8 +18,9 @@ endif()
 
 find_program(CCACHE ccache)
 if(CCACHE)
-  # Presets that compile a file alike share its object, though their build folders differ.
-  set(CMAKE_C_COMPILER_LAUNCHER env CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
+  # Presets and clones that compile a file alike share its object, though their folders differ.
+  set(CMAKE_C_COMPILER_LAUNCHER env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
+                                    CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
 endif()
 
