@@ -1,17 +1,28 @@
+#include "db/null_aware_term.h"
+
 #include <exception>
-#include <string>
 
 #include "zymdb_db.h"
 
-std::string get_sql_str(const char* column, unsigned char* value) try {
-  const bool is_empty = value[0] == 0;
-  // Without a name the term breaks off where the name should stand.
-  if (column == nullptr) return is_empty ? "" : "(";
+void zymdb::append_null_aware_term(std::string& condition, const char* column, const char* value) {
+  if (value[0] == 0)
+    condition.append(column).append(" IS NOT NULL");
+  else
+    condition.append("(")
+        .append(column)
+        .append(" IS NULL OR ")
+        .append(column)
+        .append("!=\"")
+        .append(value)
+        .append("\")");
+}
 
-  std::string term(column);
-  if (is_empty) return term.append(" IS NOT NULL");
-  term.insert(0, "(").append(" IS NULL OR ").append(column).append("!=\"");
-  return term.append(reinterpret_cast<const char*>(value)).append("\")");
+std::string get_sql_str(const char* column, unsigned char* value) try {
+  // Without a name the term breaks off where the name should stand.
+  if (column == nullptr) return value[0] == 0 ? "" : "(";
+  std::string term;
+  zymdb::append_null_aware_term(term, column, reinterpret_cast<const char*>(value));
+  return term;
 } catch (const std::exception&) {
   return {};
 }

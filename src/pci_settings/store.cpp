@@ -3,6 +3,7 @@
 #include <string>
 
 #include "controller/ruvo_log.h"
+#include "db/null_aware_term.h"
 #include "db/values.h"
 #include "pci_settings/setting_columns.h"
 
@@ -10,24 +11,26 @@ using namespace zymdb;
 
 namespace {
 
+constexpr size_t kUsualCondition = 1536;  // as long as the condition of most settings
+
 // Signed numbers are compared as the unsigned ones of the same bits.
-std::string differs(const Column& column, const char* field) {
+void append_number_differs(std::string& condition, const Column& column, const char* field) {
   uint32_t number;
   std::memcpy(&number, field, sizeof number);
-  return column.name + ("!=" + std::to_string(number));
-}
-
-std::string text_differs(const Column& column, const char* field) {
-  return get_sql_str(column.name, reinterpret_cast<unsigned char*>(const_cast<char*>(field)));
+  condition.append(column.name).append("!=").append(std::to_string(number));
 }
 
 // Holds where anything but the id is not what the record says.
 std::string change_condition(const ZYMDB_PCI_Config_Setting& setting) {
   std::string condition;
+  condition.reserve(kUsualCondition);
   for (const Column& column : kComparedColumns) {
     const char* const field = reinterpret_cast<const char*>(&setting) + column.offset;
     if (!condition.empty()) condition += " OR ";
-    condition += column.reading == Reading::kText ? text_differs(column, field) : differs(column, field);
+    if (column.reading == Reading::kText)
+      append_null_aware_term(condition, column.name, field);
+    else
+      append_number_differs(condition, column, field);
   }
   return condition;
 }

@@ -1,6 +1,11 @@
 #include "client/dialect/content_values.h"
 
 namespace zymdb::client {
+namespace {
+
+constexpr size_t kUsualColumns = 32;  // of a row of most tables
+
+}  // namespace
 
 void ContentValues::put_text(std::string_view column, std::string_view value) {
   Pair& pair = pair_of(column);
@@ -45,6 +50,7 @@ ContentValues::Pair& ContentValues::pair_of(std::string_view column) {
   for (size_t i = 0; i < count_; ++i) {
     if (same_word(pairs_[i].column, column)) return pairs_[i];
   }
+  if (pairs_.empty()) pairs_.reserve(kUsualColumns);
   if (count_ == pairs_.size()) pairs_.emplace_back();
   pairs_[count_].column.assign(column);
   pairs_[count_].type = Argument::Type::kNull;

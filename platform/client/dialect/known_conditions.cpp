@@ -14,6 +14,31 @@ constexpr size_t kMostDigits = 18;  // that fit 64 bits whatever they are
 constexpr size_t kMostValues = 64;
 constexpr size_t kLongest = 2048;
 
+// What a character begins.
+enum class Part : uint8_t { kBetween, kWord, kDigit, kQuote, kMark };
+
+constexpr auto kParts = [] {
+  std::array<Part, 256> parts{};
+  for (size_t i = 0; i < parts.size(); ++i) {
+    const char c = static_cast<char>(i);
+    if (is_word_character(c)) parts[i] = c >= '0' && c <= '9' ? Part::kDigit : Part::kWord;
+    if (c == '"' || c == '\'') parts[i] = Part::kQuote;
+    if (c == kNumber || c == kText) parts[i] = Part::kMark;
+  }
+  return parts;
+}();
+
+Part part_of(char c) {
+  return kParts[static_cast<unsigned char>(c)];
+}
+
+size_t word_length(std::string_view text, size_t at) {
+  size_t end = at + 1;
+  while (end < text.size() && (part_of(text[end]) == Part::kWord || part_of(text[end]) == Part::kDigit))
+    ++end;
+  return end - at;
+}
+
 uint64_t hash_of(std::string_view text) {
   uint64_t hash = 14695981039346656037U;
   for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
@@ -62,29 +87,34 @@ void KnownConditions::note(const Translation& translation) {
 bool KnownConditions::cut(std::string_view text) {
   pattern_.clear();
   values_.clear();
-  while (!text.empty()) {
-    const char c = text[0];
-    size_t length = 1;
-    if (c == kNumber || c == kText) return false;
-    if (c == '"' || c == '\'') {
-      const size_t end = text.find(c, 1);
-      // A quote inside is written twice.
-      if (end == text.npos || (end + 1 < text.size() && text[end + 1] == c)) return false;
-      values_.push_back({text.substr(1, end - 1)});
-      pattern_.push_back(kText);
-      length = end + 1;
-    } else if (is_word_character(c)) {
-      length = static_cast<size_t>(std::ranges::find_if_not(text, is_word_character) - text.begin());
-      const std::string_view word = text.substr(0, length);
-      if (word.find_first_not_of("0123456789") != word.npos)
-        pattern_.append(word);
-      else if (!add_number(word, text.substr(length)))
-        return false;
-    } else {
-      pattern_.push_back(c);
+  size_t kept = 0;  // up to here the text is in the pattern
+  for (size_t at = 0; at < text.size();) {
+    const Part part = part_of(text[at]);
+    if (part == Part::kBetween || part == Part::kWord) {
+      at += part == Part::kWord ? word_length(text, at) : 1;
+      continue;
     }
-    text.remove_prefix(length);
+    if (part == Part::kMark) return false;
+    pattern_.append(text, kept, at - kept);
+    if (part == Part::kQuote) {
+      const char quote = text[at];
+      const size_t end = text.find(quote, at + 1);
+      // A quote inside is written twice.
+      if (end == text.npos || (end + 1 < text.size() && text[end + 1] == quote)) return false;
+      values_.push_back({text.substr(at + 1, end - at - 1)});
+      pattern_.push_back(kText);
+      at = kept = end + 1;
+      continue;
+    }
+    const size_t length = word_length(text, at);
+    const std::string_view word = text.substr(at, length);
+    kept = at;
+    at += length;
+    if (word.find_first_not_of("0123456789") != word.npos) continue;
+    if (!add_number(word, text.substr(at))) return false;
+    kept = at;
   }
+  pattern_.append(text, kept);
   return values_.size() <= kMostValues;
 }
 

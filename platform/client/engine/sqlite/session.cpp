@@ -127,12 +127,21 @@ int SqliteSession::would_change(Statement& statement, bool& would) {
   if (connection().in_transaction() || !statement.has_probe()) return 0;
   Prepared* prepared = nullptr;
   if (Failure failure = connection().prepare_probe(statement, prepared)) return fail(std::move(failure));
+  KeptResults* const kept = connection().kept_results();
+  would = kept == nullptr || !kept->find(prepared->number, statement.probe_arguments(), unchanged_);
+  if (!would) return 0;
   const Run run(prepared->statement.get());
   if (const int code = run.bind(statement.probe_arguments()); code != SQLITE_OK) return outcome(code);
   const int code = run.step();
   would = code == SQLITE_ROW;
-  if (const int status = would ? 0 : outcome(code)) return status;
-  return confirmed({});
+  int status = would ? 0 : outcome(code);
+  if (status == 0) status = confirmed({});
+  // What would change something will soon have done it.
+  if (status == 0 && !would && kept != nullptr) {
+    unchanged_.start(prepared->names, limits_.result);
+    if (!kept->offer(unchanged_)) Connections::instance().share_out_room(*slot_);
+  }
+  return status;
 }
 
 int SqliteSession::change(Statement& statement, Change& change) {

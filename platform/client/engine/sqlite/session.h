@@ -52,6 +52,7 @@ class SqliteSession final : public Session {
   std::shared_ptr<Slot> slot_;
   IdleConnection* const idle_;  // of the session's thread, where the database is opened often
   std::string error_;
+  Result unchanged_;  // what a report of nothing new finds: no rows
 };
 
 }  // namespace zymdb::client::sqlite
