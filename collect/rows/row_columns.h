@@ -50,6 +50,7 @@ template <typename Record, size_t N>
 void add_row(TableContent& content, const Column<Record> (&columns)[N], const Record& record,
              bool place_known, bool is_told = true) {
   Row row{.values = {}, .place_known = place_known, .is_told = is_told};
+  row.values.reserve(N);
   for (const auto& column : columns) row.values.push_back(column.read(record));
   content.rows.push_back(std::move(row));
 }

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -95,10 +94,15 @@ using RowTest = std::function<bool(const TableContent& content, const std::vecto
 
 // Rows of some functions.
 struct FunctionSet {
-  std::set<Value> keys;
+  std::vector<int64_t> keys;  // in their order, in which they nearly always come
 
-  void add(FunctionKey key) { keys.insert(Value::number(key)); }
-  bool contains(const Value& key) const { return keys.contains(key); }
+  void add(FunctionKey key) {
+    const auto place = std::ranges::lower_bound(keys, int64_t{key.value});
+    if (place == keys.end() || *place != int64_t{key.value}) keys.insert(place, int64_t{key.value});
+  }
+  bool contains(const Value& key) const {
+    return key.as_number() != nullptr && std::ranges::binary_search(keys, *key.as_number());
+  }
 };
 
 // The rows that one table ought to have.

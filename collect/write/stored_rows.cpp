@@ -15,7 +15,7 @@ namespace {
 constexpr size_t kLongestText = 1024;
 
 Value read_text(zym_db_result_t* row, int column) {
-  std::array<char, kLongestText + 1> text{};
+  std::array<char, kLongestText + 1> text;
   const int status = zym_db_result_column_text(row, column, text.data(), static_cast<int>(text.size()));
   return status == ZYM_DB_STATUS_OK ? Value::text(text.data()) : Value();
 }
@@ -33,6 +33,7 @@ StoredRow read_row(zym_db_result_t* row, const TableContent& content) {
   StoredRow stored;
   if (const int status = zym_db_result_column_int64(row, 0, &stored.id); status != ZYM_DB_STATUS_OK)
     fail("cannot read table", content.table, status);
+  stored.values.reserve(content.columns.size());
   for (size_t i = 0; i < content.columns.size(); ++i)
     stored.values.push_back(read_value(row, static_cast<int>(i) + 1, content.columns[i].kind));
   stored.is_foreign = content.is_foreign && content.is_foreign(content, stored.values);

@@ -10,6 +10,8 @@
 namespace zymdb::collect {
 namespace {
 
+constexpr size_t kUsualKey = 4;  // columns of a key, at most, in nearly all tables
+
 // Texts that no dialect takes for anything but what they are, between double quotes.
 bool is_harmless(const Value& value) {
   return value.as_text() == nullptr || value.as_text()->find_first_of("\"'\\?`;%") == std::string::npos;
@@ -64,6 +66,7 @@ void TableWriter::remove_rest() {
 // An empty text tells no rows apart: it is as good as none.
 TableWriter::Key TableWriter::key_of(const std::vector<Value>& values) const {
   Key key;
+  key.reserve(kUsualKey);
   for (size_t i = 0; i < values.size(); ++i) {
     if (content_.columns[i].role == Role::kKey)
       key.push_back(values[i] == Value::text("") ? Value() : values[i]);
