@@ -11,7 +11,7 @@
 #include "service/http/message.h"
 #include "service/http/server.h"
 #include "service/inventory/current.h"
-#include "service/log.h"
+#include "service/http/log.h"
 #include "service/metrics/metrics.h"
 
 namespace zymdb::service {

@@ -16,7 +16,7 @@
 #include "service/accounts/accounts.h"
 #include "service/accounts/login_throttle.h"
 #include "service/http/target.h"
-#include "service/log.h"
+#include "service/http/log.h"
 
 namespace zymdb::service {
 

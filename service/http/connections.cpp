@@ -1,9 +1,11 @@
 #include "service/http/connections.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <string_view>
+#include <vector>
 
 namespace zymdb::service {
 namespace {
@@ -88,6 +90,7 @@ void Connections::watch() {
     }
     changed_.wait_for(lock, pause, [this] { return ends_; });
     close_overdue();
+    close_left();
     lock.unlock();
     look_();
     lock.lock();
@@ -104,6 +107,22 @@ void Connections::close_overdue() {
     if ((phase == Phase::kReceiving || phase == Phase::kFresh) && !each->is_encrypted_)
       send(each->descriptor_, kTooSlow.data(), kTooSlow.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     shutdown(each->descriptor_, SHUT_RDWR);
+  }
+}
+
+// The library asks the system to be told of changes alone, and overlooks an end that comes together with the last
+// bytes. A request that was sent whole before it has had the time between two looks to be understood.
+void Connections::close_left() {
+  std::vector<pollfd> ready;
+  for (const Connection* const each : open_) ready.push_back({each->descriptor_, POLLRDHUP, 0});
+  if (poll(ready.data(), ready.size(), 0) <= 0) return;
+  auto found = ready.begin();
+  for (Connection* const each : open_) {
+    const bool has_left = (found++)->revents != 0;
+    Phase phase = each->phase_;
+    if (!has_left || phase == Phase::kAnswering || phase == Phase::kSending || phase == Phase::kOver) continue;
+    if (std::exchange(each->left_at_, each->deadline_.load()) != each->deadline_) continue;
+    if (each->phase_.compare_exchange_strong(phase, Phase::kOver)) shutdown(each->descriptor_, SHUT_RDWR);
   }
 }
 

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <unordered_set>
 
 #include "service/http/message.h"
@@ -71,6 +72,7 @@ class Connection {
   bool is_one_too_many_ = false;
   std::atomic<Phase> phase_ = Phase::kFresh;
   std::atomic<Clock::rep> deadline_ = 0;
+  Clock::rep left_at_ = 0;  // the deadline when its client was seen to have gone
 };
 
 // Closes what takes too long. What is closed is a descriptor of another library: it is shut down, and that
@@ -96,6 +98,8 @@ class Connections {
  private:
   void watch();
   void close_overdue();
+  // Those whose clients have gone.
+  void close_left();
 
   const Limits limits_;
   const std::function<void()> look_;

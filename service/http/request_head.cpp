@@ -46,7 +46,7 @@ bool has_good_host(const RequestHead& head, const Request& request) {
   return hosts == 1 && is_host(*request.header("Host"));
 }
 
-int check_body(const Request& request, const Limits& limits, bool& has_body) {
+int check_body(const Request& request, const Limits& limits) {
   const size_t lengths = count(request.headers, "Content-Length");
   if (count(request.headers, "Transfer-Encoding") != 0) {
     // Two lengths are how one request is made to look like two.
@@ -55,7 +55,6 @@ int check_body(const Request& request, const Limits& limits, bool& has_body) {
   if (lengths == 0) return 0;
   const auto length = parse_length(*request.header("Content-Length"));
   if (lengths > 1 || !length) return 400;
-  has_body = *length > 0;
   return *length > limits.body_size ? 413 : 0;
 }
 
@@ -69,7 +68,7 @@ int check(const RequestHead& head, const Limits& limits, CheckedHead& checked) {
   }
   if (size_of(head, request.headers) > limits.header_size) return 431;
   if (!target || !has_good_host(head, request)) return 400;
-  if (const int status = check_body(request, limits, checked.has_body); status != 0) return status;
+  if (const int status = check_body(request, limits); status != 0) return status;
   return request.method == Method::kOther ? 501 : 0;
 }
 

@@ -21,7 +21,6 @@ struct RequestHead {
 struct CheckedHead {
   int status = 0;  // 0: the request is good so far
   Request request;
-  bool has_body = false;
 };
 
 // The request without its body, or the status that it is to be refused with. A request that is refused has what

@@ -1,6 +1,6 @@
 // Where the service tells what whoever runs it should know.
-#ifndef ZYMDB_SERVICE_LOG_H
-#define ZYMDB_SERVICE_LOG_H
+#ifndef ZYMDB_SERVICE_HTTP_LOG_H
+#define ZYMDB_SERVICE_HTTP_LOG_H
 
 #include <functional>
 #include <string>
