@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "common/client_objects.h"
+#include "service/http/entity_tag.h"
 
 namespace zymdb::service {
 namespace {
@@ -36,21 +37,6 @@ void add_unless_there(Fields& headers, const std::pair<const char*, const char*>
 
 bool is_read(const Request& request) {
   return request.method == Method::kGet || request.method == Method::kHead;
-}
-
-std::string_view without_weakness(std::string_view tag) {
-  return tag.starts_with("W/") ? tag.substr(2) : tag;
-}
-
-// Tags that differ in strength alone name the same to somebody who only wants to know whether to read again.
-bool names_tag(std::string_view header, std::string_view tag) {
-  tag = without_weakness(tag);
-  if (header == "*") return true;
-  for (size_t at = header.find(tag); at != std::string_view::npos; at = header.find(tag, at + 1)) {
-    const auto rest = header.substr(at + tag.size());
-    if (rest.empty() || rest.starts_with(',') || rest.starts_with(' ')) return true;
-  }
-  return false;
 }
 
 bool is_unchanged(const Request& request, const Response& response) {

@@ -12,9 +12,9 @@
 namespace zymdb::service {
 
 // TLS 1.2 and later, and what is sound there.
-inline constexpr char kTlsPriorities[] = "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2:-CBC:%SERVER_PRECEDENCE";
-
-class Certificate {
+inline constexpr char kTlsPriorities[] =
+    "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2:-RSA:-CIPHER-ALL:+AES-256-GCM:+CHACHA20-POLY1305:+AES-128-GCM:"
+    "%SERVER_PRECEDENCE";class Certificate {
  public:
   // Throws ServiceError, here and below: for a file that cannot be read, for what is no certificate or no key,
   // and for a key that is another certificate's.

@@ -78,6 +78,18 @@ void Connections::wait_for_answers(std::chrono::milliseconds longest) {
     changed_.wait_for(lock, std::chrono::milliseconds(10));
 }
 
+void Connections::close_all(std::chrono::milliseconds longest) {
+  const auto deadline = Clock::now() + longest;
+  std::unique_lock lock(mutex_);
+  while (!open_.empty() && Clock::now() < deadline) {
+    for (Connection* const each : open_) {
+      each->phase_ = Phase::kOver;
+      shutdown(each->descriptor_, SHUT_RDWR);
+    }
+    changed_.wait_for(lock, std::chrono::milliseconds(10));
+  }
+}
+
 void Connections::watch() {
   const auto shortest = std::min({limits_.receiving, limits_.sending, limits_.idle});
   const auto pause = std::clamp<std::chrono::milliseconds>(shortest / 4, std::chrono::milliseconds(10),

@@ -94,6 +94,8 @@ class Connections {
   bool are_alive() const;
   // Waits until nobody is being answered, at most so long.
   void wait_for_answers(std::chrono::milliseconds longest);
+  // Closes all of them, and waits until they are closed, at most so long.
+  void close_all(std::chrono::milliseconds longest);
 
  private:
   void watch();

@@ -262,6 +262,8 @@ class Server::Implementation {
     streams_.end();
     connections_.wait_for_answers(kLongestStop);
     workers_.reset();
+    // The library that is told to stop while it refuses a request would fall over it.
+    connections_.close_all(kLongestStop);
     MHD_stop_daemon(daemon_);
   }
   Implementation(const Implementation&) = delete;
