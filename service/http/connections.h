@@ -27,7 +27,7 @@ struct Limits {
   unsigned waiting_requests = 64;
 
   size_t target_length = 4 << 10;  // 414
-  size_t header_size = 16 << 10;   // 431
+  size_t header_size = 8 << 10;    // 431; with the target
   size_t body_size = 64 << 10;     // 413
 
   // For a request, from its first line or from the beginning of a connection: 408.

@@ -35,8 +35,11 @@ constexpr const char* kRetryAfter = "5";  // seconds
 struct Client {
   Client(int descriptor, std::string peer, bool is_encrypted) : connection(descriptor, std::move(peer), is_encrypted) {}
 
-  void begin(const char* text) {
-    target = text;
+  void begin(const char* text) { target = text; }
+
+  // A connection that rests keeps nothing of what was asked and answered.
+  void rest() {
+    target = {};
     checked = {};
     response.reset();
   }
@@ -277,8 +280,9 @@ class Server::Implementation {
     const Limits& limits = options_.limits;
     // Where the limit is reached connections are still answered, so that they are told.
     const auto beyond = [](unsigned most) { return most + most / 4 + 8; };
-    // The library's own bound, which cannot be told of in our words, is never met before ours.
-    const size_t memory = limits.header_size + limits.target_length + (16 << 10);
+    // The library's own bound, which cannot be told of in our words, is met after ours. A connection that rests
+    // keeps as much.
+    const size_t memory = limits.header_size * 2;
     unsigned flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_ERROR_LOG;
     std::vector<MHD_OptionItem> items = {
         {MHD_OPTION_CONNECTION_MEMORY_LIMIT, static_cast<intptr_t>(memory), nullptr},
@@ -342,8 +346,10 @@ class Server::Implementation {
   }
 
   static void on_completed(void* self, MHD_Connection* connection, void**, MHD_RequestTerminationCode) {
-    if (Client* const client = client_of(connection); client != nullptr)
-      client->connection.enter(Phase::kIdle, static_cast<Implementation*>(self)->options_.limits.idle);
+    Client* const client = client_of(connection);
+    if (client == nullptr) return;
+    client->rest();
+    client->connection.enter(Phase::kIdle, static_cast<Implementation*>(self)->options_.limits.idle);
   }
 
   static MHD_Result on_request(void* self, MHD_Connection* connection, const char*, const char* method,
