@@ -403,8 +403,11 @@ class Server::Implementation {
     const std::lock_guard lock(client.gate);
     const bool is_taken = workers_->run([this, &client, connection] {
       auto response = answered(client.checked.request);
-      const std::lock_guard resumed_later(client.gate);
-      client.response = std::move(response);
+      {
+        const std::lock_guard resumed_later(client.gate);
+        client.response = std::move(response);
+      }
+      // From here on the client may be gone at any moment.
       MHD_resume_connection(connection);
     });
     if (is_taken) MHD_suspend_connection(connection);
