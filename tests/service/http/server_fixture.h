@@ -92,10 +92,10 @@ class ServerTest : public testing::Test {
     return RawClient(address_, patience);
   }
 
-  // Until it holds, for 20 s.
+  // Until it holds, for as long.
   template <class Condition>
-  static bool eventually(Condition condition) {
-    for (int i = 0; i < 2000 && !condition(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  static bool eventually(Condition condition, std::chrono::milliseconds longest = std::chrono::seconds(20)) {
+    for (int i = 0; i < longest.count() / 10 && !condition(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
     return condition();
   }
 
