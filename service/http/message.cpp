@@ -2,7 +2,31 @@
 
 #include <strings.h>
 
+#include <algorithm>
+
 namespace zymdb::service {
+namespace {
+
+constexpr std::pair<int, std::string_view> kReasons[] = {
+    {200, "OK"},
+    {400, "Bad Request"},
+    {401, "Unauthorized"},
+    {403, "Forbidden"},
+    {404, "Not Found"},
+    {405, "Method Not Allowed"},
+    {408, "Request Timeout"},
+    {411, "Length Required"},
+    {413, "Content Too Large"},
+    {414, "URI Too Long"},
+    {421, "Misdirected Request"},
+    {429, "Too Many Requests"},
+    {431, "Request Header Fields Too Large"},
+    {500, "Internal Server Error"},
+    {501, "Not Implemented"},
+    {503, "Service Unavailable"},
+};
+
+}  // namespace
 
 std::optional<std::string_view> Request::header(std::string_view name) const {
   for (const auto& [key, value] : headers) {
@@ -15,6 +39,16 @@ Response Response::of(int status, std::string type, std::string content) {
   return {.status = status,
           .headers = {{"Content-Type", std::move(type)}},
           .body = std::make_shared<const std::string>(std::move(content))};
+}
+
+Response Handler::refuse(int status, const Request&) {
+  return Response::of(status, "text/plain; charset=utf-8",
+                      std::to_string(status) + " " + std::string(reason_of(status)) + "\n");
+}
+
+std::string_view reason_of(int status) {
+  const auto* const found = std::ranges::find(kReasons, status, &std::pair<int, std::string_view>::first);
+  return found != std::end(kReasons) ? found->second : "Refused";
 }
 
 }  // namespace zymdb::service

@@ -65,12 +65,20 @@ struct Response {
   static Response of(int status, std::string type, std::string content);
 };
 
-// Answers on any thread, several at a time. Does not throw but for memory.
+// Answers on any thread, several at a time. Throws DatabaseError where the inventory cannot be read, and for
+// memory.
 class Handler {
  public:
   virtual ~Handler() = default;
   virtual Response answer(const Request& request) = 0;
+
+  // What is refused before it comes to the handler, in the handler's own form. The request may lack anything;
+  // headers that belong to the status are added by the caller. One line of text unless somebody says it better.
+  virtual Response refuse(int status, const Request& request);
 };
+
+// "Not Found".
+std::string_view reason_of(int status);
 
 }  // namespace zymdb::service
 

@@ -46,10 +46,14 @@ ROOMS = {
     "tools/zymdb/show": [*SHARED, "tools/zymdb/terminal"],
     "tools/zymdb/files": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show"],
     "tools/zymdb/commands": [*SHARED, "tools/zymdb/terminal", "tools/zymdb/show", "tools/zymdb/files", "collect",
-                             "collect/record", "platform"],
+                             "collect/record", "platform", "service", "service/http", "service/accounts", "service/inventory"],
     "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
     "python": [*PUBLIC, "common", "records", "documents"],
-    "service": [*SHARED, "platform"],
+    "service": [*SHARED, "platform", "service/http", "service/accounts", "service/inventory", "service/metrics"],
+    "service/http": ["common"],
+    "service/accounts": ["service/http"],
+    "service/inventory": [*PUBLIC, "common", "records", "documents"],
+    "service/metrics": ["documents", "service/http", "service/inventory"],
 
     # The header of the client's extensions.
     "platform": ["include"],

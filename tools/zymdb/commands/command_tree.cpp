@@ -63,6 +63,9 @@ void build_command_tree(CommandTree& tree) {
   add_history(tree);
   add_snapshot(tree);
   add_export(tree);
+#ifdef ZYMDB_WITH_SERVICE
+  add_serve(tree);
+#endif
   add_settings(tree);
   add_dpu(tree);
   add_retimer(tree);

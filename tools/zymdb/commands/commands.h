@@ -20,6 +20,7 @@ void add_diff(CommandTree& tree);
 void add_check(CommandTree& tree);
 void add_history(CommandTree& tree);
 void add_export(CommandTree& tree);
+void add_serve(CommandTree& tree);
 void add_settings(CommandTree& tree);
 void add_dpu(CommandTree& tree);
 void add_retimer(CommandTree& tree);

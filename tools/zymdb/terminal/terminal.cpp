@@ -37,6 +37,13 @@ int write_all(int descriptor, std::string_view text) {
   return 0;
 }
 
+void write_line(std::string line, std::string_view message) {
+  for (const char c : message) line += static_cast<unsigned char>(c) < ' ' || c == '\x7f' ? ' ' : c;
+  line += '\n';
+  // Where nobody can be told there is nobody left to tell.
+  static_cast<void>(write_all(STDERR_FILENO, line));
+}
+
 }  // namespace
 
 void prepare_standard_streams() {
@@ -70,11 +77,11 @@ void write_output(std::string_view text) {
 }
 
 void complain(std::string_view message) {
-  std::string line = "zymdb: ";
-  for (const char c : message) line += static_cast<unsigned char>(c) < ' ' || c == '\x7f' ? ' ' : c;
-  line += '\n';
-  // Where nobody can be told there is nobody left to tell.
-  static_cast<void>(write_all(STDERR_FILENO, line));
+  write_line("zymdb: ", message);
+}
+
+void tell_journal(int urgency, std::string_view message) {
+  write_line("<" + std::to_string(urgency) + ">", message);
 }
 
 }  // namespace zymdb::tool

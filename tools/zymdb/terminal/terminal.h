@@ -25,6 +25,9 @@ void write_output(std::string_view text);
 // Writes one line "zymdb: …" to standard error; line ends and control characters in it become spaces.
 void complain(std::string_view message);
 
+// The same where the system's journal reads standard error: the line begins with its urgency (LOG_WARNING).
+void tell_journal(int urgency, std::string_view message);
+
 }  // namespace zymdb::tool
 
 #endif

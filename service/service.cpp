@@ -1,0 +1,173 @@
+#include "service/service.h"
+
+#include <syslog.h>
+
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "common/client_objects.h"
+#include "service/http/entity_tag.h"
+
+namespace zymdb::service {
+namespace {
+
+constexpr const char* kRetryAfter = "5";  // seconds
+constexpr const char* kNames[] = {"metrics", "none"};
+
+// What no answer goes without, unless its handler has said otherwise.
+constexpr std::pair<const char*, const char*> kHeaders[] = {
+    // It may be kept, and has to be asked about.
+    {"Cache-Control", "private, no-cache"},
+    {"Referrer-Policy", "no-referrer"},
+    {"X-Content-Type-Options", "nosniff"},
+    {"X-Frame-Options", "DENY"},
+};
+constexpr std::pair<const char*, const char*> kWithTls{"Strict-Transport-Security", "max-age=31536000"};
+
+const std::string* value_of(const Fields& headers, std::string_view name) {
+  const auto found = std::ranges::find(headers, name, [](const auto& each) -> std::string_view { return each.first; });
+  return found != headers.end() ? &found->second : nullptr;
+}
+
+void add_unless_there(Fields& headers, const std::pair<const char*, const char*>& header) {
+  if (value_of(headers, header.first) == nullptr) headers.emplace_back(header);
+}
+
+bool is_read(const Request& request) {
+  return request.method == Method::kGet || request.method == Method::kHead;
+}
+
+bool is_unchanged(const Request& request, const Response& response) {
+  const auto known = request.header("If-None-Match");
+  const std::string* const tag = value_of(response.headers, "ETag");
+  return response.status == 200 && known && tag != nullptr && is_read(request) && names_tag(*known, *tag);
+}
+
+void finish(const Request& request, Response& response) {
+  if (is_unchanged(request, response)) {
+    response.status = 304;
+    response.body = nullptr;
+    response.gzip = nullptr;
+  }
+  for (const auto& header : kHeaders) add_unless_there(response.headers, header);
+  if (request.is_encrypted) add_unless_there(response.headers, kWithTls);
+}
+
+bool makes_session(const Request& request) {
+  constexpr std::string_view kSessions[] = {"/redfish/v1/SessionService/Sessions",
+                                            "/redfish/v1/SessionService/Sessions/Members"};
+  std::string_view path = request.path;
+  if (path.ends_with('/')) path.remove_suffix(1);
+  return request.method == Method::kPost && std::ranges::find(kSessions, path) != std::end(kSessions);
+}
+
+}  // namespace
+
+Service::Service(Current& current, SystemAccounts& accounts, const ServiceOptions& options, Log log)
+    : current_(current),
+      accounts_(accounts),
+      options_(options),
+      log_(std::move(log)),
+      requests_({std::begin(kNames), std::end(kNames)}),
+      routes_(make_routes()) {}
+
+std::vector<Service::Route> Service::make_routes() {
+  std::vector<Route> routes;
+  const auto add = [&](std::string_view prefix, std::unique_ptr<Handler> handler, bool (*is_public)(const Request&)) {
+    routes.push_back({prefix, kNames[routes.size()], std::move(handler), is_public});
+  };
+  add("/metrics", std::make_unique<Metrics>(current_, requests_, [this] { return gauges(); }), nullptr);
+  return routes;
+}
+
+Response Service::answer(const Request& request) {
+  const auto host = request.header("Host");
+  // Another name for this machine in somebody's browser is a page that wants to read what only this machine may.
+  if (options_.anonymous_reads && host && !is_loopback_host(*host)) return refuse(421, request);
+  const Route* const route = find(request.path);
+  Response response = answer_as(request, accounts_.identify(request), route);
+  finish(request, response);
+  return response;
+}
+
+Response Service::refuse(int status, const Request& request) {
+  const Route* const route = find(request.path);
+  Response response = route != nullptr ? route->handler->refuse(status, request) : Handler::refuse(status, request);
+  finish(request, response);
+  return response;
+}
+
+bool Service::is_slow(const Request& request) const {
+  return makes_session(request) || accounts_.has_to_ask(request);
+}
+
+void Service::observe(const Request& request, int status, std::chrono::nanoseconds duration) {
+  const Route* const route = find(request.path);
+  const size_t index = route != nullptr ? static_cast<size_t>(route - routes_.data()) : routes_.size();
+  requests_.count(index, request.method, status, duration);
+}
+
+const Service::Route* Service::find(std::string_view path) const {
+  const Route* longest = nullptr;
+  for (const Route& route : routes_) {
+    const bool is_below = path.starts_with(route.prefix) &&
+                          (route.prefix.ends_with('/') || path.size() == route.prefix.size() ||
+                           path[route.prefix.size()] == '/');
+    if (is_below && (longest == nullptr || route.prefix.size() > longest->prefix.size())) longest = &route;
+  }
+  return longest;
+}
+
+Response Service::answer_as(Request request, const Identity& identity, const Route* route) {
+  request.caller = identity.caller;
+  const bool is_public = route != nullptr && route->is_public != nullptr && route->is_public(request);
+  switch (identity.kind) {
+    case Identity::Kind::kKnown: break;
+    case Identity::Kind::kLater: {
+      Response response = refuse(429, request);
+      response.headers.emplace_back("Retry-After", kRetryAfter);
+      return response;
+    }
+    case Identity::Kind::kDenied: return refuse(403, request);
+    case Identity::Kind::kWrong:
+      if (!is_public) return unauthorized(request);
+      break;
+    case Identity::Kind::kNobody:
+      if (options_.anonymous_reads && is_read(request)) request.caller.role = Role::kReadOnly;
+      if (!is_public && !request.caller.may(Role::kReadOnly)) return unauthorized(request);
+  }
+  if (route == nullptr) return refuse(404, request);
+  return answered(request, *route);
+}
+
+Response Service::answered(const Request& request, const Route& route) {
+  try {
+    return route.handler->answer(request);
+  } catch (const DatabaseError& error) {
+    log_(LOG_WARNING, std::string("cannot read the inventory: ") + error.what());
+  } catch (const std::bad_alloc&) {
+    log_(LOG_ERR, "out of memory");
+  } catch (const std::exception& error) {
+    log_(LOG_ERR, std::string("cannot answer: ") + error.what());
+    return refuse(500, request);
+  }
+  Response response = refuse(503, request);
+  response.headers.emplace_back("Retry-After", kRetryAfter);
+  return response;
+}
+
+// A browser would ask in a window of its own, and in the middle of a page that asks itself.
+Response Service::unauthorized(const Request& request) {
+  Response response = refuse(401, request);
+  if (!request.header("X-Requested-With"))
+    response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"zymdb\"");
+  return response;
+}
+
+ServiceGauges Service::gauges() const {
+  return {connections_ ? connections_() : 0, accounts_.sessions().size(), accounts_.failed_logins()};
+}
+
+}  // namespace zymdb::service
