@@ -50,6 +50,10 @@ ROOMS = {
     "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
     "python": [*PUBLIC, "common", "records", "documents"],
     "service": [*SHARED, "platform"],
+    "service/http": [],
+    "service/accounts": ["service/http"],
+    "service/inventory": [*PUBLIC, "common", "records", "documents"],
+    "service/page": [*PUBLIC, "common", "records", "documents", "service/http", "service/inventory"],
 
     # The header of the client's extensions.
     "platform": ["include"],
