@@ -1,15 +1,14 @@
 #include "service/page/generation_stream.h"
 
-#include <thread>
-
 #include "common/client_extensions.h"
 
 namespace zymdb::service {
 namespace {
 
-constexpr std::chrono::milliseconds kMoment{250};
 // So that a connection that broke is noticed.
 constexpr std::chrono::seconds kSignOfLife{15};
+// Who cannot open the inventory says so in the log at each attempt.
+constexpr std::chrono::seconds kPauseWithout{5};
 
 std::string event_of(std::optional<uint64_t> generation) {
   return "event: generation\ndata: {\"generation\":" + (generation ? std::to_string(*generation) : "null") + "}\n\n";
@@ -18,9 +17,10 @@ std::string event_of(std::optional<uint64_t> generation) {
 }  // namespace
 
 std::string GenerationStream::take() {
-  if (has_told_) std::this_thread::sleep_for(kMoment);
-  const auto generation = inventory_generation();
   const auto now = Clock::now();
+  if (now < next_look_) return {};
+  const auto generation = inventory_generation();
+  if (!generation) next_look_ = now + kPauseWithout;
   if (!has_told_ || generation != told_) {
     has_told_ = true;
     told_ = generation;

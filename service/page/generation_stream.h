@@ -29,6 +29,7 @@ class GenerationStream : public Stream {
   std::shared_ptr<void> place_;
   Clock::time_point end_ = Clock::now() + kLongest;
   Clock::time_point last_sign_ = Clock::now();
+  Clock::time_point next_look_ = Clock::now();
   bool has_told_ = false;
   std::optional<uint64_t> told_;
 };

@@ -19,9 +19,8 @@ namespace zymdb::service {
 namespace {
 
 constexpr char kJson[] = "application/json";
+constexpr std::string_view kData[] = {"/inventory.json", "/parts.json", "/fields.json", "/history.json", "/events"};
 constexpr char kRetrySeconds[] = "5";
-// Smaller ones are one packet anyway.
-constexpr size_t kWorthCompressing = 1024;
 constexpr int kGzipWindow = 15 + 16;
 
 // Everything comes from this server, nothing is written in line, and nobody puts the page into theirs.
@@ -60,23 +59,6 @@ std::string decompressed(const Asset& asset) {
   return content;
 }
 
-// Null where it cannot be done: the content is sent as it is.
-std::shared_ptr<const std::string> compressed(const std::string& content) {
-  if (content.size() < kWorthCompressing) return nullptr;
-  z_stream stream{};
-  constexpr int kLevel = 6, kMemory = 8;
-  if (deflateInit2(&stream, kLevel, Z_DEFLATED, kGzipWindow, kMemory, Z_DEFAULT_STRATEGY) != Z_OK) return nullptr;
-  std::string gzip(deflateBound(&stream, static_cast<uLong>(content.size())), '\0');
-  stream.next_in = reinterpret_cast<unsigned char*>(const_cast<char*>(content.data()));
-  stream.avail_in = static_cast<uInt>(content.size());
-  stream.next_out = reinterpret_cast<unsigned char*>(gzip.data());
-  stream.avail_out = static_cast<uInt>(gzip.size());
-  const bool is_whole = deflate(&stream, Z_FINISH) == Z_STREAM_END;
-  gzip.resize(gzip.size() - stream.avail_out);
-  deflateEnd(&stream);
-  return is_whole ? std::make_shared<const std::string>(std::move(gzip)) : nullptr;
-}
-
 std::string checksum(std::string_view content) {
   const auto sum =
       crc32(0, reinterpret_cast<const unsigned char*>(content.data()), static_cast<uInt>(content.size()));
@@ -103,9 +85,12 @@ Page::Page(Current& current) : current_(current), history_(current.types()) {
 
 // The checksum tells documents of one generation of two inventories apart.
 Page::Content Page::document_content(std::string json, std::optional<uint64_t> generation) {
-  auto gzip = compressed(json);
   std::string etag = '"' + (generation ? std::to_string(*generation) + "-" : "") + checksum(json) + '"';
-  return {kJson, std::move(etag), std::make_shared<const std::string>(std::move(json)), std::move(gzip)};
+  return {kJson, std::move(etag), std::make_shared<const std::string>(std::move(json)), nullptr};
+}
+
+bool Page::is_public(const Request& request) {
+  return std::ranges::find(kData, request.path) == std::end(kData);
 }
 
 Response Page::answer(const Request& request) {
@@ -119,11 +104,10 @@ Response Page::answer(const Request& request) {
 }
 
 Response Page::answer_data(const Request& request) {
-  static constexpr const char* kPaths[] = {"/inventory.json", "/parts.json", "/fields.json", "/history.json",
-                                           "/events"};
-  if (std::ranges::find(kPaths, request.path) == std::end(kPaths)) return refusal(404, "there is no such page");
-  if (request.caller.user.empty()) return refusal(401, "log in first");
-  if (!request.caller.may(Role::kReadOnly)) return refusal(403, "this account may not read the inventory");
+  if (is_public(request)) return refusal(404, "there is no such page");
+  if (!request.caller.may(Role::kReadOnly))
+    return request.caller.user.empty() ? refusal(401, "log in first")
+                                       : refusal(403, "this account may not read the inventory");
   if (request.path == "/events") return answer_events();
   if (request.path == "/fields.json") return answer_content(request, fields_);
   if (request.path == "/inventory.json") return answer_document(request, inventory_, &documents::to_json);

@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,12 +26,17 @@ namespace zymdb::service {
 class Page : public Handler {
  public:
   // Streams that are open at a time; who asks for more is told to come again.
-  static constexpr int kMostStreams = 32;
+  static constexpr int kMostStreams = 12;
 
   // `current` must outlive the page and its streams.
   explicit Page(Current& current);
 
   Response answer(const Request& request) override;
+
+  // Whether whoever asks is answered without a login: the files are the same everywhere.
+  static bool is_public(const Request& request);
+  // Whether the answer may take seconds.
+  static bool is_slow(const Request& request) { return request.path == "/history.json"; }
 
  private:
   // A content as it is sent, whoever asks for it.

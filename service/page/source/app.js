@@ -194,25 +194,38 @@ async function refreshSoon() {
   }
 }
 
+// Hears of news until the stream ends. Answers when to look again.
+async function hear() {
+  let failure = null;
+  tell('live', 'is-live');
+  listening = new AbortController();
+  try {
+    await listen((generation) => {
+      if (generation !== machine?.generation) {
+        refreshSoon().catch((error) => {
+          failure = error;
+          listening.abort();
+        });
+      }
+    }, listening.signal);
+  } catch (error) {
+    if (failure === null && error instanceof NotNow && !error.isUnreachable) {
+      tell(`looks again every ${plural(error.seconds, 'second')}`);
+      return error.seconds;
+    }
+    if (error.name !== 'AbortError') throw error;
+  }
+  if (failure !== null) throw failure;
+  return 1;
+}
+
 async function run() {
   if (isListening) return;
   isListening = true;
   for (;;) {
     try {
       await refreshSoon();
-      tell('live', 'is-live');
-      let failure = null;
-      listening = new AbortController();
-      await listen((generation) => {
-        if (generation !== machine?.generation) {
-          refreshSoon().catch((error) => {
-            failure = error;
-            listening.abort();
-          });
-        }
-      }, listening.signal);
-      if (failure) throw failure;
-      await pause(1);
+      await pause(await hear());
     } catch (error) {
       if (error instanceof LoginNeeded) break;
       const seconds = error instanceof NotNow ? error.seconds : 3;

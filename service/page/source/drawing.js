@@ -2,8 +2,9 @@
 import {fitted, html, svg} from './dom.js';
 import {reasonOf} from './machine.js';
 
+// Texts that may be cut are for the eye; links are called by all that they tell.
 export function label(x, y, text, {room = Infinity, size = 12, weight = 400, kind = '', anchor = 'start'} = {}) {
-  return svg('text', {x, y, class: 'label ' + kind, 'font-size': size, 'font-weight': weight, 'text-anchor': anchor},
+  return svg('text', {x, y, class: 'label ' + kind, 'aria-hidden': 'true', 'font-size': size, 'font-weight': weight, 'text-anchor': anchor},
              fitted(text, room, size, weight));
 }
 
@@ -15,9 +16,9 @@ export function line(points, width, kind = '') {
   return svg('path', {d: 'M' + points.map((point) => point.join(' ')).join('L'), class: 'line ' + kind, 'stroke-width': width});
 }
 
-// What belongs to a part, as one link to it.
+// What belongs to a part, as one link to it. The title is its name, for the pointer and for those who listen.
 export function linkTo(href, name, state, ...children) {
-  return svg('a', {href, class: 'item ' + state, 'aria-label': name}, svg('title', {}, name), children);
+  return svg('a', {href, class: 'item ' + state}, svg('title', {}, name), children);
 }
 
 export function stateOf(...parts) {

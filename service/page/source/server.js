@@ -6,9 +6,10 @@ const TOKEN = 'zymdb.token', SESSION = 'zymdb.session';
 export class LoginNeeded extends Error {}
 
 export class NotNow extends Error {
-  constructor(message, seconds) {
+  constructor(message, seconds, isUnreachable = false) {
     super(message);
     this.seconds = seconds;
+    this.isUnreachable = isUnreachable;
   }
 }
 
@@ -47,7 +48,7 @@ async function ask(path, options = {}) {
     response = await fetch(path, {cache: 'no-cache', credentials: 'same-origin', ...options, headers: headers(options.headers)});
   } catch (error) {
     if (error.name === 'AbortError') throw error;
-    throw new NotNow('The server does not answer.', 3);
+    throw new NotNow('The server does not answer.', 3, true);
   }
   if (response.status === 401) {
     keep(null, null);

@@ -117,8 +117,10 @@ void serve(Page& page, int connection) {
     for (const auto& [name, value] : response.headers) head += name + ": " + value + "\r\n";
     if (response.stream != nullptr) {
       bool goes_on = send_all(connection, head + "\r\n");
-      while (goes_on && !response.stream->is_over() && is_open(connection))
+      while (goes_on && !response.stream->is_over() && is_open(connection)) {
         goes_on = send_all(connection, response.stream->take());
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      }
     } else {
       const auto accepted = request.header("Accept-Encoding");
       const bool is_gzip =
