@@ -68,7 +68,8 @@ bool write_all(int to, const std::string& content) {
 bool read_all(int from, std::chrono::steady_clock::time_point end, std::string& content) {
   std::array<char, 65536> piece;
   for (;;) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
     if (left.count() <= 0) return false;
     pollfd waiting{.fd = from, .events = POLLIN, .revents = 0};
     const int ready = poll(&waiting, 1, static_cast<int>(left.count()));
@@ -85,7 +86,8 @@ bool read_all(int from, std::chrono::steady_clock::time_point end, std::string& 
 
 std::string output_of_child(const std::function<std::string()>& work, std::chrono::milliseconds limit) {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw DatabaseError(std::string("no pipe: ") + std::strerror(errno));
+  if (pipe2(ends.data(), O_CLOEXEC) != 0)
+    throw DatabaseError(std::string("no pipe: ") + std::strerror(errno));
   const Descriptor output(ends[0]);
   Descriptor input(ends[1]);
   const pid_t parent = getpid();
@@ -102,7 +104,8 @@ std::string output_of_child(const std::function<std::string()>& work, std::chron
   }
   if (!is_whole) throw DatabaseError("reading the history took too long");
   if (!WIFEXITED(status)) throw DatabaseError("reading the history ended early");
-  if (WEXITSTATUS(status) != kDone) throw DatabaseError(content.empty() ? "the history cannot be read" : content);
+  if (WEXITSTATUS(status) != kDone)
+    throw DatabaseError(content.empty() ? "the history cannot be read" : content);
   return content;
 }
 

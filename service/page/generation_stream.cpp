@@ -11,7 +11,8 @@ constexpr std::chrono::seconds kSignOfLife{15};
 constexpr std::chrono::seconds kPauseWithout{5};
 
 std::string event_of(std::optional<uint64_t> generation) {
-  return "event: generation\ndata: {\"generation\":" + (generation ? std::to_string(*generation) : "null") + "}\n\n";
+  return "event: generation\ndata: {\"generation\":" + (generation ? std::to_string(*generation) : "null") +
+         "}\n\n";
 }
 
 }  // namespace

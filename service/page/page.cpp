@@ -19,14 +19,16 @@ namespace zymdb::service {
 namespace {
 
 constexpr char kJson[] = "application/json";
-constexpr std::string_view kData[] = {"/inventory.json", "/parts.json", "/fields.json", "/history.json", "/events"};
+constexpr std::string_view kData[] = {"/inventory.json", "/parts.json", "/fields.json", "/history.json",
+                                      "/events"};
 constexpr char kRetrySeconds[] = "5";
 constexpr int kGzipWindow = 15 + 16;
 
 // Everything comes from this server, nothing is written in line, and nobody puts the page into theirs.
 constexpr std::pair<const char*, const char*> kPolicies[] = {
     {"Content-Security-Policy",
-     "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; img-src 'self'; base-uri 'none'; "
+     "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; img-src 'self'; base-uri "
+     "'none'; "
      "form-action 'self'; frame-ancestors 'none'"},
     {"Referrer-Policy", "no-referrer"},
     {"X-Content-Type-Options", "nosniff"},
@@ -77,8 +79,9 @@ bool names(std::string_view list, std::string_view etag) {
 Page::Page(Current& current) : current_(current), history_(current.types()) {
   for (const Asset& asset : page_assets()) {
     auto body = std::make_shared<const std::string>(decompressed(asset));
-    files_[asset.path] = {asset.type, '"' + checksum(*body) + '"', body,
-                          std::make_shared<const std::string>(reinterpret_cast<const char*>(asset.gzip), asset.size)};
+    files_[asset.path] = {
+        asset.type, '"' + checksum(*body) + '"', body,
+        std::make_shared<const std::string>(reinterpret_cast<const char*>(asset.gzip), asset.size)};
   }
   fields_ = document_content(fields_json(current.types()), std::nullopt);
 }
@@ -125,7 +128,8 @@ Response Page::answer_document(const Request& request, Kept& kept, const Writer&
       // Who asks for it meanwhile waits, and shares it.
       const std::lock_guard lock(kept.mutex);
       if (kept.content == nullptr || !document->generation || kept.generation != document->generation) {
-        kept.content = std::make_shared<const Content>(document_content(write(*document), document->generation));
+        kept.content =
+            std::make_shared<const Content>(document_content(write(*document), document->generation));
         kept.generation = document->generation;
       }
       content = kept.content;

@@ -76,7 +76,8 @@ Json json_of(const documents::PartClass& of) {
   Json parts = Json::array();
   for (size_t i = 0; i < of.parts.size(); ++i) {
     const documents::Part& part = of.parts[i];
-    Json& json = parts.emplace_back(Json{{"name", names[i]}, {"place", of.place(part)}, {"model", of.model(part)}});
+    Json& json =
+        parts.emplace_back(Json{{"name", names[i]}, {"place", of.place(part)}, {"model", of.model(part)}});
     if (of.is_vacant(part)) json["vacant"] = true;
     Json attention = attention_of(of, part);
     if (!attention.empty()) json["attention"] = std::move(attention);
@@ -99,7 +100,8 @@ std::string fields_json(const std::vector<documents::RecordType>& types) {
   for (const auto& type : types) {
     Json fields = Json::array();
     for (const auto& field : type.fields) fields.push_back(json_of(field));
-    classes.push_back({{"name", type.name}, {"description", type.description}, {"fields", std::move(fields)}});
+    classes.push_back(
+        {{"name", type.name}, {"description", type.description}, {"fields", std::move(fields)}});
   }
   return dumped({{"classes", std::move(classes)}});
 }

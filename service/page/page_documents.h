@@ -15,8 +15,8 @@ namespace zymdb::service {
 // For each class its fields: what they are called, mean and are to the part.
 std::string fields_json(const std::vector<documents::RecordType>& types);
 
-// For each class its parts, in their order: "name", which no other part of the class has, "place", "model", "vacant"
-// where there is none, and "attention", field by field, where a value deserves a look.
+// For each class its parts, in their order: "name", which no other part of the class has, "place", "model",
+// "vacant" where there is none, and "attention", field by field, where a value deserves a look.
 std::string parts_json(const documents::Document& document);
 
 // The newest change first.

@@ -57,7 +57,8 @@ uint64_t first_to_read(std::optional<uint64_t> known) {
   return entries[entries.size() - RecentHistory::kMostEntries].generation;
 }
 
-// Runs in a process of its own: to look back, the open inventory is exchanged for a copy, which is taken back.
+// Runs in a process of its own: to look back, the open inventory is exchanged for a copy, which is taken
+// back.
 std::string read_lines(const std::vector<documents::RecordType>& types, const std::string& copy,
                        std::optional<uint64_t> known) {
   const uint64_t since = first_to_read(known);

@@ -2,7 +2,7 @@
 import {plural, svg} from './dom.js';
 import {box, Drawing, label, partLink} from './drawing.js';
 
-const WIDTH = 158, HEIGHT = 92, GAP = 8;
+const WIDTH = 148, HEIGHT = 92, GAP = 8;
 const BAY = 2;
 const MOST_GAPS = 32;
 

@@ -2,7 +2,7 @@
 import {fitted, plural, svg, textWidth} from './dom.js';
 import {box, Drawing, label, partLink} from './drawing.js';
 
-const JACK = 116, HEIGHT = 46, GAP = 6, PAD = 10, HEADER = 28, BETWEEN = 12;
+const JACK = 104, HEIGHT = 46, GAP = 6, PAD = 10, HEADER = 28, BETWEEN = 12;
 
 const placeWidth = (place, room) => textWidth(fitted(place, room, 12, 650), 12, 650);
 
@@ -65,7 +65,7 @@ export function drawPorts(machine) {
       const row = measured.slice(i, end);
       const jacks = row.reduce((sum, each) => sum + each.columns, 0);
       const height = Math.max(...row.map((each) => each.height));
-      const extra = Math.min((width - used) / jacks, 70);
+      const extra = Math.min((width - used) / jacks, 120);
       let x = 0;
       for (const each of row) {
         const own = each.width + extra * each.columns;

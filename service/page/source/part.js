@@ -30,7 +30,9 @@ export function drawPart(machine, part, history) {
   view.classList.toggle('has-unknown', all.checked);
 
   const groups = GROUPS.map(([name, roles]) => {
-    const fields = part.of.fields.filter((field) => roles.includes(field.role));
+    // What tables show first; codes and the like after it.
+    const own = part.of.fields.filter((field) => roles.includes(field.role));
+    const fields = [...own.filter((field) => field.is_shown), ...own.filter((field) => !field.is_shown)];
     if (fields.length === 0) return null;
     const isKnown = fields.some((field) => textOf(field, part.values[field.key]) !== '');
     return html('section', {class: 'panel group' + (isKnown ? '' : ' is-unknown')}, html('h2', {}, name),
@@ -48,7 +50,7 @@ export function drawPart(machine, part, history) {
               related.length > 0 && html('section', {class: 'panel'}, html('h2', {}, 'Belongs to it'),
                                          [...byClass].map(([name, parts]) => [html('h3', {}, name), html('ul', {class: 'list'}, parts.slice(0, 24).map((each) =>
                                              html('li', {}, html('a', {href: each.href}, html('b', {}, each.name), each.model && each.model !== each.name && html('span', {}, each.model)))))])),
-              html('section', {class: 'panel'}, html('h2', {}, 'What became of it'), drawChanges(machine, changesOf(history, part), history.error, 'Nothing has changed since it was first collected.')))),
+              html('section', {class: 'panel'}, html('h2', {}, 'What became of it'), drawChanges(machine, changesOf(history, part), history.error, 'No change of it is on record.')))),
   ].filter(Boolean));
   return view;
 }

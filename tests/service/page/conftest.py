@@ -111,9 +111,8 @@ class Browser:
         Path(path).write_bytes(base64.b64decode(picture["data"]))
 
 
-@pytest.fixture(scope="session")
-def driver():
-    assert AXE.exists(), "scripts/install-node-packages brings what this test needs"
+@contextlib.contextmanager
+def running_browser():
     with tempfile.TemporaryDirectory() as profile:
         options = webdriver.ChromeOptions()
         options.binary_location = "/usr/bin/chromium"
@@ -122,8 +121,17 @@ def driver():
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
         driver.set_script_timeout(120)
-        yield driver
-        driver.quit()
+        try:
+            yield driver
+        finally:
+            driver.quit()
+
+
+@pytest.fixture(scope="session")
+def driver():
+    assert AXE.exists(), "scripts/install-node-packages brings what this test needs"
+    with running_browser() as running:
+        yield running
 
 
 @pytest.fixture

@@ -2,9 +2,10 @@
 //
 //   page_server [--login] [--file PATH=FILE]…
 //
-// answers on a free port of this machine, which it prints, until its input ends. With --login only who logged in
-// as "reader" with the password "correct horse" may read. A line of its input is a command: "refuse" and "allow"
-// decide whether sessions hold. --file answers a path with a document of the tests instead of the page's.
+// answers on a free port of this machine, which it prints, until its input ends. With --login only who logged
+// in as "reader" with the password "correct horse" may read. A line of its input is a command: "refuse" and
+// "allow" decide whether sessions hold. --file answers a path with a document of the tests instead of the
+// page's.
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -97,7 +98,8 @@ Response logged_in(const Request& request) {
 
 Response answer(Page& page, Request& request) {
   if (request.method == Method::kPost && request.path == kSessions) return logged_in(request);
-  if (!needs_login || request.header("X-Auth-Token") == kToken) request.caller = {"reader", Role::kReadOnly, ""};
+  if (!needs_login || request.header("X-Auth-Token") == kToken)
+    request.caller = {"reader", Role::kReadOnly, ""};
   Response response = page.answer(request);
   const auto own = own_files.find(request.path);
   if (own == own_files.end() || response.status != 200) return response;
@@ -142,7 +144,8 @@ int listen_anywhere(uint16_t& port) {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t size = sizeof address;
   auto* const plain = reinterpret_cast<sockaddr*>(&address);
-  if (bind(listener, plain, size) != 0 || listen(listener, 64) != 0 || getsockname(listener, plain, &size) != 0)
+  if (bind(listener, plain, size) != 0 || listen(listener, 64) != 0 ||
+      getsockname(listener, plain, &size) != 0)
     return -1;
   port = ntohs(address.sin_port);
   return listener;

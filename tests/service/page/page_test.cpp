@@ -38,7 +38,9 @@ class PageTest : public InventoryTest {
   static Request request(const std::string& path, Fields headers = {}) {
     return {.path = path, .headers = std::move(headers), .caller = {"reader", Role::kReadOnly, ""}};
   }
-  Response get(const std::string& path, Fields headers = {}) { return page_.answer(request(path, std::move(headers))); }
+  Response get(const std::string& path, Fields headers = {}) {
+    return page_.answer(request(path, std::move(headers)));
+  }
   json get_json(const std::string& path) {
     const Response response = get(path);
     EXPECT_EQ(response.status, 200) << path;
@@ -50,7 +52,12 @@ class PageTest : public InventoryTest {
   }
 
   static void given_modules() {
-    given("Memory", {{"SlotNo", 1}, {"MemSize", 65536}, {"MemType", 26}, {"DevLocator", "A1"}, {"PartNo", "M1"}, {"SerialNo", "S1"}});
+    given("Memory", {{"SlotNo", 1},
+                     {"MemSize", 65536},
+                     {"MemType", 26},
+                     {"DevLocator", "A1"},
+                     {"PartNo", "M1"},
+                     {"SerialNo", "S1"}});
     given("Memory", {{"SlotNo", 2}, {"MemSize", 0}, {"DevLocator", "A2"}});
   }
   static void given_port(const char* name, int status) {
@@ -112,7 +119,8 @@ TEST_F(PageTest, HasNoScriptAndNoStyleInLine) {
 TEST_F(PageTest, MakesNoMarkupOfTexts) {
   for (const Asset& asset : page_assets()) {
     const std::string path = asset.path, text = *get(path).body;
-    for (const char* way : {"innerHTML", "outerHTML", "insertAdjacentHTML", "document.write", "DOMParser", "eval(", "new Function"})
+    for (const char* way : {"innerHTML", "outerHTML", "insertAdjacentHTML", "document.write", "DOMParser",
+                            "eval(", "new Function"})
       EXPECT_THAT(text, Not(HasSubstr(way))) << path;
   }
 }
@@ -185,7 +193,8 @@ TEST_F(PageTest, NamesEveryPartAndWhatOfItDeservesALook) {
   given_port("eth1", 2);
   const json parts = get_json("/parts.json"), inventory = get_json("/inventory.json");
   EXPECT_EQ(parts["generation"], inventory["generation"]);
-  for (const auto& [name, list] : parts["classes"].items()) EXPECT_EQ(list.size(), inventory[name].size()) << name;
+  for (const auto& [name, list] : parts["classes"].items())
+    EXPECT_EQ(list.size(), inventory[name].size()) << name;
   EXPECT_EQ(parts["classes"]["memory"][0],
             json({{"name", "1 A1"}, {"place", "1 A1"}, {"model", "64 GiB DDR4 M1"}}));
   EXPECT_EQ(parts["classes"]["memory"][1]["vacant"], true);
@@ -207,7 +216,8 @@ TEST_F(PageTest, SaysWhyTheInventoryCannotBeRead) {
 
 TEST_F(PageTest, TellsTheNewestChangesFirst) {
   given_modules();
-  given("Memory", {{"SlotNo", 3}, {"MemSize", 1024}, {"MemType", 26}, {"DevLocator", "A3"}, {"SerialNo", "S3"}});
+  given("Memory",
+        {{"SlotNo", 3}, {"MemSize", 1024}, {"MemType", 26}, {"DevLocator", "A3"}, {"SerialNo", "S3"}});
   json history = get_json("/history.json");
   EXPECT_EQ(history["generation"], get_json("/inventory.json")["generation"]);
   ASSERT_FALSE(history["changes"].empty());
@@ -217,7 +227,8 @@ TEST_F(PageTest, TellsTheNewestChangesFirst) {
   EXPECT_EQ(history["changes"].back()["change"], "baseline");
 
   const size_t before = history["changes"].size();
-  given("Memory", {{"SlotNo", 4}, {"MemSize", 1024}, {"MemType", 26}, {"DevLocator", "A4"}, {"SerialNo", "S4"}});
+  given("Memory",
+        {{"SlotNo", 4}, {"MemSize", 1024}, {"MemType", 26}, {"DevLocator", "A4"}, {"SerialNo", "S4"}});
   history = get_json("/history.json");
   EXPECT_EQ(history["changes"].size(), before + 1);
   EXPECT_EQ(history["changes"][0]["place"], "4 A4");
@@ -226,10 +237,15 @@ TEST_F(PageTest, TellsTheNewestChangesFirst) {
 TEST_F(PageTest, TellsOnlySoMuchOfTheHistory) {
   given_modules();
   for (int i = 0; i < 80; ++i)
-    given("Memory", {{"SlotNo", 10 + i}, {"MemSize", 1024}, {"MemType", 26}, {"SerialNo", "S" + std::to_string(10 + i)}});
+    given(
+        "Memory",
+        {{"SlotNo", 10 + i}, {"MemSize", 1024}, {"MemType", 26}, {"SerialNo", "S" + std::to_string(10 + i)}});
   EXPECT_THAT(get_json("/history.json")["changes"], SizeIs(RecentHistory::kMostEntries));
   for (size_t i = 0; i < RecentHistory::kMostChanges; ++i)
-    given("Memory", {{"SlotNo", 100 + static_cast<int>(i)}, {"MemSize", 1024}, {"MemType", 26}, {"SerialNo", "T" + std::to_string(i)}});
+    given("Memory", {{"SlotNo", 100 + static_cast<int>(i)},
+                     {"MemSize", 1024},
+                     {"MemType", 26},
+                     {"SerialNo", "T" + std::to_string(i)}});
   const json changes = get_json("/history.json")["changes"];
   EXPECT_THAT(changes, SizeIs(RecentHistory::kMostChanges));
   EXPECT_EQ(changes[0]["place"], std::to_string(99 + RecentHistory::kMostChanges));
@@ -255,7 +271,9 @@ TEST_F(PageTest, LooksBackWhileOthersReadAndWrite) {
     });
   }
   for (int i = 0; i < 20; ++i) {
-    given("Memory", {{"SlotNo", 10 + i}, {"MemSize", 1024}, {"MemType", 26}, {"SerialNo", "S" + std::to_string(10 + i)}});
+    given(
+        "Memory",
+        {{"SlotNo", 10 + i}, {"MemSize", 1024}, {"MemType", 26}, {"SerialNo", "S" + std::to_string(10 + i)}});
     EXPECT_EQ(get("/history.json").status, 200);
   }
   is_over = true;
@@ -298,7 +316,8 @@ TEST(ChildProcessTest, TellsWhatItsWorkReturned) {
 
 TEST(ChildProcessTest, TellsWhyItsWorkFailed) {
   try {
-    output_of_child([]() -> std::string { throw DatabaseError("the disk is gone"); }, std::chrono::seconds(20));
+    output_of_child([]() -> std::string { throw DatabaseError("the disk is gone"); },
+                    std::chrono::seconds(20));
     FAIL();
   } catch (const DatabaseError& error) {
     EXPECT_STREQ(error.what(), "the disk is gone");
@@ -318,7 +337,13 @@ TEST(ChildProcessTest, EndsWorkThatTakesTooLong) {
 }
 
 TEST(ChildProcessTest, OutlivesWorkThatEndsItsProcess) {
-  EXPECT_THROW(output_of_child([]() -> std::string { raise(SIGKILL); return ""; }, std::chrono::seconds(20)), DatabaseError);
+  EXPECT_THROW(output_of_child(
+                   []() -> std::string {
+                     raise(SIGKILL);
+                     return "";
+                   },
+                   std::chrono::seconds(20)),
+               DatabaseError);
 }
 
 }  // namespace
