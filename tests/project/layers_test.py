@@ -49,11 +49,13 @@ ROOMS = {
                              "collect/record", "platform", "service", "service/http", "service/accounts", "service/inventory"],
     "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
     "python": [*PUBLIC, "common", "records", "documents"],
-    "service": [*SHARED, "platform", "service/http", "service/accounts", "service/inventory", "service/metrics"],
+    "service": [*SHARED, "platform", "service/http", "service/accounts", "service/inventory", "service/metrics",
+                "service/page"],
     "service/http": ["common"],
     "service/accounts": ["service/http"],
     "service/inventory": [*PUBLIC, "common", "records", "documents"],
     "service/metrics": ["documents", "service/http", "service/inventory"],
+    "service/page": [*PUBLIC, "common", "records", "documents", "service/http", "service/inventory"],
 
     # The header of the client's extensions.
     "platform": ["include"],

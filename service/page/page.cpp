@@ -1,0 +1,174 @@
+#include "service/page/page.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "common/client_objects.h"
+#include "documents/document_json.h"
+#include "service/page/assets.h"
+#include "service/page/generation_stream.h"
+#include "service/page/page_documents.h"
+
+namespace zymdb::service {
+namespace {
+
+constexpr char kJson[] = "application/json";
+constexpr std::string_view kData[] = {"/inventory.json", "/parts.json", "/fields.json", "/history.json",
+                                      "/events"};
+constexpr char kRetrySeconds[] = "5";
+constexpr int kGzipWindow = 15 + 16;
+
+// Everything comes from this server, nothing is written in line, and nobody puts the page into theirs.
+constexpr std::pair<const char*, const char*> kPolicies[] = {
+    {"Content-Security-Policy",
+     "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; img-src 'self'; base-uri "
+     "'none'; "
+     "form-action 'self'; frame-ancestors 'none'"},
+    {"Referrer-Policy", "no-referrer"},
+    {"X-Content-Type-Options", "nosniff"},
+};
+
+Response with_policies(Response response) {
+  for (const auto& [name, value] : kPolicies) response.headers.emplace_back(name, value);
+  return response;
+}
+
+Response refusal(int status, const std::string& reason) {
+  return Response::of(status, kJson, error_json(reason));
+}
+
+std::string decompressed(const Asset& asset) {
+  z_stream stream{};
+  if (inflateInit2(&stream, kGzipWindow) != Z_OK) throw std::bad_alloc();
+  stream.next_in = const_cast<unsigned char*>(asset.gzip);
+  stream.avail_in = static_cast<uInt>(asset.size);
+  std::string content;
+  std::array<char, 16384> piece{};
+  int status = Z_OK;
+  while (status == Z_OK) {
+    stream.next_out = reinterpret_cast<unsigned char*>(piece.data());
+    stream.avail_out = piece.size();
+    status = inflate(&stream, Z_NO_FLUSH);
+    content.append(piece.data(), piece.size() - stream.avail_out);
+  }
+  inflateEnd(&stream);
+  return content;
+}
+
+std::string checksum(std::string_view content) {
+  const auto sum =
+      crc32(0, reinterpret_cast<const unsigned char*>(content.data()), static_cast<uInt>(content.size()));
+  std::array<char, 9> digits{};
+  std::snprintf(digits.data(), digits.size(), "%08lx", sum);
+  return digits.data();
+}
+
+// Whether a list as If-None-Match has it names the tag; a server between may have marked it as weak.
+bool names(std::string_view list, std::string_view etag) {
+  return list == "*" || list.find(etag) != std::string_view::npos;
+}
+
+}  // namespace
+
+Page::Page(Current& current) : current_(current), history_(current.types()) {
+  for (const Asset& asset : page_assets()) {
+    auto body = std::make_shared<const std::string>(decompressed(asset));
+    files_[asset.path] = {
+        asset.type, '"' + checksum(*body) + '"', body,
+        std::make_shared<const std::string>(reinterpret_cast<const char*>(asset.gzip), asset.size)};
+  }
+  fields_ = document_content(fields_json(current.types()), std::nullopt);
+}
+
+// The checksum tells documents of one generation of two inventories apart.
+Page::Content Page::document_content(std::string json, std::optional<uint64_t> generation) {
+  std::string etag = '"' + (generation ? std::to_string(*generation) + "-" : "") + checksum(json) + '"';
+  return {kJson, std::move(etag), std::make_shared<const std::string>(std::move(json)), nullptr};
+}
+
+bool Page::is_public(const Request& request) {
+  return std::ranges::find(kData, request.path) == std::end(kData);
+}
+
+Response Page::answer(const Request& request) {
+  if (request.method != Method::kGet && request.method != Method::kHead) {
+    Response response = refusal(405, "only GET is answered here");
+    response.headers.emplace_back("Allow", "GET, HEAD");
+    return with_policies(std::move(response));
+  }
+  const auto file = files_.find(request.path);
+  return with_policies(file != files_.end() ? answer_content(request, file->second) : answer_data(request));
+}
+
+Response Page::answer_data(const Request& request) {
+  if (is_public(request)) return refusal(404, "there is no such page");
+  if (!request.caller.may(Role::kReadOnly))
+    return request.caller.user.empty() ? refusal(401, "log in first")
+                                       : refusal(403, "this account may not read the inventory");
+  if (request.path == "/events") return answer_events();
+  if (request.path == "/fields.json") return answer_content(request, fields_);
+  if (request.path == "/inventory.json") return answer_document(request, inventory_, &documents::to_json);
+  if (request.path == "/parts.json") return answer_document(request, parts_, &parts_json);
+  return answer_document(request, changes_, [this](const auto& document) {
+    return history_json(history_.newest(document.generation), document.generation);
+  });
+}
+
+Response Page::answer_document(const Request& request, Kept& kept, const Writer& write) {
+  try {
+    const auto document = current_.get();
+    std::shared_ptr<const Content> content;
+    {
+      // Who asks for it meanwhile waits, and shares it.
+      const std::lock_guard lock(kept.mutex);
+      if (kept.content == nullptr || !document->generation || kept.generation != document->generation) {
+        kept.content =
+            std::make_shared<const Content>(document_content(write(*document), document->generation));
+        kept.generation = document->generation;
+      }
+      content = kept.content;
+    }
+    return answer_content(request, *content);
+  } catch (const DatabaseError& error) {
+    Response response = refusal(503, error.what());
+    response.headers.emplace_back("Retry-After", kRetrySeconds);
+    return response;
+  }
+}
+
+Response Page::answer_events() {
+  if (streams_->fetch_add(1) >= kMostStreams) {
+    streams_->fetch_sub(1);
+    Response response = refusal(503, "too many others are listening");
+    response.headers.emplace_back("Retry-After", kRetrySeconds);
+    return response;
+  }
+  // The stream counts for as long as it lives.
+  const std::shared_ptr<void> place(nullptr, [streams = streams_](void*) { streams->fetch_sub(1); });
+  Response response;
+  response.headers = {{"Content-Type", "text/event-stream"}, {"Cache-Control", "no-store"}};
+  response.stream = std::make_shared<GenerationStream>(place);
+  return response;
+}
+
+Response Page::answer_content(const Request& request, const Content& content) {
+  Response response;
+  // Kept by browsers, and asked for again each time: a new version of the program is seen at once.
+  response.headers = {{"ETag", content.etag}, {"Cache-Control", "no-cache"}};
+  if (const auto known = request.header("If-None-Match"); known && names(*known, content.etag)) {
+    response.status = 304;
+    return response;
+  }
+  response.headers.emplace_back("Content-Type", content.type);
+  response.body = content.body;
+  response.gzip = content.gzip;
+  return response;
+}
+
+}  // namespace zymdb::service
