@@ -50,6 +50,13 @@ ROOMS = {
     "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
     "python": [*PUBLIC, "common", "records", "documents"],
     "service": [*SHARED, "platform"],
+    "service/http": PUBLIC,
+    "service/accounts": ["service/http"],
+    "service/inventory": [*SHARED],
+    "service/redfish/model": [*SHARED, "service/http"],
+    "service/redfish/resources": [*SHARED, "service/redfish/model"],
+    "service/redfish": [*SHARED, "service/http", "service/accounts", "service/inventory", "service/redfish/model",
+                        "service/redfish/resources"],
 
     # The header of the client's extensions.
     "platform": ["include"],
