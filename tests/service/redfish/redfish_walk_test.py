@@ -5,6 +5,7 @@ is set.
 
 usage: redfish_walk_test.py TOOL ROOT ASKER
 """
+import fcntl
 import json
 import os
 import re
@@ -288,7 +289,9 @@ def check_published_messages(ask, schemas):
 
 
 def check(name, fill, schemas):
-    with tempfile.TemporaryDirectory() as folder:
+    # The machine has one marker of settings that are parsed: tests that depend on it take turns.
+    with tempfile.TemporaryDirectory() as folder, open("/tmp/zymdb-test-marker.lock", "a") as turn:
+        fcntl.flock(turn, fcntl.LOCK_EX)
         machine = Machine(name, folder)
         fill(machine)
         if name == "example server":
