@@ -9,12 +9,14 @@
 
 #include "common/client_objects.h"
 #include "service/http/entity_tag.h"
+#include "service/page/page.h"
+#include "service/redfish/redfish.h"
 
 namespace zymdb::service {
 namespace {
 
 constexpr const char* kRetryAfter = "5";  // seconds
-constexpr const char* kNames[] = {"metrics", "none"};
+constexpr const char* kNames[] = {"metrics", "page", "redfish", "none"};
 
 // What no answer goes without, unless its handler has said otherwise.
 constexpr std::pair<const char*, const char*> kHeaders[] = {
@@ -37,6 +39,11 @@ void add_unless_there(Fields& headers, const std::pair<const char*, const char*>
 
 bool is_read(const Request& request) {
   return request.method == Method::kGet || request.method == Method::kHead;
+}
+
+// It waits for a login, or for the disk.
+bool is_write(const Request& request) {
+  return !is_read(request) && request.method != Method::kOptions;
 }
 
 bool is_unchanged(const Request& request, const Response& response) {
@@ -63,6 +70,14 @@ bool makes_session(const Request& request) {
   return request.method == Method::kPost && std::ranges::find(kSessions, path) != std::end(kSessions);
 }
 
+// What a client reads to find out how to log in.
+bool is_public_redfish(const Request& request) {
+  constexpr std::string_view kPublic[] = {"/redfish", "/redfish/v1", "/redfish/v1/odata", "/redfish/v1/$metadata"};
+  std::string_view path = request.path;
+  if (path.ends_with('/')) path.remove_suffix(1);
+  return makes_session(request) || (is_read(request) && std::ranges::find(kPublic, path) != std::end(kPublic));
+}
+
 }  // namespace
 
 Service::Service(Current& current, SystemAccounts& accounts, const ServiceOptions& options, Log log)
@@ -75,10 +90,12 @@ Service::Service(Current& current, SystemAccounts& accounts, const ServiceOption
 
 std::vector<Service::Route> Service::make_routes() {
   std::vector<Route> routes;
-  const auto add = [&](std::string_view prefix, std::unique_ptr<Handler> handler, bool (*is_public)(const Request&)) {
-    routes.push_back({prefix, kNames[routes.size()], std::move(handler), is_public});
+  const auto add = [&](std::string_view prefix, std::unique_ptr<Handler> handler, Test may_all, Test takes_long) {
+    routes.push_back({prefix, kNames[routes.size()], std::move(handler), may_all, takes_long});
   };
-  add("/metrics", std::make_unique<Metrics>(current_, requests_, [this] { return gauges(); }), nullptr);
+  add("/metrics", std::make_unique<Metrics>(current_, requests_, [this] { return gauges(); }), nullptr, nullptr);
+  add("/", std::make_unique<Page>(current_), Page::is_public, Page::is_slow);
+  add("/redfish", std::make_unique<Redfish>(current_, accounts_), is_public_redfish, is_write);
   return routes;
 }
 
@@ -100,7 +117,8 @@ Response Service::refuse(int status, const Request& request) {
 }
 
 bool Service::is_slow(const Request& request) const {
-  return makes_session(request) || accounts_.has_to_ask(request);
+  const Route* const route = find(request.path);
+  return accounts_.has_to_ask(request) || (route != nullptr && route->is_slow != nullptr && route->is_slow(request));
 }
 
 void Service::observe(const Request& request, int status, std::chrono::nanoseconds duration) {

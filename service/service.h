@@ -34,12 +34,13 @@ class Service : public Handler {
   void watch_connections(std::function<unsigned()> count) { connections_ = std::move(count); }
 
  private:
+  using Test = bool (*)(const Request&);
   struct Route {
     std::string_view prefix;  // of whole steps: "/redfish" is of "/redfish" and "/redfish/v1"
     const char* name;         // in the metrics
     std::unique_ptr<Handler> handler;
-    // Whether everybody may; null: nobody without a login.
-    bool (*is_public)(const Request&);
+    Test is_public;  // whether everybody may; null: nobody without a login
+    Test is_slow;    // whether the answer may take long; null: none does
   };
 
   std::vector<Route> make_routes();

@@ -50,12 +50,16 @@ ROOMS = {
     "tools/zymdb": ["tools/zymdb/commands", "tools/zymdb/terminal"],
     "python": [*PUBLIC, "common", "records", "documents"],
     "service": [*SHARED, "platform", "service/http", "service/accounts", "service/inventory", "service/metrics",
-                "service/page"],
+                "service/page", "service/redfish"],
     "service/http": ["common"],
     "service/accounts": ["service/http"],
     "service/inventory": [*PUBLIC, "common", "records", "documents"],
     "service/metrics": ["documents", "service/http", "service/inventory"],
     "service/page": [*PUBLIC, "common", "records", "documents", "service/http", "service/inventory"],
+    "service/redfish/model": [*SHARED, "service/http"],
+    "service/redfish/resources": [*SHARED, "service/redfish/model"],
+    "service/redfish": [*SHARED, "service/http", "service/accounts", "service/inventory", "service/redfish/model",
+                        "service/redfish/resources"],
 
     # The header of the client's extensions.
     "platform": ["include"],

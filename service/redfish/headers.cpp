@@ -1,0 +1,62 @@
+#include "service/redfish/headers.h"
+
+#include <strings.h>
+
+#include <algorithm>
+
+namespace zymdb::service::redfish {
+namespace {
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kSpace = " \t";
+  const size_t begin = std::min(text.find_first_not_of(kSpace), text.size());
+  text.remove_prefix(begin);
+  return text.substr(0, text.find_last_not_of(kSpace) + 1);
+}
+
+bool is_same(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
+
+// "application/json" of "application/json; q=0.5".
+std::string_view type_of(std::string_view entry) {
+  return trimmed(entry.substr(0, entry.find(';')));
+}
+
+// Calls `wanted` with what stands between commas until it is content.
+template <class Wanted>
+bool any_of_list(std::string_view list, Wanted wanted) {
+  while (true) {
+    const size_t comma = list.find(',');
+    if (wanted(trimmed(list.substr(0, comma)))) return true;
+    if (comma == std::string_view::npos) return false;
+    list.remove_prefix(comma + 1);
+  }
+}
+
+std::string_view strong(std::string_view tag) {
+  return tag.starts_with("W/") ? tag.substr(2) : tag;
+}
+
+}  // namespace
+
+bool accepts(const Request& request, std::string_view type) {
+  const auto header = request.header("Accept");
+  if (!header || trimmed(*header).empty()) return true;
+  const std::string any_of_kind = std::string(type.substr(0, type.find('/') + 1)) + "*";
+  return any_of_list(*header, [&](std::string_view entry) {
+    const std::string_view accepted = type_of(entry);
+    return is_same(accepted, type) || is_same(accepted, any_of_kind) || accepted == "*/*";
+  });
+}
+
+bool has_json(const Request& request) {
+  const auto header = request.header("Content-Type");
+  return header && is_same(type_of(*header), "application/json");
+}
+
+bool names_tag(std::string_view header, std::string_view etag) {
+  return any_of_list(header, [&](std::string_view tag) { return tag == "*" || strong(tag) == strong(etag); });
+}
+
+}  // namespace zymdb::service::redfish
