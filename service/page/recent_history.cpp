@@ -52,7 +52,8 @@ std::string lines_of(const Event& event) {
 
 // Runs in a process of its own: to look back, the open inventory is exchanged for a copy, which is taken
 // back.
-std::string read_lines(const std::vector<documents::RecordType>& types, const std::string& copy, uint64_t since) {
+std::string read_lines(const std::vector<documents::RecordType>& types, const std::string& copy,
+                       uint64_t since) {
   copy_inventory(copy);
   zym_db_close(get_dmdb_handle());
   allow_creation(false);
@@ -80,8 +81,8 @@ std::vector<PastChange> RecentHistory::newest(std::optional<uint64_t> generation
     const uint64_t since = first_to_read();
     // Removed here, also where the child had to be ended.
     const documents::ScratchFolder folder;
-    const std::string lines =
-        output_of_child([&] { return read_lines(types_, folder.file("inventory.db"), since); }, kLongestReading);
+    const std::string lines = output_of_child(
+        [&] { return read_lines(types_, folder.file("inventory.db"), since); }, kLongestReading);
     std::istringstream stream(lines);
     for (std::string line; std::getline(stream, line);) changes_.push_back(parse_line(line));
     while (changes_.size() > kMostChanges) changes_.pop_front();
@@ -92,7 +93,8 @@ std::vector<PastChange> RecentHistory::newest(std::optional<uint64_t> generation
   return {changes_.rbegin(), changes_.rend()};
 }
 
-// So far back that it takes its time and no more. What is older is forgotten where there is something in between.
+// So far back that it takes its time and no more. What is older is forgotten where there is something in
+// between.
 uint64_t RecentHistory::first_to_read() {
   const uint64_t next = generation_ ? *generation_ + 1 : 0;
   const auto entries = documents::read_entries();

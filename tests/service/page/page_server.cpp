@@ -2,8 +2,8 @@
 //
 //   page_server
 //
-// answers on a free port of this machine, whose address it prints, until its input ends. Who logged in as "reader" with
-// the password "correct horse" may read, until a line "refuse" comes in.
+// answers on a free port of this machine, whose address it prints, until its input ends. Who logged in as
+// "reader" with the password "correct horse" may read, until a line "refuse" comes in.
 #include <atomic>
 #include <iostream>
 #include <string>
@@ -37,7 +37,8 @@ class GuardedPage : public Handler {
 
  private:
   static Response log_in(const Request& request) {
-    if (request.method != Method::kPost || request.body != kCredentials) return Response::of(401, "application/json", "{}");
+    if (request.method != Method::kPost || request.body != kCredentials)
+      return Response::of(401, "application/json", "{}");
     Response response = Response::of(201, "application/json", "{}");
     response.headers.emplace_back("X-Auth-Token", kToken);
     return response;

@@ -64,8 +64,10 @@ class PageTest : public InventoryTest {
   void given_more_modules(size_t count) {
     for (size_t i = 0; i < count; ++i) {
       ++last_module_;
-      given("Memory",
-            {{"SlotNo", last_module_}, {"MemSize", 1024}, {"MemType", 26}, {"SerialNo", "S" + std::to_string(last_module_)}});
+      given("Memory", {{"SlotNo", last_module_},
+                       {"MemSize", 1024},
+                       {"MemType", 26},
+                       {"SerialNo", "S" + std::to_string(last_module_)}});
     }
   }
   static void given_port(const char* name, int status) {
@@ -259,7 +261,7 @@ TEST_F(PageTest, KeepsOnlySoManyChanges) {
   given_modules();
   for (size_t i = 0; i < RecentHistory::kMostChanges + 60; i += 30) {
     given_more_modules(30);
-    EXPECT_EQ(get_json("/history.json")["changes"].size(), std::min(i + 31 + 1, RecentHistory::kMostChanges));
+    EXPECT_EQ(get_json("/history.json")["changes"].size(), std::min(i + 30 + 1, RecentHistory::kMostChanges));
   }
   EXPECT_EQ(get_json("/history.json")["changes"][0]["place"], std::to_string(last_module_));
 }
