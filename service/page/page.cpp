@@ -11,6 +11,7 @@
 
 #include "common/client_objects.h"
 #include "documents/document_json.h"
+#include "service/http/entity_tag.h"
 #include "service/page/assets.h"
 #include "service/page/generation_stream.h"
 #include "service/page/page_documents.h"
@@ -19,8 +20,6 @@ namespace zymdb::service {
 namespace {
 
 constexpr char kJson[] = "application/json";
-constexpr std::string_view kData[] = {"/inventory.json", "/parts.json", "/fields.json", "/history.json",
-                                      "/events"};
 constexpr char kRetrySeconds[] = "5";
 constexpr int kGzipWindow = 15 + 16;
 
@@ -69,11 +68,6 @@ std::string checksum(std::string_view content) {
   return digits.data();
 }
 
-// Whether a list as If-None-Match has it names the tag; a server between may have marked it as weak.
-bool names(std::string_view list, std::string_view etag) {
-  return list == "*" || list.find(etag) != std::string_view::npos;
-}
-
 }  // namespace
 
 Page::Page(Current& current) : current_(current), history_(current.types()) {
@@ -93,7 +87,7 @@ Page::Content Page::document_content(std::string json, std::optional<uint64_t> g
 }
 
 bool Page::is_public(const Request& request) {
-  return std::ranges::find(kData, request.path) == std::end(kData);
+  return std::ranges::any_of(page_assets(), [&](const Asset& asset) { return request.path == asset.path; });
 }
 
 Response Page::answer(const Request& request) {
@@ -107,7 +101,6 @@ Response Page::answer(const Request& request) {
 }
 
 Response Page::answer_data(const Request& request) {
-  if (is_public(request)) return refusal(404, "there is no such page");
   if (!request.caller.may(Role::kReadOnly))
     return request.caller.user.empty() ? refusal(401, "log in first")
                                        : refusal(403, "this account may not read the inventory");
@@ -115,6 +108,7 @@ Response Page::answer_data(const Request& request) {
   if (request.path == "/fields.json") return answer_content(request, fields_);
   if (request.path == "/inventory.json") return answer_document(request, inventory_, &documents::to_json);
   if (request.path == "/parts.json") return answer_document(request, parts_, &parts_json);
+  if (request.path != "/history.json") return refusal(404, "there is no such page");
   return answer_document(request, changes_, [this](const auto& document) {
     return history_json(history_.newest(document.generation), document.generation);
   });
@@ -161,7 +155,7 @@ Response Page::answer_content(const Request& request, const Content& content) {
   Response response;
   // Kept by browsers, and asked for again each time: a new version of the program is seen at once.
   response.headers = {{"ETag", content.etag}, {"Cache-Control", "no-cache"}};
-  if (const auto known = request.header("If-None-Match"); known && names(*known, content.etag)) {
+  if (const auto known = request.header("If-None-Match"); known && names_tag(*known, content.etag)) {
     response.status = 304;
     return response;
   }

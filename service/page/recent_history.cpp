@@ -50,18 +50,10 @@ std::string lines_of(const Event& event) {
   return lines;
 }
 
-uint64_t first_to_read(std::optional<uint64_t> known) {
-  if (known) return *known + 1;
-  const auto entries = documents::read_entries();
-  if (entries.size() <= RecentHistory::kMostEntries) return 0;
-  return entries[entries.size() - RecentHistory::kMostEntries].generation;
-}
-
 // Runs in a process of its own: to look back, the open inventory is exchanged for a copy, which is taken
 // back.
 std::string read_lines(const std::vector<documents::RecordType>& types, const std::string& copy,
-                       std::optional<uint64_t> known) {
-  const uint64_t since = first_to_read(known);
+                       uint64_t since) {
   copy_inventory(copy);
   zym_db_close(get_dmdb_handle());
   allow_creation(false);
@@ -86,10 +78,11 @@ std::vector<PastChange> RecentHistory::newest(std::optional<uint64_t> generation
     changes_.clear();
   }
   if (!generation_ || generation_ != generation) {
+    const uint64_t since = first_to_read();
     // Removed here, also where the child had to be ended.
     const documents::ScratchFolder folder;
     const std::string lines = output_of_child(
-        [&] { return read_lines(types_, folder.file("inventory.db"), generation_); }, kLongestReading);
+        [&] { return read_lines(types_, folder.file("inventory.db"), since); }, kLongestReading);
     std::istringstream stream(lines);
     for (std::string line; std::getline(stream, line);) changes_.push_back(parse_line(line));
     while (changes_.size() > kMostChanges) changes_.pop_front();
@@ -98,6 +91,18 @@ std::vector<PastChange> RecentHistory::newest(std::optional<uint64_t> generation
     if (generation_ && !changes_.empty()) generation_ = std::max(*generation_, changes_.back().generation);
   }
   return {changes_.rbegin(), changes_.rend()};
+}
+
+// So far back that it takes its time and no more. What is older is forgotten where there is something in
+// between.
+uint64_t RecentHistory::first_to_read() {
+  const uint64_t next = generation_ ? *generation_ + 1 : 0;
+  const auto entries = documents::read_entries();
+  if (entries.size() <= kMostEntries) return next;
+  const uint64_t oldest = entries[entries.size() - kMostEntries].generation;
+  if (oldest <= next) return next;
+  changes_.clear();
+  return oldest;
 }
 
 }  // namespace zymdb::service

@@ -27,7 +27,7 @@ class RecentHistory {
  public:
   // Of what is told, the oldest is dropped beyond this.
   static constexpr size_t kMostChanges = 300;
-  // Transactions that the first look goes back.
+  // Transactions that one look goes back.
   static constexpr size_t kMostEntries = 60;
   // Of one transaction.
   static constexpr size_t kMostOfOne = 40;
@@ -38,6 +38,8 @@ class RecentHistory {
   std::vector<PastChange> newest(std::optional<uint64_t> generation);
 
  private:
+  uint64_t first_to_read();
+
   const std::vector<documents::RecordType>& types_;
   std::mutex mutex_;
   std::optional<uint64_t> generation_;  // up to which they are read

@@ -149,18 +149,26 @@ def browser(driver):
 
 
 class PageServer:
-    def __init__(self, inventory, *words):
-        self.process = subprocess.Popen([SERVER, *words], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+    """The service as its users run it, or with a login that the tests know."""
+
+    def __init__(self, inventory, needs_login=False):
+        command = [SERVER] if needs_login else [TOOL, "serve", "--listen", "127.0.0.1:0", "--anonymous-reads"]
+        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
                                         stderr=subprocess.DEVNULL, env={**os.environ, "ZYMDB_INVENTORY": str(inventory)})
-        self.address = f"http://127.0.0.1:{int(self.process.stdout.readline())}/"
+        self.address = self.process.stdout.readline().strip()
+        self.needs_login = needs_login
 
     def tell(self, command):
         self.process.stdin.write(command + "\n")
         self.process.stdin.flush()
 
     def stop(self):
-        self.process.stdin.close()
-        self.process.wait(timeout=PATIENCE)
+        if self.process.poll() is None and not self.needs_login:
+            self.process.terminate()
+        if not self.process.stdin.closed:
+            self.process.stdin.close()
+        assert self.process.wait(timeout=PATIENCE) == 0
+        self.process.stdout.close()
 
 
 @pytest.fixture
@@ -168,13 +176,14 @@ def serve():
     """Serves inventories until the test is over."""
     servers = []
 
-    def start(inventory, *words):
-        servers.append(PageServer(inventory, *words))
+    def start(inventory, needs_login=False):
+        servers.append(PageServer(inventory, needs_login))
         return servers[-1]
 
     yield start
     for server in servers:
-        server.stop()
+        if not server.process.stdin.closed:
+            server.stop()
 
 
 @pytest.fixture

@@ -94,7 +94,7 @@ def log_in(browser, password):
 
 def test_who_may_not_read_logs_in(browser, serve, example):
     browser.may_fail = REFUSED
-    server = serve(example, "--login")
+    server = serve(example, needs_login=True)
     browser.driver.get(server.address + "#/drives/bay-3")
     browser.wait(lambda: browser.text("h1") == "Log in", "no form")
     assert browser.violations() == []
@@ -115,8 +115,10 @@ def test_who_may_not_read_logs_in(browser, serve, example):
 
 def test_a_session_that_ended_is_asked_for_again(browser, serve, own_example):
     browser.may_fail = REFUSED
-    server = serve(own_example)
+    server = serve(own_example, needs_login=True)
     browser.driver.get(server.address)
+    browser.wait(lambda: browser.text("h1") == "Log in", "no form")
+    log_in(browser, "correct horse")
     browser.wait(lambda: browser.text("#live") == "live", "not live")
     server.tell("refuse")
     machines.run_tool(TOOL, own_example, "settings", "set", "BootProtocol.4b0000=PXE")

@@ -60,6 +60,16 @@ class PageTest : public InventoryTest {
                      {"SerialNo", "S1"}});
     given("Memory", {{"SlotNo", 2}, {"MemSize", 0}, {"DevLocator", "A2"}});
   }
+  // One a transaction.
+  void given_more_modules(size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+      ++last_module_;
+      given("Memory", {{"SlotNo", last_module_},
+                       {"MemSize", 1024},
+                       {"MemType", 26},
+                       {"SerialNo", "S" + std::to_string(last_module_)}});
+    }
+  }
   static void given_port(const char* name, int status) {
     static int number = 0;
     const int key = 0x10000 + ++number;
@@ -71,11 +81,12 @@ class PageTest : public InventoryTest {
 
   Current current_{documents::inventory_types(records::kPciIdsFile)};
   Page page_{current_};
+  int last_module_ = 10;
 };
 
 TEST_F(PageTest, ServesItsFilesToWhoeverAsks) {
   for (const char* path : {"/", "/app.js", "/page.css", "/icon.svg"}) {
-    Request anonymous{.path = path};
+    const Request anonymous{.path = path};
     EXPECT_TRUE(Page::is_public(anonymous)) << path;
     const Response response = page_.answer(anonymous);
     EXPECT_EQ(response.status, 200) << path;
@@ -157,6 +168,7 @@ TEST_F(PageTest, ShowsTheInventoryToThoseWhoMayReadIt) {
 
 TEST_F(PageTest, AnswersNothingElse) {
   EXPECT_EQ(get("/nowhere").status, 404);
+  EXPECT_EQ(page_.answer({.path = "/nowhere"}).status, 401);
   EXPECT_EQ(get("/../etc/passwd").status, 404);
   const Response response = page_.answer({.method = Method::kPost, .path = "/"});
   EXPECT_EQ(response.status, 405);
@@ -234,21 +246,24 @@ TEST_F(PageTest, TellsTheNewestChangesFirst) {
   EXPECT_EQ(history["changes"][0]["place"], "4 A4");
 }
 
-TEST_F(PageTest, TellsOnlySoMuchOfTheHistory) {
+TEST_F(PageTest, GoesBackOnlySoFar) {
   given_modules();
-  for (int i = 0; i < 80; ++i)
-    given(
-        "Memory",
-        {{"SlotNo", 10 + i}, {"MemSize", 1024}, {"MemType", 26}, {"SerialNo", "S" + std::to_string(10 + i)}});
+  given_more_modules(80);
   EXPECT_THAT(get_json("/history.json")["changes"], SizeIs(RecentHistory::kMostEntries));
-  for (size_t i = 0; i < RecentHistory::kMostChanges; ++i)
-    given("Memory", {{"SlotNo", 100 + static_cast<int>(i)},
-                     {"MemSize", 1024},
-                     {"MemType", 26},
-                     {"SerialNo", "T" + std::to_string(i)}});
+  // The same after a time without a look, without a gap in between.
+  given_more_modules(RecentHistory::kMostEntries + 20);
   const json changes = get_json("/history.json")["changes"];
-  EXPECT_THAT(changes, SizeIs(RecentHistory::kMostChanges));
-  EXPECT_EQ(changes[0]["place"], std::to_string(99 + RecentHistory::kMostChanges));
+  EXPECT_THAT(changes, SizeIs(RecentHistory::kMostEntries));
+  EXPECT_EQ(changes[0]["place"], std::to_string(last_module_));
+}
+
+TEST_F(PageTest, KeepsOnlySoManyChanges) {
+  given_modules();
+  for (size_t i = 0; i < RecentHistory::kMostChanges + 60; i += 30) {
+    given_more_modules(30);
+    EXPECT_EQ(get_json("/history.json")["changes"].size(), std::min(i + 30 + 1, RecentHistory::kMostChanges));
+  }
+  EXPECT_EQ(get_json("/history.json")["changes"][0]["place"], std::to_string(last_module_));
 }
 
 TEST_F(PageTest, LeavesTheInventoryAsItIsWhileItLooksBack) {

@@ -29,7 +29,7 @@ def test_each_answer_is_counted_by_handler_method_and_status(start):
     text = service.metrics()
     for line in ['zymdb_http_requests_total{handler="metrics",method="GET",code="2xx"} 3',
                  'zymdb_http_requests_total{handler="metrics",method="HEAD",code="4xx"} 1',
-                 'zymdb_http_requests_total{handler="none",method="PUT",code="4xx"} 1',
+                 'zymdb_http_requests_total{handler="page",method="PUT",code="4xx"} 1',
                  'zymdb_http_requests_total{handler="metrics",method="other",code="5xx"} 1',
                  "zymdb_http_failed_logins_total 0", "zymdb_http_sessions 0"]:
         assert line in text.split("\n"), line

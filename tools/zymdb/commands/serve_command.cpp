@@ -35,7 +35,8 @@ using service::Socket;
 constexpr char kDefaultAddress[] = "127.0.0.1:8000";
 
 constexpr char kFooter[] =
-    "Serves the inventory over HTTP until it is interrupted (Ctrl-C): metrics for Prometheus at /metrics.\n"
+    "Serves the inventory over HTTP until it is interrupted (Ctrl-C): a page for people at /, metrics for\n"
+    "Prometheus at /metrics.\n"
     "Users log in as users of this system do (PAM, service \"zymdb\"); the groups zymdb-readonly,\n"
     "zymdb-operator and zymdb-administrator say who may do what.\n"
     "\n"
