@@ -29,7 +29,8 @@ constexpr std::pair<const char*, const char*> kHeaders[] = {
 constexpr std::pair<const char*, const char*> kWithTls{"Strict-Transport-Security", "max-age=31536000"};
 
 const std::string* value_of(const Fields& headers, std::string_view name) {
-  const auto found = std::ranges::find(headers, name, [](const auto& each) -> std::string_view { return each.first; });
+  const auto found =
+      std::ranges::find(headers, name, [](const auto& each) -> std::string_view { return each.first; });
   return found != headers.end() ? &found->second : nullptr;
 }
 
@@ -72,10 +73,12 @@ bool makes_session(const Request& request) {
 
 // What a client reads to find out how to log in.
 bool is_public_redfish(const Request& request) {
-  constexpr std::string_view kPublic[] = {"/redfish", "/redfish/v1", "/redfish/v1/odata", "/redfish/v1/$metadata"};
+  constexpr std::string_view kPublic[] = {"/redfish", "/redfish/v1", "/redfish/v1/odata",
+                                          "/redfish/v1/$metadata"};
   std::string_view path = request.path;
   if (path.ends_with('/')) path.remove_suffix(1);
-  return makes_session(request) || (is_read(request) && std::ranges::find(kPublic, path) != std::end(kPublic));
+  return makes_session(request) ||
+         (is_read(request) && std::ranges::find(kPublic, path) != std::end(kPublic));
 }
 
 }  // namespace
@@ -90,10 +93,12 @@ Service::Service(Current& current, SystemAccounts& accounts, const ServiceOption
 
 std::vector<Service::Route> Service::make_routes() {
   std::vector<Route> routes;
-  const auto add = [&](std::string_view prefix, std::unique_ptr<Handler> handler, Test may_all, Test takes_long) {
+  const auto add = [&](std::string_view prefix, std::unique_ptr<Handler> handler, Test may_all,
+                       Test takes_long) {
     routes.push_back({prefix, kNames[routes.size()], std::move(handler), may_all, takes_long});
   };
-  add("/metrics", std::make_unique<Metrics>(current_, requests_, [this] { return gauges(); }), nullptr, nullptr);
+  add("/metrics", std::make_unique<Metrics>(current_, requests_, [this] { return gauges(); }), nullptr,
+      nullptr);
   add("/", std::make_unique<Page>(current_), Page::is_public, Page::is_slow);
   add("/redfish", std::make_unique<Redfish>(current_, accounts_), is_public_redfish, is_write);
   return routes;
@@ -101,7 +106,8 @@ std::vector<Service::Route> Service::make_routes() {
 
 Response Service::answer(const Request& request) {
   const auto host = request.header("Host");
-  // Another name for this machine in somebody's browser is a page that wants to read what only this machine may.
+  // Another name for this machine in somebody's browser is a page that wants to read what only this machine
+  // may.
   if (options_.anonymous_reads && host && !is_loopback_host(*host)) return refuse(421, request);
   const Route* const route = find(request.path);
   Response response = answer_as(request, accounts_.identify(request), route);
@@ -111,14 +117,16 @@ Response Service::answer(const Request& request) {
 
 Response Service::refuse(int status, const Request& request) {
   const Route* const route = find(request.path);
-  Response response = route != nullptr ? route->handler->refuse(status, request) : Handler::refuse(status, request);
+  Response response =
+      route != nullptr ? route->handler->refuse(status, request) : Handler::refuse(status, request);
   finish(request, response);
   return response;
 }
 
 bool Service::is_slow(const Request& request) const {
   const Route* const route = find(request.path);
-  return accounts_.has_to_ask(request) || (route != nullptr && route->is_slow != nullptr && route->is_slow(request));
+  return accounts_.has_to_ask(request) ||
+         (route != nullptr && route->is_slow != nullptr && route->is_slow(request));
 }
 
 void Service::observe(const Request& request, int status, std::chrono::nanoseconds duration) {
@@ -142,13 +150,15 @@ Response Service::answer_as(Request request, const Identity& identity, const Rou
   request.caller = identity.caller;
   const bool is_public = route != nullptr && route->is_public != nullptr && route->is_public(request);
   switch (identity.kind) {
-    case Identity::Kind::kKnown: break;
+    case Identity::Kind::kKnown:
+      break;
     case Identity::Kind::kLater: {
       Response response = refuse(429, request);
       response.headers.emplace_back("Retry-After", kRetryAfter);
       return response;
     }
-    case Identity::Kind::kDenied: return refuse(403, request);
+    case Identity::Kind::kDenied:
+      return refuse(403, request);
     case Identity::Kind::kWrong:
       if (!is_public) return unauthorized(request);
       break;

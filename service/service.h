@@ -8,16 +8,17 @@
 #include <vector>
 
 #include "service/accounts/system_accounts.h"
+#include "service/http/log.h"
 #include "service/http/message.h"
 #include "service/http/server.h"
 #include "service/inventory/current.h"
-#include "service/http/log.h"
 #include "service/metrics/metrics.h"
 
 namespace zymdb::service {
 
 struct ServiceOptions {
-  // GET and HEAD without a login. Only for addresses that nobody else reaches; then only under their own names.
+  // GET and HEAD without a login. Only for addresses that nobody else reaches; then only under their own
+  // names.
   bool anonymous_reads = false;
 };
 

@@ -32,7 +32,8 @@ std::string user_key(const std::string& peer, const std::string& user) {
 bool LoginThrottle::may_try(const std::string& peer, const std::string& user, Clock::time_point now) const {
   const std::lock_guard lock(mutex_);
   for (const std::string& key : {address_key(peer), user_key(peer, user)}) {
-    if (const auto found = failures_.find(key); found != failures_.end() && now < found->second.until) return false;
+    if (const auto found = failures_.find(key); found != failures_.end() && now < found->second.until)
+      return false;
   }
   return true;
 }
@@ -51,7 +52,8 @@ void LoginThrottle::note_success(const std::string& peer, const std::string& use
 void LoginThrottle::note(const std::string& key, unsigned free, Clock::time_point now) {
   std::erase_if(failures_, [&](const auto& each) { return now - each.second.last > kForgotten; });
   if (failures_.size() >= kMostEntries && !failures_.contains(key)) {
-    failures_.erase(std::ranges::min_element(failures_, {}, [](const auto& each) { return each.second.last; }));
+    failures_.erase(
+        std::ranges::min_element(failures_, {}, [](const auto& each) { return each.second.last; }));
   }
   Failures& failures = failures_[key];
   failures.last = now;

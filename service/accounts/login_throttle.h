@@ -9,8 +9,8 @@
 
 namespace zymdb::service {
 
-// Counts failures by address and user, and by address alone, where more are free: behind one address there may
-// be many people. Not by user alone, or anybody could lock others out. For any thread.
+// Counts failures by address and user, and by address alone, where more are free: behind one address there
+// may be many people. Not by user alone, or anybody could lock others out. For any thread.
 class LoginThrottle {
  public:
   using Clock = std::chrono::steady_clock;

@@ -57,11 +57,15 @@ bool is_text(const std::string& text, size_t longest) {
 
 Identity::Kind kind_of(LoginOutcome outcome) {
   switch (outcome) {
-    case LoginOutcome::kGranted: return Identity::Kind::kKnown;
-    case LoginOutcome::kDenied: return Identity::Kind::kDenied;
+    case LoginOutcome::kGranted:
+      return Identity::Kind::kKnown;
+    case LoginOutcome::kDenied:
+      return Identity::Kind::kDenied;
     case LoginOutcome::kLater:
-    case LoginOutcome::kTooMany: return Identity::Kind::kLater;
-    case LoginOutcome::kRefused: break;
+    case LoginOutcome::kTooMany:
+      return Identity::Kind::kLater;
+    case LoginOutcome::kRefused:
+      break;
   }
   return Identity::Kind::kWrong;
 }
@@ -76,10 +80,11 @@ std::optional<Credentials> basic_of(const Request& request) {
 SystemAccounts::SystemAccounts(const AccountLimits& limits, Log log)
     : limits_(limits), log_(std::move(log)), key_(random_bytes()) {}
 
-LoginOutcome SystemAccounts::check(const std::string& user, const std::string& password, const std::string& peer,
-                                   Role& role) {
+LoginOutcome SystemAccounts::check(const std::string& user, const std::string& password,
+                                   const std::string& peer, Role& role) {
   if (!throttle_.may_try(peer, user)) return LoginOutcome::kLater;
-  const bool is_possible = is_text(user, kLongestUser) && !user.empty() && is_text(password, kLongestPassword);
+  const bool is_possible =
+      is_text(user, kLongestUser) && !user.empty() && is_text(password, kLongestPassword);
   if (!is_possible || !is_password(user, password, peer)) {
     ++failed_logins_;
     throttle_.note_failure(peer, user);
@@ -93,8 +98,8 @@ LoginOutcome SystemAccounts::check(const std::string& user, const std::string& p
   return LoginOutcome::kDenied;
 }
 
-LoginOutcome SystemAccounts::log_in(const std::string& user, const std::string& password, const std::string& peer,
-                                    Login& login) {
+LoginOutcome SystemAccounts::log_in(const std::string& user, const std::string& password,
+                                    const std::string& peer, Login& login) {
   Role role = Role::kNone;
   const LoginOutcome outcome = check(user, password, peer, role);
   if (outcome != LoginOutcome::kGranted) return outcome;
@@ -170,7 +175,8 @@ Identity SystemAccounts::identify_session(std::string_view token) {
 
 Identity SystemAccounts::identify_basic(const Credentials& credentials, const std::string& peer) {
   const Digest digest = digest_of(credentials);
-  if (const auto account = believed(digest)) return {Identity::Kind::kKnown, {account->user, account->role, ""}};
+  if (const auto account = believed(digest))
+    return {Identity::Kind::kKnown, {account->user, account->role, ""}};
   Role role = Role::kNone;
   const LoginOutcome outcome = check(credentials.user, credentials.password, peer, role);
   if (outcome != LoginOutcome::kGranted) return {kind_of(outcome), {}};
@@ -181,7 +187,8 @@ Identity SystemAccounts::identify_basic(const Credentials& credentials, const st
 std::optional<SystemAccounts::Believed> SystemAccounts::believed(const Digest& digest) const {
   const std::lock_guard lock(mutex_);
   const auto found = believed_.find(digest);
-  return found != believed_.end() && Clock::now() < found->second.until ? std::optional(found->second) : std::nullopt;
+  return found != believed_.end() && Clock::now() < found->second.until ? std::optional(found->second)
+                                                                        : std::nullopt;
 }
 
 void SystemAccounts::believe(const Digest& digest, const Believed& account) {
@@ -196,7 +203,8 @@ void SystemAccounts::believe(const Digest& digest, const Believed& account) {
 SystemAccounts::Digest SystemAccounts::digest_of(const Credentials& credentials) const {
   const std::string text = credentials.user + '\0' + credentials.password;
   Digest digest{};
-  if (gnutls_hmac_fast(GNUTLS_MAC_SHA256, key_.data(), key_.size(), text.data(), text.size(), digest.data()) < 0)
+  if (gnutls_hmac_fast(GNUTLS_MAC_SHA256, key_.data(), key_.size(), text.data(), text.size(), digest.data()) <
+      0)
     throw std::runtime_error("cannot compute a digest");
   return digest;
 }

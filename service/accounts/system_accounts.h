@@ -15,8 +15,8 @@
 
 #include "service/accounts/accounts.h"
 #include "service/accounts/login_throttle.h"
-#include "service/http/target.h"
 #include "service/http/log.h"
+#include "service/http/target.h"
 
 namespace zymdb::service {
 
@@ -35,8 +35,8 @@ struct Identity {
   Caller caller = {};
 };
 
-// Passwords are PAM's to judge, roles the groups'. Of a token and of a password that was right only what cannot be
-// turned back into it is kept. For any thread.
+// Passwords are PAM's to judge, roles the groups'. Of a token and of a password that was right only what
+// cannot be turned back into it is kept. For any thread.
 class SystemAccounts : public Accounts {
  public:
   SystemAccounts(const AccountLimits& limits, Log log);
@@ -72,7 +72,8 @@ class SystemAccounts : public Accounts {
     Clock::time_point until;
   };
 
-  LoginOutcome check(const std::string& user, const std::string& password, const std::string& peer, Role& role);
+  LoginOutcome check(const std::string& user, const std::string& password, const std::string& peer,
+                     Role& role);
   Identity identify_session(std::string_view token);
   Identity identify_basic(const Credentials& credentials, const std::string& peer);
   std::optional<Believed> believed(const Digest& digest) const;

@@ -26,15 +26,18 @@ void free_answers(pam_response* answers, int count) {
   std::free(answers);
 }
 
-// Answers the one question for a password. Whoever asks for more has rules that nobody at a terminal can meet here.
+// Answers the one question for a password. Whoever asks for more has rules that nobody at a terminal can meet
+// here.
 int converse(int count, const pam_message** messages, pam_response** answers, void* password) {
   if (count <= 0 || count > PAM_MAX_NUM_MSG) return PAM_CONV_ERR;
-  auto* const given = static_cast<pam_response*>(std::calloc(static_cast<size_t>(count), sizeof(pam_response)));
+  auto* const given =
+      static_cast<pam_response*>(std::calloc(static_cast<size_t>(count), sizeof(pam_response)));
   if (given == nullptr) return PAM_BUF_ERR;
   for (int i = 0; i < count; ++i) {
     const int style = messages[i]->msg_style;
     if (style == PAM_TEXT_INFO || style == PAM_ERROR_MSG) continue;
-    if (style == PAM_PROMPT_ECHO_OFF) given[i].resp = strdup(static_cast<const std::string*>(password)->c_str());
+    if (style == PAM_PROMPT_ECHO_OFF)
+      given[i].resp = strdup(static_cast<const std::string*>(password)->c_str());
     if (given[i].resp != nullptr) continue;
     free_answers(given, count);
     return PAM_CONV_ERR;
@@ -91,7 +94,8 @@ std::vector<gid_t> groups_of(const std::string& user) {
   if (!account) return {};
   constexpr int kMost = 65536;  // the system's own bound
   std::vector<gid_t> groups(32);
-  for (int count = static_cast<int>(groups.size()); count <= kMost; groups.resize(static_cast<size_t>(count))) {
+  for (int count = static_cast<int>(groups.size()); count <= kMost;
+       groups.resize(static_cast<size_t>(count))) {
     if (getgrouplist(user.c_str(), account->pw_gid, groups.data(), &count) >= 0) {
       groups.resize(static_cast<size_t>(count));
       return groups;

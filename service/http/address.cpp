@@ -37,7 +37,8 @@ std::optional<uint16_t> parse_port(std::string_view text) {
 }
 
 [[noreturn]] void fail(const std::string& action, const Address& address) {
-  throw ServiceError("cannot " + action + " " + address.text() + ": " + std::generic_category().message(errno));
+  throw ServiceError("cannot " + action + " " + address.text() + ": " +
+                     std::generic_category().message(errno));
 }
 
 }  // namespace

@@ -30,7 +30,8 @@ std::string read_file(const std::string& path) {
 }
 
 gnutls_datum_t datum(const std::string& text) {
-  return {reinterpret_cast<unsigned char*>(const_cast<char*>(text.data())), static_cast<unsigned>(text.size())};
+  return {reinterpret_cast<unsigned char*>(const_cast<char*>(text.data())),
+          static_cast<unsigned>(text.size())};
 }
 
 struct Wiped {
@@ -58,7 +59,8 @@ std::string key_id(gnutls_privkey_t key) {
 }  // namespace
 
 struct Certificate::Pair {
-  Pair(const std::string& certificate_file, const std::string& key_file) : chain(read_file(certificate_file)) {
+  Pair(const std::string& certificate_file, const std::string& key_file)
+      : chain(read_file(certificate_file)) {
     Wiped key_text(read_file(key_file));
     const auto key_datum = datum(key_text.text);
     if (gnutls_x509_privkey_init(&key) < 0) throw std::bad_alloc();

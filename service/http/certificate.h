@@ -13,11 +13,13 @@ namespace zymdb::service {
 
 // TLS 1.2 and later, and what is sound there.
 inline constexpr char kTlsPriorities[] =
-    "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2:-RSA:-CIPHER-ALL:+AES-256-GCM:+CHACHA20-POLY1305:+AES-128-GCM:"
-    "%SERVER_PRECEDENCE";class Certificate {
+    "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2:-RSA:-CIPHER-ALL:+AES-256-GCM:+CHACHA20-POLY1305:+AES-128-"
+    "GCM:"
+    "%SERVER_PRECEDENCE";
+class Certificate {
  public:
-  // Throws ServiceError, here and below: for a file that cannot be read, for what is no certificate or no key,
-  // and for a key that is another certificate's.
+  // Throws ServiceError, here and below: for a file that cannot be read, for what is no certificate or no
+  // key, and for a key that is another certificate's.
   Certificate(std::string certificate_file, std::string key_file);
   ~Certificate();
   Certificate(const Certificate&) = delete;
@@ -26,8 +28,8 @@ inline constexpr char kTlsPriorities[] =
   // Reads the files again. Where that fails everything stays as it was.
   void reload();
 
-  // What the TLS library asks for at each handshake. It has no place for an argument: it is about the certificate
-  // that was made last, and a process has one.
+  // What the TLS library asks for at each handshake. It has no place for an argument: it is about the
+  // certificate that was made last, and a process has one.
   static gnutls_certificate_retrieve_function3* retriever();
 
  private:

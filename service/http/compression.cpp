@@ -31,7 +31,8 @@ bool is_worth_it(std::string_view parameters) {
 std::string gzip(std::string_view content) {
   constexpr int kWindow = 15, kWithGzipHeader = 16, kMemory = 8, kLevel = 6;
   z_stream stream{};
-  if (deflateInit2(&stream, kLevel, Z_DEFLATED, kWindow + kWithGzipHeader, kMemory, Z_DEFAULT_STRATEGY) != Z_OK)
+  if (deflateInit2(&stream, kLevel, Z_DEFLATED, kWindow + kWithGzipHeader, kMemory, Z_DEFAULT_STRATEGY) !=
+      Z_OK)
     throw std::bad_alloc();
   const std::unique_ptr<z_stream, decltype(&deflateEnd)> end(&stream, deflateEnd);
   std::string compressed(deflateBound(&stream, content.size()), '\0');
@@ -61,7 +62,8 @@ bool accepts_gzip(std::string_view header) {
 
 bool is_compressible(std::string_view type) {
   type = trimmed(type.substr(0, type.find(';')));
-  return type.starts_with("text/") || type.ends_with("json") || type.ends_with("xml") || type.ends_with("javascript");
+  return type.starts_with("text/") || type.ends_with("json") || type.ends_with("xml") ||
+         type.ends_with("javascript");
 }
 
 Text CompressedTexts::of(const Text& text) {

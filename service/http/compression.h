@@ -22,8 +22,8 @@ bool accepts_gzip(std::string_view header);
 // Whether bodies of that Content-Type shrink.
 bool is_compressible(std::string_view type);
 
-// What was compressed lately, by the text itself: answers that are sent again and again share theirs. Bounded in
-// number and size; forgets the one that was not asked for the longest. For any thread.
+// What was compressed lately, by the text itself: answers that are sent again and again share theirs. Bounded
+// in number and size; forgets the one that was not asked for the longest. For any thread.
 class CompressedTexts {
  public:
   explicit CompressedTexts(size_t most_bytes = 2 << 20) : most_bytes_(most_bytes) {}

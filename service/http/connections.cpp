@@ -122,8 +122,8 @@ void Connections::close_overdue() {
   }
 }
 
-// The library asks the system to be told of changes alone, and overlooks an end that comes together with the last
-// bytes. A request that was sent whole before it has had the time between two looks to be understood.
+// The library asks the system to be told of changes alone, and overlooks an end that comes together with the
+// last bytes. A request that was sent whole before it has had the time between two looks to be understood.
 void Connections::close_left() {
   std::vector<pollfd> ready;
   for (const Connection* const each : open_) ready.push_back({each->descriptor_, POLLRDHUP, 0});
@@ -132,7 +132,8 @@ void Connections::close_left() {
   for (Connection* const each : open_) {
     const bool has_left = (found++)->revents != 0;
     Phase phase = each->phase_;
-    if (!has_left || phase == Phase::kAnswering || phase == Phase::kSending || phase == Phase::kOver) continue;
+    if (!has_left || phase == Phase::kAnswering || phase == Phase::kSending || phase == Phase::kOver)
+      continue;
     if (std::exchange(each->left_at_, each->deadline_.load()) != each->deadline_) continue;
     if (each->phase_.compare_exchange_strong(phase, Phase::kOver)) shutdown(each->descriptor_, SHUT_RDWR);
   }

@@ -11,8 +11,8 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <utility>
 #include <unordered_set>
+#include <utility>
 
 #include "service/http/message.h"
 

@@ -6,8 +6,8 @@
 
 namespace zymdb::service {
 
-// Whether If-None-Match names the tag. Tags that differ in strength alone name the same to somebody who only wants
-// to know whether to read again.
+// Whether If-None-Match names the tag. Tags that differ in strength alone name the same to somebody who only
+// wants to know whether to read again.
 bool names_tag(std::string_view if_none_match, std::string_view tag);
 
 }  // namespace zymdb::service

@@ -73,7 +73,8 @@ class Handler {
   virtual Response answer(const Request& request) = 0;
 
   // What is refused before it comes to the handler, in the handler's own form. The request may lack anything;
-  // headers that belong to the status are added by the caller. One line of text unless somebody says it better.
+  // headers that belong to the status are added by the caller. One line of text unless somebody says it
+  // better.
   virtual Response refuse(int status, const Request& request);
 };
 

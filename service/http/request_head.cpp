@@ -12,16 +12,19 @@ namespace zymdb::service {
 namespace {
 
 constexpr std::pair<std::string_view, Method> kMethods[] = {
-    {"GET", Method::kGet},     {"HEAD", Method::kHead},     {"POST", Method::kPost},       {"PUT", Method::kPut},
-    {"PATCH", Method::kPatch}, {"DELETE", Method::kDelete}, {"OPTIONS", Method::kOptions},
+    {"GET", Method::kGet},         {"HEAD", Method::kHead},   {"POST", Method::kPost},
+    {"PUT", Method::kPut},         {"PATCH", Method::kPatch}, {"DELETE", Method::kDelete},
+    {"OPTIONS", Method::kOptions},
 };
 
 bool is_named(const std::pair<std::string, std::string>& header, std::string_view name) {
-  return header.first.size() == name.size() && strncasecmp(header.first.data(), name.data(), name.size()) == 0;
+  return header.first.size() == name.size() &&
+         strncasecmp(header.first.data(), name.data(), name.size()) == 0;
 }
 
 size_t count(const Fields& headers, std::string_view name) {
-  return static_cast<size_t>(std::ranges::count_if(headers, [&](const auto& each) { return is_named(each, name); }));
+  return static_cast<size_t>(
+      std::ranges::count_if(headers, [&](const auto& each) { return is_named(each, name); }));
 }
 
 size_t size_of(const RequestHead& head, const Fields& headers) {
@@ -76,7 +79,8 @@ int check(const RequestHead& head, const Limits& limits, CheckedHead& checked) {
 
 CheckedHead check_head(RequestHead head, const Limits& limits) {
   CheckedHead checked;
-  const auto* const method = std::ranges::find(kMethods, head.method, &std::pair<std::string_view, Method>::first);
+  const auto* const method =
+      std::ranges::find(kMethods, head.method, &std::pair<std::string_view, Method>::first);
   checked.request.method = method != std::end(kMethods) ? method->second : Method::kOther;
   checked.request.headers = std::move(head.headers);
   checked.status = check(head, limits, checked);

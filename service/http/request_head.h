@@ -23,8 +23,8 @@ struct CheckedHead {
   Request request;
 };
 
-// The request without its body, or the status that it is to be refused with. A request that is refused has what
-// could be read of it.
+// The request without its body, or the status that it is to be refused with. A request that is refused has
+// what could be read of it.
 CheckedHead check_head(RequestHead head, const Limits& limits);
 
 }  // namespace zymdb::service

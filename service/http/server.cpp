@@ -33,7 +33,8 @@ constexpr const char* kRetryAfter = "5";  // seconds
 
 // A connection, and the request on it.
 struct Client {
-  Client(int descriptor, std::string peer, bool is_encrypted) : connection(descriptor, std::move(peer), is_encrypted) {}
+  Client(int descriptor, std::string peer, bool is_encrypted)
+      : connection(descriptor, std::move(peer), is_encrypted) {}
 
   void begin(const char* text) { target = text; }
 
@@ -116,7 +117,11 @@ class Streams::Reader {
  public:
   Reader(Streams& streams, Client& client, MHD_Connection* connection, std::shared_ptr<Stream> stream,
          std::chrono::milliseconds sending)
-      : streams_(streams), client_(client), connection_(connection), stream_(std::move(stream)), sending_(sending) {
+      : streams_(streams),
+        client_(client),
+        connection_(connection),
+        stream_(std::move(stream)),
+        sending_(sending) {
     ++streams_.count_;
   }
   ~Reader() { --streams_.count_; }
@@ -167,7 +172,8 @@ class Streams::Reader {
 };
 
 std::unique_ptr<Streams::Reader> Streams::open(Client& client, MHD_Connection* connection,
-                                               std::shared_ptr<Stream> stream, std::chrono::milliseconds sending) {
+                                               std::shared_ptr<Stream> stream,
+                                               std::chrono::milliseconds sending) {
   if (count_ >= most_) return nullptr;
   return std::make_unique<Reader>(*this, client, connection, std::move(stream), sending);
 }
@@ -209,8 +215,8 @@ ResponsePtr response_of(const Text& text) {
   auto owner = std::make_unique<Text>(text);
   // The library reads it only.
   auto* const content = const_cast<char*>(text->data());
-  ResponsePtr response(
-      MHD_create_response_from_buffer_with_free_callback_cls(text->size(), content, release_text, owner.get()));
+  ResponsePtr response(MHD_create_response_from_buffer_with_free_callback_cls(text->size(), content,
+                                                                              release_text, owner.get()));
   if (response == nullptr) throw std::bad_alloc();
   (void)owner.release();
   return response;
@@ -231,7 +237,8 @@ ResponsePtr response_of(std::unique_ptr<Streams::Reader> reader) {
 }
 
 std::string* find(Fields& headers, std::string_view name) {
-  const auto found = std::ranges::find(headers, name, [](const auto& each) -> std::string_view { return each.first; });
+  const auto found =
+      std::ranges::find(headers, name, [](const auto& each) -> std::string_view { return each.first; });
   return found != headers.end() ? &found->second : nullptr;
 }
 
@@ -280,14 +287,15 @@ class Server::Implementation {
     const Limits& limits = options_.limits;
     // Where the limit is reached connections are still answered, so that they are told.
     const auto beyond = [](unsigned most) { return most + most / 4 + 8; };
-    // The library's own bound, which cannot be told of in our words, is met after ours. A connection that rests
-    // keeps as much.
+    // The library's own bound, which cannot be told of in our words, is met after ours. A connection that
+    // rests keeps as much.
     const size_t memory = limits.header_size * 2;
     unsigned flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_ERROR_LOG;
     std::vector<MHD_OptionItem> items = {
         {MHD_OPTION_CONNECTION_MEMORY_LIMIT, static_cast<intptr_t>(memory), nullptr},
         {MHD_OPTION_CONNECTION_LIMIT, static_cast<intptr_t>(beyond(limits.connections)), nullptr},
-        {MHD_OPTION_PER_IP_CONNECTION_LIMIT, static_cast<intptr_t>(beyond(limits.connections_of_an_address)), nullptr},
+        {MHD_OPTION_PER_IP_CONNECTION_LIMIT, static_cast<intptr_t>(beyond(limits.connections_of_an_address)),
+         nullptr},
         {MHD_OPTION_THREAD_POOL_SIZE, static_cast<intptr_t>(std::max(2U, options_.threads)), nullptr},
         {MHD_OPTION_STRICT_FOR_CLIENT, 1, nullptr},
         {MHD_OPTION_LISTEN_SOCKET, socket.descriptor(), nullptr},
@@ -298,7 +306,8 @@ class Server::Implementation {
     };
     if (options_.certificate != nullptr) {
       flags |= MHD_USE_TLS;
-      items.push_back({MHD_OPTION_HTTPS_CERT_CALLBACK2, 0, reinterpret_cast<void*>(Certificate::retriever())});
+      items.push_back(
+          {MHD_OPTION_HTTPS_CERT_CALLBACK2, 0, reinterpret_cast<void*>(Certificate::retriever())});
       items.push_back({MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char*>(kTlsPriorities)});
     }
     items.push_back({MHD_OPTION_END, 0, nullptr});
@@ -312,13 +321,16 @@ class Server::Implementation {
     socket.release();
   }
 
-  static size_t leave_escaped(void*, MHD_Connection*, char* text) { return std::char_traits<char>::length(text); }
+  static size_t leave_escaped(void*, MHD_Connection*, char* text) {
+    return std::char_traits<char>::length(text);
+  }
 
   static void on_connection(void* self, MHD_Connection* connection, void** context,
                             MHD_ConnectionNotificationCode code) {
     auto& server = *static_cast<Implementation*>(self);
     if (code == MHD_CONNECTION_NOTIFY_STARTED) {
-      const int descriptor = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+      const int descriptor =
+          MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
       try {
         auto client = std::make_unique<Client>(descriptor, address_of(connection).host(),
                                                server.options_.certificate != nullptr);
@@ -338,7 +350,8 @@ class Server::Implementation {
     try {
       Client* const client = client_of(connection);
       if (client == nullptr) return nullptr;
-      client->connection.enter(Phase::kReceiving, static_cast<Implementation*>(self)->options_.limits.receiving);
+      client->connection.enter(Phase::kReceiving,
+                               static_cast<Implementation*>(self)->options_.limits.receiving);
       client->begin(text);
     } catch (...) {
     }
@@ -381,14 +394,16 @@ class Server::Implementation {
     // What follows of the request is not read, and so nothing can follow it.
     client.response = refusal(status, client.checked.request);
     client.response->headers.emplace_back("Connection", "close");
-    return client.connection.enter(Phase::kSending, options_.limits.sending) ? deliver(client, connection) : MHD_NO;
+    return client.connection.enter(Phase::kSending, options_.limits.sending) ? deliver(client, connection)
+                                                                             : MHD_NO;
   }
 
   MHD_Result answer(Client& client, MHD_Connection* connection) {
     if (!client.response) {
       const Request& request = client.checked.request;
       const bool is_slow = options_.is_slow && options_.is_slow(request);
-      if (!client.connection.enter(Phase::kAnswering, is_slow ? kLongestSlowAnswer : kLongestAnswer)) return MHD_NO;
+      if (!client.connection.enter(Phase::kAnswering, is_slow ? kLongestSlowAnswer : kLongestAnswer))
+        return MHD_NO;
       if (is_slow) {
         if (answer_elsewhere(client, connection)) return MHD_YES;
         client.response = refusal(503, request);
@@ -396,7 +411,8 @@ class Server::Implementation {
         client.response = answered(request);
       }
     }
-    return client.connection.enter(Phase::kSending, options_.limits.sending) ? deliver(client, connection) : MHD_NO;
+    return client.connection.enter(Phase::kSending, options_.limits.sending) ? deliver(client, connection)
+                                                                             : MHD_NO;
   }
 
   bool answer_elsewhere(Client& client, MHD_Connection* connection) {
@@ -437,7 +453,8 @@ class Server::Implementation {
       answer = refusal(503, request);
       content = response_of(answer.body);
     }
-    for (const auto& [name, value] : answer.headers) MHD_add_response_header(content.get(), name.c_str(), value.c_str());
+    for (const auto& [name, value] : answer.headers)
+      MHD_add_response_header(content.get(), name.c_str(), value.c_str());
     if (options_.observe) options_.observe(request, answer.status, Clock::now() - client.begun);
     return MHD_queue_response(connection, static_cast<unsigned>(answer.status), content.get());
   }

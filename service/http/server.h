@@ -25,8 +25,8 @@ struct ServerOptions {
 
 class Server {
  public:
-  // Listens from now on, until the destructor. Requests that are no good are refused in the handler's words, and
-  // the others answered by it. Throws ServiceError.
+  // Listens from now on, until the destructor. Requests that are no good are refused in the handler's words,
+  // and the others answered by it. Throws ServiceError.
   Server(Handler& handler, Socket socket, const ServerOptions& options);
   ~Server();
   Server(const Server&) = delete;

@@ -128,7 +128,8 @@ std::optional<Credentials> parse_basic(std::string_view authorization) {
   if (authorization.size() < kScheme.size() ||
       strncasecmp(authorization.data(), kScheme.data(), kScheme.size()) != 0)
     return {};
-  authorization.remove_prefix(std::min(authorization.find_first_not_of(' ', kScheme.size()), authorization.size()));
+  authorization.remove_prefix(
+      std::min(authorization.find_first_not_of(' ', kScheme.size()), authorization.size()));
   const auto decoded = decode_base64(authorization);
   if (!decoded || decoded->find('\0') != std::string::npos) return {};
   const size_t colon = decoded->find(':');

@@ -17,7 +17,8 @@ bool Workers::run(std::function<void()> work) {
   const std::lock_guard lock(mutex_);
   if (ends_ || waiting_.size() >= most_waiting_) return false;
   waiting_.push_back(std::move(work));
-  if (idle_ < waiting_.size() && threads_.size() < most_threads_) threads_.emplace_back([this] { work_off(); });
+  if (idle_ < waiting_.size() && threads_.size() < most_threads_)
+    threads_.emplace_back([this] { work_off(); });
   changed_.notify_one();
   return true;
 }

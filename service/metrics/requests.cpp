@@ -41,8 +41,8 @@ std::string RequestCounters::text() const {
       for (size_t of_class = 0; of_class < kClasses; ++of_class) {
         const uint64_t count = handlers_[handler].answers[method][of_class];
         if (count == 0) continue;
-        text += name + "{handler=\"" + names_[handler] + "\",method=\"" + kMethodNames[method] + "\",code=\"" +
-                std::to_string(of_class + 1) + "xx\"} " + std::to_string(count) + "\n";
+        text += name + "{handler=\"" + names_[handler] + "\",method=\"" + kMethodNames[method] +
+                "\",code=\"" + std::to_string(of_class + 1) + "xx\"} " + std::to_string(count) + "\n";
       }
     }
   }

@@ -13,9 +13,9 @@
 #include "service/redfish/headers.h"
 #include "service/redfish/live.h"
 #include "service/redfish/model/paths.h"
+#include "service/redfish/model/tree.h"
 #include "service/redfish/query.h"
 #include "service/redfish/resources/resources.h"
-#include "service/redfish/model/tree.h"
 #include "service/redfish/writes.h"
 
 namespace zymdb::service {
@@ -160,8 +160,8 @@ class Redfish::Service {
     const auto version = request.header("OData-Version");
     if (version && *version != "4.0") return error_with(412, {{"HeaderInvalid", {"OData-Version"}}});
     if (const Document* const document = document_at(path)) return answer_document(*document, request);
-    const bool is_open = (path == kRoot && is_reading(request)) ||
-                         (path == kSessions && request.method == Method::kPost);
+    const bool is_open =
+        (path == kRoot && is_reading(request)) || (path == kSessions && request.method == Method::kPost);
     if (!is_open && !request.caller.may(Role::kReadOnly)) return error_response(401);
     if (path == kEventStream) return answer_stream(request);
     if (path == kTestEvent) return answer_test_event(request);
@@ -204,11 +204,14 @@ class Redfish::Service {
   }
 
   // Paths hold no line ends: what follows one is the query.
-  Body body_of(View& view, const std::string& path, const Node& node, const Query& query, const Caller& caller) {
+  Body body_of(View& view, const std::string& path, const Node& node, const Query& query,
+               const Caller& caller) {
     const std::string key = path + "\n" + query.key();
     if (const auto kept = view.cache.find(key)) return *kept;
     bool is_live = false;
-    const Expander::Find find = [&](const std::string& linked) { return find_resource(view, linked, caller, is_live); };
+    const Expander::Find find = [&](const std::string& linked) {
+      return find_resource(view, linked, caller, is_live);
+    };
     const Body body = written(view.tree->make(path, node), query, find);
     if (!is_live) view.cache.keep(key, body);
     return body;
@@ -244,7 +247,8 @@ class Redfish::Service {
     return {std::make_shared<const std::string>(redfish::text_of(resource)), std::move(etag)};
   }
 
-  static Response answer_read(const Request& request, const Schema& schema, const char* allowed, const Body& body) {
+  static Response answer_read(const Request& request, const Schema& schema, const char* allowed,
+                              const Body& body) {
     if (!accepts(request, "application/json")) return with_allowed(error_response(406), allowed);
     Response response;
     add_common_headers(response, allowed);
@@ -263,7 +267,8 @@ class Redfish::Service {
   Response answer_live(const std::string& path, const Request& request) {
     auto found = live_.find(path, request.caller);
     if (!found) return not_found(request);
-    if (!is_method_in(request.method, found->allowed)) return with_allowed(error_response(405), found->allowed);
+    if (!is_method_in(request.method, found->allowed))
+      return with_allowed(error_response(405), found->allowed);
     if (request.method == Method::kPost) return log_in(accounts_, request);
     if (found->is_of_others) return with_allowed(error_response(403), found->allowed);
     if (request.method == Method::kDelete) return end(path, request, *found);

@@ -95,7 +95,8 @@ class ServerTest : public testing::Test {
   // Until it holds, for as long.
   template <class Condition>
   static bool eventually(Condition condition, std::chrono::milliseconds longest = std::chrono::seconds(20)) {
-    for (int i = 0; i < longest.count() / 10 && !condition(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (int i = 0; i < longest.count() / 10 && !condition(); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
     return condition();
   }
 
