@@ -1,6 +1,6 @@
 #include "service/redfish/redfish.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdio>
 #include <mutex>
 #include <new>
@@ -72,11 +72,17 @@ const Document* document_at(std::string_view path) {
   return nullptr;
 }
 
-// Paths are told without the slash at their ends.
+// Paths are told without the slash at their ends; what is sent to a collection's members is sent to it.
 std::string path_of(const Request& request) {
   std::string path = request.path;
   if (path.size() > 1 && path.back() == '/') path.pop_back();
+  constexpr std::string_view kMembers = "/Members";
+  if (request.method == Method::kPost && path.ends_with(kMembers)) path.resize(path.size() - kMembers.size());
   return path;
+}
+
+bool has_options(const Request& request) {
+  return std::ranges::any_of(request.query, [](const auto& each) { return each.first.starts_with('$') || each.first == "only"; });
 }
 
 // FNV-1a: of the same content the same, wherever and whenever.
@@ -163,6 +169,7 @@ class Redfish::Service {
     const bool is_open = (path == kRoot && is_reading(request)) ||
                          (path == kSessions && request.method == Method::kPost);
     if (!is_open && !request.caller.may(Role::kReadOnly)) return error_response(401);
+    if (!is_reading(request) && has_options(request)) return error_with(400, {{"QueryNotSupportedOnOperation"}});
     if (path == kEventStream) return answer_stream(request);
     if (path == kTestEvent) return answer_test_event(request);
     if (Live::has(path)) return answer_live(path, request);
