@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "common/client_objects.h"
+#include "service/http/entity_tag.h"
 #include "service/redfish/cache.h"
 #include "service/redfish/errors.h"
 #include "service/redfish/events.h"
@@ -166,9 +167,7 @@ class Redfish::Service {
     const auto version = request.header("OData-Version");
     if (version && *version != "4.0") return error_with(412, {{"HeaderInvalid", {"OData-Version"}}});
     if (const Document* const document = document_at(path)) return answer_document(*document, request);
-    const bool is_open = (path == kRoot && is_reading(request)) ||
-                         (path == kSessions && request.method == Method::kPost);
-    if (!is_open && !request.caller.may(Role::kReadOnly)) return error_response(401);
+    if (!is_public(request) && !request.caller.may(Role::kReadOnly)) return error_response(401);
     if (!is_reading(request) && has_options(request)) return error_with(400, {{"QueryNotSupportedOnOperation"}});
     if (path == kEventStream) return answer_stream(request);
     if (path == kTestEvent) return answer_test_event(request);
@@ -368,6 +367,17 @@ Redfish::Redfish(Current& current, Accounts& accounts, const RedfishOptions& opt
 
 Redfish::~Redfish() = default;
 
+Response Redfish::refuse(int status, const Request& request) {
+  const std::string_view path = request.path;
+  return error_response(status, status == 404 ? path.substr(0, 256) : std::string_view());
+}
+
+bool Redfish::is_public(const Request& request) {
+  const std::string path = path_of(request);
+  const bool is_of_all = path == kRoot || document_at(path) != nullptr;
+  return is_reading(request) ? is_of_all : path == kSessions && request.method == Method::kPost;
+}
+
 Response Redfish::answer(const Request& request) {
   try {
     return service_->answer(request);
@@ -380,10 +390,6 @@ Response Redfish::answer(const Request& request) {
   } catch (const std::exception&) {
     return error_response(500);
   }
-}
-
-Response Redfish::refuse(int status, const Request& request) {
-  return error_response(status, status == 404 ? std::string_view(request.path) : std::string_view());
 }
 
 }  // namespace zymdb::service
