@@ -62,14 +62,6 @@ void finish(const Request& request, Response& response) {
   if (request.is_encrypted) add_unless_there(response.headers, kWithTls);
 }
 
-bool makes_session(const Request& request) {
-  constexpr std::string_view kSessions[] = {"/redfish/v1/SessionService/Sessions",
-                                            "/redfish/v1/SessionService/Sessions/Members"};
-  std::string_view path = request.path;
-  if (path.ends_with('/')) path.remove_suffix(1);
-  return request.method == Method::kPost && std::ranges::find(kSessions, path) != std::end(kSessions);
-}
-
 }  // namespace
 
 Service::Service(Current& current, SystemAccounts& accounts, const ServiceOptions& options, Log log)

@@ -57,9 +57,11 @@ Response error_with(int status, const std::vector<Message>& messages) {
 
 Response error_response(int status, std::string_view argument) {
   const auto* const known = std::ranges::find(kStatuses, status, &StatusMessage::status);
-  if (known == std::end(kStatuses)) return error_with(status, {{status < 500 ? "GeneralError" : "InternalError"}});
+  if (known == std::end(kStatuses))
+    return error_with(status, {{status < 500 ? "GeneralError" : "InternalError"}});
   Message message{known->key};
-  if (!known->otherwise.empty()) message.arguments = {std::string(argument.empty() ? known->otherwise : argument)};
+  if (!known->otherwise.empty())
+    message.arguments = {std::string(argument.empty() ? known->otherwise : argument)};
   return error_with(status, std::vector{message});
 }
 

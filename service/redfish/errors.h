@@ -13,8 +13,8 @@ namespace zymdb::service::redfish {
 // An error object. Several messages stand side by side.
 Response error_with(int status, const std::vector<Message>& messages);
 
-// What a status by itself tells, for whoever refuses a request before it is a question of resources. `argument`
-// is what the message is about: a path that is not there, a header.
+// What a status by itself tells, for whoever refuses a request before it is a question of resources.
+// `argument` is what the message is about: a path that is not there, a header.
 Response error_response(int status, std::string_view argument = {});
 
 // Whoever cannot be answered now may ask again after so many seconds.

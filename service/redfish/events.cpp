@@ -91,8 +91,7 @@ std::vector<ResourceEvent> events_between(const Tree& before, const Tree& after)
   const auto tell = [&](const ResourceEvent& kind, const std::string& path) {
     if (!path.empty() && told.emplace(kind.key, path).second) events.push_back({kind.key, kind.text, path});
   };
-  for (const documents::Change& change :
-       documents::difference(before.document(), after.document())) {
+  for (const documents::Change& change : documents::difference(before.document(), after.document())) {
     const std::string from = change.before.empty() ? "" : before.path_of(change.part_class, change.before);
     const std::string to = change.after.empty() ? "" : after.path_of(change.part_class, change.after);
     const bool has_moved = !from.empty() && !to.empty() && from != to;
@@ -126,7 +125,8 @@ struct Events::State {
 
 class Events::Listener : public Stream {
  public:
-  Listener(std::shared_ptr<State> state, Subscription about) : state_(std::move(state)), about_(std::move(about)) {}
+  Listener(std::shared_ptr<State> state, Subscription about)
+      : state_(std::move(state)), about_(std::move(about)) {}
   ~Listener() override {
     const std::lock_guard only(state_->looking);
     const std::lock_guard lock(state_->mutex);
@@ -137,7 +137,8 @@ class Events::Listener : public Stream {
   std::string take() override {
     state_->look();
     std::unique_lock lock(state_->mutex);
-    state_->news.wait_for(lock, kMoment, [this] { return !waiting_.empty() || is_ended_ || state_->is_over; });
+    state_->news.wait_for(lock, kMoment,
+                          [this] { return !waiting_.empty() || is_ended_ || state_->is_over; });
     std::string text;
     for (; !waiting_.empty(); waiting_.pop_front()) text += waiting_.front();
     const auto now = Clock::now();

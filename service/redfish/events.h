@@ -16,7 +16,7 @@ namespace zymdb::service::redfish {
 
 // A message of the registry "ResourceEvent", and the resource that it is of.
 struct ResourceEvent {
-  std::string_view key;     // "ResourceChanged"
+  std::string_view key;  // "ResourceChanged"
   std::string_view text;
   std::string origin = {};  // a path; empty: none
 };

@@ -7,9 +7,9 @@
 #include "documents/part_names.h"
 #include "service/redfish/model/names.h"
 #include "service/redfish/model/paths.h"
-#include "service/redfish/resources/parts.h"
 #include "service/redfish/model/roles.h"
 #include "service/redfish/model/tree.h"
+#include "service/redfish/resources/parts.h"
 
 namespace zymdb::service::redfish {
 namespace {
@@ -99,7 +99,8 @@ bool Live::may_see(const Caller& caller, const LoginSession& session) {
 }
 
 bool Live::has(const std::string& path) {
-  return path == kSessionService || is_in(path, kSessions) || is_in(path, kAccounts) || is_in(path, kSubscriptions);
+  return path == kSessionService || is_in(path, kSessions) || is_in(path, kAccounts) ||
+         is_in(path, kSubscriptions);
 }
 
 std::optional<LiveResource> Live::find(const std::string& path, const Caller& caller) const {

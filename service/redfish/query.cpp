@@ -80,7 +80,8 @@ std::optional<QueryError> parse_option(const std::string& name, const std::strin
   if (name == "$expand") {
     if (!parse_expand(value, query)) return malformed(name, value);
     if (query.levels > kMostLevels)
-      return QueryError{400, {"QueryParameterOutOfRange", {value, name, "1 to " + std::to_string(kMostLevels)}}};
+      return QueryError{400,
+                        {"QueryParameterOutOfRange", {value, name, "1 to " + std::to_string(kMostLevels)}}};
     return {};
   }
   bool is_right = true;
@@ -121,8 +122,8 @@ void copy_property(const Json& from, Json& to, std::string_view property) {
   copy_property(from[name], member, property.substr(slash + 1));
 }
 
-constexpr const char* kAlwaysThere[] = {"@odata.type", "@odata.id", "@odata.context", "@odata.etag",
-                                        "Members@odata.count", "Members@odata.nextLink"};
+constexpr const char* kAlwaysThere[] = {"@odata.type", "@odata.id",           "@odata.context",
+                                        "@odata.etag", "Members@odata.count", "Members@odata.nextLink"};
 
 Json selected_of(const Json& resource, const std::vector<std::string>& properties) {
   if (!path_of_link(resource).empty()) return resource;

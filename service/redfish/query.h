@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "service/http/message.h"
-#include "service/redfish/model/messages.h"
 #include "service/redfish/model/json.h"
+#include "service/redfish/model/messages.h"
 
 namespace zymdb::service::redfish {
 

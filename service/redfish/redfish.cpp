@@ -14,9 +14,9 @@
 #include "service/redfish/headers.h"
 #include "service/redfish/live.h"
 #include "service/redfish/model/paths.h"
+#include "service/redfish/model/tree.h"
 #include "service/redfish/query.h"
 #include "service/redfish/resources/resources.h"
-#include "service/redfish/model/tree.h"
 #include "service/redfish/writes.h"
 
 namespace zymdb::service {
@@ -83,7 +83,8 @@ std::string path_of(const Request& request) {
 }
 
 bool has_options(const Request& request) {
-  return std::ranges::any_of(request.query, [](const auto& each) { return each.first.starts_with('$') || each.first == "only"; });
+  return std::ranges::any_of(
+      request.query, [](const auto& each) { return each.first.starts_with('$') || each.first == "only"; });
 }
 
 // FNV-1a: of the same content the same, wherever and whenever.
@@ -168,7 +169,8 @@ class Redfish::Service {
     if (version && *version != "4.0") return error_with(412, {{"HeaderInvalid", {"OData-Version"}}});
     if (const Document* const document = document_at(path)) return answer_document(*document, request);
     if (!is_public(request) && !request.caller.may(Role::kReadOnly)) return error_response(401);
-    if (!is_reading(request) && has_options(request)) return error_with(400, {{"QueryNotSupportedOnOperation"}});
+    if (!is_reading(request) && has_options(request))
+      return error_with(400, {{"QueryNotSupportedOnOperation"}});
     if (path == kEventStream) return answer_stream(request);
     if (path == kTestEvent) return answer_test_event(request);
     if (Live::has(path)) return answer_live(path, request);
@@ -210,11 +212,14 @@ class Redfish::Service {
   }
 
   // Paths hold no line ends: what follows one is the query.
-  Body body_of(View& view, const std::string& path, const Node& node, const Query& query, const Caller& caller) {
+  Body body_of(View& view, const std::string& path, const Node& node, const Query& query,
+               const Caller& caller) {
     const std::string key = path + "\n" + query.key();
     if (const auto kept = view.cache.find(key)) return *kept;
     bool is_live = false;
-    const Expander::Find find = [&](const std::string& linked) { return find_resource(view, linked, caller, is_live); };
+    const Expander::Find find = [&](const std::string& linked) {
+      return find_resource(view, linked, caller, is_live);
+    };
     const Body body = written(view.tree->make(path, node), query, find);
     if (!is_live) view.cache.keep(key, body);
     return body;
@@ -250,7 +255,8 @@ class Redfish::Service {
     return {std::make_shared<const std::string>(redfish::text_of(resource)), std::move(etag)};
   }
 
-  static Response answer_read(const Request& request, const Schema& schema, const char* allowed, const Body& body) {
+  static Response answer_read(const Request& request, const Schema& schema, const char* allowed,
+                              const Body& body) {
     if (!accepts(request, "application/json")) return with_allowed(error_response(406), allowed);
     Response response;
     add_common_headers(response, allowed);
@@ -269,7 +275,8 @@ class Redfish::Service {
   Response answer_live(const std::string& path, const Request& request) {
     auto found = live_.find(path, request.caller);
     if (!found) return not_found(request);
-    if (!is_method_in(request.method, found->allowed)) return with_allowed(error_response(405), found->allowed);
+    if (!is_method_in(request.method, found->allowed))
+      return with_allowed(error_response(405), found->allowed);
     if (request.method == Method::kPost) return log_in(accounts_, request);
     if (found->is_of_others) return with_allowed(error_response(403), found->allowed);
     if (request.method == Method::kDelete) return end(path, request, *found);

@@ -14,8 +14,8 @@ namespace zymdb::service {
 struct RedfishOptions {
   // Of resources that are kept as they were written.
   size_t most_kept_bytes = size_t{2} << 20;
-  // In a process that makes no databases: where settings are saved, the BIOS configuration manager may make its
-  // own, which keeps what it accepted.
+  // In a process that makes no databases: where settings are saved, the BIOS configuration manager may make
+  // its own, which keeps what it accepted.
   bool may_create_properties = false;
 };
 

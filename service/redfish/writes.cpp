@@ -7,9 +7,9 @@
 #include "common/client_extensions.h"
 #include "common/client_objects.h"
 #include "records/pci_settings.h"
-#include "service/redfish/model/attributes.h"
 #include "service/redfish/headers.h"
 #include "service/redfish/live.h"
+#include "service/redfish/model/attributes.h"
 #include "service/redfish/model/paths.h"
 #include "zymdb_pci_settings.h"
 
@@ -22,8 +22,9 @@ constexpr unsigned kLoginRetrySeconds = 30;
 // Nothing of ours is deeper.
 constexpr int kDeepest = 16;
 
-constexpr const char* kOtherBiosProperties[] = {"Id",      "Name",  "Description", "AttributeRegistry",
-                                                "Actions", "Links", "Oem",         "ResetBiosToDefaultsPending"};
+constexpr const char* kOtherBiosProperties[] = {
+    "Id",      "Name",  "Description", "AttributeRegistry",
+    "Actions", "Links", "Oem",         "ResetBiosToDefaultsPending"};
 constexpr char kApplyTime[] = "@Redfish.SettingsApplyTime";
 
 struct TooDeep {};
@@ -45,7 +46,8 @@ std::vector<Message> login_objections(const Json& object) {
     if (!object.contains(name))
       objections.push_back({"PropertyMissing", {name}, std::string("#/") + name});
     else if (!object[name].is_string())
-      objections.push_back({"PropertyValueTypeError", {object[name].type_name(), name}, std::string("#/") + name});
+      objections.push_back(
+          {"PropertyValueTypeError", {object[name].type_name(), name}, std::string("#/") + name});
   }
   for (const auto& [key, value] : object.items()) {
     if (key != "UserName" && key != "Password" && !is_annotation(key))
@@ -60,6 +62,14 @@ Response granted(const Login& login) {
   response.headers.emplace_back("X-Auth-Token", login.token);
   response.headers.emplace_back("OData-Version", "4.0");
   response.headers.emplace_back("Cache-Control", "no-store");
+  return response;
+}
+
+// A browser would ask in a window of its own, and in the middle of a page that asks itself.
+Response refused_login(const Request& request) {
+  Response response = error_with(401, {{"AccessUnauthorized"}});
+  if (!request.header("X-Requested-With"))
+    response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"zymdb\"");
   return response;
 }
 
@@ -115,8 +125,9 @@ void add_property(const Machine& machine, const std::string& key, const Json& va
     add_apply_time(value, wanted);
   } else if (!is_annotation(key)) {
     const bool is_known = std::ranges::find(kOtherBiosProperties, key) != std::end(kOtherBiosProperties);
-    wanted.unchanged.push_back(
-        {is_known ? "PropertyNotWritable" : "PropertyUnknown", {key.substr(0, 64)}, "#/" + key.substr(0, 64)});
+    wanted.unchanged.push_back({is_known ? "PropertyNotWritable" : "PropertyUnknown",
+                                {key.substr(0, 64)},
+                                "#/" + key.substr(0, 64)});
   }
 }
 
@@ -202,7 +213,7 @@ Response log_in(Accounts& accounts, const Request& request) {
     case LoginOutcome::kLater:
       return busy_response(503, kLoginRetrySeconds);
     default:
-      return error_with(401, {{"AccessUnauthorized"}});
+      return refused_login(request);
   }
 }
 

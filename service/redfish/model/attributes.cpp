@@ -78,7 +78,8 @@ NewValue new_text(const Setting& setting, const Json& value) {
 
 AttributeType type_of(const Row& setting) {
   if (!choices_of(setting).empty()) return AttributeType::kEnumeration;
-  const bool has_numbers = setting.number("Type") == kNumber && is_integer_or_unknown(setting, "CurrentValue") &&
+  const bool has_numbers = setting.number("Type") == kNumber &&
+                           is_integer_or_unknown(setting, "CurrentValue") &&
                            is_integer_or_unknown(setting, "PendingValue");
   return has_numbers ? AttributeType::kInteger : AttributeType::kText;
 }

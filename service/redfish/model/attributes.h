@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "service/redfish/model/messages.h"
 #include "service/redfish/model/json.h"
 #include "service/redfish/model/machine.h"
+#include "service/redfish/model/messages.h"
 
 namespace zymdb::service::redfish {
 

@@ -108,20 +108,29 @@ constexpr Code kDeviceClasses[] = {
 // SMBIOS's processor types and families; families that are not listed tell nothing.
 constexpr Code kProcessorTypes[] = {{3, 3, "CPU"}, {4, 4, "CPU"}, {5, 5, "DSP"}, {6, 6, "GPU"}};
 constexpr Code kArchitectures[] = {
-    {0x0b, 0x15, "x86"},   {0x18, 0x1f, "x86"},    {0x20, 0x27, "Power"}, {0x28, 0x2f, "x86"},
-    {0x38, 0x3f, "x86"},   {0x40, 0x45, "MIPS"},   {0x46, 0x4f, "x86"},   {0x66, 0x68, "x86"},
-    {0x69, 0x69, "ARM"},   {0x6a, 0x6f, "x86"},    {0x82, 0x82, "IA-64"}, {0x83, 0x8f, "x86"},
-    {0xa1, 0xb3, "x86"},   {0xb5, 0xb7, "x86"},    {0xb8, 0xb8, "IA-64"}, {0xb9, 0xc7, "x86"},
-    {0xcd, 0xd0, "x86"},   {0xd2, 0xef, "x86"},    {0x100, 0x102, "ARM"}, {0x118, 0x119, "ARM"},
+    {0x0b, 0x15, "x86"},      {0x18, 0x1f, "x86"},  {0x20, 0x27, "Power"}, {0x28, 0x2f, "x86"},
+    {0x38, 0x3f, "x86"},      {0x40, 0x45, "MIPS"}, {0x46, 0x4f, "x86"},   {0x66, 0x68, "x86"},
+    {0x69, 0x69, "ARM"},      {0x6a, 0x6f, "x86"},  {0x82, 0x82, "IA-64"}, {0x83, 0x8f, "x86"},
+    {0xa1, 0xb3, "x86"},      {0xb5, 0xb7, "x86"},  {0xb8, 0xb8, "IA-64"}, {0xb9, 0xc7, "x86"},
+    {0xcd, 0xd0, "x86"},      {0xd2, 0xef, "x86"},  {0x100, 0x102, "ARM"}, {0x118, 0x119, "ARM"},
     {0x200, 0x202, "RISC-V"},
 };
 
 constexpr Code kMemoryTypes[] = {
-    {0x09, 0x09, "ROM"},          {0x0f, 0x0f, "SDRAM"},        {0x12, 0x12, "DDR"},
-    {0x13, 0x13, "DDR2"},         {0x14, 0x14, "DDR2_SDRAM_FB_DIMM"},
-    {0x18, 0x18, "DDR3"},         {0x1a, 0x1a, "DDR4"},         {0x1d, 0x1d, "LPDDR3_SDRAM"},
-    {0x1e, 0x1e, "LPDDR4_SDRAM"}, {0x1f, 0x1f, "Logical"},      {0x20, 0x20, "HBM"},
-    {0x21, 0x21, "HBM2"},         {0x22, 0x22, "DDR5"},         {0x23, 0x23, "LPDDR5_SDRAM"},
+    {0x09, 0x09, "ROM"},
+    {0x0f, 0x0f, "SDRAM"},
+    {0x12, 0x12, "DDR"},
+    {0x13, 0x13, "DDR2"},
+    {0x14, 0x14, "DDR2_SDRAM_FB_DIMM"},
+    {0x18, 0x18, "DDR3"},
+    {0x1a, 0x1a, "DDR4"},
+    {0x1d, 0x1d, "LPDDR3_SDRAM"},
+    {0x1e, 0x1e, "LPDDR4_SDRAM"},
+    {0x1f, 0x1f, "Logical"},
+    {0x20, 0x20, "HBM"},
+    {0x21, 0x21, "HBM2"},
+    {0x22, 0x22, "DDR5"},
+    {0x23, 0x23, "LPDDR5_SDRAM"},
     {0x24, 0x24, "HBM3"},
 };
 
@@ -129,8 +138,8 @@ constexpr Word kSecurityStates[] = {
     {"Disabled", "Disabled"}, {"Unlocked", "Unlocked"}, {"Locked", "Locked"}, {"Frozen", "Frozen"}};
 
 constexpr Word kDriveProtocols[] = {
-    {"SATA", "SATA"},      {"SAS", "SAS"},       {"NVMe", "NVMe"},           {"EDSFF NVMe", "NVMe"},
-    {"M.2 SATA", "SATA"},  {"M.2 NVMe", "NVMe"}, {"7MM SATA", "SATA"},       {"7MM NVMe", "NVMe"},
+    {"SATA", "SATA"},     {"SAS", "SAS"},       {"NVMe", "NVMe"},     {"EDSFF NVMe", "NVMe"},
+    {"M.2 SATA", "SATA"}, {"M.2 NVMe", "NVMe"}, {"7MM SATA", "SATA"}, {"7MM NVMe", "NVMe"},
 };
 constexpr Code kFormFactors[] = {{0x30, 0x30, "M2"}, {0x50, 0x50, "EDSFF"}};
 constexpr Word kMediaTypes[] = {{"SSD", "SSD"}, {"HDD", "HDD"}};
@@ -138,13 +147,13 @@ constexpr Word kMediaTypes[] = {{"SSD", "SSD"}, {"HDD", "HDD"}};
 constexpr Code kLinkStatuses[] = {{1, 1, "LinkUp"}, {2, 2, "LinkDown"}};
 constexpr Word kTechnologies[] = {{"Ethernet", "Ethernet"}, {"IB", "InfiniBand"}, {"FC", "FibreChannel"}};
 constexpr Word kTransceivers[] = {
-    {"SFP", "SFP"},       {"SFP+", "SFPPlus"},   {"SFP28", "SFP28"},   {"QSFP", "QSFP"},
+    {"SFP", "SFP"},        {"SFP+", "SFPPlus"},  {"SFP28", "SFP28"},   {"QSFP", "QSFP"},
     {"QSFP+", "QSFPPlus"}, {"QSFP28", "QSFP28"}, {"QSFP56", "QSFP56"}, {"QSFP-DD", "QSFPDD"},
 };
 
 // SMBIOS's slot types and widths.
-constexpr Code kSlotTypes[] = {{0x14, 0x18, "M2"},        {0x20, 0x20, "U2"},        {0x21, 0x22, "Mini"},
-                               {0x24, 0x25, "U2"},        {0x26, 0x26, "OCP3Small"}, {0x27, 0x27, "OCP3Large"}};
+constexpr Code kSlotTypes[] = {{0x14, 0x18, "M2"}, {0x20, 0x20, "U2"},        {0x21, 0x22, "Mini"},
+                               {0x24, 0x25, "U2"}, {0x26, 0x26, "OCP3Small"}, {0x27, 0x27, "OCP3Large"}};
 constexpr Code kSlotGenerations[] = {
     {0xa5, 0xaa, "Gen1"}, {0xab, 0xb0, "Gen2"}, {0x20, 0x20, "Gen2"}, {0xb1, 0xb6, "Gen3"},
     {0x24, 0x24, "Gen3"}, {0xb8, 0xbd, "Gen4"}, {0x25, 0x25, "Gen4"}, {0xbe, 0xc3, "Gen5"},
@@ -209,7 +218,8 @@ Json as_hex6(const Value& value) {
 }
 
 Json as_uuid(const Value& value) {
-  static const std::regex kForm("[0-9A-Fa-f]{8}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{12}");
+  static const std::regex kForm(
+      "[0-9A-Fa-f]{8}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{12}");
   const std::string* const text = text_of(value);
   return text != nullptr && std::regex_match(*text, kForm) ? Json(*text) : Json();
 }
@@ -247,7 +257,8 @@ Json bytes_of_capacity(const Value& value) {
   const std::string* const text = text_of(value);
   if (text == nullptr) return nullptr;
   double number = 0;
-  const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), number, std::chars_format::fixed);
+  const auto [end, error] =
+      std::from_chars(text->data(), text->data() + text->size(), number, std::chars_format::fixed);
   if (error != std::errc() || !(number > 0)) return nullptr;
   std::string_view rest(end, static_cast<size_t>(text->data() + text->size() - end));
   rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));

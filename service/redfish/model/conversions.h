@@ -1,5 +1,5 @@
-// Values of the inventory as values of properties. Null: the property is left out, since the value is unknown or
-// nothing that the schema has a word for.
+// Values of the inventory as values of properties. Null: the property is left out, since the value is unknown
+// or nothing that the schema has a word for.
 #ifndef ZYMDB_SERVICE_REDFISH_MODEL_CONVERSIONS_H
 #define ZYMDB_SERVICE_REDFISH_MODEL_CONVERSIONS_H
 
@@ -13,11 +13,11 @@ using Convert = Json (*)(const Value&);
 
 Json as_text(const Value& value);
 Json as_number(const Value& value);
-Json as_positive(const Value& value);  // 0 says nothing
-Json as_percent(const Value& value);   // 0 to 100
+Json as_positive(const Value& value);       // 0 says nothing
+Json as_percent(const Value& value);        // 0 to 100
 Json number_of_digits(const Value& value);  // a number that is stored as a text
-Json as_flag(const Value& value);      // of 0 or 1
-Json as_count_of_one(const Value& value);  // an array of the number
+Json as_flag(const Value& value);           // of 0 or 1
+Json as_count_of_one(const Value& value);   // an array of the number
 
 Json as_hex1(const Value& value);  // "0x7"
 Json as_hex2(const Value& value);  // "0x1F"
@@ -25,12 +25,12 @@ Json as_hex4(const Value& value);
 Json as_hex6(const Value& value);
 
 Json as_uuid(const Value& value);
-Json as_mac_address(const Value& value);   // "B4:96:91:00:10:00"
+Json as_mac_address(const Value& value);      // "B4:96:91:00:10:00"
 Json as_world_wide_name(const Value& value);  // eight such bytes
 
-Json as_port_guid(const Value& value);        // the same as "0C42:A103:0000:4001"
+Json as_port_guid(const Value& value);  // the same as "0C42:A103:0000:4001"
 
-Json gbit_of_mbit(const Value& value);   // a link's speed in Gbit/s
+Json gbit_of_mbit(const Value& value);  // a link's speed in Gbit/s
 Json mebibytes_of_bytes(const Value& value);
 Json bytes_of_capacity(const Value& value);  // of "1.92TB"
 Json time_of_date(const Value& value);       // of "03/14/2024" or "2024-03-14"

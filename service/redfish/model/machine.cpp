@@ -49,7 +49,8 @@ std::string attribute_name(const std::string& id) {
     const bool is_digit = c >= '0' && c <= '9';
     name += is_letter || is_digit ? c : '_';
   }
-  const bool begins_well = !name.empty() && name.front() != '_' && !(name.front() >= '0' && name.front() <= '9');
+  const bool begins_well =
+      !name.empty() && name.front() != '_' && !(name.front() >= '0' && name.front() <= '9');
   return begins_well && name.size() > 1 ? name : "Setting_" + name;
 }
 
@@ -187,15 +188,15 @@ void Machine::name_function_parts() {
     return (part.function != nullptr ? part.function->id : "") + "-" + number_text(part.row, "Idx");
   };
   for (FunctionPart& port : ports) port.id = port_names[port.device].take({within(port)}, "Port");
-  for (FunctionPart& port : logical_ports) port.id = logical_names[port.device].take({within(port)}, "Function");
+  for (FunctionPart& port : logical_ports)
+    port.id = logical_names[port.device].take({within(port)}, "Function");
   Names firmware_names;
   for (FunctionPart& component : firmware) {
-    const std::string place =
-        component.device != nullptr && component.function != nullptr
-            ? component.device->id + "-" + component.function->id
-            : component.row.text("Function");
+    const std::string place = component.device != nullptr && component.function != nullptr
+                                  ? component.device->id + "-" + component.function->id
+                                  : component.row.text("Function");
     const std::string name = component.row.text("SoftwareID").empty() ? component.row.text("FirmwareName")
-                                                                       : component.row.text("SoftwareID");
+                                                                      : component.row.text("SoftwareID");
     component.id = firmware_names.take({place + "-" + name}, "Firmware");
   }
   // All firmware is one collection.

@@ -16,8 +16,8 @@ constexpr Mapping kSystem[] = {
 };
 
 constexpr Mapping kChassis[] = {
-    {"Manufacturer", "Manufacturer"}, {"Model", "Model"},          {"Version", "Version"},
-    {"SKU", "SKU"},                   {"SerialNo", "SerialNumber"}, {"UUID", "UUID", as_uuid},
+    {"Manufacturer", "Manufacturer"}, {"Model", "Model"},        {"Version", "Version"}, {"SKU", "SKU"},
+    {"SerialNo", "SerialNumber"},     {"UUID", "UUID", as_uuid},
 };
 
 constexpr Mapping kProcessor[] = {
@@ -92,18 +92,12 @@ constexpr Mapping kDeviceOfFunction[] = {
 };
 
 constexpr Mapping kFunction[] = {
-    {"FunctionNo", "FunctionId", as_number},
-    {"ClsCode", "ClassCode", as_hex6},
-    {"ClsCode", "DeviceClass", device_class},
-    {"VendorId", "VendorId", as_hex4},
-    {"DeviceId", "DeviceId", as_hex4},
-    {"SubVendorId", "SubsystemVendorId", as_hex4},
-    {"SubDeviceId", "SubsystemId", as_hex4},
-    {"RevId", "RevisionId", as_hex2},
-    {"SegNo", "SegmentNumber", as_hex4},
-    {"BusNo", "BusNumber", as_hex2},
-    {"DeviceNo", "DeviceNumber", as_hex2},
-    {"FunctionNo", "FunctionNumber", as_hex1},
+    {"FunctionNo", "FunctionId", as_number},  {"ClsCode", "ClassCode", as_hex6},
+    {"ClsCode", "DeviceClass", device_class}, {"VendorId", "VendorId", as_hex4},
+    {"DeviceId", "DeviceId", as_hex4},        {"SubVendorId", "SubsystemVendorId", as_hex4},
+    {"SubDeviceId", "SubsystemId", as_hex4},  {"RevId", "RevisionId", as_hex2},
+    {"SegNo", "SegmentNumber", as_hex4},      {"BusNo", "BusNumber", as_hex2},
+    {"DeviceNo", "DeviceNumber", as_hex2},    {"FunctionNo", "FunctionNumber", as_hex1},
 };
 
 constexpr Mapping kSlot[] = {
@@ -181,12 +175,9 @@ constexpr Mapping kEthernetOfLogicalPort[] = {
 };
 
 constexpr Mapping kSoftwareOfFirmware[] = {
-    {"FirmwareName", "Name"},
-    {"Description", "Description"},
-    {"VersionString", "Version"},
-    {"ReleaseDate", "ReleaseDate", time_of_date},
-    {"Manufacture", "Manufacturer"},
-    {"SoftwareID", "SoftwareId"},
+    {"FirmwareName", "Name"},        {"Description", "Description"},
+    {"VersionString", "Version"},    {"ReleaseDate", "ReleaseDate", time_of_date},
+    {"Manufacture", "Manufacturer"}, {"SoftwareID", "SoftwareId"},
 };
 
 constexpr Mapping kSoftwareOfPldm[] = {

@@ -1,5 +1,5 @@
-// Which field of a class fills which property of a resource, said once: resources and their documentation come
-// from these tables.
+// Which field of a class fills which property of a resource, said once: resources and their documentation
+// come from these tables.
 #ifndef ZYMDB_SERVICE_REDFISH_MODEL_MAPPING_H
 #define ZYMDB_SERVICE_REDFISH_MODEL_MAPPING_H
 

@@ -9,36 +9,39 @@ namespace zymdb::service::redfish {
 namespace {
 
 constexpr RegistryMessage kMessages[] = {
-    {"Success", "OK",
-     "The request completed successfully.",
-     "None."},
+    {"Success", "OK", "The request completed successfully.", "None."},
     {"GeneralError", "Critical",
-     "A general error has occurred.  See Resolution for information on how to resolve the error, or @Message.ExtendedInfo if Resolution is not provided.",
+     "A general error has occurred.  See Resolution for information on how to resolve the error, or "
+     "@Message.ExtendedInfo if Resolution is not provided.",
      "None."},
     {"NoOperation", "Warning",
      "The request body submitted contain no data to act upon and no changes to the resource took place.",
      "Add properties in the JSON object and resubmit the request."},
-    {"PropertyUnknown", "Warning",
-     "The property %1 is not in the list of valid properties for the resource.",
+    {"PropertyUnknown", "Warning", "The property %1 is not in the list of valid properties for the resource.",
      "Remove the unknown property from the request body and resubmit the request if the operation failed."},
     {"PropertyValueTypeError", "Warning",
      "The value '%1' for the property %2 is not a type that the property can accept.",
-     "Correct the value for the property in the request body and resubmit the request if the operation failed."},
+     "Correct the value for the property in the request body and resubmit the request if the operation "
+     "failed."},
     {"PropertyValueFormatError", "Warning",
      "The value '%1' for the property %2 is not a format that the property can accept.",
-     "Correct the value for the property in the request body and resubmit the request if the operation failed."},
+     "Correct the value for the property in the request body and resubmit the request if the operation "
+     "failed."},
     {"PropertyValueNotInList", "Warning",
      "The value '%1' for the property %2 is not in the list of acceptable values.",
-     "Choose a value from the enumeration list that the implementation can support and resubmit the request if the operation failed."},
+     "Choose a value from the enumeration list that the implementation can support and resubmit the request "
+     "if the operation failed."},
     {"PropertyValueOutOfRange", "Warning",
      "The value '%1' for the property %2 is not in the supported range of acceptable values.",
-     "Correct the value for the property in the request body and resubmit the request if the operation failed."},
+     "Correct the value for the property in the request body and resubmit the request if the operation "
+     "failed."},
     {"PropertyNotWritable", "Warning",
      "The property %1 is a read-only property and cannot be assigned a value.",
      "Remove the property from the request body and resubmit the request if the operation failed."},
     {"PropertyMissing", "Warning",
      "The property %1 is a required property and must be included in the request.",
-     "Ensure that the property is in the request body and has a valid value and resubmit the request if the operation failed."},
+     "Ensure that the property is in the request body and has a valid value and resubmit the request if the "
+     "operation failed."},
     {"MalformedJSON", "Critical",
      "The request body submitted was malformed JSON and could not be parsed by the receiving service.",
      "Ensure that the request body is valid JSON and resubmit the request."},
@@ -47,54 +50,56 @@ constexpr RegistryMessage kMessages[] = {
      "Add properties in the JSON object and resubmit the request."},
     {"QueryParameterValueTypeError", "Warning",
      "The value '%1' for the query parameter %2 is not a type that the parameter can accept.",
-     "Correct the value for the query parameter in the request and resubmit the request if the operation failed."},
+     "Correct the value for the query parameter in the request and resubmit the request if the operation "
+     "failed."},
     {"QueryParameterValueFormatError", "Warning",
      "The value '%1' for the parameter %2 is not a format that the parameter can accept.",
-     "Correct the value for the query parameter in the request and resubmit the request if the operation failed."},
-    {"QueryParameterValueError", "Warning",
-     "The value for the parameter %1 is invalid.",
-     "Correct the value for the query parameter in the request and resubmit the request if the operation failed."},
-    {"QueryParameterOutOfRange", "Warning",
-     "The value '%1' for the query parameter %2 is out of range %3.",
-     "Reduce the value for the query parameter to a value that is within range, such as a start or count value that is within bounds of the number of resources in a collection or a page number that is within the range of valid pages."},
-    {"QueryParameterUnsupported", "Warning",
-     "Query parameter '%1' is not supported.",
+     "Correct the value for the query parameter in the request and resubmit the request if the operation "
+     "failed."},
+    {"QueryParameterValueError", "Warning", "The value for the parameter %1 is invalid.",
+     "Correct the value for the query parameter in the request and resubmit the request if the operation "
+     "failed."},
+    {"QueryParameterOutOfRange", "Warning", "The value '%1' for the query parameter %2 is out of range %3.",
+     "Reduce the value for the query parameter to a value that is within range, such as a start or count "
+     "value that is within bounds of the number of resources in a collection or a page number that is within "
+     "the range of valid pages."},
+    {"QueryParameterUnsupported", "Warning", "Query parameter '%1' is not supported.",
      "Correct or remove the query parameter and resubmit the request."},
-    {"QueryNotSupportedOnResource", "Warning",
-     "Querying is not supported on the requested resource.",
+    {"QueryNotSupportedOnResource", "Warning", "Querying is not supported on the requested resource.",
      "Remove the query parameters and resubmit the request if the operation failed."},
-    {"QueryNotSupportedOnOperation", "Warning",
-     "Querying is not supported with the requested operation.",
+    {"QueryNotSupportedOnOperation", "Warning", "Querying is not supported with the requested operation.",
      "Remove the query parameters and resubmit the request if the operation failed."},
     {"QueryCombinationInvalid", "Warning",
      "Two or more query parameters in the request cannot be used together.",
      "Remove one or more of the query parameters and resubmit the request if the operation failed."},
     {"SessionLimitExceeded", "Critical",
-     "The session establishment failed due to the number of simultaneous sessions exceeding the limit of the implementation.",
-     "Reduce the number of other sessions before trying to establish the session or increase the limit of simultaneous sessions, if supported."},
+     "The session establishment failed due to the number of simultaneous sessions exceeding the limit of the "
+     "implementation.",
+     "Reduce the number of other sessions before trying to establish the session or increase the limit of "
+     "simultaneous sessions, if supported."},
     {"EventSubscriptionLimitExceeded", "Critical",
-     "The event subscription failed due to the number of simultaneous subscriptions exceeding the limit of the implementation.",
-     "Reduce the number of other subscriptions before trying to establish the event subscription or increase the limit of simultaneous subscriptions, if supported."},
-    {"PayloadTooLarge", "Critical",
-     "The supplied payload exceeds the maximum size supported by the service.",
+     "The event subscription failed due to the number of simultaneous subscriptions exceeding the limit of "
+     "the implementation.",
+     "Reduce the number of other subscriptions before trying to establish the event subscription or increase "
+     "the limit of simultaneous subscriptions, if supported."},
+    {"PayloadTooLarge", "Critical", "The supplied payload exceeds the maximum size supported by the service.",
      "Check that the supplied payload is correct and supported by this service."},
-    {"InsufficientStorage", "Critical",
-     "Insufficient storage or memory available to complete the request.",
+    {"InsufficientStorage", "Critical", "Insufficient storage or memory available to complete the request.",
      "Increase the free storage space available to the service and resubmit the request."},
-    {"NoValidSession", "Critical",
-     "There is no valid session established with the implementation.",
+    {"NoValidSession", "Critical", "There is no valid session established with the implementation.",
      "Establish a session before attempting any operations."},
     {"InsufficientPrivilege", "Critical",
-     "There are insufficient privileges for the account or credentials associated with the current session to perform the requested operation.",
-     "Either abandon the operation or change the associated access rights and resubmit the request if the operation failed."},
+     "There are insufficient privileges for the account or credentials associated with the current session "
+     "to perform the requested operation.",
+     "Either abandon the operation or change the associated access rights and resubmit the request if the "
+     "operation failed."},
     {"InternalError", "Critical",
      "The request failed due to an internal service error.  The service is still operational.",
      "Resubmit the request.  If the problem persists, consider resetting the service."},
     {"UnrecognizedRequestBody", "Warning",
      "The service detected a malformed request body that it was unable to interpret.",
      "Correct the request body and resubmit the request if it failed."},
-    {"ResourceMissingAtURI", "Critical",
-     "The resource at the URI '%1' was not found.",
+    {"ResourceMissingAtURI", "Critical", "The resource at the URI '%1' was not found.",
      "Place a valid resource at the URI or correct the URI and resubmit the request."},
     {"ServiceTemporarilyUnavailable", "Critical",
      "The service is temporarily unavailable.  Retry in %1 seconds.",
@@ -105,29 +110,24 @@ constexpr RegistryMessage kMessages[] = {
     {"PreconditionRequired", "Critical",
      "A precondition header or annotation is required to change this resource.",
      "Try the operation again using an If-Match or If-None-Match header and appropriate ETag."},
-    {"HeaderMissing", "Critical",
-     "Required header '%1' is missing in the request.",
+    {"HeaderMissing", "Critical", "Required header '%1' is missing in the request.",
      "Resubmit the request with the required request header."},
-    {"HeaderInvalid", "Critical",
-     "Header '%1' is invalid.",
+    {"HeaderInvalid", "Critical", "Header '%1' is invalid.",
      "Resubmit the request with a valid request header."},
     {"OperationFailed", "Warning",
-     "An error occurred internal to the service as part of the overall request.  Partial results may have been returned.",
+     "An error occurred internal to the service as part of the overall request.  Partial results may have "
+     "been returned.",
      "Resubmit the request.  If the problem persists, consider resetting the service or provider."},
-    {"OperationNotAllowed", "Critical",
-     "The HTTP method is not allowed on this resource.",
-     "None."},
+    {"OperationNotAllowed", "Critical", "The HTTP method is not allowed on this resource.", "None."},
     {"EventBufferExceeded", "Warning",
-     "Undelivered events may have been lost due to exceeding the event buffer.",
-     "None."},
-    {"AccessUnauthorized", "Critical",
-     "Unauthorized.",
-     "Resubmit the request with valid credentials."},
-    {"AccessForbidden", "Critical",
-     "Forbidden.",
-     "Resubmit the request with credentials that contain the necessary privileges to perform the requested operation."},
+     "Undelivered events may have been lost due to exceeding the event buffer.", "None."},
+    {"AccessUnauthorized", "Critical", "Unauthorized.", "Resubmit the request with valid credentials."},
+    {"AccessForbidden", "Critical", "Forbidden.",
+     "Resubmit the request with credentials that contain the necessary privileges to perform the requested "
+     "operation."},
     {"PropertyValueIncorrect", "Warning",
-     "The property '%1' with the requested value of '%2' could not be written because the value is not acceptable for the property.",
+     "The property '%1' with the requested value of '%2' could not be written because the value is not "
+     "acceptable for the property.",
      "None."},
 };
 
@@ -139,7 +139,8 @@ const RegistryMessage& message_of(std::string_view key) {
 std::string filled(std::string_view text, const std::vector<std::string>& arguments) {
   std::string filled;
   for (size_t at = 0; at < text.size(); ++at) {
-    const size_t number = at + 1 < text.size() ? static_cast<size_t>(text[at + 1]) - size_t{'1'} : arguments.size();
+    const size_t number =
+        at + 1 < text.size() ? static_cast<size_t>(text[at + 1]) - size_t{'1'} : arguments.size();
     if (text[at] != '%' || number >= arguments.size()) {
       filled += text[at];
       continue;

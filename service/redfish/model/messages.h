@@ -25,7 +25,8 @@ struct RegistryMessage {
 // Those of the registry "Base" that the service uses.
 std::span<const RegistryMessage> base_messages();
 
-// A message with its arguments, and the property that it is about, as a JSON pointer: "#/Attributes/BootMode".
+// A message with its arguments, and the property that it is about, as a JSON pointer:
+// "#/Attributes/BootMode".
 struct Message {
   std::string_view key;
   std::vector<std::string> arguments = {};

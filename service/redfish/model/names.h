@@ -16,8 +16,8 @@ std::string path_segment(std::string_view text);
 // The ids of one collection.
 class Names {
  public:
-  // The first of the texts that says something and that no other part has; else that one with a number, from 2
-  // on. `fallback` says something.
+  // The first of the texts that says something and that no other part has; else that one with a number, from
+  // 2 on. `fallback` says something.
   std::string take(std::initializer_list<std::string> texts, std::string_view fallback);
 
  private:

@@ -34,8 +34,7 @@ std::optional<bool> Row::is_warned(std::initializer_list<std::string_view> keys)
   for (const std::string_view key : keys) {
     const auto field = of_->field(key);
     if (!field || !records::is_known(value(key))) continue;
-    const bool warns =
-        records::attention_of(of_->fields[*field], value(key)) == records::Attention::kWarning;
+    const bool warns = records::attention_of(of_->fields[*field], value(key)) == records::Attention::kWarning;
     is_warned = is_warned.value_or(false) || warns;
   }
   return is_warned;

@@ -10,8 +10,8 @@ void add_reference(std::string& to, const std::string& file, const std::string& 
 }
 
 std::string include(const std::string& name, const std::string& alias = "") {
-  return "    <edmx:Include Namespace=\"" + name + "\"" +
-         (alias.empty() ? "" : " Alias=\"" + alias + "\"") + "/>\n";
+  return "    <edmx:Include Namespace=\"" + name + "\"" + (alias.empty() ? "" : " Alias=\"" + alias + "\"") +
+         "/>\n";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The published schemas that resources follow: one table, of which the types, the list of schemas, the metadata
-// document and the links to descriptions are made.
+// The published schemas that resources follow: one table, of which the types, the list of schemas, the
+// metadata document and the links to descriptions are made.
 #ifndef ZYMDB_SERVICE_REDFISH_MODEL_SCHEMAS_H
 #define ZYMDB_SERVICE_REDFISH_MODEL_SCHEMAS_H
 

@@ -1,15 +1,16 @@
 #include "service/redfish/model/attributes.h"
 #include "service/redfish/model/paths.h"
+#include "service/redfish/model/tree.h"
 #include "service/redfish/resources/parts.h"
 #include "service/redfish/resources/resources.h"
-#include "service/redfish/model/tree.h"
 
 namespace zymdb::service::redfish {
 namespace {
 
 Json values_of(const Machine& machine, std::string_view key) {
   Json values = Json::object();
-  for (const Setting& setting : machine.settings) values[setting.attribute] = attribute_value(setting.row, key);
+  for (const Setting& setting : machine.settings)
+    values[setting.attribute] = attribute_value(setting.row, key);
   return values;
 }
 

@@ -4,15 +4,16 @@
 #include "service/redfish/model/mapping.h"
 #include "service/redfish/model/names.h"
 #include "service/redfish/model/paths.h"
+#include "service/redfish/model/tree.h"
 #include "service/redfish/resources/parts.h"
 #include "service/redfish/resources/resources.h"
-#include "service/redfish/model/tree.h"
 
 namespace zymdb::service::redfish {
 namespace {
 
 Json make_software(const Row& row, const std::string& related, const std::string& name = "") {
-  Json json{{"Name", first_text({name, "Firmware"})}, {"Status", status("Enabled", row.is_warned({"Update"}))}};
+  Json json{{"Name", first_text({name, "Firmware"})},
+            {"Status", status("Enabled", row.is_warned({"Update"}))}};
   fill(json, row, mappings_of("SoftwareInventory", row.of().name));
   json["Active"] = true;
   if (!related.empty()) add_links(json, "RelatedItem", {related});
@@ -52,9 +53,8 @@ void add_software(Tree& tree, const std::string& id, const Row& row, const std::
 // A drive's firmware, where its function tells of none.
 bool has_component(const Machine& machine, const FunctionPart& drive) {
   return drive.function != nullptr && drive.row.text("DisplayType").ends_with("NVMe") &&
-         std::ranges::any_of(machine.firmware, [&](const FunctionPart& each) {
-           return each.function == drive.function;
-         });
+         std::ranges::any_of(machine.firmware,
+                             [&](const FunctionPart& each) { return each.function == drive.function; });
 }
 
 }  // namespace

@@ -33,8 +33,7 @@ void add_links(Json& to, const std::string& property, const std::vector<std::str
 }
 
 void fill_from_device(Json& json, const Device& device, std::string_view resource) {
-  if (!device.functions.empty())
-    fill(json, device.functions.front().row, mappings_of(resource, "functions"));
+  if (!device.functions.empty()) fill(json, device.functions.front().row, mappings_of(resource, "functions"));
   if (device.adapter) fill(json, *device.adapter, mappings_of(resource, "adapters"));
 }
 
@@ -74,7 +73,8 @@ bool is_network_adapter(const Machine& machine, const Device& device) {
 bool is_storage(const Machine& machine, const Device& device) {
   constexpr uint64_t kMassStorage = 0x0100, kMassStorageEnd = 0x01ff;
   return device.has_class(kMassStorage, kMassStorageEnd) ||
-         std::ranges::any_of(machine.drives, [&](const FunctionPart& drive) { return drive.device == &device; });
+         std::ranges::any_of(machine.drives,
+                             [&](const FunctionPart& drive) { return drive.device == &device; });
 }
 
 }  // namespace zymdb::service::redfish

@@ -1,8 +1,8 @@
 #include "service/redfish/model/mapping.h"
 #include "service/redfish/model/paths.h"
+#include "service/redfish/model/tree.h"
 #include "service/redfish/resources/parts.h"
 #include "service/redfish/resources/resources.h"
-#include "service/redfish/model/tree.h"
 
 namespace zymdb::service::redfish {
 namespace {
@@ -65,18 +65,19 @@ void add_links_of(Json& links, const char* property, const Parts& parts, const F
 
 Json make_function(const Machine& machine, const Device& device, const Function& function) {
   // No source tells of virtual functions by themselves.
-  Json json{{"Name", first_text({function.row.text("Name"), "PCIe function"})},
-            {"FunctionType", "Physical"},
-            {"Status", status("Enabled", function.row.is_warned({"LinkState"}).value_or(false)
-                                             ? std::optional(true)
-                                             : std::nullopt)}};
+  Json json{
+      {"Name", first_text({function.row.text("Name"), "PCIe function"})},
+      {"FunctionType", "Physical"},
+      {"Status", status("Enabled", function.row.is_warned({"LinkState"}).value_or(false) ? std::optional(true)
+                                                                                         : std::nullopt)}};
   fill(json, function.row, mappings_of("PCIeFunction", "functions"));
   Json& links = json["Links"];
   links["PCIeDevice"] = link(path_of(device));
   add_links_of(links, "Drives", machine.drives, function, path_of_drive);
   add_links_of(links, "NetworkDeviceFunctions", machine.logical_ports, function, path_of_network_function);
   for (const FunctionPart& gpu : machine.gpus) {
-    if (gpu.function == &function && !links.contains("Processor")) links["Processor"] = link(path_of_gpu(gpu));
+    if (gpu.function == &function && !links.contains("Processor"))
+      links["Processor"] = link(path_of_gpu(gpu));
   }
   return json;
 }

@@ -3,9 +3,9 @@
 
 #include "service/redfish/model/mapping.h"
 #include "service/redfish/model/paths.h"
+#include "service/redfish/model/tree.h"
 #include "service/redfish/resources/parts.h"
 #include "service/redfish/resources/resources.h"
-#include "service/redfish/model/tree.h"
 
 namespace zymdb::service::redfish {
 namespace {

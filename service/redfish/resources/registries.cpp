@@ -1,7 +1,7 @@
 #include "service/redfish/model/messages.h"
 #include "service/redfish/model/paths.h"
-#include "service/redfish/resources/resources.h"
 #include "service/redfish/model/tree.h"
+#include "service/redfish/resources/resources.h"
 
 namespace zymdb::service::redfish {
 namespace {
@@ -21,8 +21,9 @@ Json make_registry_file(const Registry& registry) {
   return {{"Name", registry.description},
           {"Languages", Json::array({"en"})},
           {"Registry", id.substr(0, id.rfind('.'))},
-          {"Location", Json::array({{{"Language", "en"},
-                                     {"PublicationUri", "http://redfish.dmtf.org/registries/" + id + ".json"}}})}};
+          {"Location",
+           Json::array({{{"Language", "en"},
+                         {"PublicationUri", "http://redfish.dmtf.org/registries/" + id + ".json"}}})}};
 }
 
 Json make_schema_file(const Schema& schema) {

@@ -1,9 +1,9 @@
-#include "service/redfish/model/paths.h"
 #include "service/redfish/model/features.h"
-#include "service/redfish/resources/parts.h"
-#include "service/redfish/resources/resources.h"
+#include "service/redfish/model/paths.h"
 #include "service/redfish/model/roles.h"
 #include "service/redfish/model/tree.h"
+#include "service/redfish/resources/parts.h"
+#include "service/redfish/resources/resources.h"
 
 namespace zymdb::service::redfish {
 namespace {
