@@ -3,13 +3,17 @@
 //
 // An input is lines: the method, the role as a number, the path, the query as NAME=VALUE between "&", one
 // header as NAME: VALUE; the body is the rest.
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "checks.h"
 #include "collect/collector.h"
@@ -117,25 +121,23 @@ class Service {
 
  private:
   // All that no request may change.
-  std::vector<documents::PartClass> everything_else() {
-    auto classes = current_.get()->classes;
-    for (auto& each : classes) {
+  std::vector<std::vector<documents::Part>> everything_else() {
+    std::vector<std::vector<documents::Part>> all;
+    for (documents::PartClass each : current_.get()->classes) {
       const auto pending = each.field("PendingValue");
       for (auto& part : each.parts) {
         if (pending) part[*pending] = {};
       }
+      all.push_back(std::move(each.parts));
     }
-    return classes;
-  }
-  friend bool operator==(const documents::PartClass& a, const documents::PartClass& b) {
-    return a.name == b.name && a.parts == b.parts;
+    return all;
   }
 
   TemporaryFolder folder_;
   Current current_{documents::inventory_types(records::kPciIdsFile)};
   SomeAccounts accounts_;
   std::unique_ptr<Redfish> redfish_;
-  std::vector<documents::PartClass> before_;
+  std::vector<std::vector<documents::Part>> before_;
 };
 
 void check_body(const Request& request, const Response& response, std::string_view body) {
