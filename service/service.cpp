@@ -63,24 +63,6 @@ void finish(const Request& request, Response& response) {
   if (request.is_encrypted) add_unless_there(response.headers, kWithTls);
 }
 
-bool makes_session(const Request& request) {
-  constexpr std::string_view kSessions[] = {"/redfish/v1/SessionService/Sessions",
-                                            "/redfish/v1/SessionService/Sessions/Members"};
-  std::string_view path = request.path;
-  if (path.ends_with('/')) path.remove_suffix(1);
-  return request.method == Method::kPost && std::ranges::find(kSessions, path) != std::end(kSessions);
-}
-
-// What a client reads to find out how to log in.
-bool is_public_redfish(const Request& request) {
-  constexpr std::string_view kPublic[] = {"/redfish", "/redfish/v1", "/redfish/v1/odata",
-                                          "/redfish/v1/$metadata"};
-  std::string_view path = request.path;
-  if (path.ends_with('/')) path.remove_suffix(1);
-  return makes_session(request) ||
-         (is_read(request) && std::ranges::find(kPublic, path) != std::end(kPublic));
-}
-
 }  // namespace
 
 Service::Service(Current& current, SystemAccounts& accounts, const ServiceOptions& options, Log log)
@@ -100,7 +82,9 @@ std::vector<Service::Route> Service::make_routes() {
   add("/metrics", std::make_unique<Metrics>(current_, requests_, [this] { return gauges(); }), nullptr,
       nullptr);
   add("/", std::make_unique<Page>(current_), Page::is_public, Page::is_slow);
-  add("/redfish", std::make_unique<Redfish>(current_, accounts_), is_public_redfish, is_write);
+  add("/redfish",
+      std::make_unique<Redfish>(current_, accounts_, RedfishOptions{.may_create_properties = true}),
+      Redfish::is_public, is_write);
   return routes;
 }
 

@@ -2,17 +2,12 @@
 
 #include <strings.h>
 
-#include <algorithm>
+#include <string>
+
+#include "common/text.h"
 
 namespace zymdb::service::redfish {
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kSpace = " \t";
-  const size_t begin = std::min(text.find_first_not_of(kSpace), text.size());
-  text.remove_prefix(begin);
-  return text.substr(0, text.find_last_not_of(kSpace) + 1);
-}
 
 bool is_same(std::string_view a, std::string_view b) {
   return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
@@ -34,10 +29,6 @@ bool any_of_list(std::string_view list, Wanted wanted) {
   }
 }
 
-std::string_view strong(std::string_view tag) {
-  return tag.starts_with("W/") ? tag.substr(2) : tag;
-}
-
 }  // namespace
 
 bool accepts(const Request& request, std::string_view type) {
@@ -53,10 +44,6 @@ bool accepts(const Request& request, std::string_view type) {
 bool has_json(const Request& request) {
   const auto header = request.header("Content-Type");
   return header && is_same(type_of(*header), "application/json");
-}
-
-bool names_tag(std::string_view header, std::string_view etag) {
-  return any_of_list(header, [&](std::string_view tag) { return tag == "*" || strong(tag) == strong(etag); });
 }
 
 }  // namespace zymdb::service::redfish

@@ -2,7 +2,6 @@
 #ifndef ZYMDB_SERVICE_REDFISH_HEADERS_H
 #define ZYMDB_SERVICE_REDFISH_HEADERS_H
 
-#include <string>
 #include <string_view>
 
 #include "service/http/message.h"
@@ -14,10 +13,6 @@ bool accepts(const Request& request, std::string_view type);
 
 // Whether the body is said to be JSON.
 bool has_json(const Request& request);
-
-// Whether one of a header's entity tags, or "*", is this one. Tags are compared without regard to whether
-// they are weak, since a compressed answer has a weak one.
-bool names_tag(std::string_view header, std::string_view etag);
 
 }  // namespace zymdb::service::redfish
 

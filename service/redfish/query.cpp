@@ -9,7 +9,7 @@
 namespace zymdb::service::redfish {
 namespace {
 
-constexpr size_t kLargestExpansion = size_t{4} << 20;
+constexpr size_t kLargestExpansion = size_t{2} << 20;
 constexpr size_t kMostSelected = 64;
 
 std::optional<uint64_t> number_of(std::string_view text) {

@@ -1,12 +1,13 @@
 #include "service/redfish/redfish.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdio>
 #include <mutex>
 #include <new>
 #include <utility>
 
 #include "common/client_objects.h"
+#include "service/http/entity_tag.h"
 #include "service/redfish/cache.h"
 #include "service/redfish/errors.h"
 #include "service/redfish/events.h"
@@ -72,11 +73,18 @@ const Document* document_at(std::string_view path) {
   return nullptr;
 }
 
-// Paths are told without the slash at their ends.
+// Paths are told without the slash at their ends; what is sent to a collection's members is sent to it.
 std::string path_of(const Request& request) {
   std::string path = request.path;
   if (path.size() > 1 && path.back() == '/') path.pop_back();
+  constexpr std::string_view kMembers = "/Members";
+  if (request.method == Method::kPost && path.ends_with(kMembers)) path.resize(path.size() - kMembers.size());
   return path;
+}
+
+bool has_options(const Request& request) {
+  return std::ranges::any_of(
+      request.query, [](const auto& each) { return each.first.starts_with('$') || each.first == "only"; });
 }
 
 // FNV-1a: of the same content the same, wherever and whenever.
@@ -160,9 +168,9 @@ class Redfish::Service {
     const auto version = request.header("OData-Version");
     if (version && *version != "4.0") return error_with(412, {{"HeaderInvalid", {"OData-Version"}}});
     if (const Document* const document = document_at(path)) return answer_document(*document, request);
-    const bool is_open =
-        (path == kRoot && is_reading(request)) || (path == kSessions && request.method == Method::kPost);
-    if (!is_open && !request.caller.may(Role::kReadOnly)) return error_response(401);
+    if (!is_public(request) && !request.caller.may(Role::kReadOnly)) return error_response(401);
+    if (!is_reading(request) && has_options(request))
+      return error_with(400, {{"QueryNotSupportedOnOperation"}});
     if (path == kEventStream) return answer_stream(request);
     if (path == kTestEvent) return answer_test_event(request);
     if (Live::has(path)) return answer_live(path, request);
@@ -366,6 +374,17 @@ Redfish::Redfish(Current& current, Accounts& accounts, const RedfishOptions& opt
 
 Redfish::~Redfish() = default;
 
+Response Redfish::refuse(int status, const Request& request) {
+  const std::string_view path = request.path;
+  return error_response(status, status == 404 ? path.substr(0, 256) : std::string_view());
+}
+
+bool Redfish::is_public(const Request& request) {
+  const std::string path = path_of(request);
+  const bool is_of_all = path == kRoot || document_at(path) != nullptr;
+  return is_reading(request) ? is_of_all : path == kSessions && request.method == Method::kPost;
+}
+
 Response Redfish::answer(const Request& request) {
   try {
     return service_->answer(request);
@@ -378,10 +397,6 @@ Response Redfish::answer(const Request& request) {
   } catch (const std::exception&) {
     return error_response(500);
   }
-}
-
-Response Redfish::refuse(int status, const Request& request) {
-  return error_response(status, status == 404 ? std::string_view(request.path) : std::string_view());
 }
 
 }  // namespace zymdb::service

@@ -28,6 +28,9 @@ class Redfish : public Handler {
   Response answer(const Request& request) override;
   Response refuse(int status, const Request& request) override;
 
+  // Whether the request is answered without a login: the root, what leads to it, and the login itself.
+  static bool is_public(const Request& request);
+
  private:
   class Service;
 

@@ -65,6 +65,14 @@ Response granted(const Login& login) {
   return response;
 }
 
+// A browser would ask in a window of its own, and in the middle of a page that asks itself.
+Response refused_login(const Request& request) {
+  Response response = error_with(401, {{"AccessUnauthorized"}});
+  if (!request.header("X-Requested-With"))
+    response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"zymdb\"");
+  return response;
+}
+
 // The library's entries are short, and its statements hold their texts between single quotes.
 bool can_be_saved(const std::string& id) {
   return id.size() < sizeof(Entry::SettingID) && id.find('\'') == std::string::npos;
@@ -205,7 +213,7 @@ Response log_in(Accounts& accounts, const Request& request) {
     case LoginOutcome::kLater:
       return busy_response(503, kLoginRetrySeconds);
     default:
-      return error_with(401, {{"AccessUnauthorized"}});
+      return refused_login(request);
   }
 }
 

@@ -137,6 +137,12 @@ TEST_F(RedfishProtocol, AnswersEachRequestAsItIsToBe) {
        "QueryParameterValueFormatError"},
       {"a page of the only one", of(Method::kGet, systems, {{"only", ""}, {"$top", "1"}}), 400,
        "QueryCombinationInvalid"},
+      {"a login to the members",
+       of(Method::kPost, std::string(kSessionsPath) + "/Members", {}, json,
+          R"({"UserName":"reader","Password":"redaer"})"),
+       201},
+      {"options where something is made", of(Method::kPost, kSessionsPath, {{"$expand", "."}}, json, "{}"),
+       400, "QueryNotSupportedOnOperation"},
       {"an option twice", of(Method::kGet, memory, {{"$top", "1"}, {"$top", "2"}}), 400,
        "QueryCombinationInvalid"},
   };

@@ -29,6 +29,7 @@ TEST_F(RedfishSessions, BeginWithALogin) {
 
 TEST_F(RedfishSessions, AreRefusedWithAReason) {
   EXPECT_EQ(log_in("reader", "wrong").status, 401);
+  EXPECT_EQ(header_of(log_in("reader", "wrong"), "WWW-Authenticate"), "Basic realm=\"zymdb\"");
   EXPECT_EQ(message_of(log_in("stranger", "regnarts")), "Base.1.22.AccessUnauthorized");
   EXPECT_EQ(log_in("nobody", "ydobon").status, 403);
   EXPECT_EQ(header_of(log_in("hasty", "ytsah"), "Retry-After"), "30");
