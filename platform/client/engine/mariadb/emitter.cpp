@@ -52,7 +52,7 @@ class Emitter {
   Sql condition(const Select& select);
   Sql sources(const Select& select);
   Sql column(const Column& column, size_t table) {
-    return Sql("t" + std::to_string(table) + "." + quoted(column.name));
+    return Sql("t" + std::to_string(table) + "." + identifier(column.name));
   }
 
  private:
@@ -446,7 +446,7 @@ Sql Emitter::sources(const Select& select) {
   Sql sql = " FROM ";
   const char* separator = "";
   for (const Source& source : select.sources) {
-    sql += parts({separator, quoted(source.table->name()), Sql(" AS t" + std::to_string(source.number))});
+    sql += parts({separator, identifier(source.table->name()), Sql(" AS t" + std::to_string(source.number))});
     separator = ",";
   }
   return sql;
@@ -535,7 +535,7 @@ Class class_of(const Argument& argument) {
   }
 }
 
-std::string quoted(std::string_view name) {
+std::string identifier(std::string_view name) {
   std::string sql;
   append_identifier(sql, name, {'`', {}});
   return sql;

@@ -54,7 +54,7 @@ bool emit_select(const Select& select, std::span<const Argument> arguments, Emit
 bool emit_affected(const Select& select, std::span<const Column* const> columns,
                    std::span<const Argument> arguments, Emitted& out, std::string& reason);
 
-std::string quoted(std::string_view name);
+std::string identifier(std::string_view name);
 
 }  // namespace zymdb::client::mariadb
 

@@ -60,8 +60,11 @@ class Parser {
     if (found) ++at_;
     return found;
   }
+  [[noreturn]] void refuse() const {
+    throw Refusal{token().kind == TokenKind::kEnd ? "incomplete input" : "a statement that is not understood"};
+  }
   void expect(std::string_view word) {
-    if (!accept(word)) throw Refusal{"a statement that is not understood"};
+    if (!accept(word)) refuse();
   }
   template <size_t N>
   std::string_view accept_any(const std::string_view (&words)[N]) {
@@ -125,7 +128,7 @@ class Parser {
     return table;
   }
   void placeholder() {
-    if (token().kind != TokenKind::kPlaceholder) throw Refusal{"a statement that is not understood"};
+    if (token().kind != TokenKind::kPlaceholder) refuse();
     ++at_;
   }
   void condition() {
@@ -382,7 +385,7 @@ class Parser {
     } else if (token().kind == TokenKind::kWord && ahead(1).is('(')) {
       return call();
     } else {
-      throw Refusal{"a statement that is not understood"};
+      refuse();
     }
     ++at_;
     return value;

@@ -8,6 +8,7 @@
 #include "client/engine/mariadb/engine.h"
 #include "client/engine/mariadb/journal.h"
 #include "client/engine/mariadb/marks.h"
+#include "client/engine/mariadb/rewinding.h"
 #include "client/engine/mariadb/table_copy.h"
 #include "client/status.h"
 
@@ -350,8 +351,11 @@ int MariadbSession::save_copy(const char* path, uint64_t& generation) {
   return outcome(read([&] { return mariadb::save_copy(*connection_, *source_.schema, *tables_, path, generation); }));
 }
 
-int MariadbSession::rewind(uint64_t) {
-  return outcome({ZYM_DB_STATUS_ERROR, "a copy of this database can go back, it itself cannot"});
+int MariadbSession::rewind(uint64_t generation) {
+  if (transaction_) return outcome({ZYM_DB_STATUS_ERROR, kTransactionLasts});
+  if (tables_->catalog.table(kJournalTable) == nullptr)
+    return outcome({ZYM_DB_STATUS_ERROR, "the database has no journal"});
+  return outcome(write([&](Transaction&) { return take_back(*connection_, tables_->catalog, generation); }));
 }
 
 void MariadbSession::note(const Failure& failure) {

@@ -15,13 +15,13 @@ class TableRows final : public CopySource {
     std::string sql = "SELECT ";
     std::vector<Class> classes;
     for (const Column& column : table.columns()) {
-      sql.append(quoted(column.name)).push_back(',');
+      sql.append(identifier(column.name)).push_back(',');
       classes.push_back(Class::kInteger);
       if (column.is_text) classes.back() = Class::kText;
       if (column.is_bytes) classes.back() = Class::kBytes;
     }
     sql.pop_back();
-    failure = connection_.run(sql + " FROM " + quoted(table.name()) + " ORDER BY `_id`", {}, classes, row);
+    failure = connection_.run(sql + " FROM " + identifier(table.name()) + " ORDER BY `_id`", {}, classes, row);
     return !failure;
   }
 

@@ -83,11 +83,11 @@ class Reader {
   void table(Words& words) {
     const std::string name = words.name();
     tables_.names.push_back(name);
-    std::string sql = "CREATE TABLE IF NOT EXISTS " + quoted(name) + " (";
+    std::string sql = "CREATE TABLE IF NOT EXISTS " + identifier(name) + " (";
     words.expect("(");
     do {
       const std::string definition = column(words, name);
-      tables_.additions.push_back("ALTER TABLE " + quoted(name) + " ADD COLUMN IF NOT EXISTS " + definition);
+      tables_.additions.push_back("ALTER TABLE " + identifier(name) + " ADD COLUMN IF NOT EXISTS " + definition);
       sql += definition + ",";
     } while (words.accept(","));
     words.expect(")");
@@ -102,13 +102,13 @@ class Reader {
     tables_.catalog.add_column(table, name, is_text, is_bytes);
     if (!is_text && words.accept("PRIMARY KEY")) {
       if (words.accept("AUTOINCREMENT")) tables_.lasting_ids.insert(table);
-      return quoted(name) + " BIGINT NOT NULL PRIMARY KEY";
+      return identifier(name) + " BIGINT NOT NULL PRIMARY KEY";
     }
     const bool is_needed = words.accept("NOT NULL");
     const bool is_unique = words.accept("UNIQUE");
     const char* type = is_text || is_bytes ? "LONGBLOB" : "BIGINT";
     if (is_unique && is_text) type = kKeyText;
-    std::string sql = quoted(name) + " " + type + (is_needed ? " NOT NULL" : " NULL");
+    std::string sql = identifier(name) + " " + type + (is_needed ? " NOT NULL" : " NULL");
     if (is_unique) sql += " UNIQUE";
     if (words.accept("DEFAULT")) sql += " DEFAULT " + words.number();
     return sql;
@@ -123,13 +123,13 @@ class Reader {
       const std::string column = words.name();
       const Table* const owner = tables_.catalog.table(table);
       const Column* const found = owner != nullptr ? owner->column(column) : nullptr;
-      columns += (columns.empty() ? "" : ",") + quoted(column);
+      columns += (columns.empty() ? "" : ",") + identifier(column);
       if (found != nullptr && found->is_text) columns += kIndexedText;
     } while (words.accept(","));
     words.expect(")");
-    tables_.additions.push_back("CREATE INDEX IF NOT EXISTS " + quoted(name) + " ON " + quoted(table) + " (" +
+    tables_.additions.push_back("CREATE INDEX IF NOT EXISTS " + identifier(name) + " ON " + identifier(table) + " (" +
                                 columns + ")");
-    creation_of(table) += "KEY " + quoted(name) + " (" + columns + "),";
+    creation_of(table) += "KEY " + identifier(name) + " (" + columns + "),";
   }
   // An index is made with its table, whose definition is not closed until all of them are there.
   std::string& creation_of(const std::string& table) {

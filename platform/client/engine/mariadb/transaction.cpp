@@ -103,7 +103,7 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
   admitted.reserve(admitted.size() + 1);
   for (size_t i = 0; i < admitted.size(); ++i) {
     if (is_id(*shape.columns()[i])) id = &admitted[i];
-    names.append(quoted(shape.columns()[i]->name)).push_back(',');
+    names.append(identifier(shape.columns()[i]->name)).push_back(',');
     places.append("?,");
   }
   if (id == nullptr) {
@@ -119,7 +119,7 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
   names.pop_back();
   places.pop_back();
   if (Failure failure = connection_.run(
-          "INSERT INTO " + quoted(table.name()) + " (" + names + ") VALUES (" + places + ")", admitted))
+          "INSERT INTO " + identifier(table.name()) + " (" + names + ") VALUES (" + places + ")", admitted))
     return failure;
   change.rows = 1;
   change.id = id->integer;
@@ -135,7 +135,7 @@ Failure Transaction::next_id(const Table& table, int64_t& id) {
     if (row[0].type == Argument::Type::kInteger) last = std::max(last, row[0].integer);
     return true;
   };
-  if (Failure failure = connection_.run("SELECT MAX(`_id`) FROM " + quoted(table.name()), {}, kNumber, take))
+  if (Failure failure = connection_.run("SELECT MAX(`_id`) FROM " + identifier(table.name()), {}, kNumber, take))
     return failure;
   if (subject_.tables.lasting_ids.contains(table.name())) {
     const Argument name[] = {Argument::of(std::string_view(table.name()))};
@@ -185,8 +185,8 @@ Failure Transaction::update(const Table& table, Shape& shape, std::span<const Ar
   if (rows.empty()) return {};
   std::vector<int64_t> ids;
   for (const Former& row : rows) ids.push_back(row.id);
-  std::string sql = "UPDATE " + quoted(table.name()) + " SET ";
-  for (const Column* const column : shape.columns()) sql += quoted(column->name) + "=?,";
+  std::string sql = "UPDATE " + identifier(table.name()) + " SET ";
+  for (const Column* const column : shape.columns()) sql += identifier(column->name) + "=?,";
   sql.pop_back();
   if (ids.size() == 1) admitted.push_back(Argument::of(ids[0]));
   if (Failure failure = connection_.run(sql + rows_of(ids), admitted)) return failure;
@@ -225,7 +225,7 @@ Failure Transaction::remove(const Table& table, Shape& shape, std::vector<Argume
   for (const Former& row : rows) ids.push_back(row.id);
   std::vector<Argument> one;
   if (ids.size() == 1) one.push_back(Argument::of(ids[0]));
-  if (Failure failure = connection_.run("DELETE FROM " + quoted(table.name()) + rows_of(ids), one)) return failure;
+  if (Failure failure = connection_.run("DELETE FROM " + identifier(table.name()) + rows_of(ids), one)) return failure;
   change.rows = static_cast<int64_t>(rows.size());
   changed_ = true;
   if (is_accounted(table)) account_for_removal(table, columns, rows);
