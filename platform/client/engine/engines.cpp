@@ -5,8 +5,11 @@
 #include <atomic>
 #include <mutex>
 
+#include "client/engine/creation.h"
 #include "client/engine/module_loader.h"
 #include "client/engine/sqlite/engine.h"
+#include "client/engine/sqlite/imported_copy.h"
+#include "controller/ruvo_log.h"
 
 namespace zymdb::client {
 namespace {
@@ -17,6 +20,12 @@ struct ModuleRow {
   const char* file;
 };
 constexpr std::array kModules = {ModuleRow{"mariadb", "libzymdb_engine_mariadb.so"}};
+
+void warn(const char* line) {
+  ruvo_log::logWarn("%s", line);
+}
+
+constexpr ModuleHost kHost = {creation_is_allowed, warn, sqlite::write_copy};
 
 constinit std::array<const Engine*, 1 + kModules.size()> present = {&sqlite::kEngine};
 constinit std::atomic<size_t> count{1};
@@ -41,7 +50,7 @@ const Engine* engine_for(std::string_view scheme, std::string& error) {
   if (module == kModules.end()) return nullptr;
   const std::lock_guard lock(opening);
   if (const Engine* const engine = find_present(scheme)) return engine;
-  const Engine* const engine = open_module(module->file, error);
+  const Engine* const engine = open_module(module->file, kHost, error);
   if (engine == nullptr) return nullptr;
   present[count] = engine;
   count.fetch_add(1, std::memory_order_release);

@@ -303,6 +303,8 @@ Failure Connection::failure() const {
 }
 
 Failure Connection::failure(MYSQL_STMT* statement) const {
+  // What ends the rows is told to the connection.
+  if (mysql_stmt_errno(statement) == 0) return failure();
   return said_by_host(failure_of(mysql_stmt_errno(statement), mysql_stmt_error(statement)));
 }
 

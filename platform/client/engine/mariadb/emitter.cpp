@@ -26,6 +26,7 @@ struct Value {
   Affinity affinity = Affinity::kNone;
   bool is_argument = false;  // which has been given its affinity already
   bool is_truth = false;     // 0, 1 or NULL
+  bool is_wide = false;      // an integer that may have more than 64 bits
 };
 
 bool is_number(Class value) {
@@ -46,7 +47,7 @@ Sql parts(std::initializer_list<Sql> each) {
 
 class Emitter {
  public:
-  explicit Emitter(std::span<const Argument> arguments) : arguments_(arguments) {}
+  explicit Emitter(std::span<const Class> arguments) : arguments_(arguments) {}
 
   Sql select(const Select& select, std::vector<OutputColumn>* columns, bool is_outermost);
   Sql condition(const Select& select);
@@ -60,6 +61,7 @@ class Emitter {
   Sql truth(const Expression& e) { return truth(emit(e)); }
   Sql truth(const Value& value);
   Sql number(const Value& value);
+  Sql wide(const Value& value);
   Sql integer(const Value& value);
   Sql text(const Value& value);
 
@@ -86,7 +88,7 @@ class Emitter {
   Sql order(const Select& select, bool has_aggregate);
   static Sql limit(const Select& select);
 
-  std::span<const Argument> arguments_;
+  std::span<const Class> arguments_;
 };
 
 Value made(Sql sql, Class value) {
@@ -161,7 +163,7 @@ Value Emitter::argument(const Expression& e) {
   Value value;
   value.sql.text = "?";
   value.sql.arguments = {e.argument};
-  value.value = class_of(arguments_[e.argument]);
+  value.value = arguments_[e.argument] == Class::kPattern ? Class::kText : arguments_[e.argument];
   value.is_argument = true;
   if (value.value == Class::kNull) value.sql = "NULL";
   return value;
@@ -179,7 +181,14 @@ Sql Emitter::number(const Value& value) {
   return parts({"(", value.sql, "+0e0)"});
 }
 
+// SQLite goes on with a fraction where 64 bits are too few.
+Sql Emitter::wide(const Value& value) {
+  if (value.is_wide || value.value != Class::kInteger) return number(value);
+  return parts({"CAST(", value.sql, " AS DECIMAL(38,0))"});
+}
+
 Sql Emitter::integer(const Value& value) {
+  if (value.is_wide) return parts({"CAST(", value.sql, " AS SIGNED)"});
   if (value.value == Class::kInteger || value.value == Class::kNull) return value.sql;
   return parts({"CAST(TRUNCATE(", value.sql, "+0e0,0) AS SIGNED)"});
 }
@@ -192,10 +201,16 @@ Sql Emitter::text(const Value& value) {
 Value Emitter::unary(const Expression& e) {
   const Value value = emit(e.parts[0]);
   if (value.value == Class::kNull) return value;
-  if (e.word == "+") return made(value.sql, value.value);
+  if (e.word == "+") {
+    Value same = made(value.sql, value.value);
+    same.is_wide = value.is_wide;
+    return same;
+  }
   if (e.word == "~") return made(parts({"CAST(~", integer(value), " AS SIGNED)"}), Class::kInteger);
-  return made(parts({"(-", number(value), ")"}),
-              value.value == Class::kInteger ? Class::kInteger : Class::kReal);
+  Value negative = made(parts({"(-", wide(value), ")"}),
+                        value.value == Class::kInteger ? Class::kInteger : Class::kReal);
+  negative.is_wide = negative.value == Class::kInteger;
+  return negative;
 }
 
 Sql shift_left(const Sql& value, const Sql& by) {
@@ -227,9 +242,11 @@ Value Emitter::binary(const Expression& e) {
   const Class value = whole ? Class::kInteger : Class::kReal;
   if (word == "%")
     return made(parts({"(", integer(left), " % ", integer(right), ")"}), value);
-  if (word == "/")
-    return made(parts({"(", number(left), whole ? " DIV " : "/", number(right), ")"}), value);
-  return made(parts({"(", number(left), word, number(right), ")"}), value);
+  if (word == "/" && whole) return made(parts({"(", integer(left), " DIV ", integer(right), ")"}), value);
+  if (word == "/") return made(parts({"(", number(left), "/", number(right), ")"}), value);
+  Value result = made(parts({"(", wide(left), word, wide(right), ")"}), value);
+  result.is_wide = whole;
+  return result;
 }
 
 // As long as a chain is, it nests no deeper.
@@ -259,7 +276,8 @@ Value Emitter::in(const Expression& e) {
   for (size_t i = 1; i < e.parts.size(); ++i) {
     Value each = emit(e.parts[i]);
     each.affinity = Affinity::kNone;
-    const bool alike = each.is_argument && value.value != Class::kNull && rank(each.value) == rank(value.value);
+    const bool alike = each.is_argument && value.value != Class::kNull &&
+                       (each.value == value.value || each.value == Class::kNull);
     if (alike && each.value != Class::kNull)
       list += parts({list.text.empty() ? "" : ",", each.sql});
     else
@@ -289,14 +307,14 @@ Value Emitter::like(const Expression& e) {
   const Value value = emit(e.parts[0]);
   const Value pattern = emit(e.parts[1]);
   if (value.value == Class::kNull || pattern.value == Class::kNull) return truth_value("NULL");
-  Sql sql = parts({"(", text(value), e.negated ? " NOT LIKE " : " LIKE ", text(pattern)});
+  const bool is_regular = e.parts[1].kind == Kind::kArgument && arguments_[e.parts[1].argument] == Class::kPattern;
+  const char* word = e.negated ? " NOT LIKE " : " LIKE ";
+  if (is_regular) word = e.negated ? " NOT REGEXP " : " REGEXP ";
+  Sql sql = parts({"(", text(value), word, text(pattern)});
   if (e.parts.size() == 3) {
-    const Expression& escape = e.parts[2];
-    const bool is_one = escape.kind == Kind::kArgument &&
-                        class_of(arguments_[escape.argument]) == Class::kText &&
-                        arguments_[escape.argument].text.size() == 1;
-    if (!is_one) throw Refusal{"an ESCAPE that is not one character"};
-    sql += parts({" ESCAPE ", emit(escape).sql});
+    const Value escape = emit(e.parts[2]);
+    if (!escape.is_argument || escape.value != Class::kText) throw Refusal{"an ESCAPE that is not one character"};
+    sql += parts({" ESCAPE ", escape.sql});
   }
   sql += ")";
   return truth_value(std::move(sql));
@@ -413,6 +431,9 @@ Sql Emitter::compare(std::string_view word, Value left, Value right) {
   if (!reckons && right.affinity == Affinity::kText && is_number(left.value))
     left = made(text(left), Class::kText);
   if (rank(left.value) != rank(right.value)) return constant(word, left, right);
+  // MariaDB would round a fraction for the sake of an integer column.
+  if (left.value == Class::kReal && right.value == Class::kInteger) right.sql = parts({"(", right.sql, "+0e0)"});
+  if (right.value == Class::kReal && left.value == Class::kInteger) left.sql = parts({"(", left.sql, "+0e0)"});
   if (word == "IS") return parts({"((", left.sql, ")<=>(", right.sql, "))"});
   if (word == "IS NOT") return parts({"(NOT((", left.sql, ")<=>(", right.sql, ")))"});
   return parts({"(", left.sql, Sql(std::string(word)), right.sql, ")"});
@@ -541,7 +562,7 @@ std::string identifier(std::string_view name) {
   return sql;
 }
 
-bool emit_select(const Select& select, std::span<const Argument> arguments, Emitted& out, std::string& reason) {
+bool emit_select(const Select& select, std::span<const Class> arguments, Emitted& out, std::string& reason) {
   try {
     out.sql = Emitter(arguments).select(select, &out.columns, true);
     return true;
@@ -552,7 +573,7 @@ bool emit_select(const Select& select, std::span<const Argument> arguments, Emit
 }
 
 bool emit_affected(const Select& select, std::span<const Column* const> columns,
-                   std::span<const Argument> arguments, Emitted& out, std::string& reason) {
+                   std::span<const Class> arguments, Emitted& out, std::string& reason) {
   Select affected = select;
   const Source& source = affected.sources.front();
   const auto add = [&](const Column& column) {

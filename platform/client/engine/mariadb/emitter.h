@@ -16,7 +16,14 @@
 namespace zymdb::client::mariadb {
 
 // What a value is when it is not NULL.
-enum class Class : uint8_t { kNull, kInteger, kReal, kText, kBytes };
+enum class Class : uint8_t {
+  kNull,
+  kInteger,
+  kReal,
+  kText,
+  kBytes,
+  kPattern  // of an argument: a LIKE's pattern, made a regular expression
+};
 
 Class class_of(const Argument& argument);
 
@@ -48,11 +55,11 @@ struct Emitted {
 };
 
 // False when MariaDB has no statement for it; `reason` tells why.
-bool emit_select(const Select& select, std::span<const Argument> arguments, Emitted& out, std::string& reason);
+bool emit_select(const Select& select, std::span<const Class> arguments, Emitted& out, std::string& reason);
 
 // The rows that a change is about, locked: "_id" and the columns.
 bool emit_affected(const Select& select, std::span<const Column* const> columns,
-                   std::span<const Argument> arguments, Emitted& out, std::string& reason);
+                   std::span<const Class> arguments, Emitted& out, std::string& reason);
 
 std::string identifier(std::string_view name);
 

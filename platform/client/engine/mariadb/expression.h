@@ -79,7 +79,8 @@ struct Select {
 };
 
 // What is done to the value of an argument before it is compared: SQLite's affinity of the other side.
-enum class Affinity : uint8_t { kNone, kNumber, kText };
+// kPattern: of what stands behind LIKE.
+enum class Affinity : uint8_t { kNone, kNumber, kText, kPattern };
 
 struct Parsed {
   Select select;                        // of a change: its table and condition, without items

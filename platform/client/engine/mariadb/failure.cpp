@@ -48,6 +48,8 @@ constexpr Mapping kMappings[] = {
     {ER_ERROR_ON_READ, kStatusIo},
     {ER_ERROR_ON_WRITE, kStatusIo},
     {ER_STATEMENT_TIMEOUT, kStatusTimedOut},
+    // A sort that was interrupted.
+    {ER_FILSORT_ABORT, kStatusTimedOut},
     {ER_QUERY_INTERRUPTED, kStatusTimedOut},
     {ER_NET_PACKET_TOO_LARGE, kStatusTooLarge},
     {CR_NET_PACKET_TOO_LARGE, kStatusTooLarge},

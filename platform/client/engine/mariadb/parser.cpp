@@ -291,7 +291,10 @@ class Parser {
   }
   Expression like(Expression left) {
     Expression like = join(Kind::kLike, "", std::move(left), comparison());
-    if (accept("ESCAPE")) add(like, comparison());
+    if (accept("ESCAPE"))
+      add(like, comparison());
+    else
+      set_affinity(like.parts[1], Affinity::kPattern);
     return like;
   }
   // The values of a list have no affinity of their own.

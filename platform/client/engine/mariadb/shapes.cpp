@@ -62,6 +62,21 @@ Argument as_text(const Argument& argument, std::string& storage) {
   return Argument::of(std::string_view(storage));
 }
 
+std::string regular_expression(std::string_view pattern) {
+  constexpr char kHexadecimal[] = "0123456789ABCDEF";
+  std::string text = "^";
+  for (const char c : pattern) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '%')
+      text += "[\\x00-\\xFF]*";
+    else if (c == '_')
+      text += "(?:[\\xC0-\\xFF][\\x80-\\xBF]*+|[\\x00-\\xBF])";
+    else
+      text.append({'\\', 'x', kHexadecimal[byte >> 4], kHexadecimal[byte & 0xF]});
+  }
+  return text + "\\z";
+}
+
 std::vector<Argument> Variant::arguments_of(std::span<const Argument> arguments) const {
   std::vector<Argument> ordered;
   ordered.reserve(order.size());
@@ -77,7 +92,7 @@ bool Shape::read(const Catalog& catalog, Request::Kind kind, std::string_view sq
 
 const Variant* Shape::reading(std::vector<Argument>& arguments, std::string& reason) {
   return find(arguments, {},
-              [](const Select& select, std::span<const Column* const>, std::span<const Argument> values, Emitted& out,
+              [](const Select& select, std::span<const Column* const>, std::span<const Class> values, Emitted& out,
                  std::string& why) { return emit_select(select, values, out, why); },
               reason);
 }
@@ -87,24 +102,33 @@ const Variant* Shape::affected(std::vector<Argument>& arguments, std::span<const
   return find(arguments, columns, &emit_affected, reason);
 }
 
-void Shape::convert(std::vector<Argument>& arguments) const {
+std::vector<Class> Shape::convert(std::vector<Argument>& arguments) const {
   static thread_local std::vector<std::string> storage;
   storage.resize(arguments.size());
-  for (size_t i = 0; i < arguments.size() && i < parsed_.affinities.size(); ++i) {
-    if (parsed_.affinities[i] == Affinity::kNumber) arguments[i] = as_number(arguments[i]);
-    if (parsed_.affinities[i] == Affinity::kText) arguments[i] = as_text(arguments[i], storage[i]);
+  std::vector<Class> classes;
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    const Affinity affinity = i < parsed_.affinities.size() ? parsed_.affinities[i] : Affinity::kNone;
+    Argument& argument = arguments[i];
+    if (affinity == Affinity::kNumber) argument = as_number(argument);
+    if (affinity == Affinity::kText) argument = as_text(argument, storage[i]);
+    classes.push_back(class_of(argument));
+    const bool is_pattern = affinity == Affinity::kPattern && argument.type == Argument::Type::kText;
+    if (!is_pattern || argument.text.find('_') == argument.text.npos) continue;
+    storage[i] = regular_expression(argument.text);
+    argument = Argument::of(std::string_view(storage[i]));
+    classes.back() = Class::kPattern;
   }
+  return classes;
 }
 
 const Variant* Shape::find(std::vector<Argument>& arguments, std::span<const Column* const> columns, Emit emit,
                            std::string& reason) {
-  convert(arguments);
+  const std::vector<Class> classes = convert(arguments);
   std::string key;
-  for (const Argument& argument : arguments) key.push_back(static_cast<char>(class_of(argument)));
-  // An ESCAPE that is too long now is for the server to refuse.
+  for (const Class each : classes) key.push_back(static_cast<char>(each));
   if (const auto known = variants_.find(key); known != variants_.end()) return &known->second;
   Emitted emitted;
-  if (!emit(parsed_.select, columns, arguments, emitted, reason)) return nullptr;
+  if (!emit(parsed_.select, columns, classes, emitted, reason)) return nullptr;
   Variant variant;
   variant.sql = std::move(emitted.sql.text);
   variant.order = std::move(emitted.sql.arguments);

@@ -40,11 +40,11 @@ class Shape {
                           std::string& reason);
 
  private:
-  using Emit = bool (*)(const Select&, std::span<const Column* const>, std::span<const Argument>, Emitted&,
+  using Emit = bool (*)(const Select&, std::span<const Column* const>, std::span<const Class>, Emitted&,
                         std::string&);
   const Variant* find(std::vector<Argument>& arguments, std::span<const Column* const> columns, Emit emit,
                       std::string& reason);
-  void convert(std::vector<Argument>& arguments) const;
+  std::vector<Class> convert(std::vector<Argument>& arguments) const;
 
   Parsed parsed_;
   std::vector<std::string> names_;
@@ -65,6 +65,10 @@ class Shapes {
 Argument as_number(const Argument& argument);
 // A number's text. `storage` holds it.
 Argument as_text(const Argument& argument, std::string& storage);
+
+// A LIKE's pattern as a regular expression on bytes: "_" is one character of UTF-8, which LIKE itself would take
+// for one byte.
+std::string regular_expression(std::string_view pattern);
 
 }  // namespace zymdb::client::mariadb
 
