@@ -76,7 +76,6 @@ class PortCollection : public InventoryTest {
     std::ofstream(sample_file()) << text;
   }
 
-
   TemporaryFolder files_;
   TemporaryFolder counters_;
   Sources sources_;

@@ -1,5 +1,5 @@
-// Two engines, one answer: random filters, changes and transactions run on an embedded inventory and on one of a
-// server; every status, row, number, account and generation has to be the same.
+// Two engines, one answer: random filters, changes and transactions run on an embedded inventory and on one
+// of a server; every status, row, number, account and generation has to be the same.
 //
 //   mariadb_differential [--seconds N] [--seed N]
 #include <algorithm>
@@ -35,9 +35,9 @@ const TableDescription kTables[] = {
     {"DPUEvents", {"Slot", "Timestamp"}, {"GenID", "Message"}},
 };
 
-const char* const kTexts[] = {"",      "a",   "A",    "b",   "ab",      "a b",   "\xC3\xA9",  "\xFF",
-                              "1",     "12",  "012",  "1.5", "1e1",     " 12 ",  "0x1F",      "12abc",
-                              "-3",    "a%b", "a_b",  "\\",  "100000",  "1.0",   "zzzzzzzz",  "9223372036854775807"};
+const char* const kTexts[] = {"",   "a",   "A",   "b",   "ab",     "a b",  "\xC3\xA9", "\xFF",
+                              "1",  "12",  "012", "1.5", "1e1",    " 12 ", "0x1F",     "12abc",
+                              "-3", "a%b", "a_b", "\\",  "100000", "1.0",  "zzzzzzzz", "9223372036854775807"};
 const char* const kComparisons[] = {"=", "!=", "<", "<=", ">", ">=", "<>", "=="};
 const char* const kReckonings[] = {"+", "-", "*", "&", "|", "/", "%", "<<", ">>"};
 
@@ -73,7 +73,8 @@ class Generator {
     return once_in(2) ? one_of(of.numbers) : one_of(of.texts);
   }
   std::string reckoning(const TableDescription& of, int depth = 0) {
-    if (depth > 1 || once_in(3)) return once_in(2) ? std::string(one_of(of.numbers)) : std::to_string(1 + below(5));
+    if (depth > 1 || once_in(3))
+      return once_in(2) ? std::string(one_of(of.numbers)) : std::to_string(1 + below(5));
     const std::string left = reckoning(of, depth + 1);
     const std::string right = reckoning(of, depth + 1);
     if (once_in(6)) return std::string(once_in(2) ? "-" : "~") + "(" + left + ")";
@@ -82,12 +83,18 @@ class Generator {
   std::string call(const TableDescription& of) {
     const std::string text = one_of(of.texts);
     switch (below(6)) {
-      case 0: return "lower(" + text + ")=lower(" + quoted(this->text()) + ")";
-      case 1: return "upper(" + text + ")=" + quoted(this->text());
-      case 2: return "abs(" + std::string(one_of(of.numbers)) + ")>" + number();
-      case 3: return "ifnull(" + std::string(one_of(of.numbers)) + ",0)=" + number();
-      case 4: return "coalesce(" + text + "," + quoted(this->text()) + ")=" + quoted(this->text());
-      default: return "trim(" + text + ")=" + quoted(this->text());
+      case 0:
+        return "lower(" + text + ")=lower(" + quoted(this->text()) + ")";
+      case 1:
+        return "upper(" + text + ")=" + quoted(this->text());
+      case 2:
+        return "abs(" + std::string(one_of(of.numbers)) + ")>" + number();
+      case 3:
+        return "ifnull(" + std::string(one_of(of.numbers)) + ",0)=" + number();
+      case 4:
+        return "coalesce(" + text + "," + quoted(this->text()) + ")=" + quoted(this->text());
+      default:
+        return "trim(" + text + ")=" + quoted(this->text());
     }
   }
   std::string pattern() {
@@ -101,21 +108,31 @@ class Generator {
     switch (kind) {
       case 0:
       case 1:
-      case 2: return name + one_of(kComparisons) + literal();
-      case 3: return literal() + one_of(kComparisons) + name;
-      case 4: return name + " IS" + negated + (once_in(2) ? " NULL" : " " + literal());
+      case 2:
+        return name + one_of(kComparisons) + literal();
+      case 3:
+        return literal() + one_of(kComparisons) + name;
+      case 4:
+        return name + " IS" + negated + (once_in(2) ? " NULL" : " " + literal());
       case 5: {
         std::string list = literal();
         for (int i = below(4); i > 0; --i) list += "," + (once_in(8) ? std::string("NULL") : literal());
         return name + negated + " IN (" + list + ")";
       }
-      case 6: return name + negated + " BETWEEN " + literal() + " AND " + literal();
-      case 7: return name + negated + " LIKE " + pattern();
-      case 8: return reckoning(of) + one_of(kComparisons) + reckoning(of);
-      case 9: return once_in(2) ? call(of) : name + "||" + quoted("x") + "=" + quoted(text() + "x");
-      case 10: return column(of) + one_of(kComparisons) + column(of);
-      case 11: return "NOT (" + condition(of, depth + 1) + ")";
-      case 12: return sub_select(of, depth);
+      case 6:
+        return name + negated + " BETWEEN " + literal() + " AND " + literal();
+      case 7:
+        return name + negated + " LIKE " + pattern();
+      case 8:
+        return reckoning(of) + one_of(kComparisons) + reckoning(of);
+      case 9:
+        return once_in(2) ? call(of) : name + "||" + quoted("x") + "=" + quoted(text() + "x");
+      case 10:
+        return column(of) + one_of(kComparisons) + column(of);
+      case 11:
+        return "NOT (" + condition(of, depth + 1) + ")";
+      case 12:
+        return sub_select(of, depth);
       default: {
         const char* const word = once_in(2) ? " AND " : " OR ";
         return "(" + condition(of, depth + 1) + word + condition(of, depth + 1) + ")";
@@ -125,8 +142,8 @@ class Generator {
   std::string sub_select(const TableDescription& of, int depth) {
     const TableDescription& other = table();
     const std::string where = once_in(2) ? " WHERE " + condition(other, depth + 2) : "";
-    const std::string numbers = std::string(one_of(of.numbers)) + (once_in(2) ? " NOT IN " : " IN ") + "(SELECT " +
-                                one_of(other.numbers) + " FROM " + other.name + where + ")";
+    const std::string numbers = std::string(one_of(of.numbers)) + (once_in(2) ? " NOT IN " : " IN ") +
+                                "(SELECT " + one_of(other.numbers) + " FROM " + other.name + where + ")";
     if (once_in(2)) return numbers;
     if (once_in(2)) return "EXISTS (SELECT _id FROM " + std::string(other.name) + where + ")";
     return std::string(one_of(of.numbers)) + one_of(kComparisons) + "(SELECT max(" + one_of(other.numbers) +
@@ -139,7 +156,9 @@ class Generator {
     if (once_in(3)) text += "," + column(of);
     // In which order rows come that are alike is no engine's promise.
     text += ",_id";
-    if (once_in(2)) text += " LIMIT " + std::to_string(below(5)) + (once_in(3) ? " OFFSET " + std::to_string(below(3)) : "");
+    if (once_in(2))
+      text +=
+          " LIMIT " + std::to_string(below(5)) + (once_in(3) ? " OFFSET " + std::to_string(below(3)) : "");
     return text;
   }
 
@@ -180,14 +199,22 @@ class Pair {
   bool step() {
     const TableDescription& table = generator_.table();
     switch (generator_.below(12)) {
-      case 0: return insert(table);
-      case 1: return insert(table);
-      case 2: return update(table);
-      case 3: return generator_.once_in(2) ? remove(table) : insert(table);
-      case 4: return transaction();
-      case 5: return generation();
-      case 6: return aggregate(table);
-      default: return query(table);
+      case 0:
+        return insert(table);
+      case 1:
+        return insert(table);
+      case 2:
+        return update(table);
+      case 3:
+        return generator_.once_in(2) ? remove(table) : insert(table);
+      case 4:
+        return transaction();
+      case 5:
+        return generation();
+      case 6:
+        return aggregate(table);
+      default:
+        return query(table);
     }
   }
   bool everything() {
@@ -197,7 +224,8 @@ class Pair {
     const std::vector<const char*> account = {"_id", "Size", "Changes"};
     return in_transaction_ || both("the journal", [&](_zym_db_handle_t* handle) {
              zym_db_result_t* rows = nullptr;
-             const int status = zym_db_query(handle, "Journal", account.data(), 3, nullptr, nullptr, 0, 0, &rows);
+             const int status =
+                 zym_db_query(handle, "Journal", account.data(), 3, nullptr, nullptr, 0, 0, &rows);
              return answer_of(status, rows, 3, false);
            });
   }
@@ -238,23 +266,27 @@ class Pair {
   bool aggregate(const TableDescription& table) {
     const std::string number = generator_.one_of(table.numbers);
     const std::string text = generator_.one_of(table.texts);
-    const std::string names[] = {"count(*)",          "sum(" + number + ")", "max(" + number + ")", "min(" + text + ")",
-                                 "count(DISTINCT " + text + ")", "avg(" + number + ")", "max(" + text + ")"};
+    const std::string names[] = {"count(*)",          "sum(" + number + ")",          "max(" + number + ")",
+                                 "min(" + text + ")", "count(DISTINCT " + text + ")", "avg(" + number + ")",
+                                 "max(" + text + ")"};
     std::vector<const char*> columns;
     for (const std::string& name : names) columns.push_back(name.c_str());
     std::string filter = generator_.condition(table);
     if (generator_.once_in(3)) filter += " GROUP BY " + number;
-    return both(std::string("aggregates of ") + table.name + " where " + filter, [&](_zym_db_handle_t* handle) {
-      zym_db_result_t* rows = nullptr;
-      const int status = zym_db_query(handle, table.name, columns.data(), static_cast<int>(columns.size()),
-                                      filter.c_str(), nullptr, 0, 0, &rows);
-      return answer_of(status, rows, columns.size(), filter.find(" BY ") != filter.npos);
-    });
+    return both(std::string("aggregates of ") + table.name + " where " + filter,
+                [&](_zym_db_handle_t* handle) {
+                  zym_db_result_t* rows = nullptr;
+                  const int status =
+                      zym_db_query(handle, table.name, columns.data(), static_cast<int>(columns.size()),
+                                   filter.c_str(), nullptr, 0, 0, &rows);
+                  return answer_of(status, rows, columns.size(), filter.find(" BY ") != filter.npos);
+                });
   }
   void fill(const TableDescription& table, zym_db_content_values_t* values) {
     for (const char* const column : table.numbers) {
       const int kind = generator_.below(5);
-      const int number = generator_.once_in(10) ? static_cast<int>(generator_.random()()) : generator_.below(9);
+      const int number =
+          generator_.once_in(10) ? static_cast<int>(generator_.random()()) : generator_.below(9);
       if (kind == 0) zym_db_content_put_null(values, column);
       if (kind == 1) zym_db_content_put_text(values, column, std::to_string(number).c_str());
       if (kind > 2) zym_db_content_put_int(values, column, number);
@@ -300,7 +332,8 @@ class Pair {
     }
     in_transaction_ = false;
     if (generator_.once_in(3))
-      return both("rollback", [](_zym_db_handle_t* handle) { return std::to_string(zym_db_rollback(handle)); });
+      return both("rollback",
+                  [](_zym_db_handle_t* handle) { return std::to_string(zym_db_rollback(handle)); });
     return both("commit", [](_zym_db_handle_t* handle) { return std::to_string(zym_db_commit(handle)); });
   }
   bool generation() {

@@ -115,15 +115,18 @@ class ContainmentTest : public ClientTest {
   // All that no statement on "PCIs" may change: the other tables, the schema and the settings.
   std::string everything_but_pcis() {
     static constexpr const char* kEmbedded[] = {
-        "SELECT * FROM sqlite_sequence", "SELECT type, name, sql FROM sqlite_schema", "PRAGMA user_version",
-        "PRAGMA application_id", "PRAGMA journal_mode", "PRAGMA integrity_check"};
+        "SELECT * FROM sqlite_sequence", "SELECT type, name, sql FROM sqlite_schema",
+        "PRAGMA user_version",           "PRAGMA application_id",
+        "PRAGMA journal_mode",           "PRAGMA integrity_check"};
     static constexpr const char* kOfServer[] = {
         "SELECT * FROM zymdb_sequences", "SELECT Name, Kind, Version FROM zymdb_schemas",
-        "SELECT TABLE_NAME, COLUMN_NAME, COLUMN_TYPE FROM information_schema.COLUMNS WHERE TABLE_SCHEMA=DATABASE() "
+        "SELECT TABLE_NAME, COLUMN_NAME, COLUMN_TYPE FROM information_schema.COLUMNS WHERE "
+        "TABLE_SCHEMA=DATABASE() "
         "ORDER BY TABLE_NAME, ORDINAL_POSITION",
         "SELECT User, Host FROM mysql.global_priv ORDER BY User, Host"};
     std::string text = run_sql("SELECT * FROM Firmwares") + run_sql("SELECT * FROM DPUEvents");
-    for (const char* sql : is_embedded() ? std::span<const char* const>(kEmbedded) : kOfServer) text += run_sql(sql);
+    for (const char* sql : is_embedded() ? std::span<const char* const>(kEmbedded) : kOfServer)
+      text += run_sql(sql);
     return text;
   }
 

@@ -305,13 +305,13 @@ TEST_F(RewindTest, TakesBackWhatCameLater) {
 
 TEST_F(RewindTest, GivesBackEveryKindOfValue) {
   run_sql(
-           "INSERT INTO Memory (Capacity, MemSize, DevLocator, BankLocator, Manufacturer) "
-           "VALUES (9223372036854775807, 0.1, x'00ff', CAST(x'ff41' AS TEXT), '1e3')");
+      "INSERT INTO Memory (Capacity, MemSize, DevLocator, BankLocator, Manufacturer) "
+      "VALUES (9223372036854775807, 0.1, x'00ff', CAST(x'ff41' AS TEXT), '1e3')");
   const auto state = [&] {
     return run_sql(
-                    "SELECT typeof(Capacity), Capacity, typeof(MemSize), MemSize=0.1, "
-                    "typeof(DevLocator), hex(DevLocator), typeof(BankLocator), hex(BankLocator), "
-                    "typeof(Manufacturer), Manufacturer FROM Memory");
+        "SELECT typeof(Capacity), Capacity, typeof(MemSize), MemSize=0.1, "
+        "typeof(DevLocator), hex(DevLocator), typeof(BankLocator), hex(BankLocator), "
+        "typeof(Manufacturer), Manufacturer FROM Memory");
   };
   const std::string before = state();
   given("PCIs", {{"FunKey", 1}});

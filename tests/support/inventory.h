@@ -1,5 +1,5 @@
-// A test on a database of its own: a new, empty inventory that vanishes with the test. It is embedded, in a folder of
-// the test's, or of the server that ZYMDB_TEST_SERVER names.
+// A test on a database of its own: a new, empty inventory that vanishes with the test. It is embedded, in a
+// folder of the test's, or of the server that ZYMDB_TEST_SERVER names.
 #ifndef ZYMDB_TESTS_SUPPORT_INVENTORY_H
 #define ZYMDB_TESTS_SUPPORT_INVENTORY_H
 
@@ -61,7 +61,8 @@ class InventoryTest : public testing::Test {
   // All that has been written so far: equal only where nothing was written in between.
   std::string written() const;
 
-  // Statements in the hands of another program. What they find: a line for each row, its values separated by "|".
+  // Statements in the hands of another program. What they find: a line for each row, its values separated by
+  // "|".
   std::string run_sql(const std::string& sql) const;
   bool is_embedded() const { return database_ == nullptr; }
 

@@ -24,9 +24,10 @@ struct Free {
 std::string run_as_owner(const std::string& database, const std::string& sql) {
   const std::unique_ptr<MYSQL, Close> mysql(mysql_init(nullptr));
   const std::string socket = std::string(server()) + "/socket";
-  const bool is_done = mysql_real_connect(mysql.get(), nullptr, "root", "", database.empty() ? nullptr : database.c_str(),
-                                          0, socket.c_str(), 0) != nullptr &&
-                       mysql_real_query(mysql.get(), sql.data(), sql.size()) == 0;
+  const bool is_done =
+      mysql_real_connect(mysql.get(), nullptr, "root", "", database.empty() ? nullptr : database.c_str(), 0,
+                         socket.c_str(), 0) != nullptr &&
+      mysql_real_query(mysql.get(), sql.data(), sql.size()) == 0;
   if (!is_done) throw std::runtime_error(sql + ": " + mysql_error(mysql.get()));
   const std::unique_ptr<MYSQL_RES, Free> rows(mysql_store_result(mysql.get()));
   std::string text;

@@ -45,6 +45,7 @@ Host parse_host(std::string_view text) {
   Host host;
   if (text.starts_with('[')) {
     text.remove_prefix(1);
+    if (text.find(']') == text.npos) throw Refusal{std::string(kForm)};
     host.name = split(text, ']');
     if (!is_name(host.name, ":.") || (!text.empty() && text.front() != ':'))
       throw Refusal{std::string(kForm)};
@@ -53,13 +54,15 @@ Host parse_host(std::string_view text) {
   }
   const size_t colon = text.find(':');
   host.name = text.substr(0, colon);
-  if (host.name.empty() || host.name.size() > 255 || !has_only(host.name, ".-_")) throw Refusal{std::string(kForm)};
+  if (host.name.empty() || host.name.size() > 255 || !has_only(host.name, ".-_"))
+    throw Refusal{std::string(kForm)};
   if (colon != text.npos) host.port = parse_port(text.substr(colon + 1));
   return host;
 }
 
 bool is_loopback(const std::string& host) {
-  return host == "localhost" || host == "::1" || (host.starts_with("127.") && has_only(host, "."));
+  const bool is_number = host.find_first_not_of("0123456789.") == host.npos;
+  return host == "localhost" || host == "::1" || (is_number && host.starts_with("127."));
 }
 
 Tls parse_tls(std::string_view word) {
@@ -70,7 +73,8 @@ Tls parse_tls(std::string_view word) {
 }
 
 std::string parse_path(std::string_view key, std::string_view path) {
-  if (!path.starts_with('/')) throw Refusal{"says " + std::string(key) + "=" + std::string(path) + ", which is no absolute path"};
+  if (!path.starts_with('/'))
+    throw Refusal{"says " + std::string(key) + "=" + std::string(path) + ", which is no absolute path"};
   return std::string(path);
 }
 
@@ -111,12 +115,14 @@ void parse(std::string_view text, Address& address) {
   if (!is_name(user, "._-")) throw Refusal{std::string(kForm)};
   if (!is_name(address.database, "_-$"))
     throw Refusal{"names no database of letters, digits, \"_\", \"-\" and \"$\""};
+  if (place.ends_with(',')) throw Refusal{std::string(kForm)};
   do address.hosts.push_back(parse_host(split(place, ',')));
   while (!place.empty());
   if (address.hosts.size() > kMostHosts) throw Refusal{"names more than 16 hosts"};
   bool says_tls = false;
   parse_choices(choices, address, says_tls);
-  const bool is_here = std::ranges::all_of(address.hosts, [](const Host& host) { return is_loopback(host.name); });
+  const bool is_here =
+      std::ranges::all_of(address.hosts, [](const Host& host) { return is_loopback(host.name); });
   if (!address.socket.empty() && (address.hosts.size() != 1 || !is_here))
     throw Refusal{"names a socket, which is for localhost alone"};
   if (!says_tls && is_here) address.tls = Tls::kOff;

@@ -26,14 +26,15 @@ constexpr char kOptionGroup[] = "zymdb";
 // max_sort_length: of a text that is sorted by.
 constexpr char kSettings[] =
     "SET SESSION sql_mode='STRICT_ALL_TABLES,NO_BACKSLASH_ESCAPES,NO_ENGINE_SUBSTITUTION',"
-    "tx_isolation='REPEATABLE-READ',autocommit=1,sql_auto_is_null=0,sql_safe_updates=0,sql_select_limit=DEFAULT,"
-    "max_sort_length=16384,character_set_client=binary,character_set_results=NULL,character_set_connection=binary,"
+    "tx_isolation='REPEATABLE-READ',autocommit=1,sql_auto_is_null=0,sql_safe_updates=0,sql_select_limit="
+    "DEFAULT,"
+    "max_sort_length=16384,character_set_client=binary,character_set_results=NULL,character_set_connection="
+    "binary,"
     "max_statement_time=";
 
 Failure read_password(const std::string& path, std::string& password) {
   std::ifstream file(path);
-  if (!std::getline(file, password) && !file.eof())
-    return {kStatusIo, path + ": " + std::strerror(errno)};
+  if (!std::getline(file, password) && !file.eof()) return {kStatusIo, path + ": " + std::strerror(errno)};
   return {};
 }
 
@@ -220,8 +221,8 @@ Failure Connection::connect(const Address& address, const Host& host) {
 Failure Connection::configure() {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limits_.writer).count();
   const std::string time = std::to_string(std::chrono::duration<double>(limits_.statement).count());
-  if (Failure failure = execute(kSettings + time + ",innodb_lock_wait_timeout=" +
-                                std::to_string(std::max<int64_t>(seconds, 1))))
+  if (Failure failure = execute(kSettings + time +
+                                ",innodb_lock_wait_timeout=" + std::to_string(std::max<int64_t>(seconds, 1))))
     return failure;
   return find_cluster();
 }
@@ -231,16 +232,19 @@ Failure Connection::configure() {
 Failure Connection::find_cluster() {
   int64_t ready = 1;
   static constexpr Class kWord[] = {Class::kText};
-  Failure failure = run("SELECT VARIABLE_VALUE FROM information_schema.GLOBAL_STATUS WHERE "
-                        "VARIABLE_NAME='wsrep_ready' AND @@wsrep_on",
-                        {}, kWord, [&](Row row) {
-                          is_of_cluster_ = true;
-                          ready = row[0].text == "ON" ? 1 : 0;
-                          return true;
-                        });
+  Failure failure =
+      run("SELECT VARIABLE_VALUE FROM information_schema.GLOBAL_STATUS WHERE "
+          "VARIABLE_NAME='wsrep_ready' AND @@wsrep_on",
+          {}, kWord, [&](Row row) {
+            is_of_cluster_ = true;
+            ready = row[0].text == "ON" ? 1 : 0;
+            return true;
+          });
   if (failure) return failure;
   if (!is_of_cluster_) return {};
-  if (ready == 0) return said_by_host({kStatusIo, "the node is not part of a cluster's majority", Aftermath::kConnectionLost});
+  if (ready == 0)
+    return said_by_host(
+        {kStatusIo, "the node is not part of a cluster's majority", Aftermath::kConnectionLost});
   return execute("SET SESSION wsrep_sync_wait=15");
 }
 
@@ -286,7 +290,8 @@ Failure Connection::fetch(MYSQL_STMT* statement, std::span<const Class> classes,
     const int code = mysql_stmt_fetch(statement);
     if (code == MYSQL_NO_DATA) return {};
     bool grew = false;
-    if ((code != 0 && code != MYSQL_DATA_TRUNCATED) || !landing.take(statement, grew)) return failure(statement);
+    if ((code != 0 && code != MYSQL_DATA_TRUNCATED) || !landing.take(statement, grew))
+      return failure(statement);
     if (!row(landing.row())) return {kStatusTooLarge, "the result is too large"};
     if (grew && mysql_stmt_bind_result(statement, landing.binds()) != 0) return failure(statement);
   }

@@ -44,7 +44,9 @@ class Connection {
   // Prepared and kept. `classes` are the columns', `row` is shown each row.
   Failure run(const std::string& sql, std::span<const Argument> arguments, std::span<const Class> classes,
               const TakeRow& row);
-  Failure run(const std::string& sql, std::span<const Argument> arguments) { return run(sql, arguments, {}, {}); }
+  Failure run(const std::string& sql, std::span<const Argument> arguments) {
+    return run(sql, arguments, {}, {});
+  }
   uint64_t changed_rows() const { return changed_rows_; }
 
   const std::string& host() const { return host_; }

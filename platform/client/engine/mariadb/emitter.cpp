@@ -207,8 +207,8 @@ Value Emitter::unary(const Expression& e) {
     return same;
   }
   if (e.word == "~") return made(parts({"CAST(~", integer(value), " AS SIGNED)"}), Class::kInteger);
-  Value negative = made(parts({"(-", wide(value), ")"}),
-                        value.value == Class::kInteger ? Class::kInteger : Class::kReal);
+  Value negative =
+      made(parts({"(-", wide(value), ")"}), value.value == Class::kInteger ? Class::kInteger : Class::kReal);
   negative.is_wide = negative.value == Class::kInteger;
   return negative;
 }
@@ -218,14 +218,14 @@ Sql shift_left(const Sql& value, const Sql& by) {
 }
 // The sign fills in from the left.
 Sql shift_right(const Sql& value, const Sql& by) {
-  return parts({"CASE WHEN ", value, ">=0 THEN CAST((", value, ")>>(", by, ") AS SIGNED) ELSE CAST(~((~(", value,
-                "))>>(", by, ")) AS SIGNED) END"});
+  return parts({"CASE WHEN ", value, ">=0 THEN CAST((", value, ")>>(", by, ") AS SIGNED) ELSE CAST(~((~(",
+                value, "))>>(", by, ")) AS SIGNED) END"});
 }
 // To the other side by less than nothing.
 Sql shift(const Sql& value, const Sql& by, bool left) {
   const Sql back = parts({"-(", by, ")"});
-  return parts({"CASE WHEN ", by, ">=0 THEN ", left ? shift_left(value, by) : shift_right(value, by), " ELSE ",
-                left ? shift_right(value, back) : shift_left(value, back), " END"});
+  return parts({"CASE WHEN ", by, ">=0 THEN ", left ? shift_left(value, by) : shift_right(value, by),
+                " ELSE ", left ? shift_right(value, back) : shift_left(value, back), " END"});
 }
 
 Value Emitter::binary(const Expression& e) {
@@ -240,8 +240,7 @@ Value Emitter::binary(const Expression& e) {
     return made(parts({"CAST(", integer(left), word, integer(right), " AS SIGNED)"}), Class::kInteger);
   const bool whole = left.value == Class::kInteger && right.value == Class::kInteger;
   const Class value = whole ? Class::kInteger : Class::kReal;
-  if (word == "%")
-    return made(parts({"(", integer(left), " % ", integer(right), ")"}), value);
+  if (word == "%") return made(parts({"(", integer(left), " % ", integer(right), ")"}), value);
   if (word == "/" && whole) return made(parts({"(", integer(left), " DIV ", integer(right), ")"}), value);
   if (word == "/") return made(parts({"(", number(left), "/", number(right), ")"}), value);
   Value result = made(parts({"(", wide(left), word, wide(right), ")"}), value);
@@ -262,8 +261,8 @@ Value Emitter::connect(const Expression& e, const char* word) {
 
 Value Emitter::between(const Expression& e) {
   const Value value = emit(e.parts[0]);
-  const Sql both = parts({"(", compare(">=", value, emit(e.parts[1])), " AND ",
-                          compare("<=", value, emit(e.parts[2])), ")"});
+  const Sql both = parts(
+      {"(", compare(">=", value, emit(e.parts[1])), " AND ", compare("<=", value, emit(e.parts[2])), ")"});
   return truth_value(e.negated ? parts({"(NOT ", both, ")"}) : both);
 }
 
@@ -307,13 +306,15 @@ Value Emitter::like(const Expression& e) {
   const Value value = emit(e.parts[0]);
   const Value pattern = emit(e.parts[1]);
   if (value.value == Class::kNull || pattern.value == Class::kNull) return truth_value("NULL");
-  const bool is_regular = e.parts[1].kind == Kind::kArgument && arguments_[e.parts[1].argument] == Class::kPattern;
+  const bool is_regular =
+      e.parts[1].kind == Kind::kArgument && arguments_[e.parts[1].argument] == Class::kPattern;
   const char* word = e.negated ? " NOT LIKE " : " LIKE ";
   if (is_regular) word = e.negated ? " NOT REGEXP " : " REGEXP ";
   Sql sql = parts({"(", text(value), word, text(pattern)});
   if (e.parts.size() == 3) {
     const Value escape = emit(e.parts[2]);
-    if (!escape.is_argument || escape.value != Class::kText) throw Refusal{"an ESCAPE that is not one character"};
+    if (!escape.is_argument || escape.value != Class::kText)
+      throw Refusal{"an ESCAPE that is not one character"};
     sql += parts({" ESCAPE ", escape.sql});
   }
   sql += ")";
@@ -400,7 +401,8 @@ Value Emitter::scalar(const Expression& e) {
     return made(parts({"LENGTH(REGEXP_REPLACE(", text(value), ",'[\x80-\xBF]',''))"}), Class::kInteger);
   }
   if (e.word == "abs")
-    return made(parts({"ABS(", number(value), ")"}), value.value == Class::kInteger ? value.value : Class::kReal);
+    return made(parts({"ABS(", number(value), ")"}),
+                value.value == Class::kInteger ? value.value : Class::kReal);
   if (is_substr) {
     Sql sql = parts({"SUBSTR(", text(value)});
     for (size_t i = 1; i < e.parts.size(); ++i) sql += parts({",", integer(emit(e.parts[i]))});
@@ -432,8 +434,10 @@ Sql Emitter::compare(std::string_view word, Value left, Value right) {
     left = made(text(left), Class::kText);
   if (rank(left.value) != rank(right.value)) return constant(word, left, right);
   // MariaDB would round a fraction for the sake of an integer column.
-  if (left.value == Class::kReal && right.value == Class::kInteger) right.sql = parts({"(", right.sql, "+0e0)"});
-  if (right.value == Class::kReal && left.value == Class::kInteger) left.sql = parts({"(", left.sql, "+0e0)"});
+  if (left.value == Class::kReal && right.value == Class::kInteger)
+    right.sql = parts({"(", right.sql, "+0e0)"});
+  if (right.value == Class::kReal && left.value == Class::kInteger)
+    left.sql = parts({"(", left.sql, "+0e0)"});
   if (word == "IS") return parts({"((", left.sql, ")<=>(", right.sql, "))"});
   if (word == "IS NOT") return parts({"(NOT((", left.sql, ")<=>(", right.sql, ")))"});
   return parts({"(", left.sql, Sql(std::string(word)), right.sql, ")"});
@@ -451,15 +455,16 @@ Sql Emitter::constant(std::string_view word, const Value& left, const Value& rig
                 holds ? "1" : "0", " END)"});
 }
 
-Sql Emitter::compare_number_with_text(std::string_view word, const Value& number, const Value& text, bool swapped) {
+Sql Emitter::compare_number_with_text(std::string_view word, const Value& number, const Value& text,
+                                      bool swapped) {
   const auto direct = [&](const Sql& converted) {
     const Value other = made(converted, Class::kReal);
     return swapped ? compare(word, other, made(number.sql, number.value))
                    : compare(word, made(number.sql, number.value), other);
   };
   return parts({"(CASE WHEN ", text.sql, " REGEXP ", kIntegerPattern, " THEN ",
-                direct(parts({"CAST(", text.sql, " AS SIGNED)"})), " WHEN ", text.sql, " REGEXP ", kNumberPattern,
-                " THEN ", direct(parts({"(", text.sql, "+0e0)"})), " ELSE ",
+                direct(parts({"CAST(", text.sql, " AS SIGNED)"})), " WHEN ", text.sql, " REGEXP ",
+                kNumberPattern, " THEN ", direct(parts({"(", text.sql, "+0e0)"})), " ELSE ",
                 swapped ? constant(word, text, number) : constant(word, number, text), " END)"});
 }
 
@@ -533,7 +538,8 @@ Sql Emitter::order(const Select& select, bool aggregates) {
 Sql Emitter::limit(const Select& select) {
   if (!select.limit) return {};
   const bool bounded = *select.limit >= 0;
-  const uint64_t count = bounded ? static_cast<uint64_t>(*select.limit) : std::numeric_limits<uint64_t>::max();
+  const uint64_t count =
+      bounded ? static_cast<uint64_t>(*select.limit) : std::numeric_limits<uint64_t>::max();
   Sql sql(" LIMIT " + std::to_string(count));
   if (select.offset > 0) sql += Sql(" OFFSET " + std::to_string(select.offset));
   return sql;

@@ -49,6 +49,5 @@ const ModuleHost& host() {
 
 }  // namespace zymdb::client::mariadb
 
-extern "C" __attribute__((visibility("default")))
-const zymdb::client::EngineModule zymdb_engine_module = {zymdb::client::kModuleInterface, ZYMDB_VERSION,
-                                                         &zymdb::client::mariadb::start};
+extern "C" __attribute__((visibility("default"))) const zymdb::client::EngineModule zymdb_engine_module = {
+    zymdb::client::kModuleInterface, ZYMDB_VERSION, &zymdb::client::mariadb::start};

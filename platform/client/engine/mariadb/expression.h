@@ -83,9 +83,9 @@ struct Select {
 enum class Affinity : uint8_t { kNone, kNumber, kText, kPattern };
 
 struct Parsed {
-  Select select;                        // of a change: its table and condition, without items
-  std::vector<const Column*> columns;   // what an insert or update writes
-  std::vector<Affinity> affinities;     // of the arguments behind those of the columns
+  Select select;                       // of a change: its table and condition, without items
+  std::vector<const Column*> columns;  // what an insert or update writes
+  std::vector<Affinity> affinities;    // of the arguments behind those of the columns
 };
 
 }  // namespace zymdb::client::mariadb

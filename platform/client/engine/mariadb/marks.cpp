@@ -9,12 +9,14 @@
 namespace zymdb::client::mariadb {
 namespace {
 
-// A row for each schema, with which its writers queue: what they change beside it they change in this row too,
-// so that two nodes of a cluster never take changes of the same moment for changes of different things.
+// A row for each schema, with which its writers queue: what they change beside it they change in this row
+// too, so that two nodes of a cluster never take changes of the same moment for changes of different things.
 constexpr const char* kMarks[] = {
-    "CREATE TABLE IF NOT EXISTS `zymdb_schemas` (`Name` VARBINARY(64) NOT NULL PRIMARY KEY,`Kind` BIGINT NOT NULL,"
+    "CREATE TABLE IF NOT EXISTS `zymdb_schemas` (`Name` VARBINARY(64) NOT NULL PRIMARY KEY,`Kind` BIGINT NOT "
+    "NULL,"
     "`Version` BIGINT NOT NULL,`Changes` BIGINT NOT NULL DEFAULT 0) ENGINE=InnoDB ROW_FORMAT=DYNAMIC",
-    "CREATE TABLE IF NOT EXISTS `zymdb_sequences` (`Name` VARBINARY(64) NOT NULL PRIMARY KEY,`Last` BIGINT NOT NULL)"
+    "CREATE TABLE IF NOT EXISTS `zymdb_sequences` (`Name` VARBINARY(64) NOT NULL PRIMARY KEY,`Last` BIGINT "
+    "NOT NULL)"
     " ENGINE=InnoDB ROW_FORMAT=DYNAMIC"};
 
 constexpr char kFind[] = "SELECT `Kind`,`Version` FROM `zymdb_schemas` WHERE `Name`=?";
@@ -22,8 +24,8 @@ constexpr char kMark[] =
     "INSERT INTO `zymdb_schemas` (`Name`,`Kind`,`Version`) VALUES (?,?,?) "
     "ON DUPLICATE KEY UPDATE `Version`=VALUES(`Version`)";
 
-// Whoever makes tables at the same time on the same server waits for the other; on others of a cluster it does
-// no harm.
+// Whoever makes tables at the same time on the same server waits for the other; on others of a cluster it
+// does no harm.
 constexpr char kAlone[] = "DO GET_LOCK(CONCAT('zymdb.',DATABASE()),30)";
 constexpr char kNoLongerAlone[] = "DO RELEASE_LOCK(CONCAT('zymdb.',DATABASE()))";
 

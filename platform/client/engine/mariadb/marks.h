@@ -9,7 +9,8 @@
 namespace zymdb::client::mariadb {
 
 // Refuses what is newer, or of another kind, and leaves it as it was. Where nothing may be made, `is_absent`
-// tells that there are no tables: empty ones of this connection alone stand for them, if the schema admits it.
+// tells that there are no tables: empty ones of this connection alone stand for them, if the schema admits
+// it.
 Failure bring_up_to_date(Connection& connection, const Schema& schema, const Tables& tables, bool may_create,
                          bool& is_absent);
 

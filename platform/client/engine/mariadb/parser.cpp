@@ -56,12 +56,14 @@ class Parser {
     return token.kind == TokenKind::kWord && token.text == word;
   }
   bool accept(std::string_view word) {
-    const bool found = token().text == word && (token().kind == TokenKind::kWord || token().kind == TokenKind::kOperator);
+    const bool found =
+        token().text == word && (token().kind == TokenKind::kWord || token().kind == TokenKind::kOperator);
     if (found) ++at_;
     return found;
   }
   [[noreturn]] void refuse() const {
-    throw Refusal{token().kind == TokenKind::kEnd ? "incomplete input" : "a statement that is not understood"};
+    throw Refusal{token().kind == TokenKind::kEnd ? "incomplete input"
+                                                  : "a statement that is not understood"};
   }
   void expect(std::string_view word) {
     if (!accept(word)) refuse();
@@ -265,8 +267,8 @@ class Parser {
     }
   }
   bool membership(Expression& left) {
-    const bool negated = is_word(token(), "NOT") &&
-                         (is_word(ahead(1), "IN") || is_word(ahead(1), "LIKE") || is_word(ahead(1), "BETWEEN"));
+    const bool negated = is_word(token(), "NOT") && (is_word(ahead(1), "IN") || is_word(ahead(1), "LIKE") ||
+                                                     is_word(ahead(1), "BETWEEN"));
     if (negated) ++at_;
     if (accept("IN"))
       left = in(std::move(left));
@@ -397,7 +399,8 @@ class Parser {
     Expression value;
     value.kind = kind;
     value.select = std::make_shared<const Select>(select());
-    if (kind == Kind::kSelect && value.select->items.size() != 1) throw Refusal{"a sub-select of several columns"};
+    if (kind == Kind::kSelect && value.select->items.size() != 1)
+      throw Refusal{"a sub-select of several columns"};
     expect(")");
     return value;
   }
@@ -491,7 +494,8 @@ class Parser {
 
 }  // namespace
 
-bool parse(const Catalog& catalog, Request::Kind kind, std::string_view sql, Parsed& out, std::string& reason) {
+bool parse(const Catalog& catalog, Request::Kind kind, std::string_view sql, Parsed& out,
+           std::string& reason) {
   try {
     Parser(catalog, sql, out).run(kind);
     return true;

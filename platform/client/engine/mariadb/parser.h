@@ -11,7 +11,8 @@
 namespace zymdb::client::mariadb {
 
 // False when it is refused; `reason` tells why.
-bool parse(const Catalog& catalog, Request::Kind kind, std::string_view sql, Parsed& out, std::string& reason);
+bool parse(const Catalog& catalog, Request::Kind kind, std::string_view sql, Parsed& out,
+           std::string& reason);
 
 }  // namespace zymdb::client::mariadb
 

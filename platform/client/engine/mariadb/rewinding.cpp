@@ -70,7 +70,8 @@ class Rewinding {
   Failure take_back(const Table& table, const Json& changes) {
     const std::string name = identifier(table.name());
     for (const Json& range : changes.value("added", Json::array())) {
-      const Argument ids[] = {Argument::of(range.at(0).get<int64_t>()), Argument::of(range.at(1).get<int64_t>())};
+      const Argument ids[] = {Argument::of(range.at(0).get<int64_t>()),
+                              Argument::of(range.at(1).get<int64_t>())};
       if (Failure failure = connection_.run("DELETE FROM " + name + " WHERE `_id` BETWEEN ? AND ?", ids))
         return failure;
     }
@@ -92,8 +93,8 @@ class Rewinding {
       if (column == nullptr) return of_another_version(table.name() + "." + key);
       std::string storage;
       const Argument values[] = {value_of(cell, storage), Argument::of(id)};
-      if (Failure failure =
-              connection_.run("UPDATE " + name + " SET " + identifier(column->name) + "=? WHERE `_id`=?", values))
+      if (Failure failure = connection_.run(
+              "UPDATE " + name + " SET " + identifier(column->name) + "=? WHERE `_id`=?", values))
         return failure;
     }
     return {};
@@ -117,7 +118,8 @@ Failure check(Connection& connection, int64_t generation) {
     return true;
   });
   if (failure) return failure;
-  if (generation < oldest - 1) return failed("the journal reaches back to generation " + std::to_string(oldest - 1));
+  if (generation < oldest - 1)
+    return failed("the journal reaches back to generation " + std::to_string(oldest - 1));
   if (generation > newest) return failed("the newest generation is " + std::to_string(newest));
   return {};
 }

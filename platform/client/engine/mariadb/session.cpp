@@ -146,8 +146,8 @@ Failure MariadbSession::connect() {
   Failure failure =
       bring_up_to_date(*fresh, *source_.schema, *tables_, host().creation_is_allowed(), is_absent_);
   if (failure) {
-    failure.reason.insert(0, "cannot open the " + std::string(source_.schema->name) + " database " +
-                                 address_.database + ": ");
+    failure.reason.insert(
+        0, "cannot open the " + std::string(source_.schema->name) + " database " + address_.database + ": ");
     return failure;
   }
   connection_ = std::move(fresh);
@@ -207,7 +207,8 @@ int MariadbSession::query(Statement& statement, Result& result) {
     if (shape == nullptr) {
       std::string sql;
       if (!statement.sql(sql)) return {ZYM_DB_STATUS_ERROR, std::string(statement.reason())};
-      if (Failure failure = shape_of(statement.key(), Request::Kind::kQuery, sql, statement.take_column_names(), shape))
+      if (Failure failure =
+              shape_of(statement.key(), Request::Kind::kQuery, sql, statement.take_column_names(), shape))
         return failure;
     }
     std::vector<Argument> arguments(statement.arguments().begin(), statement.arguments().end());
@@ -227,7 +228,8 @@ int MariadbSession::would_change(Statement& statement, bool& would) {
     const std::string key(statement.probe_key());
     Shape* shape = shapes_.find(key);
     if (shape == nullptr) {
-      if (Failure failure = shape_of(key, Request::Kind::kQuery, statement.probe_sql(), {}, shape)) return failure;
+      if (Failure failure = shape_of(key, Request::Kind::kQuery, statement.probe_sql(), {}, shape))
+        return failure;
     }
     const std::span<const Argument> given = statement.probe_arguments();
     std::vector<Argument> arguments(given.begin(), given.end());
@@ -265,8 +267,8 @@ int MariadbSession::change(Statement& statement, Change& change) {
   }));
 }
 
-// A transaction of the session's own. It is tried again where nothing of it is left: another writer, perhaps of
-// another node, was first, or the host was lost before the commit.
+// A transaction of the session's own. It is tried again where nothing of it is left: another writer, perhaps
+// of another node, was first, or the host was lost before the commit.
 template <class Work>
 Failure MariadbSession::write(Work work) {
   const WriterTurn turn(writers_, limits_.writer);
@@ -348,7 +350,8 @@ int MariadbSession::generation(uint64_t& generation) {
 
 int MariadbSession::save_copy(const char* path, uint64_t& generation) {
   if (transaction_) return outcome({ZYM_DB_STATUS_ERROR, kTransactionLasts});
-  return outcome(read([&] { return mariadb::save_copy(*connection_, *source_.schema, *tables_, path, generation); }));
+  return outcome(
+      read([&] { return mariadb::save_copy(*connection_, *source_.schema, *tables_, path, generation); }));
 }
 
 int MariadbSession::rewind(uint64_t generation) {

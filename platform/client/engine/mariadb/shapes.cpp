@@ -14,7 +14,8 @@ constexpr double kWholeUpTo = 9007199254740992.0;  // 2^53: every integer up to 
 
 std::string_view trimmed(std::string_view text) {
   const size_t begin = text.find_first_not_of(kSpaces);
-  return begin == text.npos ? std::string_view() : text.substr(begin, text.find_last_not_of(kSpaces) - begin + 1);
+  return begin == text.npos ? std::string_view()
+                            : text.substr(begin, text.find_last_not_of(kSpaces) - begin + 1);
 }
 
 // Words and hexadecimal are no numbers.
@@ -45,7 +46,8 @@ Argument as_number(const Argument& argument) {
   double real = 0;
   const auto read = std::from_chars(text.data(), end, real);
   if (read.ec != std::errc() || read.ptr != end) return argument;
-  if (std::trunc(real) == real && std::abs(real) < kWholeUpTo) return Argument::of(static_cast<int64_t>(real));
+  if (std::trunc(real) == real && std::abs(real) < kWholeUpTo)
+    return Argument::of(static_cast<int64_t>(real));
   Argument number;
   number.type = Argument::Type::kReal;
   number.real = real;
@@ -84,17 +86,18 @@ std::vector<Argument> Variant::arguments_of(std::span<const Argument> arguments)
   return ordered;
 }
 
-bool Shape::read(const Catalog& catalog, Request::Kind kind, std::string_view sql, std::vector<std::string> names,
-                 std::string& reason) {
+bool Shape::read(const Catalog& catalog, Request::Kind kind, std::string_view sql,
+                 std::vector<std::string> names, std::string& reason) {
   names_ = std::move(names);
   return parse(catalog, kind, sql, parsed_, reason);
 }
 
 const Variant* Shape::reading(std::vector<Argument>& arguments, std::string& reason) {
-  return find(arguments, {},
-              [](const Select& select, std::span<const Column* const>, std::span<const Class> values, Emitted& out,
-                 std::string& why) { return emit_select(select, values, out, why); },
-              reason);
+  return find(
+      arguments, {},
+      [](const Select& select, std::span<const Column* const>, std::span<const Class> values, Emitted& out,
+         std::string& why) { return emit_select(select, values, out, why); },
+      reason);
 }
 
 const Variant* Shape::affected(std::vector<Argument>& arguments, std::span<const Column* const> columns,
@@ -121,8 +124,8 @@ std::vector<Class> Shape::convert(std::vector<Argument>& arguments) const {
   return classes;
 }
 
-const Variant* Shape::find(std::vector<Argument>& arguments, std::span<const Column* const> columns, Emit emit,
-                           std::string& reason) {
+const Variant* Shape::find(std::vector<Argument>& arguments, std::span<const Column* const> columns,
+                           Emit emit, std::string& reason) {
   const std::vector<Class> classes = convert(arguments);
   std::string key;
   for (const Class each : classes) key.push_back(static_cast<char>(each));

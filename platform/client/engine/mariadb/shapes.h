@@ -1,4 +1,5 @@
-// Statements that were taken apart before, and what they are in MariaDB's words for arguments of these classes.
+// Statements that were taken apart before, and what they are in MariaDB's words for arguments of these
+// classes.
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_SHAPES_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_SHAPES_H
 
@@ -66,8 +67,8 @@ Argument as_number(const Argument& argument);
 // A number's text. `storage` holds it.
 Argument as_text(const Argument& argument, std::string& storage);
 
-// A LIKE's pattern as a regular expression on bytes: "_" is one character of UTF-8, which LIKE itself would take
-// for one byte.
+// A LIKE's pattern as a regular expression on bytes: "_" is one character of UTF-8, which LIKE itself would
+// take for one byte.
 std::string regular_expression(std::string_view pattern);
 
 }  // namespace zymdb::client::mariadb

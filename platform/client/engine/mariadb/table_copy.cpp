@@ -21,7 +21,8 @@ class TableRows final : public CopySource {
       if (column.is_bytes) classes.back() = Class::kBytes;
     }
     sql.pop_back();
-    failure = connection_.run(sql + " FROM " + identifier(table.name()) + " ORDER BY `_id`", {}, classes, row);
+    failure =
+        connection_.run(sql + " FROM " + identifier(table.name()) + " ORDER BY `_id`", {}, classes, row);
     return !failure;
   }
 
@@ -48,7 +49,8 @@ Failure fill(Connection& connection, const Schema& schema, const Tables& tables,
 
 Failure save_copy(Connection& connection, const Schema& schema, const Tables& tables, const char* path,
                   uint64_t& generation) {
-  if (Failure failure = connection.execute("START TRANSACTION WITH CONSISTENT SNAPSHOT, READ ONLY")) return failure;
+  if (Failure failure = connection.execute("START TRANSACTION WITH CONSISTENT SNAPSHOT, READ ONLY"))
+    return failure;
   Failure failure = fill(connection, schema, tables, path, generation);
   if (!failure.ends_connection()) connection.execute("ROLLBACK");
   return failure;

@@ -17,7 +17,8 @@ struct Unknown {};
 
 std::string_view trimmed(std::string_view text) {
   const size_t begin = text.find_first_not_of(" \n");
-  return begin == text.npos ? std::string_view() : text.substr(begin, text.find_last_not_of(" \n") - begin + 1);
+  return begin == text.npos ? std::string_view()
+                            : text.substr(begin, text.find_last_not_of(" \n") - begin + 1);
 }
 
 std::string without_comments(std::string_view sql) {
@@ -87,7 +88,8 @@ class Reader {
     words.expect("(");
     do {
       const std::string definition = column(words, name);
-      tables_.additions.push_back("ALTER TABLE " + identifier(name) + " ADD COLUMN IF NOT EXISTS " + definition);
+      tables_.additions.push_back("ALTER TABLE " + identifier(name) + " ADD COLUMN IF NOT EXISTS " +
+                                  definition);
       sql += definition + ",";
     } while (words.accept(","));
     words.expect(")");
@@ -127,8 +129,8 @@ class Reader {
       if (found != nullptr && found->is_text) columns += kIndexedText;
     } while (words.accept(","));
     words.expect(")");
-    tables_.additions.push_back("CREATE INDEX IF NOT EXISTS " + identifier(name) + " ON " + identifier(table) + " (" +
-                                columns + ")");
+    tables_.additions.push_back("CREATE INDEX IF NOT EXISTS " + identifier(name) + " ON " +
+                                identifier(table) + " (" + columns + ")");
     creation_of(table) += "KEY " + identifier(name) + " (" + columns + "),";
   }
   // An index is made with its table, whose definition is not closed until all of them are there.

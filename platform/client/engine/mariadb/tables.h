@@ -14,8 +14,8 @@ namespace zymdb::client::mariadb {
 
 struct Tables {
   Catalog catalog;
-  std::vector<std::string> names;          // in the order of the schema
-  std::set<std::string> lasting_ids;       // tables whose ids never come back
+  std::vector<std::string> names;     // in the order of the schema
+  std::set<std::string> lasting_ids;  // tables whose ids never come back
   // What makes that which is missing of it: tables and indexes, and columns that older tables lack. Each may
   // be run again.
   std::vector<std::string> statements;

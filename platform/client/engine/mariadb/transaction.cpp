@@ -69,7 +69,8 @@ Failure Transaction::change(const Statement& statement, Shape& shape, Change& ch
   const std::span<const Argument> condition = statement.arguments().subspan(shape.columns().size());
   if (statement.kind() == Request::Kind::kInsert) return insert(table, shape, values, change);
   std::vector<Argument> given(condition.begin(), condition.end());
-  if (statement.kind() == Request::Kind::kUpdate) return update(table, shape, values, std::move(given), change);
+  if (statement.kind() == Request::Kind::kUpdate)
+    return update(table, shape, values, std::move(given), change);
   return remove(table, shape, std::move(given), change);
 }
 
@@ -93,7 +94,8 @@ Failure Transaction::admit(std::span<const Column* const> columns, std::span<con
   return {};
 }
 
-Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Argument> values, Change& change) {
+Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Argument> values,
+                            Change& change) {
   std::vector<Argument> admitted;
   std::vector<std::string> storage;
   if (Failure failure = admit(shape.columns(), values, admitted, storage)) return failure;
@@ -135,7 +137,8 @@ Failure Transaction::next_id(const Table& table, int64_t& id) {
     if (row[0].type == Argument::Type::kInteger) last = std::max(last, row[0].integer);
     return true;
   };
-  if (Failure failure = connection_.run("SELECT MAX(`_id`) FROM " + identifier(table.name()), {}, kNumber, take))
+  if (Failure failure =
+          connection_.run("SELECT MAX(`_id`) FROM " + identifier(table.name()), {}, kNumber, take))
     return failure;
   if (subject_.tables.lasting_ids.contains(table.name())) {
     const Argument name[] = {Argument::of(std::string_view(table.name()))};
@@ -213,7 +216,8 @@ void Transaction::account_for_update(const Table& table, std::span<const Column*
   }
 }
 
-Failure Transaction::remove(const Table& table, Shape& shape, std::vector<Argument> condition, Change& change) {
+Failure Transaction::remove(const Table& table, Shape& shape, std::vector<Argument> condition,
+                            Change& change) {
   std::vector<const Column*> columns;
   if (is_accounted(table)) {
     for (const Column& column : table.columns()) columns.push_back(&column);
@@ -225,7 +229,8 @@ Failure Transaction::remove(const Table& table, Shape& shape, std::vector<Argume
   for (const Former& row : rows) ids.push_back(row.id);
   std::vector<Argument> one;
   if (ids.size() == 1) one.push_back(Argument::of(ids[0]));
-  if (Failure failure = connection_.run("DELETE FROM " + identifier(table.name()) + rows_of(ids), one)) return failure;
+  if (Failure failure = connection_.run("DELETE FROM " + identifier(table.name()) + rows_of(ids), one))
+    return failure;
   change.rows = static_cast<int64_t>(rows.size());
   changed_ = true;
   if (is_accounted(table)) account_for_removal(table, columns, rows);

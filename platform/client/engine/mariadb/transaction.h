@@ -49,8 +49,8 @@ class Transaction {
   Failure remove(const Table& table, Shape& shape, std::vector<Argument> condition, Change& change);
   Failure next_id(const Table& table, int64_t& id);
   Failure note_lasting_id(const Table& table, int64_t id);
-  Failure read_affected(Shape& shape, std::vector<Argument>& condition, std::span<const Column* const> columns,
-                        std::vector<Former>& rows);
+  Failure read_affected(Shape& shape, std::vector<Argument>& condition,
+                        std::span<const Column* const> columns, std::vector<Former>& rows);
   Failure admit(std::span<const Column* const> columns, std::span<const Argument> values,
                 std::vector<Argument>& admitted, std::vector<std::string>& storage) const;
   void account_for_update(const Table& table, std::span<const Column* const> columns,

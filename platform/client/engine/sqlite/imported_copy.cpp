@@ -11,7 +11,8 @@
 namespace zymdb::client::sqlite {
 namespace {
 
-constexpr char kTables[] = "SELECT name FROM sqlite_schema WHERE type='table' AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
+constexpr char kTables[] =
+    "SELECT name FROM sqlite_schema WHERE type='table' AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
 
 std::string insertion_into(const Table& table) {
   std::string names;
