@@ -213,7 +213,7 @@ Failure Connection::connect(const Address& address, const Host& host) {
   // A refused connection is one of no user, whatever its number: nothing is read or written without it.
   if (mysql_real_connect(mysql_, is_local ? nullptr : host.name.c_str(), address.user.c_str(),
                          has_file ? password.c_str() : nullptr, address.database.c_str(), host.port,
-                         is_local ? address.socket.c_str() : nullptr, CLIENT_FOUND_ROWS) == nullptr)
+                         is_local ? address.socket.c_str() : nullptr, 0) == nullptr)
     return {kStatusIo, failure().reason, Aftermath::kConnectionLost};
   return configure();
 }
@@ -279,7 +279,6 @@ Failure Connection::run(const std::string& sql, std::span<const Argument> argume
   if (!values.empty() && mysql_stmt_bind_param(statement, values.data()) != 0) return failure(statement);
   if (mysql_stmt_execute(statement) != 0) return failure(statement);
   const Execution execution(statement);
-  changed_rows_ = mysql_stmt_affected_rows(statement);
   return classes.empty() ? Failure{} : fetch(statement, classes, row);
 }
 

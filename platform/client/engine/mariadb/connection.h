@@ -47,7 +47,6 @@ class Connection {
   Failure run(const std::string& sql, std::span<const Argument> arguments) {
     return run(sql, arguments, {}, {});
   }
-  uint64_t changed_rows() const { return changed_rows_; }
 
   const std::string& host() const { return host_; }
   bool is_of_cluster() const { return is_of_cluster_; }
@@ -78,7 +77,6 @@ class Connection {
   MYSQL* mysql_ = nullptr;
   std::string host_;
   bool is_of_cluster_ = false;
-  uint64_t changed_rows_ = 0;
   std::list<Kept> kept_;  // the most recently used first
   std::unordered_map<std::string_view, std::list<Kept>::iterator> places_;
 };
