@@ -2,7 +2,7 @@
 """A MariaDB server for tests: unprivileged, on a socket alone, in a folder in memory. A second start takes the place of
 what an earlier run left.
 
-    server.py start FOLDER   waits until it answers
+    server.py start FOLDER [DATABASE ...]   waits until it answers, with these databases
     server.py stop FOLDER
 """
 import os
@@ -56,7 +56,7 @@ def query(folder, sql):
                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode == 0
 
 
-def start(folder):
+def start(folder, *databases):
     stop(folder)
     data = folder / "data"
     data.mkdir(parents=True)
@@ -72,12 +72,15 @@ def start(folder):
         if server.poll() is not None or time.monotonic() > deadline:
             sys.exit(f"the server does not start:\n{(folder / 'log').read_text()}")
         time.sleep(0.02)
+    for database in databases:
+        if not query(folder, f"CREATE DATABASE `{database}`; GRANT ALL ON `{database}`.* TO zymdb@localhost"):
+            sys.exit(f"no database {database}")
     (folder / "password").write_text(PASSWORD + "\n")
 
 
 def main():
     command, folder = sys.argv[1], Path(sys.argv[2])
-    {"start": start, "stop": stop}[command](folder)
+    {"start": start, "stop": stop}[command](folder, *sys.argv[3:])
 
 
 if __name__ == "__main__":

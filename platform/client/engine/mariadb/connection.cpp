@@ -296,12 +296,6 @@ Failure Connection::fetch(MYSQL_STMT* statement, std::span<const Class> classes,
   }
 }
 
-bool Connection::in_transaction() const {
-  unsigned status = 0;
-  mariadb_get_infov(mysql_, MARIADB_CONNECTION_SERVER_STATUS, &status);
-  return (status & SERVER_STATUS_IN_TRANS) != 0;
-}
-
 Failure Connection::failure() const {
   return said_by_host(failure_of(mysql_errno(mysql_), mysql_error(mysql_)));
 }

@@ -28,7 +28,7 @@ using TakeRow = std::function<bool(Row)>;
 
 class Connection {
  public:
-  explicit Connection(const Limits& limits) : limits_(limits), patience_(limits.writer) {}
+  explicit Connection(const Limits& limits) : limits_(limits) {}
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -48,10 +48,6 @@ class Connection {
     return run(sql, arguments, {}, {});
   }
 
-  const std::string& host() const { return host_; }
-  bool is_of_cluster() const { return is_of_cluster_; }
-  // As long as it is in one, the server tells so with each answer.
-  bool in_transaction() const;
 
  private:
   struct CloseStatement {
@@ -73,7 +69,6 @@ class Connection {
   Failure said_by_host(Failure failure) const;
 
   Limits limits_;
-  std::chrono::milliseconds patience_;
   MYSQL* mysql_ = nullptr;
   std::string host_;
   bool is_of_cluster_ = false;
