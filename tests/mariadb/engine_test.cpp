@@ -151,6 +151,23 @@ TEST_F(EngineTest, ThePropertiesLieBesideTheInventoryAndAreNoPartOfIt) {
   zym_db_close(properties);
 }
 
+// The index that has all that is asked for is in another order.
+TEST_F(EngineTest, WithoutAnOrderRowsComeInThatOfTheirNumbers) {
+  for (const int slot : {3, 1, 2, 1}) {
+    const Set values(zym_db_get_content_values(handle()));
+    zym_db_content_put_int(values.get(), "SlotNo", slot);
+    ASSERT_EQ(zym_db_insert(handle(), "Memory", values.get(), 0, nullptr), 0);
+  }
+  zym_db_result_t* rows = nullptr;
+  const char* column = "SlotNo";
+  ASSERT_EQ(zym_db_query(handle(), "Memory", &column, 1, "SlotNo>0", nullptr, 0, 0, &rows), 0);
+  std::string slots;
+  for (int slot = 0; zym_db_result_step(rows) == ZYM_DB_STATUS_ROW; slots += std::to_string(slot))
+    zym_db_result_column_int(rows, 0, &slot);
+  zym_db_free_result(rows);
+  EXPECT_EQ(slots, "3121");
+}
+
 TEST_F(EngineTest, AReadGoesOnOnANewConnection) {
   ASSERT_EQ(add(1), 0);
   kill_connections();

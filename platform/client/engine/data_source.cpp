@@ -27,31 +27,14 @@ std::string_view split_off_choices(std::string_view& address) {
   return choices;
 }
 
-// An address may be refused because it holds a password, which no log shall hold.
-std::string without_password(std::string_view address) {
-  std::string shown(address);
-  const size_t at = shown.find('@');
-  const size_t user = shown.find("//");
-  if (user != shown.npos && at != shown.npos) {
-    const size_t colon = shown.find(':', user);
-    if (colon < at) shown.replace(colon, at - colon, ":...");
-  }
-  constexpr std::string_view kChoice = "password=";
-  if (const size_t choice = shown.find(kChoice); choice != shown.npos) {
-    const size_t value = choice + kChoice.size();
-    shown.replace(value, std::min(shown.size(), shown.find('&', value)) - value, "...");
-  }
-  return shown;
-}
-
 bool locate(const Schema& schema, DataSource& source, std::string& error) {
   const char* variable = std::getenv(kVariable);
   std::string_view address = variable != nullptr && variable[0] != 0 ? variable : kDefaultInventory;
   const std::string_view scheme = scheme_of(address);
   const Engine* const engine = address.starts_with(':') ? nullptr : engine_for(scheme, error);
   if (engine == nullptr) {
-    if (error.empty()) error = "names a database that no engine opens";
-    error = std::string(kVariable) + ' ' + error + ": " + without_password(address);
+    if (error.empty()) error = std::string("names a database that no engine opens: ") += address;
+    error = std::string(kVariable) + ' ' + error;
     return false;
   }
   source = {{}, &schema, engine};
@@ -61,7 +44,8 @@ bool locate(const Schema& schema, DataSource& source, std::string& error) {
     choices = split_off_choices(address);
   }
   if (engine->locate(address, schema, source, error) && engine->choose(choices, source, error)) return true;
-  error = std::string(kVariable) + ' ' + error + ": " + without_password(variable);
+  error = std::string(kVariable) + ' ' + error;
+  if (!error.ends_with('.')) error.append(": ").append(variable);
   return false;
 }
 

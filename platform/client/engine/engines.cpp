@@ -8,7 +8,6 @@
 #include "client/engine/creation.h"
 #include "client/engine/module_loader.h"
 #include "client/engine/sqlite/engine.h"
-#include "client/engine/sqlite/imported_copy.h"
 #include "controller/ruvo_log.h"
 
 namespace zymdb::client {
@@ -25,7 +24,7 @@ void warn(const char* line) {
   ruvo_log::logWarn("%s", line);
 }
 
-constexpr ModuleHost kHost = {creation_is_allowed, warn, sqlite::write_copy};
+constexpr ModuleHost kHost = {creation_is_allowed, warn};
 
 constinit std::array<const Engine*, 1 + kModules.size()> present = {&sqlite::kEngine};
 constinit std::atomic<size_t> count{1};

@@ -4,10 +4,6 @@
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_MODULE_H
 
 #include <cstdint>
-#include <functional>
-#include <span>
-#include <string>
-#include <string_view>
 
 #include "client/engine/engine.h"
 
@@ -16,24 +12,10 @@ namespace zymdb::client {
 // Goes up with every change of what passes.
 inline constexpr uint32_t kModuleInterface = 1;
 
-// The rows that a copy is to hold, table by table.
-class CopySource {
- public:
-  using TakeRow = std::function<bool(std::span<const Argument>)>;
-
-  virtual ~CopySource() = default;
-
-  // Shows `row` every row of the table, with a value for each of its columns. False: it failed, or `row` did.
-  virtual bool read(const Table& table, const TakeRow& row) = 0;
-};
-
 // What the client does for an engine.
 struct ModuleHost {
   bool (*creation_is_allowed)();
   void (*warn)(const char* line);
-  // Makes a file as zym_db_snapshot() does. Returns 0; a status, `error` then tells. A source that fails
-  // tells by itself.
-  int (*write_copy)(const std::string& path, const Schema& schema, CopySource& source, std::string& error);
 };
 
 struct EngineModule {

@@ -2,27 +2,30 @@
 
 #include <dlfcn.h>
 
+#include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "client/engine/module.h"
 
 namespace zymdb::client {
 namespace {
 
 constexpr char kVariable[] = "ZYMDB_ENGINES";
 
-// Whoever runs a program with rights that he lacks himself has no say in what code it takes in.
-std::string path_of(const char* file) {
-  const char* const folder = secure_getenv(kVariable);
-  return std::string(folder != nullptr && folder[0] == '/' ? folder : ZYMDB_ENGINE_FOLDER) + '/' + file;
-}
-
 }  // namespace
 
 const Engine* open_module(const char* file, const ModuleHost& host, std::string& error) {
-  const std::string path = path_of(file);
-  void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  // Whoever runs a program with rights that he lacks himself has no say in what code it takes in.
+  const char* folder = secure_getenv(kVariable);
+  if (folder == nullptr || folder[0] != '/') folder = ZYMDB_ENGINE_FOLDER;
+  char path[PATH_MAX];
+  std::snprintf(path, sizeof path, "%s/%s", folder, file);
+  void* const library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
-    error = std::string("asks for an engine that is not installed: ") + dlerror();
+    error = "asks for an engine that is not installed: ";
+    error += dlerror();
     return nullptr;
   }
   const auto* const module = static_cast<const EngineModule*>(dlsym(library, kModuleSymbol));
@@ -31,7 +34,8 @@ const Engine* open_module(const char* file, const ModuleHost& host, std::string&
   const Engine* const engine = is_ours ? module->start(host) : nullptr;
   if (engine == nullptr) {
     dlclose(library);
-    error = "asks for an engine whose module is of another version: " + path;
+    error = "asks for an engine whose module is of another version: ";
+    error += path;
   }
   return engine;
 }

@@ -93,7 +93,7 @@ void parse_choices(std::string_view choices, Address& address, bool& says_tls) {
     } else if (key == "ca") {
       address.authority = parse_path(key, value);
     } else if (key == "password") {
-      throw Refusal{"holds a password: it is to stand in an option file or a password-file"};
+      throw Refusal{"holds a password, which is to stand in an option file or a password-file."};
     } else {
       throw Refusal{"says " + std::string(choice) + ", and may say tls, ca, socket or password-file"};
     }
@@ -110,7 +110,7 @@ void parse(std::string_view text, Address& address) {
   if (place.find('@') == place.npos) throw Refusal{std::string(kForm)};
   const std::string_view user = split(place, '@');
   if (user.find(':') != user.npos || place.find('@') != place.npos)
-    throw Refusal{"holds a password: it is to stand in an option file or a password-file"};
+    throw Refusal{"holds a password, which is to stand in an option file or a password-file."};
   address.user = user;
   if (!is_name(user, "._-")) throw Refusal{std::string(kForm)};
   if (!is_name(address.database, "_-$"))

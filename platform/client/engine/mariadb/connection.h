@@ -48,7 +48,6 @@ class Connection {
     return run(sql, arguments, {}, {});
   }
 
-
  private:
   struct CloseStatement {
     void operator()(MYSQL_STMT* statement) const { mysql_stmt_close(statement); }

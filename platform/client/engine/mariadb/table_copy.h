@@ -1,4 +1,4 @@
-// A database as one moment has it, in a file of SQLite's, which the client writes.
+// A database as one moment has it, in a file of SQLite's.
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_TABLE_COPY_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_TABLE_COPY_H
 

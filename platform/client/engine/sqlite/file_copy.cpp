@@ -15,6 +15,13 @@ namespace {
 
 constexpr mode_t kFileMode = 0640;
 
+Failure make_file(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
+  if (descriptor < 0) return {errno == ENOSPC ? kStatusFull : kStatusIo, std::strerror(errno)};
+  close(descriptor);
+  return {};
+}
+
 // All pages in one go, so that they are of one moment; writers of the source go on beside it.
 Failure copy_pages(sqlite3* from, sqlite3* to) {
   sqlite3_backup* const backup = sqlite3_backup_init(to, "main", from, "main");
@@ -48,13 +55,6 @@ Failure fill(sqlite3* from, const std::string& path, uint64_t* generation) {
 }
 
 }  // namespace
-
-Failure make_file(const std::string& path) {
-  const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
-  if (descriptor < 0) return {errno == ENOSPC ? kStatusFull : kStatusIo, std::strerror(errno)};
-  close(descriptor);
-  return {};
-}
 
 Failure save_copy(sqlite3* database, const std::string& path, uint64_t* generation) {
   Failure failure = make_file(path);

@@ -9,9 +9,6 @@
 
 namespace zymdb::client::sqlite {
 
-// An empty file, which must not exist.
-Failure make_file(const std::string& path);
-
 // Makes the file, which must not exist, while others read and write the database. A failure leaves none.
 // `generation` receives the copy's; null for a database without a journal.
 Failure save_copy(sqlite3* database, const std::string& path, uint64_t* generation);

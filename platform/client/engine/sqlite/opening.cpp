@@ -108,20 +108,6 @@ std::string immutable_uri(const std::string& path) {
 
 }  // namespace
 
-Failure read_catalog(sqlite3* database, Catalog& catalog) {
-  constexpr char kSql[] =
-      "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
-      "WHERE t.type='table' AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
-  bool is_torn = false;
-  const auto failure = read_rows(database, kSql, [&](sqlite3_stmt* row) {
-    const std::string type = text_of(row, 2);
-    catalog.add_column(text_of(row, 0), text_of(row, 1), type == "TEXT", type == "BLOB");
-    // A text that there was no memory for is empty; other threads' connections shall not share what lacks it.
-    is_torn = is_torn || sqlite3_errcode(database) == SQLITE_NOMEM;
-  });
-  return is_torn ? Failure{ZYM_DB_STATUS_NO_MEMORY, "out of memory"} : failure;
-}
-
 // What came of an opening is about the file that was found first: somebody may have put another one in its
 // place meanwhile, and the files beside it are that one's.
 Failure Opening::run() {
@@ -294,8 +280,17 @@ Failure Opening::read_catalog() {
 }
 
 Failure Opening::read_new_catalog(const Fingerprint& statements) {
+  constexpr char kSql[] =
+      "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
+      "WHERE t.type='table' AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
   Catalog read(kEngine.flavour);
-  Failure failure = sqlite::read_catalog(database.get(), read);
+  bool is_torn = false;
+  const auto failure = read_rows(database.get(), kSql, [&](sqlite3_stmt* row) {
+    read.add_column(text_of(row, 0), text_of(row, 1), text_of(row, 2) == "TEXT");
+    // A text that there was no memory for is empty; other threads' connections shall not share what lacks it.
+    is_torn = is_torn || sqlite3_errcode(database.get()) == SQLITE_NOMEM;
+  });
+  if (is_torn) return {ZYM_DB_STATUS_NO_MEMORY, "out of memory"};
   if (!failure) catalog = Connections::instance().share(statements, std::move(read));
   return failure;
 }

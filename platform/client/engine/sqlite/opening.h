@@ -24,12 +24,6 @@ enum class Access {
   kAbsent      // there is no file and none may be made: empty tables in memory
 };
 
-// For a database that is empty yet.
-inline constexpr char kNewDatabase[] = "PRAGMA page_size=1024";
-
-// The tables and columns that a database has.
-Failure read_catalog(sqlite3* database, Catalog& catalog);
-
 class Opening {
  public:
   Opening(const DataSource& source, const Limits& limits, Authorizer& authorizer,
