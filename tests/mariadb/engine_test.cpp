@@ -204,6 +204,41 @@ TEST_F(EngineTest, EveryHostIsTriedAndWhatEachOneSaysIsTold) {
   EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr("; 127.0.0.1:2: "));
 }
 
+// The server's certificate is its own authority and says "localhost".
+class TlsTest : public EngineTest {
+ protected:
+  // What comes of it: nothing, or why it is refused.
+  std::string refusal_of(const std::string& user, const std::string& host, const std::string& choices) {
+    const std::string folder = std::getenv("ZYMDB_TEST_SERVER");
+    std::string port;
+    std::ifstream(folder + "/port") >> port;
+    use("mariadb://" + user + "@" + host + ":" + port + "/" + database_.name() + "?password-file=" + folder +
+        "/password" + choices);
+    if (handle() == nullptr) return zym_db_last_error(nullptr);
+    EXPECT_EQ(add(1), 0);
+    close();
+    return "";
+  }
+  static std::string with_authority() {
+    return std::string("&ca=") + std::getenv("ZYMDB_TEST_SERVER") + "/certificate.pem";
+  }
+};
+
+TEST_F(TlsTest, AServerThatProvesWhoItIsIsBelieved) {
+  EXPECT_EQ(refusal_of("encrypted", "localhost", "&tls=verify" + with_authority()), "");
+}
+
+TEST_F(TlsTest, OneThatCannotIsRefused) {
+  EXPECT_THAT(refusal_of("encrypted", "localhost", "&tls=verify"), HasSubstr("certificate"));
+  EXPECT_THAT(refusal_of("encrypted", "127.0.0.1", "&tls=verify" + with_authority()),
+              HasSubstr("certificate"));
+}
+
+TEST_F(TlsTest, EncryptedItIsWhereThatIsRequired) {
+  EXPECT_EQ(refusal_of("encrypted", "127.0.0.1", "&tls=required"), "");
+  EXPECT_THAT(refusal_of("encrypted", "127.0.0.1", "&tls=off"), HasSubstr("Access denied"));
+}
+
 class CutTest : public EngineTest {
  protected:
   CutTest() : proxy_(folder_.file("proxy"), std::string(std::getenv("ZYMDB_TEST_SERVER")) + "/socket") {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A MariaDB server for tests: unprivileged, on a socket alone, in a folder in memory. A second start takes the place of
+"""A MariaDB server for tests: unprivileged, on a socket and a port of this machine alone, in a folder in memory. A second start takes the place of
 what an earlier run left.
 
     server.py start FOLDER [DATABASE ...]   waits until it answers, with these databases
@@ -8,6 +8,7 @@ what an earlier run left.
 import os
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import time
@@ -18,6 +19,10 @@ PASSWORD = "of the tests"
 ACCOUNTS = f"""
 CREATE USER zymdb@localhost IDENTIFIED BY '{PASSWORD}';
 GRANT ALL ON `test\\_%`.* TO zymdb@localhost;
+CREATE USER encrypted@'127.0.0.1' IDENTIFIED BY '{PASSWORD}' REQUIRE SSL;
+CREATE USER encrypted@localhost IDENTIFIED BY '{PASSWORD}' REQUIRE SSL;
+GRANT ALL ON `test\\_%`.* TO encrypted@'127.0.0.1';
+GRANT ALL ON `test\\_%`.* TO encrypted@localhost;
 GRANT RELOAD, PROCESS, CONNECTION ADMIN ON *.* TO zymdb@localhost;
 """
 
@@ -56,15 +61,31 @@ def query(folder, sql):
                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode == 0
 
 
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as taken:
+        return taken.getsockname()[1]
+
+
+# Of a server that calls itself localhost.
+def make_certificate(folder):
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                    "-days", "2", "-subj", "/CN=localhost", "-addext", "subjectAltName=DNS:localhost",
+                    "-keyout", folder / "key.pem", "-out", folder / "certificate.pem"], check=True,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
 def start(folder, *databases):
     stop(folder)
     data = folder / "data"
     data.mkdir(parents=True)
     install(data, folder)
+    make_certificate(folder)
+    port = free_port()
     with (folder / "log").open("w") as log:
         server = subprocess.Popen(
             ["mariadbd", "--no-defaults", f"--datadir={data}", f"--socket={folder}/socket", f"--pid-file={folder}/pid",
-             "--skip-networking", "--skip-log-bin", "--innodb-buffer-pool-size=64M", "--innodb-log-file-size=8M",
+             f"--port={port}", "--bind-address=127.0.0.1", f"--ssl-cert={folder}/certificate.pem",
+             f"--ssl-key={folder}/key.pem", "--skip-log-bin", "--innodb-buffer-pool-size=64M", "--innodb-log-file-size=8M",
              "--innodb-flush-log-at-trx-commit=0", "--max-connections=400", "--innodb-fast-shutdown=2"] + user(),
             stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True)
     deadline = time.monotonic() + 60
@@ -75,6 +96,7 @@ def start(folder, *databases):
     for database in databases:
         if not query(folder, f"CREATE DATABASE `{database}`; GRANT ALL ON `{database}`.* TO zymdb@localhost"):
             sys.exit(f"no database {database}")
+    (folder / "port").write_text(str(port))
     (folder / "password").write_text(PASSWORD + "\n")
 
 
