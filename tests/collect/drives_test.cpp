@@ -45,14 +45,6 @@ class DriveCollection : public InventoryTest {
     return rows("AimDisks", {"Location", "DriveTypeId", "MediaTypeId", "Presence", "SerialNo", "FwVersion",
                              "Manufacture", "PartNo", "Capacity", "PCIFuncKey"});
   }
-  std::string files() const {
-    std::string text;
-    for (const char* name : {"inventory.db", "inventory.db-wal"}) {
-      std::ifstream file(folder() / name, std::ios::binary);
-      text.append(std::istreambuf_iterator<char>(file), {});
-    }
-    return text;
-  }
 
   // The example server with another drive beside the one in slot 8.
   std::string folder_with_second_function() const {
@@ -85,11 +77,11 @@ TEST_F(DriveCollection, AQuietMachineWritesNoByte) {
   tree_.nvme("0000:67:00.0", "nvme0", "S1");
   tree_.disk("0000:00:17.0", "ata3/host2/target2:0:0", "2:0:0:0", "sda", "ATA", true);
   collect();
-  const std::string before = files();
+  const std::string before = written();
   const auto summary = collect();
   EXPECT_EQ(summary.changed(), 0u);
   EXPECT_EQ(summary.unchanged, 2u);
-  EXPECT_EQ(files(), before);
+  EXPECT_EQ(written(), before);
 }
 
 TEST_F(DriveCollection, NewFirmwareAndNewDrivesAreUpdates) {

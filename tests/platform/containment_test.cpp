@@ -1,8 +1,7 @@
 // Hostile text: a statement fails, or reaches the rows of its own table and nothing else.
-#include <sqlite3.h>
-
 #include <chrono>
 #include <filesystem>
+#include <span>
 
 #include "platform/client_fixture.h"
 
@@ -115,22 +114,19 @@ class ContainmentTest : public ClientTest {
 
   // All that no statement on "PCIs" may change: the other tables, the schema and the settings.
   std::string everything_but_pcis() {
-    sqlite3* database = nullptr;
-    EXPECT_EQ(sqlite3_open_v2((folder() / "inventory.db").c_str(), &database, SQLITE_OPEN_READONLY, nullptr),
-              0);
-    std::string text;
-    const auto add = [](void* out, int columns, char** values, char**) {
-      for (int i = 0; i < columns; ++i)
-        static_cast<std::string*>(out)->append(values[i] ? values[i] : "-").append("|");
-      return 0;
-    };
-    for (const char* sql :
-         {"SELECT * FROM Firmwares", "SELECT * FROM DPUEvents", "SELECT * FROM sqlite_sequence",
-          "SELECT type, name, sql FROM sqlite_schema", "PRAGMA user_version", "PRAGMA application_id",
-          "PRAGMA journal_mode", "PRAGMA integrity_check"}) {
-      EXPECT_EQ(sqlite3_exec(database, sql, add, &text, nullptr), SQLITE_OK);
-    }
-    sqlite3_close(database);
+    static constexpr const char* kEmbedded[] = {
+        "SELECT * FROM sqlite_sequence", "SELECT type, name, sql FROM sqlite_schema",
+        "PRAGMA user_version",           "PRAGMA application_id",
+        "PRAGMA journal_mode",           "PRAGMA integrity_check"};
+    static constexpr const char* kOfServer[] = {
+        "SELECT * FROM zymdb_sequences", "SELECT Name, Kind, Version FROM zymdb_schemas",
+        "SELECT TABLE_NAME, COLUMN_NAME, COLUMN_TYPE FROM information_schema.COLUMNS WHERE "
+        "TABLE_SCHEMA=DATABASE() "
+        "ORDER BY TABLE_NAME, ORDINAL_POSITION",
+        "SELECT User, Host FROM mysql.global_priv ORDER BY User, Host"};
+    std::string text = run_sql("SELECT * FROM Firmwares") + run_sql("SELECT * FROM DPUEvents");
+    for (const char* sql : is_embedded() ? std::span<const char* const>(kEmbedded) : kOfServer)
+      text += run_sql(sql);
     return text;
   }
 

@@ -197,18 +197,18 @@ TEST_F(HistoryBoundsTest, TheOldestAccountsGoWhereTheyAreTooMany) {
   given("PCIs", {{"FunKey", 0}});
   for (int i = 1; i <= 200; ++i) EXPECT_EQ(update("PCIs", "_id=1", {{"FunKey", i}}), 0);
   EXPECT_EQ(generation(), 201u);
-  const std::string size = found_in(inventory(), "SELECT sum(length(Changes)) FROM Journal");
+  const std::string size = run_sql("SELECT sum(length(Changes)) FROM Journal");
   EXPECT_LE(std::stoi(size), 1024);
   EXPECT_GE(std::stoi(size), 1024 / 8 * 6);
-  EXPECT_EQ(found_in(inventory(), "SELECT max(_id)-min(_id)+1=count(*) FROM Journal"), "1\n");
+  EXPECT_EQ(run_sql("SELECT max(_id)-min(_id)+1=count(*) FROM Journal"), "1\n");
 }
 
 TEST_F(HistoryBoundsTest, OldAccountsGo) {
   keep("30d");
   for (int i = 1; i <= 4; ++i) given("PCIs", {{"FunKey", i}});
-  found_in(inventory(), "UPDATE Journal SET Time=Time-31*86400000 WHERE _id<3");
+  run_sql("UPDATE Journal SET Time=Time-31*86400000 WHERE _id<3");
   given("PCIs", {{"FunKey", 5}});
-  EXPECT_EQ(found_in(inventory(), "SELECT min(_id), max(_id), count(*) FROM Journal"), "3|5|3\n");
+  EXPECT_EQ(run_sql("SELECT min(_id), max(_id), count(*) FROM Journal"), "3|5|3\n");
 }
 
 TEST_F(HistoryBoundsTest, WhatIsNoBoundIsToldAndNothingIsOpened) {
@@ -304,14 +304,14 @@ TEST_F(RewindTest, TakesBackWhatCameLater) {
 }
 
 TEST_F(RewindTest, GivesBackEveryKindOfValue) {
-  found_in(inventory(),
-           "INSERT INTO Memory (Capacity, MemSize, DevLocator, BankLocator, Manufacturer) "
-           "VALUES (9223372036854775807, 0.1, x'00ff', CAST(x'ff41' AS TEXT), '1e3')");
+  run_sql(
+      "INSERT INTO Memory (Capacity, MemSize, DevLocator, BankLocator, Manufacturer) "
+      "VALUES (9223372036854775807, 0.1, x'00ff', CAST(x'ff41' AS TEXT), '1e3')");
   const auto state = [&] {
-    return found_in(inventory(),
-                    "SELECT typeof(Capacity), Capacity, typeof(MemSize), MemSize=0.1, "
-                    "typeof(DevLocator), hex(DevLocator), typeof(BankLocator), hex(BankLocator), "
-                    "typeof(Manufacturer), Manufacturer FROM Memory");
+    return run_sql(
+        "SELECT typeof(Capacity), Capacity, typeof(MemSize), MemSize=0.1, "
+        "typeof(DevLocator), hex(DevLocator), typeof(BankLocator), hex(BankLocator), "
+        "typeof(Manufacturer), Manufacturer FROM Memory");
   };
   const std::string before = state();
   given("PCIs", {{"FunKey", 1}});
@@ -324,7 +324,7 @@ TEST_F(RewindTest, GivesBackEveryKindOfValue) {
 
 TEST_F(RewindTest, ReachesAsFarAsTheJournal) {
   for (int i = 1; i <= 5; ++i) given("PCIs", {{"FunKey", i}});
-  found_in(inventory(), "DELETE FROM Journal WHERE _id<=2");
+  run_sql("DELETE FROM Journal WHERE _id<=2");
   EXPECT_EQ(zym_db_rewind(handle(), 1), ZYM_DB_STATUS_ERROR);
   EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr("the journal reaches back to generation 2"));
   EXPECT_EQ(zym_db_rewind(handle(), 6), ZYM_DB_STATUS_ERROR);
@@ -346,7 +346,7 @@ TEST_F(RewindTest, AnAccountThatCannotBeReadChangesNothing) {
   };
   for (int i = 1; i <= 3; ++i) given("PCIs", {{"FunKey", i}});
   for (const Case& each : cases) {
-    found_in(inventory(), "UPDATE Journal SET Changes='" + std::string(each.account) + "' WHERE _id=2");
+    run_sql("UPDATE Journal SET Changes='" + std::string(each.account) + "' WHERE _id=2");
     EXPECT_EQ(zym_db_rewind(handle(), 0), ZYM_DB_STATUS_ERROR) << each.account;
     EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr(each.reason));
     EXPECT_EQ(count("PCIs", "1"), 3);

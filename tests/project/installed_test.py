@@ -32,6 +32,7 @@ COMPONENTS = {
            r"|include/zymdb_\w+\.h|include/zymdb/controller/\w+\.h|share/zymdb/schema/(upgrades/)?[\w-]+\.sql"
            r"|share/man/man[37]/\w+\.[37]",
     "python": r"lib\d*/python[\d.]+/(dist|site)-packages/zymdb/(\w+\.pyi?|py\.typed|_zymdb\.abi3\.so)",
+    "mariadb": r"LIB/zymdb/libzymdb_engine_mariadb\.so|share/zymdb/mariadb/account\.sql",
     "tool": r"bin/zymdb|share/zymdb/inventory\.schema\.json|share/man/man[15]/\w+\.[15]"
             r"|share/bash-completion/completions/zymdb|share/zsh/site-functions/_zymdb"
             r"|share/fish/vendor_completions.d/zymdb.fish"

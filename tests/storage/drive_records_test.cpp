@@ -27,20 +27,11 @@ class DriveInventory : public InventoryTest {
   static std::string smart() {
     return rows("AimDisks", {"Location", "SFlags", "Warning", "Temperature", "RemainLife", "InfoMask"});
   }
-  // All that has been written so far, to the byte.
-  std::string files() const {
-    std::string text;
-    for (const char* name : {"inventory.db", "inventory.db-wal"}) {
-      std::ifstream file(folder() / name, std::ios::binary);
-      text.append(std::istreambuf_iterator<char>(file), {});
-    }
-    return text;
-  }
   template <class Operation>
   bool writes(Operation operation) {
-    const std::string before = files();
+    const std::string before = written();
     EXPECT_EQ(operation(), ZYM_DB_STATUS_OK);
-    return files() != before;
+    return written() != before;
   }
 };
 

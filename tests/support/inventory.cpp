@@ -1,12 +1,22 @@
 #include "support/inventory.h"
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
+#include "support/sql.h"
+#include "support/test_database.h"
 #include "zymdb_platform.h"
 
 InventoryTest::InventoryTest() {
   setenv("ZYMDB_INVENTORY", folder_.file("inventory.db").c_str(), 1);
+#ifdef ZYMDB_TEST_MARIADB
+  if (TestDatabase::is_wanted()) {
+    database_ = std::make_shared<TestDatabase>();
+    setenv("ZYMDB_INVENTORY", database_->address().c_str(), 1);
+  }
+#endif
   setenv("ZYMDB_LOG", "stderr", 1);
   if (get_dmdb_handle() == nullptr) throw std::runtime_error("no inventory in " + folder().string());
 }
@@ -18,7 +28,32 @@ InventoryTest::~InventoryTest() {
 void InventoryTest::lose_database() {
   zym_db_close(get_dmdb_handle());
   setenv("ZYMDB_INVENTORY", folder_.file("missing/inventory.db").c_str(), 1);
+#ifdef ZYMDB_TEST_MARIADB
+  if (database_ != nullptr)
+    setenv("ZYMDB_INVENTORY", TestDatabase::address_of(database_->name() + "_missing").c_str(), 1);
+#endif
   ASSERT_EQ(get_dmdb_handle(), nullptr);
+}
+
+std::string InventoryTest::written() const {
+#ifdef ZYMDB_TEST_MARIADB
+  if (database_ != nullptr) return database_->run("SELECT * FROM zymdb_schemas");
+#endif
+  std::string text;
+  for (const char* name : {"inventory.db", "inventory.db-wal"}) {
+    std::ifstream file(folder() / name, std::ios::binary);
+    text.append(std::istreambuf_iterator<char>(file), {});
+    std::error_code missing;
+    text += std::to_string(last_write_time(folder() / name, missing).time_since_epoch().count());
+  }
+  return text;
+}
+
+std::string InventoryTest::run_sql(const std::string& sql) const {
+#ifdef ZYMDB_TEST_MARIADB
+  if (database_ != nullptr) return database_->run(sql);
+#endif
+  return run_sql_on(folder() / "inventory.db", sql);
 }
 
 int64_t InventoryTest::given(const char* table, std::initializer_list<Column> row) {

@@ -1,4 +1,5 @@
-// A test on an embedded database of its own: a new, empty inventory in a folder that vanishes with the test.
+// A test on a database of its own: a new, empty inventory that vanishes with the test. It is embedded, in a
+// folder of the test's, or of the server that ZYMDB_TEST_SERVER names.
 #ifndef ZYMDB_TESTS_SUPPORT_INVENTORY_H
 #define ZYMDB_TESTS_SUPPORT_INVENTORY_H
 
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -16,6 +18,8 @@
 
 #include "controller/database_client.h"
 #include "support/temporary_folder.h"
+
+class TestDatabase;
 
 class InventoryTest : public testing::Test {
  protected:
@@ -54,10 +58,19 @@ class InventoryTest : public testing::Test {
   // From here on there is no database.
   void lose_database();
 
+  // All that has been written so far: equal only where nothing was written in between.
+  std::string written() const;
+
+  // Statements in the hands of another program. What they find: a line for each row, its values separated by
+  // "|".
+  std::string run_sql(const std::string& sql) const;
+  bool is_embedded() const { return database_ == nullptr; }
+
   const std::filesystem::path& folder() const { return folder_.path(); }
 
  private:
   TemporaryFolder folder_;
+  std::shared_ptr<TestDatabase> database_;  // null for an embedded one
 };
 
 #endif

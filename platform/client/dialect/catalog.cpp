@@ -28,8 +28,8 @@ const Column* Table::column(std::string_view word) const {
 
 Catalog::Catalog(const Flavour& flavour) : flavour_(&flavour), number_(++last_number) {}
 
-void Catalog::add_column(const std::string& table, std::string column, bool is_text) {
-  tables_.try_emplace(table, table).first->second.add_column({std::move(column), is_text});
+void Catalog::add_column(const std::string& table, std::string column, bool is_text, bool is_bytes) {
+  tables_.try_emplace(table, table).first->second.add_column({std::move(column), is_text, is_bytes});
 }
 
 const Table* Catalog::table(std::string_view word) const {

@@ -39,6 +39,7 @@ struct WordEqual {
 struct Column {
   std::string name;  // as the schema spells it
   bool is_text = false;
+  bool is_bytes = false;  // neither a text nor a number
 };
 
 class Table {
@@ -68,7 +69,7 @@ class Catalog {
   // No other catalog of the process, now or before, has the same, but for its copies.
   uint64_t number() const { return number_; }
 
-  void add_column(const std::string& table, std::string column, bool is_text = false);
+  void add_column(const std::string& table, std::string column, bool is_text = false, bool is_bytes = false);
 
   const Table* table(std::string_view word) const;
 

@@ -27,20 +27,14 @@ std::string_view split_off_choices(std::string_view& address) {
   return choices;
 }
 
-const Engine* engine_for(std::string_view scheme) {
-  if (scheme.empty()) return engines().front();
-  const auto found = std::find_if(engines().begin(), engines().end(),
-                                  [&](const Engine* engine) { return engine->scheme == scheme; });
-  return found == engines().end() ? nullptr : *found;
-}
-
 bool locate(const Schema& schema, DataSource& source, std::string& error) {
   const char* variable = std::getenv(kVariable);
   std::string_view address = variable != nullptr && variable[0] != 0 ? variable : kDefaultInventory;
   const std::string_view scheme = scheme_of(address);
-  const Engine* const engine = address.starts_with(':') ? nullptr : engine_for(scheme);
+  const Engine* const engine = address.starts_with(':') ? nullptr : engine_for(scheme, error);
   if (engine == nullptr) {
-    error = std::string(kVariable) + " names a database that no engine opens: " + std::string(address);
+    if (error.empty()) error = std::string("names a database that no engine opens: ") += address;
+    error = std::string(kVariable) + ' ' + error;
     return false;
   }
   source = {{}, &schema, engine};
@@ -50,7 +44,8 @@ bool locate(const Schema& schema, DataSource& source, std::string& error) {
     choices = split_off_choices(address);
   }
   if (engine->locate(address, schema, source, error) && engine->choose(choices, source, error)) return true;
-  error = std::string(kVariable) + ' ' + error + ": " + variable;
+  error = std::string(kVariable) + ' ' + error;
+  if (!error.ends_with('.')) error.append(": ").append(variable);
   return false;
 }
 

@@ -92,7 +92,8 @@ struct Engine {
   std::string_view scheme;  // what an address begins with, before ":"
 
   // Where the database of a schema lies, for the address of the inventory without its scheme. False when it
-  // is no address; `error` then tells what it lacks.
+  // is no address; `error` then tells what it lacks. One that ends with a full stop is told without the
+  // address, which holds what no log shall hold.
   bool (*locate)(std::string_view address, const Schema& schema, DataSource& source, std::string& error);
   // Takes what an address with a scheme says behind its first "?". False when that is no choice; as above.
   bool (*choose)(std::string_view choices, DataSource& source, std::string& error);

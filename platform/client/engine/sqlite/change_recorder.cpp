@@ -22,32 +22,6 @@ sqlite3_value* new_value(sqlite3* database, int column) {
   return value;
 }
 
-// "[[1,4],[9,9]]"
-std::string ranges_of(const std::set<int64_t>& ids) {
-  std::string json = "[";
-  for (auto at = ids.begin(); at != ids.end();) {
-    const int64_t first = *at;
-    int64_t last = first;
-    for (++at; at != ids.end() && *at == last + 1; ++at) last = *at;
-    if (json.size() > 1) json += ",";
-    json += "[" + std::to_string(first) + "," + std::to_string(last) + "]";
-  }
-  return json + "]";
-}
-
-// A JSON object in the making.
-class Object {
- public:
-  void add(std::string_view name, std::string_view value) {
-    json_.append(json_.empty() ? "{" : ",").append(json_text(name)).append(":").append(value);
-  }
-  bool is_empty() const { return json_.empty(); }
-  std::string text() const { return json_ + "}"; }
-
- private:
-  std::string json_;
-};
-
 }  // namespace
 
 ChangeRecorder::~ChangeRecorder() {
@@ -61,7 +35,7 @@ void ChangeRecorder::attach(sqlite3* database, const Catalog& catalog) {
 }
 
 void ChangeRecorder::forget() {
-  tables_.clear();
+  account_.clear();
   changed_ = false;
   failed_ = false;
 }
@@ -83,61 +57,36 @@ void ChangeRecorder::record(int action, std::string_view name, int64_t old_id, i
     changed_ = true;
     return;
   }
-  TableChanges& changes = tables_[table->name()];
+  TableChanges& changes = account_.of(table->name());
   if (action == SQLITE_UPDATE && old_id == new_id) return record_update(*table, changes, old_id);
   if (action != SQLITE_INSERT) record_delete(*table, changes, old_id);
-  if (action != SQLITE_DELETE) record_insert(changes, new_id);
+  if (action == SQLITE_DELETE) return;
+  changed_ = true;
+  changes.add(new_id);
 }
 
 void ChangeRecorder::record_update(const Table& table, TableChanges& changes, int64_t id) {
-  const bool is_new = changes.added.contains(id);
+  const bool is_new = changes.has_added(id);
   int column = -1;
   for (const Column& each : table.columns()) {
     sqlite3_value* const before = old_value(database_, ++column);
     if (same_value(before, new_value(database_, column))) continue;
     changed_ = true;
     if (is_new || volatile_.has(table.name(), each.name)) continue;
-    Cells& cells = changes.before[id];
+    FormerCells& cells = changes.former(id);
     if (!cells.contains(each.name)) cells.emplace(each.name, json_of(before));
   }
-}
-
-// A row that comes back after its deletion has its former values recorded already.
-void ChangeRecorder::record_insert(TableChanges& changes, int64_t id) {
-  changed_ = true;
-  if (!changes.before.contains(id)) changes.added.insert(id);
 }
 
 void ChangeRecorder::record_delete(const Table& table, TableChanges& changes, int64_t id) {
   changed_ = true;
-  if (changes.added.erase(id) != 0) return;
-  Cells& cells = changes.before[id];
+  FormerCells* const cells = changes.remove(id);
+  if (cells == nullptr) return;
   int column = -1;
   for (const Column& each : table.columns()) {
     sqlite3_value* const before = old_value(database_, ++column);
-    if (!cells.contains(each.name)) cells.emplace(each.name, json_of(before));
+    if (!cells->contains(each.name)) cells->emplace(each.name, json_of(before));
   }
-}
-
-std::string ChangeRecorder::account() const {
-  Object account;
-  for (const auto& [name, changes] : tables_) {
-    Object table;
-    if (!changes.added.empty()) table.add("added", ranges_of(changes.added));
-    if (!changes.before.empty()) table.add("before", former_rows(changes));
-    if (!table.is_empty()) account.add(name, table.text());
-  }
-  return account.is_empty() ? std::string() : account.text();
-}
-
-std::string ChangeRecorder::former_rows(const TableChanges& changes) {
-  Object rows;
-  for (const auto& [id, cells] : changes.before) {
-    Object row;
-    for (const auto& [column, value] : cells) row.add(column, value);
-    rows.add(std::to_string(id), row.text());
-  }
-  return rows.text();
 }
 
 }  // namespace zymdb::client::sqlite

@@ -1,27 +1,18 @@
 // What a transaction changes, as SQLite tells it row by row: the journal's account of what was there before.
-//
-// The account is JSON: {"Table": {"added": [[first id, last id], …], "before": {"id": {"Column": value,
-// …}}}}. A row that was deleted is there with all its columns, a changed one with those that changed. What
-// its new values are, the next account tells or else the table. Numbers and UTF-8 texts are JSON's own; what
-// it has no form for is {"real": "…"}, or {"blob": "…"} and {"bytes": "…"} (a text) in hexadecimal.
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_CHANGE_RECORDER_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_SQLITE_CHANGE_RECORDER_H
 
 #include <sqlite3.h>
 
 #include <cstdint>
-#include <map>
-#include <set>
 #include <string>
 #include <string_view>
 
 #include "client/dialect/catalog.h"
+#include "client/engine/account.h"
 #include "client/engine/volatile_columns.h"
 
 namespace zymdb::client::sqlite {
-
-// The table of the accounts, which none is kept of.
-inline constexpr std::string_view kJournalTable = "Journal";
 
 class ChangeRecorder {
  public:
@@ -42,27 +33,19 @@ class ChangeRecorder {
   bool has_failed() const { return failed_; }
 
   // Empty when nothing but volatile columns changed.
-  std::string account() const;
+  std::string account() const { return account_.text(); }
 
  private:
-  using Cells = std::map<std::string_view, std::string>;  // columns and their former values, in JSON
-  struct TableChanges {
-    std::set<int64_t> added;
-    std::map<int64_t, Cells> before;
-  };
-
   static void hear(void* self, sqlite3* database, int action, const char* schema, const char* table,
                    sqlite3_int64 old_id, sqlite3_int64 new_id);
   void record(int action, std::string_view table, int64_t old_id, int64_t new_id);
   void record_update(const Table& table, TableChanges& changes, int64_t id);
-  void record_insert(TableChanges& changes, int64_t id);
   void record_delete(const Table& table, TableChanges& changes, int64_t id);
-  static std::string former_rows(const TableChanges& changes);
 
   VolatileColumns volatile_;
   sqlite3* database_ = nullptr;
   const Catalog* catalog_ = nullptr;
-  std::map<std::string, TableChanges, std::less<>> tables_;
+  Account account_;
   bool changed_ = false;
   bool failed_ = false;
 };

@@ -5,12 +5,10 @@
 #include <sqlite3.h>
 
 #include <string>
-#include <string_view>
 
 namespace zymdb::client::sqlite {
 
 std::string json_of(sqlite3_value* value);
-std::string json_text(std::string_view text);
 
 bool same_value(sqlite3_value* a, sqlite3_value* b);
 

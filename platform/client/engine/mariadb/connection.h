@@ -1,0 +1,80 @@
+// A connection to one of the hosts of an address, and its prepared statements.
+#ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_CONNECTION_H
+#define ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_CONNECTION_H
+
+#include <mysql.h>
+
+#include <functional>
+#include <list>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "client/dialect/dialect.h"
+#include "client/engine/mariadb/address.h"
+#include "client/engine/mariadb/emitter.h"
+#include "client/engine/mariadb/failure.h"
+#include "client/limits.h"
+
+namespace zymdb::client::mariadb {
+
+// A row as it comes: a value for each column, of the classes that were asked for.
+using Row = std::span<const Argument>;
+// False ends the reading: the rows are too many.
+using TakeRow = std::function<bool(Row)>;
+
+class Connection {
+ public:
+  explicit Connection(const Limits& limits) : limits_(limits) {}
+  ~Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  // To the first host that takes it, beginning with that of this number; the number then tells which one.
+  Failure open(const Address& address, size_t& host);
+
+  // In a child process: nothing is said to the server, whose connection is its parent's.
+  void abandon();
+
+  // A statement without values and rows.
+  Failure execute(const std::string& sql);
+  // Prepared and kept. `classes` are the columns', `row` is shown each row.
+  Failure run(const std::string& sql, std::span<const Argument> arguments, std::span<const Class> classes,
+              const TakeRow& row);
+  Failure run(const std::string& sql, std::span<const Argument> arguments) {
+    return run(sql, arguments, {}, {});
+  }
+
+ private:
+  struct CloseStatement {
+    void operator()(MYSQL_STMT* statement) const { mysql_stmt_close(statement); }
+  };
+  using StatementPtr = std::unique_ptr<MYSQL_STMT, CloseStatement>;
+  struct Kept {
+    std::string sql;
+    StatementPtr statement;
+  };
+
+  Failure connect(const Address& address, const Host& host);
+  Failure configure();
+  Failure find_cluster();
+  Failure prepare(const std::string& sql, MYSQL_STMT*& statement);
+  Failure fetch(MYSQL_STMT* statement, std::span<const Class> classes, const TakeRow& row);
+  Failure failure() const;
+  Failure failure(MYSQL_STMT* statement) const;
+  Failure said_by_host(Failure failure) const;
+
+  Limits limits_;
+  MYSQL* mysql_ = nullptr;
+  std::string host_;
+  bool is_of_cluster_ = false;
+  std::list<Kept> kept_;  // the most recently used first
+  std::unordered_map<std::string_view, std::list<Kept>::iterator> places_;
+};
+
+}  // namespace zymdb::client::mariadb
+
+#endif

@@ -1,0 +1,94 @@
+#include "mariadb/cutting_proxy.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <utility>
+
+namespace {
+
+sockaddr_un address_of(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+  return address;
+}
+
+// What there is to be read; empty at the end.
+std::string receive(int from) {
+  char buffer[65536];
+  const ssize_t size = read(from, buffer, sizeof buffer);
+  return {buffer, size > 0 ? static_cast<size_t>(size) : 0};
+}
+
+bool send_all(int to, const std::string& text) {
+  return send(to, text.data(), text.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(text.size());
+}
+
+}  // namespace
+
+CuttingProxy::CuttingProxy(std::string path, std::string server)
+    : path_(std::move(path)),
+      server_(std::move(server)),
+      listener_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  const sockaddr_un address = address_of(path_);
+  bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  listen(listener_, 16);
+  accepting_ = std::thread([this] { accept_all(); });
+}
+
+CuttingProxy::~CuttingProxy() {
+  ends_ = true;
+  shutdown(listener_, SHUT_RDWR);
+  accepting_.join();
+  for (std::thread& thread : threads_) thread.join();
+  close(listener_);
+  unlink(path_.c_str());
+}
+
+void CuttingProxy::cut_at(std::string words, Cut cut) {
+  const std::lock_guard lock(mutex_);
+  words_ = std::move(words);
+  cut_ = cut;
+}
+
+bool CuttingProxy::is_cut(const std::string& sent, Cut& cut) {
+  const std::lock_guard lock(mutex_);
+  if (words_.empty() || sent.find(words_) == sent.npos) return false;
+  words_.clear();
+  cut = cut_;
+  return true;
+}
+
+void CuttingProxy::accept_all() {
+  for (int client; (client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+    ++connections_;
+    threads_.emplace_back([this, client] { pass(client); });
+  }
+}
+
+void CuttingProxy::pass(int client) {
+  const int server = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_un address = address_of(server_);
+  bool goes_on = connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  pollfd ends[] = {{client, POLLIN, 0}, {server, POLLIN, 0}};
+  while (goes_on && !ends_) {
+    if (poll(ends, 2, 50) <= 0) continue;
+    if (ends[0].revents != 0) {
+      const std::string sent = receive(client);
+      Cut cut{};
+      const bool cuts = is_cut(sent, cut);
+      goes_on = !sent.empty() && (cuts && cut == Cut::kStatement ? false : send_all(server, sent)) && !cuts;
+      // The server does what it heard before it notices that nobody listens.
+      if (cuts && cut == Cut::kAnswer) receive(server);
+    } else if (ends[1].revents != 0) {
+      const std::string answer = receive(server);
+      goes_on = !answer.empty() && send_all(client, answer);
+    }
+  }
+  close(server);
+  close(client);
+}
