@@ -18,13 +18,17 @@ struct ModuleRow {
   std::string_view scheme;
   const char* file;
 };
+#ifdef ZYMDB_ENGINE_MODULES
 constexpr std::array kModules = {ModuleRow{"mariadb", "libzymdb_engine_mariadb.so"}};
+#else
+constexpr std::array<ModuleRow, 0> kModules = {};
+#endif
 
 void warn(const char* line) {
   ruvo_log::logWarn("%s", line);
 }
 
-constexpr ModuleHost kHost = {creation_is_allowed, warn};
+[[maybe_unused]] constexpr ModuleHost kHost = {creation_is_allowed, warn};
 
 constinit std::array<const Engine*, 1 + kModules.size()> present = {&sqlite::kEngine};
 constinit std::atomic<size_t> count{1};
@@ -36,6 +40,16 @@ const Engine* find_present(std::string_view scheme) {
   return found == all.end() ? nullptr : *found;
 }
 
+[[maybe_unused]] const Engine* take_in(const ModuleRow& module, std::string& error) {
+  const std::lock_guard lock(opening);
+  if (const Engine* const engine = find_present(module.scheme)) return engine;
+  const Engine* const engine = open_module(module.file, kHost, error);
+  if (engine == nullptr) return nullptr;
+  present[count] = engine;
+  count.fetch_add(1, std::memory_order_release);
+  return engine;
+}
+
 }  // namespace
 
 std::span<const Engine* const> engines() {
@@ -45,15 +59,11 @@ std::span<const Engine* const> engines() {
 const Engine* engine_for(std::string_view scheme, std::string& error) {
   if (scheme.empty()) return present[0];
   if (const Engine* const engine = find_present(scheme)) return engine;
-  const auto module = std::ranges::find(kModules, scheme, &ModuleRow::scheme);
-  if (module == kModules.end()) return nullptr;
-  const std::lock_guard lock(opening);
-  if (const Engine* const engine = find_present(scheme)) return engine;
-  const Engine* const engine = open_module(module->file, kHost, error);
-  if (engine == nullptr) return nullptr;
-  present[count] = engine;
-  count.fetch_add(1, std::memory_order_release);
-  return engine;
+  if constexpr (!kModules.empty()) {
+    const auto module = std::ranges::find(kModules, scheme, &ModuleRow::scheme);
+    return module != kModules.end() ? take_in(*module, error) : nullptr;
+  }
+  return nullptr;
 }
 
 }  // namespace zymdb::client
