@@ -26,7 +26,7 @@ const WrongUsage kWrongUsages[] = {
     // What is missing.
     {{},
      "a command is missing; there are init, collect, record, show, link, watch, diff, check, history, "
-     "snapshot, export, settings, dpu, retimer, merge, "
+     "snapshot, export, serve, settings, dpu, retimer, merge, "
      "properties, "
      "vpd, drive-date, completion (try 'zymdb --help')\n"},
     {{"show"},
