@@ -117,6 +117,17 @@ class Service {
 
   Response answer(const Request& request) { return redfish_->answer(request); }
 
+  // No event is sent to where an input wants it.
+  void end_subscription(const Response& made) {
+    Request request{.method = Method::kDelete,
+                    .caller = {.user = "owner", .role = Role::kAdministrator, .session = {}}};
+    for (const auto& [name, value] : made.headers) {
+      if (name == "Location") request.path = value;
+    }
+    if (!request.path.starts_with("/redfish/v1/EventService/")) return;
+    require(redfish_->answer(request).status == 204, "a subscription that does not end", request.path);
+  }
+
   void require_unchanged() { require(everything_else() == before_, "more than pending values changed"); }
 
  private:
@@ -177,6 +188,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const Request request = request_of({reinterpret_cast<const char*>(data), size});
   const Response response = service.answer(request);
   check(request, response);
+  if (response.status == 201) service.end_subscription(response);
   if (request.method != Method::kGet && response.status < 400) service.require_unchanged();
   return 0;
 }

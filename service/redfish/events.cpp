@@ -23,6 +23,9 @@ constexpr auto kSilence = std::chrono::seconds(15);
 constexpr size_t kMostWaiting = 64;        // messages that nobody took yet
 constexpr size_t kMostEventsAtOnce = 100;  // in one message
 
+// Of all events that are told by their registry.
+constexpr char kEventType[] = "Other";
+
 constexpr ResourceEvent kCreated{"ResourceCreated", "The resource was created successfully."};
 constexpr ResourceEvent kRemoved{"ResourceRemoved", "The resource was removed successfully."};
 constexpr ResourceEvent kChanged{"ResourceChanged", "One or more resource properties have changed."};
@@ -39,7 +42,7 @@ std::string now_text() {
 
 Json record_of(const ResourceEvent& event, const std::string& id, size_t member, const std::string& time) {
   Json record{{"MemberId", std::to_string(member)},
-              {"EventType", "Event"},
+              {"EventType", kEventType},
               {"EventId", id + "-" + std::to_string(member)},
               {"EventTimestamp", time},
               {"MessageId", "ResourceEvent.1.4." + std::string(event.key)},
@@ -58,16 +61,20 @@ Json event_of(const std::string& id, Json records) {
           {"Events", std::move(records)}};
 }
 
-std::string message_of(const std::string& id, Json records) {
-  return "id: " + id + "\ndata: " + text_of(event_of(id, std::move(records))) + "\n\n";
+EventMessage message_of(const std::string& id, Json records) {
+  return {id, std::make_shared<const Json>(event_of(id, std::move(records)))};
+}
+
+std::string streamed(const EventMessage& message) {
+  return "id: " + message.id + "\ndata: " + text_of(*message.event) + "\n\n";
 }
 
 // What was dropped, somebody may have waited for.
-std::string overflow_message(const std::string& id) {
+EventMessage overflow_message(const std::string& id) {
   Json record = json_of(Message{"EventBufferExceeded"});
   record.erase("@odata.type");
   record["MemberId"] = "0";
-  record["EventType"] = "Event";
+  record["EventType"] = kEventType;
   record["EventTimestamp"] = now_text();
   return message_of(id, Json::array({std::move(record)}));
 }
@@ -118,6 +125,10 @@ struct Events::State {
   uint64_t subscriptions = 0;  // that there ever were
   uint64_t messages = 0;
   std::vector<Listener*> listeners;
+  Deliveries* deliveries = nullptr;  // null: over
+
+  // With the lock.
+  bool has_audience() const { return !listeners.empty() || (deliveries != nullptr && deliveries->is_busy()); }
 
   void look();
   void send(const std::vector<ResourceEvent>& events);
@@ -131,7 +142,7 @@ class Events::Listener : public Stream {
     const std::lock_guard only(state_->looking);
     const std::lock_guard lock(state_->mutex);
     std::erase(state_->listeners, this);
-    if (state_->listeners.empty()) state_->last = nullptr;
+    if (!state_->has_audience()) state_->last = nullptr;
   }
 
   std::string take() override {
@@ -160,7 +171,7 @@ class Events::Listener : public Stream {
   void add(const std::string& id, const std::string& message) {
     if (waiting_.size() == kMostWaiting) {
       waiting_.clear();
-      waiting_.push_back(overflow_message(id));
+      waiting_.push_back(streamed(overflow_message(id)));
     }
     waiting_.push_back(message);
   }
@@ -181,7 +192,8 @@ void Events::State::look() {
   if (!only.owns_lock()) return;
   {
     const std::lock_guard lock(mutex);
-    if (is_over) return;
+    if (!has_audience()) last = nullptr;
+    if (is_over || !has_audience()) return;
   }
   try {
     const TreePtr now = get_tree();
@@ -201,43 +213,67 @@ void Events::State::send(const std::vector<ResourceEvent>& events) {
     Json records = Json::array();
     for (size_t at = begin; at < std::min(begin + kMostEventsAtOnce, events.size()); ++at)
       records.push_back(record_of(events[at], id, at - begin, time));
-    const std::string message = message_of(id, std::move(records));
-    for (Listener* const listener : listeners) listener->add(id, message);
+    const EventMessage message = message_of(id, std::move(records));
+    if (!listeners.empty()) {
+      const std::string text = streamed(message);
+      for (Listener* const listener : listeners) listener->add(id, text);
+    }
+    if (deliveries != nullptr) deliveries->tell(message);
   }
   news.notify_all();
 }
 
-Events::Events(GetTree get_tree, IsAlive is_alive)
-    : state_(std::make_shared<State>(std::move(get_tree), std::move(is_alive))) {}
+Events::Events(GetTree get_tree, IsAlive is_alive, const DeliveryTimes& times)
+    : state_(std::make_shared<State>(std::move(get_tree), std::move(is_alive))),
+      deliveries_(
+          std::make_unique<Deliveries>([state = state_.get()] { state->look(); }, overflow_message, times)) {
+  state_->deliveries = deliveries_.get();
+}
 
 // Streams may be taken from a little longer: they tell that they are over, and of nothing else.
 Events::~Events() {
   const std::lock_guard looking(state_->looking);
   const std::lock_guard lock(state_->mutex);
   state_->is_over = true;
+  state_->deliveries = nullptr;
   state_->news.notify_all();
 }
 
 std::shared_ptr<Stream> Events::subscribe(const Caller& caller) {
   const TreePtr now = state_->get_tree();
   const std::lock_guard only(state_->looking);
-  {
-    const std::lock_guard lock(state_->mutex);
-    if (state_->listeners.size() >= kMostSubscriptions) return nullptr;
-  }
-  // While nobody listened, nobody looked.
-  if (subscriptions().empty()) state_->last = now;
   const std::lock_guard lock(state_->mutex);
+  if (state_->listeners.size() >= kMostStreams) return nullptr;
+  // While nobody listened, nobody looked.
+  if (!state_->has_audience()) state_->last = now;
   auto listener = std::make_shared<Listener>(
       state_, Subscription{std::to_string(++state_->subscriptions), caller.user, caller.session});
   state_->listeners.push_back(listener.get());
   return listener;
 }
 
+std::string Events::subscribe(const Caller& caller, Destination to) {
+  const TreePtr now = state_->get_tree();
+  const std::lock_guard only(state_->looking);
+  const std::lock_guard lock(state_->mutex);
+  const bool had_audience = state_->has_audience();
+  const std::string id = std::to_string(state_->subscriptions + 1);
+  if (!deliveries_->add(id, caller.user, std::move(to))) return "";
+  ++state_->subscriptions;
+  if (!had_audience) state_->last = now;
+  return id;
+}
+
+bool Events::change(const std::string& id, const DestinationChange& change) {
+  return deliveries_->change(id, change);
+}
+
 std::vector<Subscription> Events::subscriptions() const {
   const std::lock_guard lock(state_->mutex);
   std::vector<Subscription> all;
   for (const Listener* const listener : state_->listeners) all.push_back(listener->about());
+  for (Delivery& delivery : deliveries_->all())
+    all.push_back({.id = delivery.id, .user = delivery.user, .session = {}, .delivery = std::move(delivery)});
   return all;
 }
 
@@ -250,7 +286,7 @@ bool Events::end(const std::string& id) {
     state_->news.notify_all();
     return true;
   }
-  return false;
+  return deliveries_->end(id);
 }
 
 void Events::send_test_event() {

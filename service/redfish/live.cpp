@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "documents/part_names.h"
+#include "service/redfish/destinations.h"
 #include "service/redfish/model/names.h"
 #include "service/redfish/model/paths.h"
 #include "service/redfish/model/roles.h"
@@ -15,6 +16,7 @@ namespace zymdb::service::redfish {
 namespace {
 
 constexpr char kReadOnlyCollection[] = "GET, HEAD";
+constexpr char kGrowingCollection[] = "GET, HEAD, POST";
 
 bool is_in(const std::string& path, const std::string& collection) {
   return path == collection || (path.starts_with(collection) && path[collection.size()] == '/');
@@ -67,15 +69,20 @@ Json account_resource(const Account& account) {
   return resource(kAccounts + "/" + account.id, *schema("ManagerAccount"), std::move(json));
 }
 
-Json subscription_resource(const Subscription& subscription) {
-  return resource(kSubscriptions + "/" + subscription.id, *schema("EventDestination"),
-                  {{"Name", "Stream of events"},
-                   {"Context", documents::utf8_text(subscription.user)},
-                   {"Protocol", "Redfish"},
-                   {"SubscriptionType", "SSE"},
-                   {"EventFormatType", "Event"},
-                   {"RegistryPrefixes", Json::array({"ResourceEvent"})},
-                   {"Status", status("Enabled")}});
+// What is posted, and whether it still is.
+void add_delivery(Json& json, const Delivery& delivery) {
+  json["Name"] = "Posted events";
+  if (delivery.dropped > 0)
+    json["Description"] = "Messages that were dropped: " + std::to_string(delivery.dropped);
+  json["Destination"] = delivery.to.url;
+  json["Context"] = delivery.to.context ? Json(*delivery.to.context) : Json();
+  json["SubscriptionType"] = "RedfishEvent";
+  json["DeliveryRetryPolicy"] = name_of(delivery.to.after_retries);
+  json["VerifyCertificate"] = true;
+  // They may be secrets.
+  json["HttpHeaders"] = Json::array();
+  const bool is_warned = delivery.is_suspended || delivery.dropped > 0;
+  json["Status"] = status(delivery.is_suspended ? "Disabled" : "Enabled", is_warned);
 }
 
 bool may_see(const Caller& caller, const std::string& user) {
@@ -92,6 +99,15 @@ Json session_resource(const LoginSession& session) {
             {"CreatedTime", time_text(session.created)}};
   if (const RoleName* const role = name_of(session.role)) json["Roles"] = Json::array({role->id});
   return resource(kSessions + "/" + session.id, *schema("Session"), std::move(json));
+}
+
+Json subscription_resource(const Subscription& subscription) {
+  Json json{{"Name", "Stream of events"}, {"Context", documents::utf8_text(subscription.user)},
+            {"Protocol", "Redfish"},      {"SubscriptionType", "SSE"},
+            {"EventFormatType", "Event"}, {"RegistryPrefixes", Json::array({"ResourceEvent"})},
+            {"Status", status("Enabled")}};
+  if (subscription.delivery) add_delivery(json, *subscription.delivery);
+  return resource(kSubscriptions + "/" + subscription.id, *schema("EventDestination"), std::move(json));
 }
 
 bool Live::may_see(const Caller& caller, const LoginSession& session) {
@@ -129,7 +145,7 @@ std::optional<LiveResource> Live::find_session(const std::string& path, const Ca
   if (path == kSessions) {
     std::vector<std::string> members;
     for (const LoginSession& session : sessions_for(caller)) members.push_back(kSessions + "/" + session.id);
-    return live_collection(path, schema("SessionCollection"), members, "GET, HEAD, POST");
+    return live_collection(path, schema("SessionCollection"), members, kGrowingCollection);
   }
   const auto session = accounts_.session(path.substr(kSessions.size() + 1));
   if (!session) return {};
@@ -164,13 +180,13 @@ std::optional<LiveResource> Live::find_subscription(const std::string& path, con
     const std::string own_path = kSubscriptions + "/" + subscription.id;
     if (own_path == path)
       return LiveResource{.schema = schema("EventDestination"),
-                          .allowed = "GET, HEAD, DELETE",
+                          .allowed = subscription.delivery ? "GET, HEAD, PATCH, DELETE" : "GET, HEAD, DELETE",
                           .json = subscription_resource(subscription),
                           .is_of_others = is_of_others};
     if (!is_of_others) members.push_back(own_path);
   }
   if (path != kSubscriptions) return {};
-  return live_collection(path, schema("EventDestinationCollection"), members, kReadOnlyCollection);
+  return live_collection(path, schema("EventDestinationCollection"), members, kGrowingCollection);
 }
 
 }  // namespace zymdb::service::redfish

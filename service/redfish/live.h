@@ -43,6 +43,7 @@ class Live {
 };
 
 Json session_resource(const LoginSession& session);
+Json subscription_resource(const Subscription& subscription);
 
 }  // namespace zymdb::service::redfish
 

@@ -9,6 +9,7 @@
 #include "common/client_objects.h"
 #include "service/http/entity_tag.h"
 #include "service/redfish/cache.h"
+#include "service/redfish/destinations.h"
 #include "service/redfish/errors.h"
 #include "service/redfish/events.h"
 #include "service/redfish/headers.h"
@@ -159,7 +160,8 @@ class Redfish::Service {
         accounts_(accounts),
         options_(options),
         events_([this] { return view()->tree; },
-                [&accounts](const std::string& session) { return accounts.session(session).has_value(); }),
+                [&accounts](const std::string& session) { return accounts.session(session).has_value(); },
+                options.delivery),
         live_(accounts, events_) {}
 
   Response answer(const Request& request) {
@@ -277,9 +279,11 @@ class Redfish::Service {
     if (!found) return not_found(request);
     if (!is_method_in(request.method, found->allowed))
       return with_allowed(error_response(405), found->allowed);
-    if (request.method == Method::kPost) return log_in(accounts_, request);
+    if (request.method == Method::kPost)
+      return path == kSessions ? log_in(accounts_, request) : subscribe(request, found->allowed);
     if (found->is_of_others) return with_allowed(error_response(403), found->allowed);
     if (request.method == Method::kDelete) return end(path, request, *found);
+    if (request.method == Method::kPatch) return change_subscription(path, request, *found);
     Query query;
     if (const auto error = parse_query(request.query, query)) return refusal_of(*error);
     if (!found->json.contains("Members") && (query.only || query.top || query.skip))
@@ -297,9 +301,60 @@ class Redfish::Service {
     return found && !found->is_of_others ? with_etag(std::move(found->json)) : Json();
   }
 
-  Response end(const std::string& path, const Request& request, const LiveResource& resource) {
+  Response subscribe(const Request& request, const char* allowed) {
+    if (!request.caller.may(Role::kOperator)) return with_allowed(error_response(403), allowed);
+    const ParsedBody body = parse_body(request);
+    if (body.refusal) return with_allowed(*body.refusal, allowed);
+    WantedDestination wanted = wanted_destination(body.object);
+    if (!wanted.objections.empty()) return with_allowed(error_with(400, wanted.objections), allowed);
+    const std::string id = events_.subscribe(request.caller, std::move(wanted.destination));
+    if (id.empty()) return with_allowed(error_with(507, {{"CreateLimitReachedForResource"}}), allowed);
+    const std::string path = kSubscriptions + "/" + id;
+    const auto made = live_.find(path, request.caller);
+    // Somebody else has ended it since.
+    if (!made) return not_found(request);
+    Response response = changed(*made, {});
+    response.status = 201;
+    response.headers.emplace_back("Location", path);
+    return response;
+  }
+
+  Response change_subscription(const std::string& path, const Request& request, const LiveResource& before) {
+    const ParsedBody body = parse_body(request);
+    if (body.refusal) return with_allowed(*body.refusal, before.allowed);
+    if (!is_as_wanted(request, before)) return with_allowed(error_response(412), before.allowed);
+    const WantedChange wanted = wanted_change(body.object);
+    if (!wanted.objections.empty()) return with_allowed(error_with(400, wanted.objections), before.allowed);
+    if (!wanted.change.context && !wanted.change.after_retries) {
+      const std::vector<Message> nothing{{"NoOperation"}};
+      return with_allowed(error_with(400, wanted.unchanged.empty() ? nothing : wanted.unchanged),
+                          before.allowed);
+    }
+    if (!events_.change(path.substr(path.rfind('/') + 1), wanted.change)) return not_found(request);
+    const auto now = live_.find(path, request.caller);
+    return now ? changed(*now, wanted.unchanged) : not_found(request);
+  }
+
+  // A resource as it is since the request, with what was left alone beside it.
+  static Response changed(const LiveResource& resource, const std::vector<Message>& unchanged) {
+    Json json = with_etag(resource.json);
+    const std::string etag = json["@odata.etag"].get<std::string>();
+    for (const Message& message : unchanged)
+      json[message.property.substr(2) + "@Message.ExtendedInfo"].push_back(json_of(message));
+    Response response = Response::of(200, kJsonType, redfish::text_of(json));
+    add_common_headers(response, resource.allowed);
+    response.headers.emplace_back("ETag", etag);
+    response.headers.emplace_back("Link", "<" + publication_of(*resource.schema) + ">; rel=describedby");
+    return response;
+  }
+
+  static bool is_as_wanted(const Request& request, const LiveResource& resource) {
     const auto wanted = request.header("If-Match");
-    if (wanted && !names_tag(*wanted, written(resource.json, {}, {}).etag)) return error_response(412);
+    return !wanted || names_tag(*wanted, written(resource.json, {}, {}).etag);
+  }
+
+  Response end(const std::string& path, const Request& request, const LiveResource& resource) {
+    if (!is_as_wanted(request, resource)) return error_response(412);
     const std::string id = path.substr(path.rfind('/') + 1);
     const bool is_ended = path.starts_with(kSessions + "/") ? accounts_.end_session(id) : events_.end(id);
     return is_ended ? no_content(resource.allowed) : not_found(request);

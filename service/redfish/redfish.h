@@ -8,6 +8,7 @@
 #include "service/accounts/accounts.h"
 #include "service/http/message.h"
 #include "service/inventory/current.h"
+#include "service/redfish/model/features.h"
 
 namespace zymdb::service {
 
@@ -17,11 +18,13 @@ struct RedfishOptions {
   // In a process that makes no databases: where settings are saved, the BIOS configuration manager may make
   // its own, which keeps what it accepted.
   bool may_create_properties = false;
+  redfish::DeliveryTimes delivery = {};
 };
 
 class Redfish : public Handler {
  public:
-  // All of it outlives the handler. The streams that it hands out may outlive it: they are over then.
+  // All of it outlives the handler. The streams that it hands out may outlive it: they are over then. Nothing
+  // is posted any more.
   Redfish(Current& current, Accounts& accounts, const RedfishOptions& options = {});
   ~Redfish() override;
 

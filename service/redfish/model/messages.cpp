@@ -35,6 +35,13 @@ constexpr RegistryMessage kMessages[] = {
      "The value '%1' for the property %2 is not in the supported range of acceptable values.",
      "Correct the value for the property in the request body and resubmit the request if the operation "
      "failed."},
+    {"PropertyValueError", "Warning", "The value provided for the property %1 is not valid.",
+     "Correct the value for the property in the request body and resubmit the request if the operation "
+     "failed."},
+    {"StringValueTooLong", "Warning", "The string '%1' exceeds the length limit %2.",
+     "Resubmit the request with an appropriate string length."},
+    {"ArraySizeTooLong", "Warning", "The array provided for property %1 exceeds the size limit %2.",
+     "Resubmit the request with an appropriate array size."},
     {"PropertyNotWritable", "Warning",
      "The property %1 is a read-only property and cannot be assigned a value.",
      "Remove the property from the request body and resubmit the request if the operation failed."},
@@ -82,6 +89,14 @@ constexpr RegistryMessage kMessages[] = {
      "the implementation.",
      "Reduce the number of other subscriptions before trying to establish the event subscription or increase "
      "the limit of simultaneous subscriptions, if supported."},
+    {"CreateFailedMissingReqProperties", "Critical",
+     "The create operation failed because the required property %1 was missing from the request.",
+     "Correct the body to include the required property with a valid value and resubmit the request if the "
+     "operation failed."},
+    {"CreateLimitReachedForResource", "Critical",
+     "The create operation failed because the resource has reached the limit of possible resources.",
+     "Either delete resources and resubmit the request if the operation failed or do not resubmit the "
+     "request."},
     {"PayloadTooLarge", "Critical", "The supplied payload exceeds the maximum size supported by the service.",
      "Check that the supplied payload is correct and supported by this service."},
     {"InsufficientStorage", "Critical", "Insufficient storage or memory available to complete the request.",

@@ -13,7 +13,6 @@ Json make_chassis(const Tree& tree) {
   Json json{{"Name", "Chassis"}, {"ChassisType", "Other"}, {"Status", status("Enabled")}};
   if (machine.system) fill(json, *machine.system, mappings_of("Chassis", "system"));
   json["PCIeDevices"] = link(kDevices);
-  json["PCIeSlots"] = link(kSlots);
   json["NetworkAdapters"] = link(kNetworkAdapters);
   json["Drives"] = link(kDrives);
   add_links(json["Links"], "ComputerSystems", {kSystem});

@@ -109,7 +109,7 @@ TEST_F(RedfishEvents, EndWithTheService) {
 
 TEST_F(RedfishEvents, AreForSoManyAtMost) {
   std::vector<std::shared_ptr<Stream>> streams;
-  for (size_t i = 0; i < redfish::Events::kMostSubscriptions; ++i)
+  for (size_t i = 0; i < redfish::Events::kMostStreams; ++i)
     ASSERT_NE(streams.emplace_back(listen()), nullptr);
   const Response response = get(kStreamPath);
   EXPECT_EQ(response.status, 503);

@@ -6,12 +6,15 @@ is set.
 usage: redfish_walk_test.py TOOL ROOT ASKER
 """
 import fcntl
+import http.server
 import json
 import os
+import queue
 import re
 import subprocess
 import sys
 import tempfile
+import threading
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
@@ -140,7 +143,8 @@ def check_resource(path, answer, resource, types):
 
 
 def walk(ask, schemas):
-    types, resources, pending = known_types(ask), {}, ["/redfish/v1"]
+    # The property that leads to the slots is deprecated; they are where the schema says that they are.
+    types, resources, pending = known_types(ask), {}, ["/redfish/v1", "/redfish/v1/Chassis/1/PCIeSlots"]
     while pending:
         path = pending.pop()
         if path in resources:
@@ -217,6 +221,7 @@ def check_example(ask, resources):
     assert (firmware["Version"], firmware["SoftwareId"]) == ("GDC5602Q", "OS:NVME")
     slots = {each["Location"]["PartLocation"]["LocationOrdinalValue"]: each
              for each in resources["/redfish/v1/Chassis/1/PCIeSlots"]["Slots"]}
+    assert "PCIeSlots" not in resources["/redfish/v1/Chassis/1"]
     assert sorted(slots) == [1, 2, 4, 5, 6, 7, 8, 10]
     assert (slots[10]["SlotType"], slots[10]["Lanes"], slots[1]["PCIeType"]) == ("OCP3Small", 16, "Gen4")
     attributes = resources["/redfish/v1/Systems/1/Bios"]["Attributes"]
@@ -273,6 +278,10 @@ def check_published_messages(ask, schemas):
                 {"path": "/redfish/v1/Systems", "query": [["$filter", "x"]]}, {"path": "/redfish/v1/Systems", "role": 0},
                 {"path": "/redfish/v1/SessionService/Sessions", "method": "POST", "body": "{",
                  "headers": [["Content-Type", "application/json"]]}]
+    subscriptions = [{}, {"Destination": "http://user@x/", "Protocol": "FTP"}, {"Destination": "h" * 2000},
+                     {"HttpHeaders": [{"A": "b"}] * 20}, {"EventFormatType": 4}]
+    requests += [{"path": "/redfish/v1/EventService/Subscriptions", "method": "POST", "body": json.dumps(each),
+                  "headers": [["Content-Type", "application/json"]]} for each in subscriptions]
     for request in requests:
         answer = ask(request.pop("path"), **request)
         assert answer["status"] >= 400
@@ -286,6 +295,40 @@ def check_published_messages(ask, schemas):
             assert (each["Message"], each["MessageSeverity"], each["Resolution"]) == \
                 (words, message["MessageSeverity"], message["Resolution"])
             assert len(each["MessageArgs"]) == message["NumberOfArgs"]
+
+
+class Receiver(http.server.BaseHTTPRequestHandler):
+    """Whom events are posted to."""
+    events = queue.Queue()
+
+    def do_POST(self):
+        self.events.put(json.loads(self.rfile.read(int(self.headers["Content-Length"]))))
+        self.send_response(204)
+        self.end_headers()
+
+    def log_message(self, *_):
+        pass
+
+
+def check_deliveries(ask, schemas):
+    """A subscription is a resource, and what is posted is an event, by the published schemas."""
+    with http.server.ThreadingHTTPServer(("127.0.0.1", 0), Receiver) as server:
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        subscriptions = "/redfish/v1/EventService/Subscriptions"
+        wanted = {"Destination": f"http://127.0.0.1:{server.server_port}/", "Protocol": "Redfish", "Context": "here"}
+        made = ask(subscriptions, method="POST", body=json.dumps(wanted), headers=[["Content-Type", "application/json"]])
+        assert made["status"] == 201, made
+        path = made["headers"]["Location"]
+        answer = ask(path)
+        schemas.validate("EventDestination.v1_16_0", json.loads(answer["body"]))
+        schemas.validate("EventDestination.v1_16_0", json.loads(made["body"]))
+        schemas.validate("EventDestinationCollection", ask.json(subscriptions))
+        assert ask("/redfish/v1/EventService/Actions/EventService.SubmitTestEvent", method="POST")["status"] == 204
+        event = Receiver.events.get(timeout=20)
+        schemas.validate("Event.v1_13_0", event)
+        assert event["Context"] == "here"
+        assert ask(path, method="DELETE")["status"] == 204
+        server.shutdown()
 
 
 def check(name, fill, schemas):
@@ -306,6 +349,7 @@ def check(name, fill, schemas):
             if name == "example server" and schemas:
                 check_mistakes(schemas, resources)
                 check_published_messages(ask, schemas)
+                check_deliveries(ask, schemas)
         return len(resources)
 
 

@@ -27,6 +27,19 @@ TEST_F(RedfishSessions, BeginWithALogin) {
   EXPECT_EQ(get(session["@odata.id"]).status, 200);
 }
 
+TEST_F(RedfishSessions, BeginAtTheMembersToo) {
+  Request wanted =
+      request(Method::kPost, std::string(kSessionsPath) + "/Members", {{"Content-Type", "application/json"}});
+  wanted.body = R"({"UserName":"reader","Password":"redaer"})";
+  wanted.caller = {};
+  EXPECT_TRUE(Redfish::is_public(wanted));
+  const Response response = ask(wanted);
+  ASSERT_EQ(response.status, 201) << body_of(response);
+  EXPECT_EQ(get(header_of(response, "Location")).status, 200);
+  wanted.method = Method::kGet;
+  EXPECT_FALSE(Redfish::is_public(wanted));
+}
+
 TEST_F(RedfishSessions, AreRefusedWithAReason) {
   EXPECT_EQ(log_in("reader", "wrong").status, 401);
   EXPECT_EQ(header_of(log_in("reader", "wrong"), "WWW-Authenticate"), "Basic realm=\"zymdb\"");
