@@ -1,5 +1,6 @@
 #include "service/redfish/deliveries.h"
 
+#include <pthread.h>
 #include <signal.h>
 
 #include <algorithm>
@@ -108,6 +109,7 @@ bool Deliveries::is_busy() const {
 
 void Deliveries::work() {
   block_signals();
+  pthread_setname_np(pthread_self(), "zymdb-events");
   while (true) {
     try {
       if (!has_reason_to_work()) return;

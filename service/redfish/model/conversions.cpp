@@ -1,11 +1,11 @@
 #include "service/redfish/model/conversions.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <optional>
-#include <regex>
 #include <span>
 
 #include "documents/part_names.h"
@@ -22,6 +22,16 @@ std::optional<uint64_t> number_of(const Value& value) {
 
 const std::string* text_of(const Value& value) {
   return std::get_if<std::string>(&value);
+}
+
+// Whether the text is written like the form, whose "9" stand for digits and whose "F" for hexadecimal ones.
+bool has_form(std::string_view text, std::string_view form) {
+  const auto is_like = [](char c, char like) {
+    const bool is_digit = c >= '0' && c <= '9';
+    if (like == 'F') return is_digit || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+    return like == '9' ? is_digit : c == like;
+  };
+  return std::ranges::equal(text, form, is_like);
 }
 
 Json hex(const Value& value, int digits) {
@@ -218,10 +228,8 @@ Json as_hex6(const Value& value) {
 }
 
 Json as_uuid(const Value& value) {
-  static const std::regex kForm(
-      "[0-9A-Fa-f]{8}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{12}");
   const std::string* const text = text_of(value);
-  return text != nullptr && std::regex_match(*text, kForm) ? Json(*text) : Json();
+  return text != nullptr && has_form(*text, "FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF") ? Json(*text) : Json();
 }
 
 Json as_mac_address(const Value& value) {
@@ -269,15 +277,12 @@ Json bytes_of_capacity(const Value& value) {
 }
 
 Json time_of_date(const Value& value) {
-  static const std::regex kAmerican("([0-9]{2})/([0-9]{2})/([0-9]{4})");
-  static const std::regex kIso("([0-9]{4})-([0-9]{2})-([0-9]{2})");
   const std::string* const text = text_of(value);
-  std::smatch match;
   std::string year, month, day;
-  if (text != nullptr && std::regex_match(*text, match, kAmerican)) {
-    year = match[3], month = match[1], day = match[2];
-  } else if (text != nullptr && std::regex_match(*text, match, kIso)) {
-    year = match[1], month = match[2], day = match[3];
+  if (text != nullptr && has_form(*text, "99/99/9999")) {
+    year = text->substr(6), month = text->substr(0, 2), day = text->substr(3, 2);
+  } else if (text != nullptr && has_form(*text, "9999-99-99")) {
+    year = text->substr(0, 4), month = text->substr(5, 2), day = text->substr(8);
   } else {
     return nullptr;
   }
