@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 #include <span>
 
 #include "common/client_extensions.h"
@@ -100,10 +99,9 @@ std::vector<Event> read_history(const std::vector<RecordType>& types, uint64_t s
   const auto entries = read_entries();
   Rewinder rewinder(types);
   std::vector<Event> events;
-  for (const Entry& entry : std::ranges::reverse_view(entries)) {
-    if (entry.generation < since) break;
-    if (entry.account.empty()) continue;
-    Event event = rewinder.take_back(entry);
+  for (auto entry = entries.rbegin(); entry != entries.rend() && entry->generation >= since; ++entry) {
+    if (entry->account.empty()) continue;
+    Event event = rewinder.take_back(*entry);
     if (!event.changes.empty()) events.push_back(std::move(event));
   }
   std::ranges::reverse(events);

@@ -15,6 +15,9 @@
 namespace zymdb::service {
 namespace {
 
+// As PAM takes it, though its constants have no sign.
+constexpr int kFlags = static_cast<int>(PAM_SILENT | PAM_DISALLOW_NULL_AUTHTOK);
+
 constexpr std::pair<const char*, Role> kGroups[] = {
     {"zymdb-administrator", Role::kAdministrator},
     {"zymdb-operator", Role::kOperator},
@@ -118,8 +121,8 @@ bool is_password(const std::string& user, const std::string& password, const std
   PamConversation pam(user, password);
   pam.then(pam_set_item, PAM_FAIL_DELAY, reinterpret_cast<const void*>(&do_not_wait));
   pam.then(pam_set_item, PAM_RHOST, static_cast<const void*>(peer.c_str()));
-  pam.then(pam_authenticate, PAM_SILENT | PAM_DISALLOW_NULL_AUTHTOK);
-  pam.then(pam_acct_mgmt, PAM_SILENT | PAM_DISALLOW_NULL_AUTHTOK);
+  pam.then(pam_authenticate, kFlags);
+  pam.then(pam_acct_mgmt, kFlags);
   return pam.has_succeeded();
 }
 

@@ -77,7 +77,7 @@ Address address_of(MHD_Connection* connection) {
 
 // Lines that clients can cause are nobody's business; why it does not start is.
 struct Complaint {
-  static void note(void* self, const char* format, va_list arguments) {
+  [[gnu::format(printf, 2, 0)]] static void note(void* self, const char* format, va_list arguments) {
     auto& complaint = *static_cast<Complaint*>(self);
     const std::lock_guard lock(complaint.mutex);
     if (!complaint.is_starting) return;

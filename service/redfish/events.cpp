@@ -26,10 +26,10 @@ constexpr size_t kMostEventsAtOnce = 100;  // in one message
 // Of all events that are told by their registry.
 constexpr char kEventType[] = "Other";
 
-constexpr ResourceEvent kCreated{"ResourceCreated", "The resource was created successfully."};
-constexpr ResourceEvent kRemoved{"ResourceRemoved", "The resource was removed successfully."};
-constexpr ResourceEvent kChanged{"ResourceChanged", "One or more resource properties have changed."};
-constexpr ResourceEvent kTest{"TestMessage", "Test message."};
+const ResourceEvent kCreated{"ResourceCreated", "The resource was created successfully."};
+const ResourceEvent kRemoved{"ResourceRemoved", "The resource was removed successfully."};
+const ResourceEvent kChanged{"ResourceChanged", "One or more resource properties have changed."};
+const ResourceEvent kTest{"TestMessage", "Test message."};
 
 std::string now_text() {
   const std::time_t now = std::time(nullptr);
