@@ -201,6 +201,25 @@ TEST_F(QueryTest, ARawStatementReads) {
   }
 }
 
+TEST_F(QueryTest, ARawStatementMaySelectWhateverAnExpressionEndsIn) {
+  given("PCIs", {{"BusNo", 7}});
+  const struct {
+    const char* expression;
+    int status;
+  } kCases[] = {{"BusNo+1", 0},
+                {"'it''s' <> BusNo", 0},
+                {"BusNo || 'x'", 0},
+                {"?+BusNo", ZYM_DB_STATUS_INVALID_PARAM},
+                {"BusNo=?", ZYM_DB_STATUS_INVALID_PARAM}};
+  for (const auto& [expression, status] : kCases) {
+    const std::string sql = std::string("select ") + expression + " from PCIs";
+    zym_db_result_t* rows = nullptr;
+    EXPECT_EQ(zym_db_raw_query(handle(), sql.c_str(), static_cast<int>(sql.size()) + 1, &rows), status)
+        << expression;
+    EXPECT_EQ(Rows(rows) != nullptr, status == 0) << expression;
+  }
+}
+
 TEST_F(QueryTest, ARawStatementEndsWithItsBuffer) {
   zym_db_result_t* rows = nullptr;
   const char text[] = "select _id from PCIs and what follows in memory";

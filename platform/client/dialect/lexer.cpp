@@ -67,8 +67,9 @@ Token Lexer::next() {
   if (c == '"' || c == '\'') return text_token();
   if (c == ';') return last_token();
   if (c == '?') {
+    const Token token = make(TokenKind::kPlaceholder, rest_.substr(0, 1));
     take(1);
-    return make(TokenKind::kPlaceholder, "?");
+    return token;
   }
   return operator_token();
 }

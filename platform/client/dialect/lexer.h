@@ -34,8 +34,8 @@ enum class TokenKind : uint8_t {
 
 struct Token {
   TokenKind kind = TokenKind::kEnd;
-  char quote = 0;  // of a text that holds this quote doubled; 0 when it can be used as it stands
-  std::string_view text;
+  char quote = 0;         // of a text that holds this quote doubled; 0 when it can be used as it stands
+  std::string_view text;  // a part of the input, but of an invalid token
   union {
     int64_t integer = 0;
     double real;

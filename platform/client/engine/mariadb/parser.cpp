@@ -186,10 +186,15 @@ class Parser {
     }
     const size_t begin = at_;
     Expression value = expression();
-    const char* const first = tokens_[begin].text.data();
-    const char* const end = tokens_[at_ - 1].text.data() + tokens_[at_ - 1].text.size();
-    std::string name = value.kind == Kind::kColumn ? value.column->name : std::string(first, end);
+    std::string name = value.kind == Kind::kColumn ? value.column->name : source(begin, at_ - 1);
     select.items.push_back({std::move(value), std::move(name)});
+  }
+  // As it was written, from one token to another.
+  std::string source(size_t from, size_t to) const {
+    const auto quote = [](const Token& token) { return token.kind == TokenKind::kText ? 1 : 0; };
+    const Token& first = tokens_[from];
+    const Token& last = tokens_[to];
+    return {first.text.data() - quote(first), last.text.data() + last.text.size() + quote(last)};
   }
   void groups(Select& select) {
     if (!accept("GROUP")) return;
