@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <filesystem>
 
 namespace zymdb::client::sqlite {
@@ -43,9 +45,8 @@ Files FileNames::identify() const {
 }
 
 std::string resolved(const std::string& path) {
-  std::error_code missing;
-  const auto real = std::filesystem::canonical(path, missing);
-  return missing ? path : real.string();
+  char real[PATH_MAX];
+  return realpath(path.c_str(), real) != nullptr ? real : path;
 }
 
 bool may_read(const std::string& path) {
