@@ -1,7 +1,5 @@
 #include "client/engine/sqlite/journal.h"
 
-#include <chrono>
-
 #include "client/engine/sqlite/rows.h"
 #include "zymdb_db.h"
 
@@ -15,12 +13,6 @@ constexpr char kOldest[] = ZYMDB_ENTRIES " LIMIT 1";
 constexpr char kMove[] = R"(UPDATE "Journal" SET "_id"=?1, "Time"=?2 WHERE "_id"=?1-1)";
 constexpr char kAdd[] = R"(INSERT INTO "Journal" ("_id", "Time", "Size", "Changes") VALUES (?1, ?2, ?3, ?4))";
 constexpr char kDrop[] = R"(DELETE FROM "Journal" WHERE "_id"<?1 AND ("Time"<?2 OR "Size"<=?3))";
-
-int64_t now_in_milliseconds() {
-  using std::chrono::system_clock;
-  return std::chrono::duration_cast<std::chrono::milliseconds>(system_clock::now().time_since_epoch())
-      .count();
-}
 
 }  // namespace
 
@@ -37,31 +29,22 @@ Failure Journal::record() {
 }
 
 Failure Journal::append(const std::string& account) {
-  Entry newest;
+  JournalEntry newest;
   if (Failure failure = find(newest_, kNewest, newest)) return failure;
-  const bool moves = account.empty() && newest.id != 0 && !newest.has_account;
-  const Entry entry{newest.id + 1, now_in_milliseconds(), newest.size + static_cast<int64_t>(account.size())};
-  if (moves) return run(move_, kMove, entry);
+  const JournalEntry entry = entry_after(newest, account);
+  if (entry.takes_place_of(newest)) return run(move_, kMove, entry);
   if (Failure failure = run(add_, kAdd, entry, account.empty() ? nullptr : &account)) return failure;
-  return drop_oldest(entry);
-}
-
-// Once it is too much an eighth goes, so that not every change writes at both ends of the table.
-Failure Journal::drop_oldest(const Entry& newest) {
-  const int64_t oldest_time = newest.time - std::chrono::milliseconds(bounds_.age).count();
-  Entry oldest;
+  JournalEntry oldest;
   if (Failure failure = find(oldest_, kOldest, oldest)) return failure;
-  const bool is_too_much = bounds_.keeps_any() && newest.size - oldest.size > bounds_.bytes;
-  if (!is_too_much && oldest.time >= oldest_time) return {};
-  const int64_t dropped_size = is_too_much ? newest.size - bounds_.bytes / 8 * 7 : 0;
-  return run(drop_, kDrop, {newest.id, oldest_time, dropped_size});
+  const JournalEntry dropped = what_to_drop(oldest, entry, bounds_);
+  return dropped.id != 0 ? run(drop_, kDrop, dropped) : Failure{};
 }
 
 Failure Journal::generation(uint64_t& generation) {
   WalHeader header;
   const bool has_header = wal_index_ != nullptr && wal_index_->read(header);
   if (!has_header || !has_seen_ || header != seen_) {
-    Entry newest;
+    JournalEntry newest;
     if (Failure failure = find(newest_, kNewest, newest)) return failure;
     generation_ = static_cast<uint64_t>(newest.id);
     // It may be a later one's by now: the next call then finds another header and reads again.
@@ -72,7 +55,7 @@ Failure Journal::generation(uint64_t& generation) {
   return {};
 }
 
-Failure Journal::find(StatementPtr& statement, const char* sql, Entry& entry) {
+Failure Journal::find(StatementPtr& statement, const char* sql, JournalEntry& entry) {
   if (Failure failure = prepare(statement, sql)) return failure;
   const Run run(statement.get());
   const int code = run.step();
@@ -83,7 +66,7 @@ Failure Journal::find(StatementPtr& statement, const char* sql, Entry& entry) {
   return {};
 }
 
-Failure Journal::run(StatementPtr& statement, const char* sql, const Entry& entry,
+Failure Journal::run(StatementPtr& statement, const char* sql, const JournalEntry& entry,
                      const std::string* account) {
   if (Failure failure = prepare(statement, sql)) return failure;
   const Run run(statement.get());

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "client/engine/history_bounds.h"
+#include "client/engine/journal_entry.h"
 #include "client/engine/sqlite/change_recorder.h"
 #include "client/engine/sqlite/handles.h"
 #include "client/engine/sqlite/wal_index.h"
@@ -30,17 +31,9 @@ class Journal {
   Failure generation(uint64_t& generation);
 
  private:
-  struct Entry {
-    int64_t id = 0;
-    int64_t time = 0;  // ms since 1970
-    int64_t size = 0;  // of all accounts up to this one
-    bool has_account = false;
-  };
-
   Failure append(const std::string& account);
-  Failure drop_oldest(const Entry& newest);
-  Failure find(StatementPtr& statement, const char* sql, Entry& entry);
-  Failure run(StatementPtr& statement, const char* sql, const Entry& entry,
+  Failure find(StatementPtr& statement, const char* sql, JournalEntry& entry);
+  Failure run(StatementPtr& statement, const char* sql, const JournalEntry& entry,
               const std::string* account = nullptr);
   Failure prepare(StatementPtr& statement, const char* sql);
 
