@@ -20,18 +20,6 @@
 #include "support/system_log.h"
 #include "support/temporary_folder.h"
 
-extern "C" {
-
-// Nothing here has to outlive the process.
-__attribute__((visibility("default"))) int fsync(int) {
-  return 0;
-}
-__attribute__((visibility("default"))) int fdatasync(int) {
-  return 0;
-}
-
-}  // extern "C"
-
 namespace {
 
 using namespace zymdb::fuzz;
