@@ -9,6 +9,10 @@
 namespace zymdb {
 namespace {
 
+char lower_letter(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 // Lower case. What firmware leaves in a text that nobody filled in.
 constexpr std::string_view kPlaceholders[] = {
     "to be filled by o.e.m.",
@@ -174,9 +178,16 @@ std::string_view trimmed(std::string_view text) {
 
 std::string lower_case(std::string_view text) {
   std::string result(text);
-  std::ranges::transform(result, result.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  std::ranges::transform(result, result.begin(), lower_letter);
   return result;
+}
+
+bool is_alike(std::string_view a, std::string_view b) {
+  return std::ranges::equal(a, b, {}, lower_letter, lower_letter);
+}
+
+bool begins_alike(std::string_view text, std::string_view beginning) {
+  return is_alike(text.substr(0, beginning.size()), beginning);
 }
 
 std::weak_ordering natural_order(std::string_view a, std::string_view b) {
@@ -233,6 +244,13 @@ std::string utc_text(int64_t seconds_since_1970) {
   if (gmtime_r(&seconds, &parts) != nullptr)
     std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
   return text.data();
+}
+
+std::string iso_text(int64_t seconds_since_1970) {
+  std::string text = utc_text(seconds_since_1970);
+  if (text.empty()) return {};
+  text[text.find(' ')] = 'T';
+  return text + "Z";
 }
 
 std::string listed(const std::vector<std::string>& words) {

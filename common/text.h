@@ -17,6 +17,10 @@ std::string_view trimmed(std::string_view text);
 
 std::string lower_case(std::string_view text);
 
+// In any case of the letters A to Z.
+bool is_alike(std::string_view a, std::string_view b);
+bool begins_alike(std::string_view text, std::string_view beginning);
+
 // Blanks at both ends aside: runs of digits as numbers, those after "0x" as hexadecimal ones; all else
 // character by character, in any case. What ends first comes first: "1.9", "1.10", "1.10.1", "1.10a".
 std::weak_ordering natural_order(std::string_view a, std::string_view b);
@@ -35,6 +39,8 @@ std::optional<uint32_t> hex_number(std::string_view digits);
 
 // "2026-01-31 12:00:00", in UTC; empty for a time that no calendar has.
 std::string utc_text(int64_t seconds_since_1970);
+// The same as "2026-01-31T12:00:00Z".
+std::string iso_text(int64_t seconds_since_1970);
 
 // "one, two"; empty ones are left out.
 std::string listed(const std::vector<std::string>& words);

@@ -210,10 +210,7 @@ std::string urn_of(const std::string& name) {
 // "2026-01-31T12:00:00Z"; empty for what is no time.
 std::string timestamp(const std::string& seconds) {
   const auto number = leading_number(seconds);
-  std::string text = number ? utc_text(static_cast<int64_t>(*number)) : "";
-  if (text.empty()) return {};
-  text[text.find(' ')] = 'T';
-  return text + "Z";
+  return number ? iso_text(static_cast<int64_t>(*number)) : "";
 }
 
 }  // namespace

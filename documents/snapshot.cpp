@@ -3,7 +3,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
@@ -24,15 +23,6 @@ constexpr std::string_view kMagic = R"({"format":"zymdb-snapshot",)";
 constexpr std::string_view kDatabaseMagic = "SQLite format 3";
 constexpr uint64_t kFormatVersion = 1;
 constexpr uint64_t kLargestDatabase = uint64_t{1} << 30;
-
-std::string now_text() {
-  const time_t now = std::time(nullptr);
-  tm parts{};
-  std::array<char, 32> text{};
-  gmtime_r(&now, &parts);
-  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-  return text.data();
-}
 
 std::string system_text() {
   const PartClass systems = read_class(records::system());
@@ -104,7 +94,7 @@ Snapshot take_snapshot() {
   const ScratchFolder scratch;
   const std::string copy = scratch.file("inventory.db");
   const uint64_t generation = copy_inventory(copy);
-  return {{system_text(), now_text(), generation, ZYMDB_VERSION}, read_source(copy)};
+  return {{system_text(), iso_text(std::time(nullptr)), generation, ZYMDB_VERSION}, read_source(copy)};
 }
 
 bool is_snapshot(std::string_view content) {

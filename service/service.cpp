@@ -8,14 +8,12 @@
 #include <utility>
 
 #include "common/client_objects.h"
-#include "service/http/entity_tag.h"
 #include "service/page/page.h"
 #include "service/redfish/redfish.h"
 
 namespace zymdb::service {
 namespace {
 
-constexpr const char* kRetryAfter = "5";  // seconds
 constexpr const char* kNames[] = {"metrics", "page", "redfish", "none"};
 
 // What no answer goes without, unless its handler has said otherwise.
@@ -28,37 +26,17 @@ constexpr std::pair<const char*, const char*> kHeaders[] = {
 };
 constexpr std::pair<const char*, const char*> kWithTls{"Strict-Transport-Security", "max-age=31536000"};
 
-const std::string* value_of(const Fields& headers, std::string_view name) {
-  const auto found =
-      std::ranges::find(headers, name, [](const auto& each) -> std::string_view { return each.first; });
-  return found != headers.end() ? &found->second : nullptr;
-}
-
 void add_unless_there(Fields& headers, const std::pair<const char*, const char*>& header) {
-  if (value_of(headers, header.first) == nullptr) headers.emplace_back(header);
-}
-
-bool is_read(const Request& request) {
-  return request.method == Method::kGet || request.method == Method::kHead;
+  if (std::ranges::find(headers, std::string_view(header.first), &Fields::value_type::first) == headers.end())
+    headers.emplace_back(header);
 }
 
 // It waits for a login, or for the disk.
 bool is_write(const Request& request) {
-  return !is_read(request) && request.method != Method::kOptions;
-}
-
-bool is_unchanged(const Request& request, const Response& response) {
-  const auto known = request.header("If-None-Match");
-  const std::string* const tag = value_of(response.headers, "ETag");
-  return response.status == 200 && known && tag != nullptr && is_read(request) && names_tag(*known, *tag);
+  return !request.is_read() && request.method != Method::kOptions;
 }
 
 void finish(const Request& request, Response& response) {
-  if (is_unchanged(request, response)) {
-    response.status = 304;
-    response.body = nullptr;
-    response.gzip = nullptr;
-  }
   for (const auto& header : kHeaders) add_unless_there(response.headers, header);
   if (request.is_encrypted) add_unless_there(response.headers, kWithTls);
 }
@@ -138,7 +116,7 @@ Response Service::answer_as(Request request, const Identity& identity, const Rou
       break;
     case Identity::Kind::kLater: {
       Response response = refuse(429, request);
-      response.headers.emplace_back("Retry-After", kRetryAfter);
+      response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
       return response;
     }
     case Identity::Kind::kDenied:
@@ -147,7 +125,7 @@ Response Service::answer_as(Request request, const Identity& identity, const Rou
       if (!is_public) return unauthorized(request);
       break;
     case Identity::Kind::kNobody:
-      if (options_.anonymous_reads && is_read(request)) request.caller.role = Role::kReadOnly;
+      if (options_.anonymous_reads && request.is_read()) request.caller.role = Role::kReadOnly;
       if (!is_public && !request.caller.may(Role::kReadOnly)) return unauthorized(request);
   }
   if (route == nullptr) return refuse(404, request);
@@ -166,7 +144,7 @@ Response Service::answered(const Request& request, const Route& route) {
     return refuse(500, request);
   }
   Response response = refuse(503, request);
-  response.headers.emplace_back("Retry-After", kRetryAfter);
+  response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
   return response;
 }
 

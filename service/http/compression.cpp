@@ -1,6 +1,5 @@
 #include "service/http/compression.h"
 
-#include <strings.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -15,10 +14,6 @@ namespace {
 constexpr size_t kWorthwhile = 512;
 // Larger ones are sent as they are: compressing them would hold up others.
 constexpr size_t kTooLarge = 16 << 20;
-
-bool is_word(std::string_view text, std::string_view word) {
-  return text.size() == word.size() && strncasecmp(text.data(), word.data(), word.size()) == 0;
-}
 
 bool is_worth_it(std::string_view parameters) {
   const size_t weight = parameters.find("q=");
@@ -54,7 +49,7 @@ bool accepts_gzip(std::string_view header) {
     header.remove_prefix(std::min(end + 1, header.size()));
     const size_t parameters = std::min(element.find(';'), element.size());
     const auto name = trimmed(element.substr(0, parameters));
-    if (is_word(name, "gzip") || is_word(name, "x-gzip")) return is_worth_it(element.substr(parameters));
+    if (is_alike(name, "gzip") || is_alike(name, "x-gzip")) return is_worth_it(element.substr(parameters));
     if (name == "*") any = is_worth_it(element.substr(parameters));
   }
   return any;

@@ -11,6 +11,11 @@ std::string_view without_weakness(std::string_view tag) {
 
 }  // namespace
 
+bool is_known(const Request& request, std::string_view tag) {
+  const auto known = request.header("If-None-Match");
+  return known && names_tag(*known, tag);
+}
+
 bool names_tag(std::string_view if_none_match, std::string_view tag) {
   if (trimmed(if_none_match) == "*") return true;
   tag = without_weakness(tag);

@@ -1,8 +1,8 @@
 #include "service/http/message.h"
 
-#include <strings.h>
-
 #include <algorithm>
+
+#include "common/text.h"
 
 namespace zymdb::service {
 namespace {
@@ -30,7 +30,7 @@ constexpr std::pair<int, std::string_view> kReasons[] = {
 
 std::optional<std::string_view> Request::header(std::string_view name) const {
   for (const auto& [key, value] : headers) {
-    if (key.size() == name.size() && strncasecmp(key.data(), name.data(), name.size()) == 0) return value;
+    if (is_alike(key, name)) return value;
   }
   return {};
 }

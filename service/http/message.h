@@ -12,6 +12,9 @@
 
 namespace zymdb::service {
 
+// When whoever cannot be answered now may ask again, in seconds.
+inline constexpr unsigned kRetrySeconds = 5;
+
 enum class Method : uint8_t { kGet, kHead, kPost, kPut, kPatch, kDelete, kOptions, kOther };
 
 // What a caller may do; each may do all that the one before may.
@@ -37,6 +40,8 @@ struct Request {
   Caller caller = {};
   std::string peer = {};  // the address that it came from
   bool is_encrypted = false;
+
+  bool is_read() const { return method == Method::kGet || method == Method::kHead; }
 
   // Of any case; nothing where the request lacks it.
   std::optional<std::string_view> header(std::string_view name) const;

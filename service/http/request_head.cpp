@@ -1,11 +1,10 @@
 #include "service/http/request_head.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <charconv>
 #include <utility>
 
+#include "common/text.h"
 #include "service/http/target.h"
 
 namespace zymdb::service {
@@ -17,14 +16,9 @@ constexpr std::pair<std::string_view, Method> kMethods[] = {
     {"OPTIONS", Method::kOptions},
 };
 
-bool is_named(const std::pair<std::string, std::string>& header, std::string_view name) {
-  return header.first.size() == name.size() &&
-         strncasecmp(header.first.data(), name.data(), name.size()) == 0;
-}
-
 size_t count(const Fields& headers, std::string_view name) {
   return static_cast<size_t>(
-      std::ranges::count_if(headers, [&](const auto& each) { return is_named(each, name); }));
+      std::ranges::count_if(headers, [&](const auto& each) { return is_alike(each.first, name); }));
 }
 
 size_t size_of(const RequestHead& head, const Fields& headers) {

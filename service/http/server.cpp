@@ -29,7 +29,6 @@ constexpr auto kLongestAnswer = std::chrono::minutes(1);
 constexpr auto kLongestStop = std::chrono::seconds(5);
 constexpr size_t kSlowThreads = 2;
 constexpr size_t kStreamBlock = 4096;
-constexpr const char* kRetryAfter = "5";  // seconds
 
 // A connection, and the request on it.
 struct Client {
@@ -435,13 +434,13 @@ class Server::Implementation {
     try {
       return handler_.answer(request);
     } catch (...) {
-      return {.status = 503, .headers = {{"Retry-After", kRetryAfter}}};
+      return {.status = 503, .headers = {{"Retry-After", std::to_string(kRetrySeconds)}}};
     }
   }
 
   Response refusal(int status, const Request& request) {
     Response response = handler_.refuse(status, request);
-    if (status == 503) response.headers.emplace_back("Retry-After", kRetryAfter);
+    if (status == 503) response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
     return response;
   }
 

@@ -1,7 +1,5 @@
 #include "service/http/target.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <cstdint>
 
@@ -60,7 +58,7 @@ bool steps_aside(std::string_view path) {
 // A request that was meant for a proxy names the host too.
 std::string_view without_host(std::string_view text) {
   for (const std::string_view scheme : {"http://", "https://"}) {
-    if (text.size() <= scheme.size() || strncasecmp(text.data(), scheme.data(), scheme.size()) != 0) continue;
+    if (text.size() == scheme.size() || !begins_alike(text, scheme)) continue;
     const size_t path = text.find('/', scheme.size());
     return path == std::string_view::npos ? "/" : text.substr(path);
   }
@@ -125,9 +123,7 @@ std::optional<Target> parse_target(std::string_view text) {
 
 std::optional<Credentials> parse_basic(std::string_view authorization) {
   constexpr std::string_view kScheme = "Basic ";
-  if (authorization.size() < kScheme.size() ||
-      strncasecmp(authorization.data(), kScheme.data(), kScheme.size()) != 0)
-    return {};
+  if (!begins_alike(authorization, kScheme)) return {};
   authorization.remove_prefix(
       std::min(authorization.find_first_not_of(' ', kScheme.size()), authorization.size()));
   const auto decoded = decode_base64(authorization);
@@ -144,7 +140,7 @@ bool is_host(std::string_view text) {
 bool is_loopback_host(std::string_view text) {
   const auto host = is_host(text) ? host_of(text) : std::nullopt;
   if (!host) return false;
-  if (*host == "[::1]" || (host->size() == 9 && strncasecmp(host->data(), "localhost", 9) == 0)) return true;
+  if (*host == "[::1]" || is_alike(*host, "localhost")) return true;
   // 127.0.0.0/8 as four numbers: a name may begin with "127." too.
   return host->starts_with("127.") && std::ranges::count(*host, '.') == 3 &&
          std::ranges::all_of(*host, [](char c) { return is_digit(c) || c == '.'; });

@@ -13,7 +13,7 @@ std::string metric(const std::string& name, const char* type, const char* help, 
 }  // namespace
 
 Response Metrics::answer(const Request& request) {
-  if (request.method != Method::kGet && request.method != Method::kHead) {
+  if (!request.is_read()) {
     Response response = refuse(405, request);
     response.headers.emplace_back("Allow", "GET, HEAD");
     return response;

@@ -20,7 +20,6 @@ namespace zymdb::service {
 namespace {
 
 constexpr char kJson[] = "application/json";
-constexpr char kRetrySeconds[] = "5";
 constexpr int kGzipWindow = 15 + 16;
 
 // Everything comes from this server, nothing is written in line, and nobody puts the page into theirs.
@@ -91,7 +90,7 @@ bool Page::is_public(const Request& request) {
 }
 
 Response Page::answer(const Request& request) {
-  if (request.method != Method::kGet && request.method != Method::kHead) {
+  if (!request.is_read()) {
     Response response = refusal(405, "only GET is answered here");
     response.headers.emplace_back("Allow", "GET, HEAD");
     return with_policies(std::move(response));
@@ -131,7 +130,7 @@ Response Page::answer_document(const Request& request, Kept& kept, const Writer&
     return answer_content(request, *content);
   } catch (const DatabaseError& error) {
     Response response = refusal(503, error.what());
-    response.headers.emplace_back("Retry-After", kRetrySeconds);
+    response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
     return response;
   }
 }
@@ -140,7 +139,7 @@ Response Page::answer_events() {
   if (streams_->fetch_add(1) >= kMostStreams) {
     streams_->fetch_sub(1);
     Response response = refusal(503, "too many others are listening");
-    response.headers.emplace_back("Retry-After", kRetrySeconds);
+    response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
     return response;
   }
   // The stream counts for as long as it lives.
@@ -155,7 +154,7 @@ Response Page::answer_content(const Request& request, const Content& content) {
   Response response;
   // Kept by browsers, and asked for again each time: a new version of the program is seen at once.
   response.headers = {{"ETag", content.etag}, {"Cache-Control", "no-cache"}};
-  if (const auto known = request.header("If-None-Match"); known && names_tag(*known, content.etag)) {
+  if (is_known(request, content.etag)) {
     response.status = 304;
     return response;
   }

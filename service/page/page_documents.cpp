@@ -114,11 +114,7 @@ std::string parts_json(const documents::Document& document) {
 
 std::string history_json(const std::vector<PastChange>& changes, std::optional<uint64_t> generation) {
   Json list = Json::array();
-  for (const PastChange& each : changes) {
-    Json json{{"generation", each.generation}, {"time", each.time}};
-    json.update(Json::parse(each.json));
-    list.push_back(std::move(json));
-  }
+  for (const PastChange& each : changes) list.push_back(Json::parse(each.json));
   return dumped({{"generation", generation_of(generation)}, {"changes", std::move(list)}});
 }
 

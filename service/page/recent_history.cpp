@@ -64,8 +64,7 @@ std::string read_lines(const std::vector<documents::RecordType>& types, const st
 }
 
 PastChange parse_line(const std::string& line) {
-  const Json json = Json::parse(line);
-  return {json["generation"].get<uint64_t>(), json["time"].get<std::string>(), line};
+  return {Json::parse(line)["generation"].get<uint64_t>(), line};
 }
 
 }  // namespace

@@ -15,10 +15,9 @@ namespace zymdb::service {
 
 struct PastChange {
   uint64_t generation = 0;
-  std::string time;  // "2026-01-31 12:00:00", UTC
-  // An object: what documents::to_json_line() says of the change, "where" and "what" for people; of the first
-  // collection "change" and "parts", and of what there was no room for "change": "more" and the number of
-  // "parts".
+  // An object: generation and time, what documents::to_json_line() says of the change, "where" and "what" for
+  // people; of the first collection "change" and "parts", and of what there was no room for "change": "more"
+  // and the number of "parts".
   std::string json;
 };
 

@@ -8,8 +8,6 @@
 namespace zymdb::service::redfish {
 namespace {
 
-constexpr unsigned kRetrySeconds = 5;
-
 // What a status says where nothing better is known, and whether its message takes what the error is about.
 struct StatusMessage {
   int status;
@@ -66,7 +64,7 @@ Response error_response(int status, std::string_view argument) {
 }
 
 Response busy_response(int status, unsigned seconds) {
-  const std::string text = std::to_string(seconds == 0 ? kRetrySeconds : seconds);
+  const std::string text = std::to_string(seconds);
   Response response = error_response(status, text);
   response.headers.emplace_back("Retry-After", text);
   return response;

@@ -18,7 +18,7 @@ Response error_with(int status, const std::vector<Message>& messages);
 Response error_response(int status, std::string_view argument = {});
 
 // Whoever cannot be answered now may ask again after so many seconds.
-Response busy_response(int status, unsigned seconds);
+Response busy_response(int status, unsigned seconds = kRetrySeconds);
 
 }  // namespace zymdb::service::redfish
 

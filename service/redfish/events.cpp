@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "common/client_objects.h"
+#include "common/text.h"
 #include "documents/difference.h"
 #include "service/redfish/model/messages.h"
 
@@ -30,15 +31,6 @@ const ResourceEvent kCreated{"ResourceCreated", "The resource was created succes
 const ResourceEvent kRemoved{"ResourceRemoved", "The resource was removed successfully."};
 const ResourceEvent kChanged{"ResourceChanged", "One or more resource properties have changed."};
 const ResourceEvent kTest{"TestMessage", "Test message."};
-
-std::string now_text() {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts{};
-  gmtime_r(&now, &parts);
-  char text[32];
-  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
-  return text;
-}
 
 Json record_of(const ResourceEvent& event, const std::string& id, size_t member, const std::string& time) {
   Json record{{"MemberId", std::to_string(member)},
@@ -75,7 +67,7 @@ EventMessage overflow_message(const std::string& id) {
   record.erase("@odata.type");
   record["MemberId"] = "0";
   record["EventType"] = kEventType;
-  record["EventTimestamp"] = now_text();
+  record["EventTimestamp"] = iso_text(std::time(nullptr));
   return message_of(id, Json::array({std::move(record)}));
 }
 
@@ -206,7 +198,7 @@ void Events::State::look() {
 }
 
 void Events::State::send(const std::vector<ResourceEvent>& events) {
-  const std::string time = now_text();
+  const std::string time = iso_text(std::time(nullptr));
   const std::lock_guard lock(mutex);
   for (size_t begin = 0; begin < events.size(); begin += kMostEventsAtOnce) {
     const std::string id = std::to_string(++messages);

@@ -1,17 +1,11 @@
 #include "service/redfish/headers.h"
 
-#include <strings.h>
-
 #include <string>
 
 #include "common/text.h"
 
 namespace zymdb::service::redfish {
 namespace {
-
-bool is_same(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
 
 // "application/json" of "application/json; q=0.5".
 std::string_view type_of(std::string_view entry) {
@@ -37,13 +31,13 @@ bool accepts(const Request& request, std::string_view type) {
   const std::string any_of_kind = std::string(type.substr(0, type.find('/') + 1)) + "*";
   return any_of_list(*header, [&](std::string_view entry) {
     const std::string_view accepted = type_of(entry);
-    return is_same(accepted, type) || is_same(accepted, any_of_kind) || accepted == "*/*";
+    return is_alike(accepted, type) || is_alike(accepted, any_of_kind) || accepted == "*/*";
   });
 }
 
 bool has_json(const Request& request) {
   const auto header = request.header("Content-Type");
-  return header && is_same(type_of(*header), "application/json");
+  return header && is_alike(type_of(*header), "application/json");
 }
 
 }  // namespace zymdb::service::redfish

@@ -1,9 +1,9 @@
 #include "service/redfish/live.h"
 
 #include <algorithm>
-#include <ctime>
 #include <utility>
 
+#include "common/text.h"
 #include "documents/part_names.h"
 #include "service/redfish/destinations.h"
 #include "service/redfish/model/names.h"
@@ -20,15 +20,6 @@ constexpr char kGrowingCollection[] = "GET, HEAD, POST";
 
 bool is_in(const std::string& path, const std::string& collection) {
   return path == collection || (path.starts_with(collection) && path[collection.size()] == '/');
-}
-
-std::string time_text(int64_t seconds) {
-  const std::time_t time = seconds;
-  std::tm parts{};
-  if (gmtime_r(&time, &parts) == nullptr) return "";
-  char text[64];
-  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
-  return text;
 }
 
 LiveResource live_collection(const std::string& path, const Schema* schema,
@@ -96,7 +87,7 @@ Json session_resource(const LoginSession& session) {
             {"UserName", documents::utf8_text(session.user)},
             {"Password", nullptr},
             {"SessionType", "Redfish"},
-            {"CreatedTime", time_text(session.created)}};
+            {"CreatedTime", iso_text(session.created)}};
   if (const RoleName* const role = name_of(session.role)) json["Roles"] = Json::array({role->id});
   return resource(kSessions + "/" + session.id, *schema("Session"), std::move(json));
 }

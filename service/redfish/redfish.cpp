@@ -27,9 +27,9 @@ using namespace redfish;
 namespace {
 
 constexpr char kReading[] = "GET, HEAD";
+constexpr char kChanging[] = "GET, HEAD, PATCH";
 constexpr char kMetadataType[] = "application/xml; charset=utf-8";
 constexpr char kEventsType[] = "text/event-stream";
-constexpr unsigned kRetrySeconds = 5;
 
 // A document that whoever is no client yet may read, and that no schema describes.
 struct Document {
@@ -97,10 +97,6 @@ std::string etag_of(std::string_view text) {
   return tag;
 }
 
-bool is_reading(const Request& request) {
-  return request.method == Method::kGet || request.method == Method::kHead;
-}
-
 void add_common_headers(Response& response, const char* allowed) {
   response.headers.emplace_back("OData-Version", "4.0");
   response.headers.emplace_back("Cache-Control", "no-cache");
@@ -119,7 +115,7 @@ Response no_content(const char* allowed) {
 }
 
 Response answer_document(const Document& document, const Request& request) {
-  if (!is_reading(request)) return with_allowed(error_response(405), kReading);
+  if (!request.is_read()) return with_allowed(error_response(405), kReading);
   if (!accepts(request, std::string_view(document.type).substr(0, std::string_view(document.type).find(';'))))
     return error_response(406);
   Response response = Response::of(200, document.type, document.make());
@@ -171,7 +167,7 @@ class Redfish::Service {
     if (version && *version != "4.0") return error_with(412, {{"HeaderInvalid", {"OData-Version"}}});
     if (const Document* const document = document_at(path)) return answer_document(*document, request);
     if (!is_public(request) && !request.caller.may(Role::kReadOnly)) return error_response(401);
-    if (!is_reading(request) && has_options(request))
+    if (!request.is_read() && has_options(request))
       return error_with(400, {{"QueryNotSupportedOnOperation"}});
     if (path == kEventStream) return answer_stream(request);
     if (path == kTestEvent) return answer_test_event(request);
@@ -203,9 +199,9 @@ class Redfish::Service {
     const ViewPtr now = view();
     const Node* const node = now->tree->find(path);
     if (node == nullptr) return not_found(request);
-    const char* const allowed = path == kBiosSettings ? "GET, HEAD, PATCH" : kReading;
+    const char* const allowed = path == kBiosSettings ? kChanging : kReading;
     if (!is_method_in(request.method, allowed)) return with_allowed(error_response(405), allowed);
-    if (!is_reading(request)) return patch_settings(*now, request);
+    if (!request.is_read()) return patch_settings(*now, request);
     Query query;
     if (const auto error = parse_query(request.query, query)) return refusal_of(*error);
     if (!node->is_collection() && (query.only || query.top || query.skip))
@@ -231,8 +227,7 @@ class Redfish::Service {
   Json find_resource(const View& view, const std::string& path, const Caller& caller, bool& is_live) const {
     if (Live::has(path)) {
       is_live = true;
-      auto found = live_.find(path, caller);
-      return found && !found->is_of_others ? with_etag(std::move(found->json)) : Json();
+      return find_live(path, caller);
     }
     const Node* const node = view.tree->find(path);
     return node != nullptr ? with_etag(view.tree->make(path, *node)) : Json();
@@ -263,8 +258,7 @@ class Redfish::Service {
     Response response;
     add_common_headers(response, allowed);
     response.headers.emplace_back("ETag", body.etag);
-    const auto known = request.header("If-None-Match");
-    if (known && names_tag(*known, body.etag)) {
+    if (is_known(request, body.etag)) {
       response.status = 304;
       return response;
     }
@@ -289,14 +283,13 @@ class Redfish::Service {
     if (!found->json.contains("Members") && (query.only || query.top || query.skip))
       return error_with(400, {{"QueryNotSupportedOnResource"}});
     // Nothing here leads into the inventory.
-    bool is_live = true;
     const Expander::Find find = [&](const std::string& linked) {
-      return Live::has(linked) ? find_live(linked, request.caller, is_live) : Json();
+      return Live::has(linked) ? find_live(linked, request.caller) : Json();
     };
     return answer_read(request, *found->schema, found->allowed, written(std::move(found->json), query, find));
   }
 
-  Json find_live(const std::string& path, const Caller& caller, bool&) const {
+  Json find_live(const std::string& path, const Caller& caller) const {
     auto found = live_.find(path, caller);
     return found && !found->is_of_others ? with_etag(std::move(found->json)) : Json();
   }
@@ -336,16 +329,28 @@ class Redfish::Service {
   }
 
   // A resource as it is since the request, with what was left alone beside it.
-  static Response changed(const LiveResource& resource, const std::vector<Message>& unchanged) {
-    Json json = with_etag(resource.json);
+  static Response changed(const Json& resource, const Schema& schema, const char* allowed,
+                          const std::vector<Message>& unchanged) {
+    Json json = with_etag(resource);
     const std::string etag = json["@odata.etag"].get<std::string>();
-    for (const Message& message : unchanged)
-      json[message.property.substr(2) + "@Message.ExtendedInfo"].push_back(json_of(message));
+    for (const Message& message : unchanged) {
+      // "#/Attributes/Name", or "#/Name".
+      std::string_view name = std::string_view(message.property).substr(2);
+      Json* of = &json;
+      if (constexpr std::string_view kAttributes = "Attributes/"; name.starts_with(kAttributes)) {
+        name.remove_prefix(kAttributes.size());
+        of = &json["Attributes"];
+      }
+      (*of)[std::string(name) + "@Message.ExtendedInfo"].push_back(json_of(message));
+    }
     Response response = Response::of(200, kJsonType, redfish::text_of(json));
-    add_common_headers(response, resource.allowed);
+    add_common_headers(response, allowed);
     response.headers.emplace_back("ETag", etag);
-    response.headers.emplace_back("Link", "<" + publication_of(*resource.schema) + ">; rel=describedby");
+    response.headers.emplace_back("Link", "<" + publication_of(schema) + ">; rel=describedby");
     return response;
+  }
+  static Response changed(const LiveResource& resource, const std::vector<Message>& unchanged) {
+    return changed(resource.json, *resource.schema, resource.allowed, unchanged);
   }
 
   static bool is_as_wanted(const Request& request, const LiveResource& resource) {
@@ -361,7 +366,7 @@ class Redfish::Service {
   }
 
   Response answer_stream(const Request& request) {
-    if (!is_reading(request)) return with_allowed(error_response(405), kReading);
+    if (!request.is_read()) return with_allowed(error_response(405), kReading);
     if (!accepts(request, kEventsType)) return with_allowed(error_response(406), kReading);
     Response response{.status = 200, .headers = {{"Content-Type", kEventsType}}};
     add_common_headers(response, kReading);
@@ -380,39 +385,24 @@ class Redfish::Service {
   }
 
   Response patch_settings(View& before, const Request& request) {
-    constexpr char kAllowed[] = "GET, HEAD, PATCH";
-    if (!request.caller.may(Role::kOperator)) return with_allowed(error_response(403), kAllowed);
+    if (!request.caller.may(Role::kOperator)) return with_allowed(error_response(403), kChanging);
     const ParsedBody body = parse_body(request);
-    if (body.refusal) return with_allowed(*body.refusal, kAllowed);
+    if (body.refusal) return with_allowed(*body.refusal, kChanging);
     const auto wanted = request.header("If-Match");
     const Node& node = *before.tree->find(kBiosSettings);
     if (wanted && !names_tag(*wanted, body_of(before, kBiosSettings, node, {}, request.caller).etag))
-      return with_allowed(error_response(412), kAllowed);
+      return with_allowed(error_response(412), kChanging);
     const SettingsOutcome outcome =
         save_settings(before.tree->machine(), body.object, options_.may_create_properties);
-    if (outcome.refusal) return with_allowed(*outcome.refusal, kAllowed);
-    return saved_settings(outcome.unchanged, kAllowed);
+    if (outcome.refusal) return with_allowed(*outcome.refusal, kChanging);
+    return saved_settings(outcome.unchanged);
   }
 
-  // The settings as they are now, with what was left alone beside them.
-  Response saved_settings(const std::vector<Message>& unchanged, const char* allowed) {
+  Response saved_settings(const std::vector<Message>& unchanged) {
     const ViewPtr now = view();
     const Node* const node = now->tree->find(kBiosSettings);
-    if (node == nullptr) return no_content(allowed);
-    Json json = with_etag(now->tree->make(kBiosSettings, *node));
-    const std::string etag = json["@odata.etag"].get<std::string>();
-    constexpr std::string_view kOfAttributes = "#/Attributes/";
-    for (const Message& message : unchanged) {
-      const bool is_attribute = message.property.starts_with(kOfAttributes);
-      const std::string name = message.property.substr(is_attribute ? kOfAttributes.size() : 2);
-      Json& to = is_attribute ? json["Attributes"] : json;
-      to[name + "@Message.ExtendedInfo"].push_back(json_of(message));
-    }
-    Response response = Response::of(200, kJsonType, redfish::text_of(json));
-    add_common_headers(response, allowed);
-    response.headers.emplace_back("ETag", etag);
-    response.headers.emplace_back("Link", "<" + publication_of(*node->schema) + ">; rel=describedby");
-    return response;
+    if (node == nullptr) return no_content(kChanging);
+    return changed(now->tree->make(kBiosSettings, *node), *node->schema, kChanging, unchanged);
   }
 
   Current& current_;
@@ -437,14 +427,14 @@ Response Redfish::refuse(int status, const Request& request) {
 bool Redfish::is_public(const Request& request) {
   const std::string path = path_of(request);
   const bool is_of_all = path == kRoot || document_at(path) != nullptr;
-  return is_reading(request) ? is_of_all : path == kSessions && request.method == Method::kPost;
+  return request.is_read() ? is_of_all : path == kSessions && request.method == Method::kPost;
 }
 
 Response Redfish::answer(const Request& request) {
   try {
     return service_->answer(request);
   } catch (const DatabaseError&) {
-    return busy_response(503, kRetrySeconds);
+    return busy_response(503);
   } catch (const TooLarge&) {
     return error_response(507);
   } catch (const std::bad_alloc&) {

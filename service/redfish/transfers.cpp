@@ -1,11 +1,12 @@
 #include "service/redfish/transfers.h"
 
 #include <curl/curl.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <new>
 #include <utility>
+
+#include "common/text.h"
 
 namespace zymdb::service::redfish {
 namespace {
@@ -57,8 +58,7 @@ bool is_destination(const std::string& url) {
   if (!std::ranges::all_of(url, is_printable)) return false;
   // Libcurl would put up with one slash, or three.
   const auto has_scheme = [&](std::string_view scheme) {
-    return url.size() > scheme.size() && strncasecmp(url.data(), scheme.data(), scheme.size()) == 0 &&
-           url[scheme.size()] != '/';
+    return url.size() > scheme.size() && begins_alike(url, scheme) && url[scheme.size()] != '/';
   };
   if (!std::ranges::any_of(kSchemes, has_scheme)) return false;
   const UrlPtr parsed(curl_url());

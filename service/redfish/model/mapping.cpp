@@ -1,5 +1,7 @@
 #include "service/redfish/model/mapping.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace zymdb::service::redfish {
@@ -71,25 +73,44 @@ constexpr Mapping kMemory[] = {
     {"Security", "SecurityState", security_state},
 };
 
-constexpr Mapping kDeviceOfAdapter[] = {
+// Of whatever is in a card.
+constexpr Mapping kCard[] = {
     {"CardName", "Model"},
     {"SerialNo", "SerialNumber"},
     {"PartNo", "PartNumber"},
 };
 
-constexpr Mapping kDeviceOfFunction[] = {
-    {"VendorName", "Manufacturer"},
-    {"DeviceName", "Model"},
-    {"LanesInUse", "PCIeInterface/LanesInUse", as_positive},
-    {"MaxLanes", "PCIeInterface/MaxLanes", as_positive},
-    {"PCIeType", "PCIeInterface/PCIeType", pcie_generation},
-    {"MaxPCIeType", "PCIeInterface/MaxPCIeType", pcie_generation},
-    {"SlotType", "Slot/SlotType", slot_type},
-    {"SlotType", "Slot/PCIeType", slot_generation},
-    {"SlotDataBusWidth", "Slot/Lanes", slot_lanes},
-    {"Hotplug", "Slot/HotPluggable", as_flag},
-    {"SlotDesignation", "Slot/Location/PartLocation/ServiceLabel"},
+// Whatever shows itself as functions is what the first of them is.
+constexpr std::array kIdentity = {
+    Mapping{"VendorName", "Manufacturer"},
+    Mapping{"DeviceName", "Model"},
 };
+
+constexpr std::array kInterface = {
+    Mapping{"LanesInUse", "PCIeInterface/LanesInUse", as_positive},
+    Mapping{"MaxLanes", "PCIeInterface/MaxLanes", as_positive},
+    Mapping{"PCIeType", "PCIeInterface/PCIeType", pcie_generation},
+    Mapping{"MaxPCIeType", "PCIeInterface/MaxPCIeType", pcie_generation},
+};
+
+constexpr std::array kSlotOfDevice = {
+    Mapping{"SlotType", "Slot/SlotType", slot_type},
+    Mapping{"SlotType", "Slot/PCIeType", slot_generation},
+    Mapping{"SlotDataBusWidth", "Slot/Lanes", slot_lanes},
+    Mapping{"Hotplug", "Slot/HotPluggable", as_flag},
+    Mapping{"SlotDesignation", "Slot/Location/PartLocation/ServiceLabel"},
+};
+
+template <size_t A, size_t B>
+constexpr std::array<Mapping, A + B> joined(const std::array<Mapping, A>& first,
+                                            const std::array<Mapping, B>& second) {
+  std::array<Mapping, A + B> all;
+  std::ranges::copy(second, std::ranges::copy(first, all.begin()).out);
+  return all;
+}
+
+constexpr auto kController = joined(kIdentity, kInterface);
+constexpr auto kDevice = joined(kController, kSlotOfDevice);
 
 constexpr Mapping kFunction[] = {
     {"FunctionNo", "FunctionId", as_number},  {"ClsCode", "ClassCode", as_hex6},
@@ -109,21 +130,6 @@ constexpr Mapping kSlot[] = {
     {"SlotNo", "Location/PartLocation/LocationOrdinalValue", as_number},
 };
 
-constexpr Mapping kControllerOfAdapter[] = {
-    {"CardName", "Model"},
-    {"SerialNo", "SerialNumber"},
-    {"PartNo", "PartNumber"},
-};
-
-constexpr Mapping kControllerOfFunction[] = {
-    {"VendorName", "Manufacturer"},
-    {"DeviceName", "Model"},
-    {"LanesInUse", "PCIeInterface/LanesInUse", as_positive},
-    {"MaxLanes", "PCIeInterface/MaxLanes", as_positive},
-    {"PCIeType", "PCIeInterface/PCIeType", pcie_generation},
-    {"MaxPCIeType", "PCIeInterface/MaxPCIeType", pcie_generation},
-};
-
 constexpr Mapping kDrive[] = {
     {"Manufacture", "Manufacturer"},
     {"Model", "Model"},
@@ -139,17 +145,6 @@ constexpr Mapping kDrive[] = {
     {"RemainLife", "PredictedMediaLifeLeftPercent", as_percent},
     {"Location", "PhysicalLocation/PartLocation/ServiceLabel"},
     {"BayNo", "PhysicalLocation/PartLocation/LocationOrdinalValue", as_number},
-};
-
-constexpr Mapping kNetworkAdapterOfAdapter[] = {
-    {"CardName", "Model"},
-    {"SerialNo", "SerialNumber"},
-    {"PartNo", "PartNumber"},
-};
-
-constexpr Mapping kNetworkAdapterOfFunction[] = {
-    {"VendorName", "Manufacturer"},
-    {"DeviceName", "Model"},
 };
 
 constexpr Mapping kPort[] = {
@@ -216,15 +211,15 @@ constexpr MappingTable kTables[] = {
     {"Processor", "processors", kProcessor},
     {"Processor", "gpus", kGpu},
     {"Memory", "memory", kMemory},
-    {"PCIeDevice", "functions", kDeviceOfFunction},
-    {"PCIeDevice", "adapters", kDeviceOfAdapter},
+    {"PCIeDevice", "functions", kDevice},
+    {"PCIeDevice", "adapters", kCard},
     {"PCIeFunction", "functions", kFunction},
     {"PCIeSlots", "functions", kSlot},
-    {"StorageController", "functions", kControllerOfFunction},
-    {"StorageController", "adapters", kControllerOfAdapter},
+    {"StorageController", "functions", kController},
+    {"StorageController", "adapters", kCard},
     {"Drive", "drives", kDrive},
-    {"NetworkAdapter", "functions", kNetworkAdapterOfFunction},
-    {"NetworkAdapter", "adapters", kNetworkAdapterOfAdapter},
+    {"NetworkAdapter", "functions", kIdentity},
+    {"NetworkAdapter", "adapters", kCard},
     {"Port", "ports", kPort},
     {"NetworkDeviceFunction", "logical-ports", kNetworkFunction},
     {"EthernetInterface", "ports", kEthernetOfPort},
