@@ -169,6 +169,10 @@ TEST_F(QueryTest, ParametersCarryTheirWidth) {
 struct NumberInText {
   const char* text;
   unsigned long number;
+
+  friend void PrintTo(const NumberInText& in, std::ostream* stream) {
+    *stream << "\"" << in.text << "\" is " << in.number;
+  }
 };
 
 class NumberInTextTest : public scripted::ClientTest, public testing::WithParamInterface<NumberInText> {};
