@@ -13,26 +13,9 @@
 namespace zymdb::client {
 namespace {
 
-// By scheme, the modules of engines that are no part of the library.
-struct ModuleRow {
-  std::string_view scheme;
-  const char* file;
-};
-#ifdef ZYMDB_ENGINE_MODULES
-constexpr std::array kModules = {ModuleRow{"mariadb", "libzymdb_engine_mariadb.so"}};
-#else
-constexpr std::array<ModuleRow, 0> kModules = {};
-#endif
-
-void warn(const char* line) {
-  ruvo_log::logWarn("%s", line);
-}
-
-[[maybe_unused]] constexpr ModuleHost kHost = {creation_is_allowed, warn};
-
-constinit std::array<const Engine*, 1 + kModules.size()> present = {&sqlite::kEngine};
+constexpr size_t kMostEngines = 2;
+constinit std::array<const Engine*, kMostEngines> present = {&sqlite::kEngine};
 constinit std::atomic<size_t> count{1};
-constinit std::mutex opening;
 
 const Engine* find_present(std::string_view scheme) {
   const auto all = engines();
@@ -40,7 +23,23 @@ const Engine* find_present(std::string_view scheme) {
   return found == all.end() ? nullptr : *found;
 }
 
-[[maybe_unused]] const Engine* take_in(const ModuleRow& module, std::string& error) {
+#ifdef ZYMDB_ENGINE_MODULES
+// By scheme, the modules of engines that are no part of the library.
+struct ModuleRow {
+  std::string_view scheme;
+  const char* file;
+};
+constexpr ModuleRow kModules[] = {{"mariadb", "libzymdb_engine_mariadb.so"}};
+static_assert(1 + std::size(kModules) <= kMostEngines);
+
+void warn(const char* line) {
+  ruvo_log::logWarn("%s", line);
+}
+
+constexpr ModuleHost kHost = {creation_is_allowed, warn};
+constinit std::mutex opening;
+
+const Engine* take_in(const ModuleRow& module, std::string& error) {
   const std::lock_guard lock(opening);
   if (const Engine* const engine = find_present(module.scheme)) return engine;
   const Engine* const engine = open_module(module.file, kHost, error);
@@ -49,6 +48,16 @@ const Engine* find_present(std::string_view scheme) {
   count.fetch_add(1, std::memory_order_release);
   return engine;
 }
+
+const Engine* find_module(std::string_view scheme, std::string& error) {
+  const auto module = std::ranges::find(kModules, scheme, &ModuleRow::scheme);
+  return module != std::end(kModules) ? take_in(*module, error) : nullptr;
+}
+#else
+const Engine* find_module(std::string_view /*scheme*/, std::string& /*error*/) {
+  return nullptr;
+}
+#endif
 
 }  // namespace
 
@@ -59,11 +68,7 @@ std::span<const Engine* const> engines() {
 const Engine* engine_for(std::string_view scheme, std::string& error) {
   if (scheme.empty()) return present[0];
   if (const Engine* const engine = find_present(scheme)) return engine;
-  if constexpr (!kModules.empty()) {
-    const auto module = std::ranges::find(kModules, scheme, &ModuleRow::scheme);
-    return module != kModules.end() ? take_in(*module, error) : nullptr;
-  }
-  return nullptr;
+  return find_module(scheme, error);
 }
 
 }  // namespace zymdb::client
