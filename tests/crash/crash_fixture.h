@@ -14,6 +14,7 @@
 #include "platform/child_process.h"
 #include "support/integrity.h"
 #include "support/inventory.h"
+#include "support/sample.h"
 #include "support/sql.h"
 #include "support/system_call_faults.h"
 #include "zymdb_platform.h"
@@ -56,14 +57,6 @@ class Pipe {
   int ends_[2];
   std::vector<Message> told_;
 };
-
-// With a sanitizer, and on an emulated machine, a process takes many times as long to begin and to end: what
-// is tried is then a sample of what the build that is shipped stands.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(ZYMDB_EMULATED)
-inline constexpr int kSample = 5;
-#else
-inline constexpr int kSample = 1;
-#endif
 
 class CrashFixture : public InventoryTest {
  protected:

@@ -1,4 +1,4 @@
-// A thousand random changes: their history, change by change, is what became of the inventory.
+// Many random changes: their history, change by change, is what became of the inventory.
 #include <gmock/gmock.h>
 
 #include <map>
@@ -12,11 +12,12 @@
 #include "records/cpu_mem.h"
 #include "records/firmware.h"
 #include "support/inventory.h"
+#include "support/sample.h"
 
 namespace zymdb::documents {
 namespace {
 
-constexpr int kTransactions = 1000;
+constexpr int kTransactions = 1000 / kSample;
 
 class HistoryModel : public InventoryTest {
  protected:
