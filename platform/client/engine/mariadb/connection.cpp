@@ -2,6 +2,7 @@
 
 #include <errmsg.h>
 #include <fcntl.h>
+#include <mysqld_error.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,6 +22,7 @@ constexpr unsigned kConnectSeconds = 3;
 constexpr unsigned kSilenceSeconds = 20;
 constexpr size_t kFirstText = 256;
 constexpr char kOptionGroup[] = "zymdb";
+constexpr char kNoMajority[] = "the node is not part of a cluster's majority";
 
 // strict: nothing is cut short without a word. no backslash: a pattern's is a letter like others.
 // max_sort_length: of a text that is sorted by.
@@ -244,8 +246,20 @@ Failure Connection::find_cluster() {
   if (!is_of_cluster_) return {};
   if (ready == 0)
     return said_by_host(
-        {kStatusIo, "the node is not part of a cluster's majority", Aftermath::kConnectionLost});
-  return execute("SET SESSION wsrep_sync_wait=15");
+        {kStatusIo, kNoMajority, Aftermath::kConnectionLost});
+  return execute("SET SESSION wsrep_sync_wait=15,wsrep_dirty_reads=0");
+}
+
+// A node without its majority still tells its own state.
+bool Connection::is_ready() {
+  constexpr std::string_view kReady = "SHOW GLOBAL STATUS LIKE 'wsrep_ready'";
+  if (mysql_real_query(mysql_, kReady.data(), kReady.size()) != 0) return false;
+  struct FreeRows {
+    void operator()(MYSQL_RES* rows) const { mysql_free_result(rows); }
+  };
+  const std::unique_ptr<MYSQL_RES, FreeRows> rows(mysql_store_result(mysql_));
+  const MYSQL_ROW row = rows != nullptr ? mysql_fetch_row(rows.get()) : nullptr;
+  return row != nullptr && row[1] != nullptr && std::strcmp(row[1], "ON") == 0;
 }
 
 Failure Connection::execute(const std::string& sql) {
@@ -296,14 +310,23 @@ Failure Connection::fetch(MYSQL_STMT* statement, std::span<const Class> classes,
   }
 }
 
-Failure Connection::failure() const {
-  return said_by_host(failure_of(mysql_errno(mysql_), mysql_error(mysql_)));
+Failure Connection::failure() {
+  return understood(said_by_host(failure_of(mysql_errno(mysql_), mysql_error(mysql_))));
 }
 
-Failure Connection::failure(MYSQL_STMT* statement) const {
+Failure Connection::failure(MYSQL_STMT* statement) {
   // What ends the rows is told to the connection.
   if (mysql_stmt_errno(statement) == 0) return failure();
-  return said_by_host(failure_of(mysql_stmt_errno(statement), mysql_stmt_error(statement)));
+  return understood(said_by_host(failure_of(mysql_stmt_errno(statement), mysql_stmt_error(statement))));
+}
+
+// A wait for what other nodes wrote ends like one for a lock, also where there are no other nodes any more.
+Failure Connection::understood(Failure failure) {
+  if (!is_of_cluster_ || failure.code != ER_LOCK_WAIT_TIMEOUT || is_ready()) return failure;
+  failure.reason.append(": ").append(kNoMajority);
+  failure.status = kStatusIo;
+  failure.aftermath = Aftermath::kConnectionLost;
+  return failure;
 }
 
 Failure Connection::said_by_host(Failure failure) const {

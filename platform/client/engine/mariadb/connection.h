@@ -61,10 +61,12 @@ class Connection {
   Failure connect(const Address& address, const Host& host);
   Failure configure();
   Failure find_cluster();
+  bool is_ready();
   Failure prepare(const std::string& sql, MYSQL_STMT*& statement);
   Failure fetch(MYSQL_STMT* statement, std::span<const Class> classes, const TakeRow& row);
-  Failure failure() const;
-  Failure failure(MYSQL_STMT* statement) const;
+  Failure failure();
+  Failure failure(MYSQL_STMT* statement);
+  Failure understood(Failure failure);
   Failure said_by_host(Failure failure) const;
 
   Limits limits_;

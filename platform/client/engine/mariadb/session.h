@@ -45,15 +45,13 @@ class MariadbSession final : public Session {
 
  private:
   Failure connect();
+  Failure go_on_after(const Failure& failure);
   template <class Read>
   Failure read(Read read);
   template <class Work>
   Failure write(Work work);
   template <class Work>
   Failure write_once(Work work, bool& may_repeat);
-  Failure run_reading(std::string_view key, Request::Kind kind, const std::string& sql,
-                      std::span<const Argument> arguments, std::vector<std::string> names, Result* result,
-                      bool& any);
   Failure shape_of(std::string_view key, Request::Kind kind, const std::string& sql,
                    std::vector<std::string> names, Shape*& shape);
   Failure make_change(Transaction& transaction, Statement& statement, Change& change);

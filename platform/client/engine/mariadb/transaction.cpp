@@ -1,5 +1,7 @@
 #include "client/engine/mariadb/transaction.h"
 
+#include <mysqld_error.h>
+
 #include "client/engine/json_text.h"
 #include "client/engine/mariadb/journal.h"
 #include "client/status.h"
@@ -259,6 +261,16 @@ Failure Transaction::record() {
   }
   const Argument name[] = {Argument::of(std::string_view(subject_.schema.name))};
   return connection_.run(kMoveMark, name);
+}
+
+// Where another transaction was first nothing of this one is left. Of no other failure is that certain: a
+// node that has lost the others in the middle does not know what they heard.
+Failure Transaction::commit() {
+  Failure failure = connection_.execute("COMMIT");
+  if (!failure || failure.code == ER_LOCK_DEADLOCK) return failure;
+  failure.status = kStatusIo;
+  failure.aftermath = Aftermath::kConnectionLost;
+  return failure;
 }
 
 }  // namespace zymdb::client::mariadb

@@ -33,7 +33,7 @@ class Transaction {
   // What precedes the commit: the account. The commit itself is the last statement, so that who runs it knows
   // whether anything was lost before.
   Failure record();
-  Failure commit() { return connection_.execute("COMMIT"); }
+  Failure commit();
   void rollback() { connection_.execute("ROLLBACK"); }
 
  private:
