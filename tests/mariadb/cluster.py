@@ -1,9 +1,12 @@
 """A Galera cluster for tests: three MariaDB servers of this machine, unprivileged, in a folder in memory, with the short timers that
 docs/operations.md recommends halved, so that a lost node is noticed in a second."""
+import contextlib
 import os
+import random
 import re
 import shutil
 import signal
+import socket
 import subprocess
 import time
 from pathlib import Path
@@ -26,6 +29,7 @@ GRANT ALL ON `test\\_%`.* TO zymdb@'127.0.0.1';
 class Node:
     def __init__(self, cluster, number):
         self.cluster = cluster
+        self.environment = dict(os.environ, PATH=f"{cluster.programs}:{os.environ['PATH']}")
         self.number = number
         self.folder = cluster.folder / f"node{number}"
         self.data = self.folder / "data"
@@ -33,7 +37,7 @@ class Node:
         if SOMEBODY:
             for folder in (self.folder, self.data):
                 shutil.chown(folder, SOMEBODY["user"], SOMEBODY["group"])
-        self.port, self.group_port, self.transfer_port, self.state_port = (server.free_port() for _ in range(4))
+        self.port, self.group_port, self.transfer_port, self.state_port = (cluster.new_port() for _ in range(4))
         self.process = None
 
     def command(self, *options):
@@ -53,7 +57,7 @@ class Node:
     def start(self, *options):
         with (self.folder / "log").open("a") as log:
             self.process = subprocess.Popen(self.command(*options), stdin=subprocess.DEVNULL, stdout=log, stderr=log,
-                                            start_new_session=True, **SOMEBODY)
+                                            start_new_session=True, env=self.environment, **SOMEBODY)
 
     # How far its own files go: a node that was killed has not written that down.
     def position(self):
@@ -77,22 +81,30 @@ class Node:
             return self.start("--wsrep-new-cluster", f"--wsrep-start-position={group}:{number}")
         return self.start("--wsrep-new-cluster")
 
+    def asking(self, sql, database=""):
+        return ["mariadb", "--no-defaults", "-uroot", f"--socket={self.folder}/socket", "--batch", "--skip-column-names", "-e", sql,
+                database]
+
     def ask(self, sql, database=""):
-        return subprocess.run(["mariadb", "--no-defaults", "-uroot", f"--socket={self.folder}/socket", "--batch", "--skip-column-names",
-                               "-e", sql, database], capture_output=True, text=True, timeout=30, check=False)
+        return subprocess.run(self.asking(sql, database), capture_output=True, text=True, timeout=30, check=False)
+
+    def statuses(self):
+        return dict(line.split("\t") for line in self.ask("SHOW GLOBAL STATUS LIKE 'wsrep_%'").stdout.splitlines())
 
     def status(self, name):
-        return self.ask(f"SHOW GLOBAL STATUS LIKE 'wsrep_{name}'").stdout.partition("\t")[2].strip()
+        return self.statuses().get("wsrep_" + name, "")
 
-    def is_synced(self):
-        return self.status("local_state_comment") == "Synced" and self.status("cluster_status") == "Primary"
+    def is_synced(self, size=1):
+        told = self.statuses()
+        return (told.get("wsrep_local_state_comment"), told.get("wsrep_cluster_status")) == ("Synced", "Primary") \
+            and int(told["wsrep_cluster_size"]) >= size
 
     def wait(self, is_there=None):
         deadline = time.monotonic() + 60
         while not (is_there or self.is_synced)():
             if self.process.poll() is not None or time.monotonic() > deadline:
-                raise RuntimeError(f"node {self.number}:\n" + "\n".join((self.folder / "log").read_text().splitlines()[-40:]))
-            time.sleep(0.02)
+                raise RuntimeError(f"node {self.number}:\n" + "\n".join((self.folder / "log").read_text().splitlines()[-150:]))
+            time.sleep(0.05)
 
     def isolate(self, alone):
         self.ask(f"SET GLOBAL wsrep_provider_options='gmcast.isolate={int(alone)}'")
@@ -106,10 +118,23 @@ class Node:
 class Cluster:
     def __init__(self, folder):
         self.folder = Path(folder)
+        self.ports = iter(random.sample(range(20000, 32000), 100))
+        # Where somebody else finds them too.
+        self.programs = self.folder / "programs"
+        self.programs.mkdir()
+        for program in ("wsrep_sst_rsync", "wsrep_sst_common"):
+            shutil.copy(shutil.which(program), self.programs)
         self.nodes = []
         for number in range(3):
             self.nodes.append(Node(self, number))
         (self.folder / "password").write_text(server.PASSWORD + "\n")
+
+    # Below those that the system gives to connections: a node that is gone finds its own free when it comes back.
+    def new_port(self):
+        for port in self.ports:
+            with contextlib.suppress(OSError), socket.create_server(("127.0.0.1", port)):
+                return port
+        raise RuntimeError("no port is free")
 
     # The others get all of it from the first one.
     def install(self):
@@ -132,7 +157,7 @@ class Cluster:
 
     def wait(self):
         for node in self.nodes:
-            node.wait(lambda node=node: node.is_synced() and node.status("cluster_size") == "3")
+            node.wait(lambda node=node: node.is_synced(3))
 
     # Where none is left: first the one that knows most.
     def bootstrap(self):

@@ -227,6 +227,13 @@ def test_of_two_transactions_on_two_nodes_one_is_told_at_a_statement(cluster, cl
     assert sorted(numbers_of(here)) == [1, 3]
 
 
+def until(is_so):
+    deadline = time.monotonic() + 20
+    while not is_so():
+        assert time.monotonic() < deadline
+        time.sleep(0.02)
+
+
 def conflicts(cluster):
     return sum(int(node.status(name)) for node in cluster.nodes for name in ("local_bf_aborts", "local_cert_failures"))
 
@@ -242,6 +249,28 @@ def test_single_writes_that_conflict_on_three_nodes_are_made_once_each(cluster, 
     assert statuses[BUSY] <= statuses[0] / 100, statuses
     assert_no_gaps(reader)
     assert conflicts(cluster) > before, "nothing was in conflict"
+
+
+def test_a_collection_that_another_node_overtakes_is_made_again(cluster, client, build):
+    there = client(1, 2, 0)
+    assert there.do("add 1").status == 0
+    example = Path(__file__).resolve().parents[2] / "data/example-server"
+    command = [build / "tools/zymdb/zymdb", "collect", "--lspci", example / "server.lspci", "--smbios", example / "server.smbios"]
+    environment = dict(os.environ, ZYMDB_INVENTORY=cluster.address(), ZYMDB_ENGINES=str(build / "engines"))
+    before = conflicts(cluster)
+    # What holds the collection until another node's write has come.
+    node = cluster.nodes[0]
+    with subprocess.Popen(node.asking("BEGIN; SELECT * FROM Memory FOR UPDATE; DO SLEEP(3)", "test_cluster"), stdout=subprocess.DEVNULL) as lock:
+        until(lambda: "User sleep" in node.ask("SHOW PROCESSLIST").stdout)
+        with subprocess.Popen(command, env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True) as collection:
+            until(lambda: "LOCK WAIT" in node.ask("SELECT trx_state FROM information_schema.INNODB_TRX").stdout)
+            assert there.do("add 2").status == 0
+            until(lambda: conflicts(cluster) > before)
+            lock.kill()
+            said = collection.stdout.read()
+    assert collection.returncode == 0, said
+    assert there.do("has 2").words == "1"
+    assert int(node.ask("SELECT COUNT(*) FROM Memory", "test_cluster").stdout) > 0
 
 
 def test_a_node_cut_off_from_the_others_answers_nothing_and_is_passed_by(cluster, client):
