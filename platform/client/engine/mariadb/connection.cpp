@@ -61,6 +61,40 @@ std::vector<MYSQL_BIND> bind(std::span<const Argument> arguments) {
   return places;
 }
 
+// The values of one place in many rows, as the connector takes them.
+class ColumnOfValues {
+ public:
+  ColumnOfValues(Argument::Type type, std::span<const Argument> values, size_t place, size_t width)
+      : type_(type) {
+    for (size_t i = place; i < values.size(); i += width) {
+      const Argument& value = values[i];
+      const bool is_null = value.type == Argument::Type::kNull;
+      indicators_.push_back(is_null ? STMT_INDICATOR_NULL : STMT_INDICATOR_NONE);
+      integers_.push_back(is_null ? 0 : value.integer);
+      texts_.push_back(is_null || value.text.data() == nullptr ? "" : value.text.data());
+      lengths_.push_back(is_null ? 0 : value.text.size());
+    }
+  }
+
+  MYSQL_BIND bind() {
+    MYSQL_BIND bind{};
+    bind.u.indicator = indicators_.data();
+    bind.buffer_type = type_ == Argument::Type::kInteger ? MYSQL_TYPE_LONGLONG : MYSQL_TYPE_BLOB;
+    bind.buffer = integers_.data();
+    if (type_ == Argument::Type::kInteger) return bind;
+    bind.buffer = texts_.data();
+    bind.length = lengths_.data();
+    return bind;
+  }
+
+ private:
+  Argument::Type type_;
+  std::vector<char> indicators_;
+  std::vector<int64_t> integers_;
+  std::vector<const char*> texts_;
+  std::vector<unsigned long> lengths_;
+};
+
 // Where the columns of a row are put.
 class Landing {
  public:
@@ -266,34 +300,69 @@ Failure Connection::execute(const std::string& sql) {
   return mysql_real_query(mysql_, sql.data(), sql.size()) == 0 ? Failure{} : failure();
 }
 
-Failure Connection::prepare(const std::string& sql, MYSQL_STMT*& statement) {
-  if (const auto place = places_.find(sql); place != places_.end()) {
-    kept_.splice(kept_.begin(), kept_, place->second);
-    statement = kept_.front().statement.get();
-    return {};
-  }
-  StatementPtr fresh(mysql_stmt_init(mysql_));
-  if (fresh == nullptr) throw std::bad_alloc();
-  if (mysql_stmt_prepare(fresh.get(), sql.data(), sql.size()) != 0) return failure(fresh.get());
-  if (kept_.size() == kPreparedStatements) {
-    places_.erase(kept_.back().sql);
-    kept_.pop_back();
-  }
-  kept_.push_front({sql, std::move(fresh)});
+MYSQL_STMT* Connection::find(const std::string& sql) {
+  const auto place = places_.find(sql);
+  if (place == places_.end()) return nullptr;
+  kept_.splice(kept_.begin(), kept_, place->second);
+  return kept_.front().statement.get();
+}
+
+// Before another one runs: to close a statement would take its rows.
+void Connection::make_room() {
+  if (kept_.size() < kPreparedStatements) return;
+  places_.erase(kept_.back().sql);
+  kept_.pop_back();
+}
+
+void Connection::keep(const std::string& sql, StatementPtr statement) {
+  kept_.push_front({sql, std::move(statement)});
   places_.emplace(kept_.front().sql, kept_.begin());
-  statement = kept_.front().statement.get();
+}
+
+// A statement that is new is prepared and run in one round trip. `rows`: 0 for values that are not many.
+Failure Connection::execute_bound(const std::string& sql, std::span<MYSQL_BIND> values, unsigned rows,
+                                  MYSQL_STMT*& statement) {
+  statement = find(sql);
+  StatementPtr fresh;
+  if (statement == nullptr) {
+    make_room();
+    fresh.reset(mysql_stmt_init(mysql_));
+    if (fresh == nullptr) throw std::bad_alloc();
+    statement = fresh.get();
+    const auto count = static_cast<unsigned>(values.size());
+    mysql_stmt_attr_set(statement, STMT_ATTR_PREBIND_PARAMS, &count);
+  }
+  mysql_stmt_attr_set(statement, STMT_ATTR_ARRAY_SIZE, &rows);
+  if (!values.empty() && mysql_stmt_bind_param(statement, values.data()) != 0) return failure(statement);
+  if (fresh == nullptr) return mysql_stmt_execute(statement) == 0 ? Failure{} : failure(statement);
+  if (mariadb_stmt_execute_direct(statement, sql.data(), sql.size()) != 0) return failure(statement);
+  keep(sql, std::move(fresh));
   return {};
 }
 
 Failure Connection::run(const std::string& sql, std::span<const Argument> arguments,
                         std::span<const Class> classes, const TakeRow& row) {
   MYSQL_STMT* statement = nullptr;
-  if (Failure failure = prepare(sql, statement)) return failure;
   std::vector<MYSQL_BIND> values = bind(arguments);
-  if (!values.empty() && mysql_stmt_bind_param(statement, values.data()) != 0) return failure(statement);
-  if (mysql_stmt_execute(statement) != 0) return failure(statement);
+  if (Failure failure = execute_bound(sql, values, 0, statement)) return failure;
   const Execution execution(statement);
   return classes.empty() ? Failure{} : fetch(statement, classes, row);
+}
+
+Failure Connection::run_rows(const std::string& sql, std::span<const Argument::Type> types,
+                             std::span<const Argument> values) {
+  std::vector<ColumnOfValues> columns;
+  std::vector<MYSQL_BIND> binds;
+  columns.reserve(types.size());
+  for (size_t i = 0; i < types.size(); ++i) {
+    columns.emplace_back(types[i], values, i, types.size());
+    binds.push_back(columns.back().bind());
+  }
+  MYSQL_STMT* statement = nullptr;
+  const auto rows = static_cast<unsigned>(values.size() / types.size());
+  if (Failure failure = execute_bound(sql, binds, rows, statement)) return failure;
+  const Execution execution(statement);
+  return {};
 }
 
 Failure Connection::fetch(MYSQL_STMT* statement, std::span<const Class> classes, const TakeRow& row) {

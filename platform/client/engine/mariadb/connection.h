@@ -47,6 +47,10 @@ class Connection {
   Failure run(const std::string& sql, std::span<const Argument> arguments) {
     return run(sql, arguments, {}, {});
   }
+  // The same for many rows of values, one behind the other, all at once. The values of a place are of its type
+  // or NULL.
+  Failure run_rows(const std::string& sql, std::span<const Argument::Type> types,
+                   std::span<const Argument> values);
 
  private:
   struct CloseStatement {
@@ -62,7 +66,11 @@ class Connection {
   Failure configure();
   Failure find_cluster();
   bool is_ready();
-  Failure prepare(const std::string& sql, MYSQL_STMT*& statement);
+  Failure execute_bound(const std::string& sql, std::span<MYSQL_BIND> values, unsigned rows,
+                        MYSQL_STMT*& statement);
+  MYSQL_STMT* find(const std::string& sql);
+  void make_room();
+  void keep(const std::string& sql, StatementPtr statement);
   Failure fetch(MYSQL_STMT* statement, std::span<const Class> classes, const TakeRow& row);
   Failure failure();
   Failure failure(MYSQL_STMT* statement);

@@ -209,6 +209,9 @@ Failure MariadbSession::shape_of(std::string_view key, Request::Kind kind, const
 
 int MariadbSession::query(Statement& statement, Result& result) {
   return outcome(read([&]() -> Failure {
+    if (transaction_) {
+      if (Failure failure = transaction_->send_rows()) return failure;
+    }
     Shape* shape = shapes_.find(statement.key());
     if (shape == nullptr) {
       std::string sql;
@@ -315,7 +318,7 @@ int MariadbSession::begin() {
   if (!turn) return outcome({kStatusBusy, kWriterLasts});
   Failure failure = read([&] { return Transaction(*connection_, subject_).begin(); });
   if (failure) return outcome(std::move(failure));
-  transaction_.emplace(*connection_, subject_);
+  transaction_.emplace(*connection_, subject_, NewRows::kGathered);
   turn.keep();
   return 0;
 }
