@@ -58,8 +58,9 @@ class Server {
 
  private:
   bool run(const std::string& step, const std::string& databases) const {
-    return std::system(("python3 '" ZYMDB_SERVER_SCRIPT "' " + step + " '" + folder() + "'" + databases)
-                           .c_str()) == 0;
+    return std::system(
+               ("python3 '" ZYMDB_SERVER_SCRIPT "' " + step + " '" + folder() + "'" + databases).c_str()) ==
+           0;
   }
 
   void close() {
@@ -120,12 +121,13 @@ void add_function(MYSQL* mysql) {
       mysql, std::string("SELECT ") + kFunctionColumns + " FROM PCIs WHERE FunKey=? ORDER BY _id",
       kFunctionKinds);
   bench::add("function, 26 columns", kRows,
-             {{bench::kLibrary, read_by_library}, {bench::kLimit, [=](int turn) {
-                _ZYMDB_PCI_Generic function{};
-                raw->each([&](MariadbStatement& row) { read_function(row, function); },
-                          bench::function_key(bench::row_of(turn, kRows)));
-                return is_function(turn, function);
-              }}});
+             {{bench::kLibrary, read_by_library},
+              {bench::kLimit, [=](int turn) {
+                 _ZYMDB_PCI_Generic function{};
+                 raw->each([&](MariadbStatement& row) { read_function(row, function); },
+                           bench::function_key(bench::row_of(turn, kRows)));
+                 return is_function(turn, function);
+               }}});
 }
 
 void add_functions(MYSQL* mysql) {
@@ -151,17 +153,15 @@ void add_functions(MYSQL* mysql) {
 void add_presence(MYSQL* mysql) {
   const auto raw = std::make_shared<MariadbStatement>(
       mysql, "SELECT Presence FROM AimDisks WHERE LocationId=? AND BayNo=?", "n");
-  bench::add("unchanged presence of a drive", kDrives,
-             {{bench::kLibrary,
-               [](int turn) {
-                 return zymdb_update_aim_disk_presence(2, bench::row_of(turn, kDrives), 1) == 0;
-               }},
-              {bench::kLimit, [=](int turn) {
-                 int presence = 0;
-                 raw->each([&](MariadbStatement& row) { presence = row.number(); }, 2,
-                           bench::row_of(turn, kDrives));
-                 return presence == 1;
-               }}});
+  bench::add(
+      "unchanged presence of a drive", kDrives,
+      {{bench::kLibrary,
+        [](int turn) { return zymdb_update_aim_disk_presence(2, bench::row_of(turn, kDrives), 1) == 0; }},
+       {bench::kLimit, [=](int turn) {
+          int presence = 0;
+          raw->each([&](MariadbStatement& row) { presence = row.number(); }, 2, bench::row_of(turn, kDrives));
+          return presence == 1;
+        }}});
 }
 
 void read_in_threads(benchmark::State& state) {
@@ -234,9 +234,9 @@ int main(int argc, char** argv) {
         ->Threads(1)
         ->Threads(2)
         ->UseRealTime();
-    benchmark::RegisterBenchmark(("collection/" + std::to_string(kRows)).c_str(), [&](benchmark::State& state) {
-      collect(state, server, sources);
-    })->Iterations(1);
+    benchmark::RegisterBenchmark(("collection/" + std::to_string(kRows)).c_str(),
+                                 [&](benchmark::State& state) { collect(state, server, sources); })
+        ->Iterations(1);
   }
   benchmark::RunSpecifiedBenchmarks();
 }

@@ -16,10 +16,10 @@ std::string failed;
 std::map<std::string, size_t> calls_by_name;
 
 constexpr int kBusy = 40;
-size_t overtaken = 0;       // transactions, still
-size_t overtaken_at = 0;    // which call of each
+size_t overtaken = 0;        // transactions, still
+size_t overtaken_at = 0;     // which call of each
 bool was_overtaken = false;  // what the client then says of itself
-size_t calls_in_begun = 0;  // 0: none is begun
+size_t calls_in_begun = 0;   // 0: none is begun
 
 bool is_overtaken() {
   return overtaken != 0 && calls_in_begun != 0 && calls_in_begun >= overtaken_at;

@@ -215,7 +215,8 @@ TEST_F(EngineTest, RowsThatWaitKeepTheirValuesWhateverTheirSizeAndOrder) {
   ASSERT_EQ(zym_db_begin(handle()), 0);
   for (int i = 1; i <= 60; ++i) {
     const Set values(zym_db_get_content_values(handle()));
-    const std::string text(static_cast<size_t>(i % 20 == 0 ? 3'000'000 : 40'000), static_cast<char>('a' + i % 26));
+    const std::string text(static_cast<size_t>(i % 20 == 0 ? 3'000'000 : 40'000),
+                           static_cast<char>('a' + i % 26));
     if (i % 3 != 0) zym_db_content_put_text(values.get(), "SlotDesignation", text.c_str());
     if (i % 3 == 0) zym_db_content_put_null(values.get(), "SlotDesignation");
     zym_db_content_put_int(values.get(), i % 2 == 0 ? "FunKey" : "DevKey", i);
@@ -229,7 +230,8 @@ TEST_F(EngineTest, RowsThatWaitKeepTheirValuesWhateverTheirSizeAndOrder) {
   ASSERT_EQ(zym_db_delete(handle(), "PCIs", "_id=60", nullptr, 0, nullptr), 0);
   ASSERT_EQ(add(7), 0);
   ASSERT_EQ(zym_db_commit(handle()), 0);
-  EXPECT_EQ(database_.run("SELECT COUNT(*), SUM(COALESCE(FunKey, DevKey)), MAX(_id) FROM PCIs"), "60|1777|60\n");
+  EXPECT_EQ(database_.run("SELECT COUNT(*), SUM(COALESCE(FunKey, DevKey)), MAX(_id) FROM PCIs"),
+            "60|1777|60\n");
   EXPECT_EQ(database_.run("SELECT COUNT(*) FROM PCIs WHERE SlotDesignation=REPEAT(CHAR(97+_id%26),"
                           "IF(_id%20=0,3000000,40000))"),
             "40\n");
@@ -247,7 +249,9 @@ TEST_F(EngineTest, RowsThatWaitAreForgottenWithTheirTransaction) {
 // What waited cannot be told of where it was put: the transaction is over.
 TEST_F(EngineTest, RowsThatCannotBeWrittenEndTheirTransaction) {
   ASSERT_EQ(add(1), 0);
-  database_.run("CREATE TRIGGER refusal BEFORE INSERT ON PCIs FOR EACH ROW SIGNAL SQLSTATE '23000' SET MYSQL_ERRNO=1062");
+  database_.run(
+      "CREATE TRIGGER refusal BEFORE INSERT ON PCIs FOR EACH ROW SIGNAL SQLSTATE '23000' SET "
+      "MYSQL_ERRNO=1062");
   ASSERT_EQ(zym_db_begin(handle()), 0);
   ASSERT_EQ(add(2), 0);
   EXPECT_EQ(count(), -1);

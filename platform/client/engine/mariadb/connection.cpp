@@ -61,40 +61,6 @@ std::vector<MYSQL_BIND> bind(std::span<const Argument> arguments) {
   return places;
 }
 
-// The values of one place in many rows, as the connector takes them.
-class ColumnOfValues {
- public:
-  ColumnOfValues(Argument::Type type, std::span<const Argument> values, size_t place, size_t width)
-      : type_(type) {
-    for (size_t i = place; i < values.size(); i += width) {
-      const Argument& value = values[i];
-      const bool is_null = value.type == Argument::Type::kNull;
-      indicators_.push_back(is_null ? STMT_INDICATOR_NULL : STMT_INDICATOR_NONE);
-      integers_.push_back(is_null ? 0 : value.integer);
-      texts_.push_back(is_null || value.text.data() == nullptr ? "" : value.text.data());
-      lengths_.push_back(is_null ? 0 : value.text.size());
-    }
-  }
-
-  MYSQL_BIND bind() {
-    MYSQL_BIND bind{};
-    bind.u.indicator = indicators_.data();
-    bind.buffer_type = type_ == Argument::Type::kInteger ? MYSQL_TYPE_LONGLONG : MYSQL_TYPE_BLOB;
-    bind.buffer = integers_.data();
-    if (type_ == Argument::Type::kInteger) return bind;
-    bind.buffer = texts_.data();
-    bind.length = lengths_.data();
-    return bind;
-  }
-
- private:
-  Argument::Type type_;
-  std::vector<char> indicators_;
-  std::vector<int64_t> integers_;
-  std::vector<const char*> texts_;
-  std::vector<unsigned long> lengths_;
-};
-
 // Where the columns of a row are put.
 class Landing {
  public:
@@ -278,9 +244,7 @@ Failure Connection::find_cluster() {
           });
   if (failure) return failure;
   if (!is_of_cluster_) return {};
-  if (ready == 0)
-    return said_by_host(
-        {kStatusIo, kNoMajority, Aftermath::kConnectionLost});
+  if (ready == 0) return said_by_host({kStatusIo, kNoMajority, Aftermath::kConnectionLost});
   return execute("SET SESSION wsrep_sync_wait=15,wsrep_dirty_reads=0");
 }
 
@@ -319,50 +283,48 @@ void Connection::keep(const std::string& sql, StatementPtr statement) {
   places_.emplace(kept_.front().sql, kept_.begin());
 }
 
-// A statement that is new is prepared and run in one round trip. `rows`: 0 for values that are not many.
-Failure Connection::execute_bound(const std::string& sql, std::span<MYSQL_BIND> values, unsigned rows,
-                                  MYSQL_STMT*& statement) {
-  statement = find(sql);
-  StatementPtr fresh;
-  if (statement == nullptr) {
-    make_room();
-    fresh.reset(mysql_stmt_init(mysql_));
-    if (fresh == nullptr) throw std::bad_alloc();
-    statement = fresh.get();
-    const auto count = static_cast<unsigned>(values.size());
-    mysql_stmt_attr_set(statement, STMT_ATTR_PREBIND_PARAMS, &count);
+// Prepared and run in one round trip, but not by a node of a cluster: one that aborts a transaction between
+// the two loses the word of it.
+Failure Connection::execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values) {
+  const auto count = static_cast<unsigned>(values.size());
+  const auto bind = [&] { return count == 0 || mysql_stmt_bind_param(statement, values.data()) == 0; };
+  if (is_of_cluster_) {
+    const bool is_done = mysql_stmt_prepare(statement, sql.data(), sql.size()) == 0 && bind() &&
+                         mysql_stmt_execute(statement) == 0;
+    return is_done ? Failure{} : failure(statement);
   }
-  mysql_stmt_attr_set(statement, STMT_ATTR_ARRAY_SIZE, &rows);
-  if (!values.empty() && mysql_stmt_bind_param(statement, values.data()) != 0) return failure(statement);
-  if (fresh == nullptr) return mysql_stmt_execute(statement) == 0 ? Failure{} : failure(statement);
-  if (mariadb_stmt_execute_direct(statement, sql.data(), sql.size()) != 0) return failure(statement);
-  keep(sql, std::move(fresh));
-  return {};
+  mysql_stmt_attr_set(statement, STMT_ATTR_PREBIND_PARAMS, &count);
+  const bool is_done = bind() && mariadb_stmt_execute_direct(statement, sql.data(), sql.size()) == 0;
+  return is_done ? Failure{} : failure(statement);
 }
 
 Failure Connection::run(const std::string& sql, std::span<const Argument> arguments,
                         std::span<const Class> classes, const TakeRow& row) {
-  MYSQL_STMT* statement = nullptr;
   std::vector<MYSQL_BIND> values = bind(arguments);
-  if (Failure failure = execute_bound(sql, values, 0, statement)) return failure;
+  MYSQL_STMT* statement = find(sql);
+  if (statement == nullptr) {
+    make_room();
+    StatementPtr fresh = new_statement();
+    if (Failure failure = execute_new(fresh.get(), sql, values)) return failure;
+    statement = fresh.get();
+    keep(sql, std::move(fresh));
+  } else if ((!values.empty() && mysql_stmt_bind_param(statement, values.data()) != 0) ||
+             mysql_stmt_execute(statement) != 0) {
+    return failure(statement);
+  }
   const Execution execution(statement);
   return classes.empty() ? Failure{} : fetch(statement, classes, row);
 }
 
-Failure Connection::run_rows(const std::string& sql, std::span<const Argument::Type> types,
-                             std::span<const Argument> values) {
-  std::vector<ColumnOfValues> columns;
-  std::vector<MYSQL_BIND> binds;
-  columns.reserve(types.size());
-  for (size_t i = 0; i < types.size(); ++i) {
-    columns.emplace_back(types[i], values, i, types.size());
-    binds.push_back(columns.back().bind());
-  }
-  MYSQL_STMT* statement = nullptr;
-  const auto rows = static_cast<unsigned>(values.size() / types.size());
-  if (Failure failure = execute_bound(sql, binds, rows, statement)) return failure;
-  const Execution execution(statement);
-  return {};
+Failure Connection::run_once(const std::string& sql, std::span<const Argument> arguments) {
+  std::vector<MYSQL_BIND> values = bind(arguments);
+  return execute_new(new_statement().get(), sql, values);
+}
+
+Connection::StatementPtr Connection::new_statement() {
+  StatementPtr statement(mysql_stmt_init(mysql_));
+  if (statement == nullptr) throw std::bad_alloc();
+  return statement;
 }
 
 Failure Connection::fetch(MYSQL_STMT* statement, std::span<const Class> classes, const TakeRow& row) {

@@ -47,10 +47,8 @@ class Connection {
   Failure run(const std::string& sql, std::span<const Argument> arguments) {
     return run(sql, arguments, {}, {});
   }
-  // The same for many rows of values, one behind the other, all at once. The values of a place are of its type
-  // or NULL.
-  Failure run_rows(const std::string& sql, std::span<const Argument::Type> types,
-                   std::span<const Argument> values);
+  // Of a statement that does not come again.
+  Failure run_once(const std::string& sql, std::span<const Argument> arguments);
 
  private:
   struct CloseStatement {
@@ -66,8 +64,8 @@ class Connection {
   Failure configure();
   Failure find_cluster();
   bool is_ready();
-  Failure execute_bound(const std::string& sql, std::span<MYSQL_BIND> values, unsigned rows,
-                        MYSQL_STMT*& statement);
+  Failure execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values);
+  StatementPtr new_statement();
   MYSQL_STMT* find(const std::string& sql);
   void make_room();
   void keep(const std::string& sql, StatementPtr statement);

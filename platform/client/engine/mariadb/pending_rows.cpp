@@ -1,30 +1,30 @@
 #include "client/engine/mariadb/pending_rows.h"
 
+#include <utility>
+
 namespace zymdb::client::mariadb {
 namespace {
 
-// A server takes packets of 16 MiB where nobody told it otherwise.
+// A statement takes 65,535 places, and a server packets of 16 MiB where nobody told it otherwise.
+constexpr size_t kMostValues = 30'000;
 constexpr size_t kMostBytes = size_t{1} << 20;
-constexpr size_t kBytesOfValue = 16;
 
-}  // namespace
-
-size_t PendingRows::size_of(std::span<const Argument> row) {
-  size_t size = row.size() * kBytesOfValue;
+size_t size_of(std::span<const Argument> row) {
+  size_t size = 0;
   for (const Argument& value : row) size += value.text.size();
   return size;
 }
 
-bool PendingRows::takes(const std::string& sql, size_t size) const {
-  return (empty() || sql == sql_) && size_ + size <= kMostBytes;
+}  // namespace
+
+bool PendingRows::takes(const std::string& insert, std::span<const Argument> row) const {
+  return (values_.empty() || insert == insert_) && values_.size() + row.size() <= kMostValues &&
+         size_ + size_of(row) <= kMostBytes;
 }
 
-void PendingRows::add(const std::string& sql, std::span<const Argument::Type> types,
-                      std::span<const Argument> row) {
-  if (empty()) {
-    sql_ = sql;
-    types_.assign(types.begin(), types.end());
-  }
+void PendingRows::add(const std::string& insert, std::span<const Argument> row) {
+  insert_ = insert;
+  width_ = row.size();
   size_ += size_of(row);
   for (const Argument& value : row) {
     Argument& kept = values_.emplace_back(value);
@@ -33,10 +33,19 @@ void PendingRows::add(const std::string& sql, std::span<const Argument::Type> ty
 }
 
 Failure PendingRows::send(Connection& connection) {
-  if (empty()) return {};
-  PendingRows gone;
-  std::swap(gone, *this);
-  return connection.run_rows(gone.sql_, gone.types_, gone.values_);
+  if (values_.empty()) return {};
+  const PendingRows gone = std::exchange(*this, {});
+  const std::string row = places(gone.width_);
+  std::string sql = gone.insert_ + row;
+  for (size_t sent = gone.width_; sent < gone.values_.size(); sent += gone.width_)
+    sql.append(",").append(row);
+  return connection.run_once(sql, gone.values_);
+}
+
+std::string places(size_t width) {
+  std::string text = "(";
+  for (size_t i = 0; i < width; ++i) text += i == 0 ? "?" : ",?";
+  return text + ")";
 }
 
 }  // namespace zymdb::client::mariadb

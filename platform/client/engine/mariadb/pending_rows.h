@@ -1,4 +1,4 @@
-// New rows that a transaction has not sent yet: those of one statement go together, in one round trip.
+// New rows that a transaction has not sent yet: those with the same columns go together, in one statement.
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_PENDING_ROWS_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_PENDING_ROWS_H
 
@@ -12,24 +12,23 @@ namespace zymdb::client::mariadb {
 
 class PendingRows {
  public:
-  bool empty() const { return values_.empty(); }
-  // Whether a row of this statement may join those that are there.
-  bool takes(const std::string& sql, size_t size) const;
-
-  void add(const std::string& sql, std::span<const Argument::Type> types, std::span<const Argument> row);
+  // Whether a row may join those that are there. `insert` is the statement up to its values.
+  bool takes(const std::string& insert, std::span<const Argument> row) const;
+  void add(const std::string& insert, std::span<const Argument> row);
 
   // Sends them. They are gone then, whatever comes of it.
   Failure send(Connection& connection);
 
-  static size_t size_of(std::span<const Argument> row);
-
  private:
-  std::string sql_;
-  std::vector<Argument::Type> types_;
+  std::string insert_;
+  size_t width_ = 0;
   std::vector<Argument> values_;
   std::deque<std::string> texts_;  // of the values
-  size_t size_ = 0;
+  size_t size_ = 0;                // of the texts
 };
+
+// The places of a row's values.
+std::string places(size_t width);
 
 }  // namespace zymdb::client::mariadb
 

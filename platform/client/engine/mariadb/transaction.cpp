@@ -106,18 +106,15 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
   std::vector<std::string> storage;
   if (Failure failure = admit(shape.columns(), values, admitted, storage)) return failure;
   std::string names;
-  std::string places;
   Argument* id = nullptr;
   bool is_new_id = false;
   admitted.reserve(admitted.size() + 1);
   for (size_t i = 0; i < admitted.size(); ++i) {
     if (is_id(*shape.columns()[i])) id = &admitted[i];
     names.append(identifier(shape.columns()[i]->name)).push_back(',');
-    places.append("?,");
   }
   if (id == nullptr) {
     names.append("`_id`,");
-    places.append("?,");
     id = &admitted.emplace_back();
   }
   if (id->type == Argument::Type::kNull) {
@@ -127,17 +124,16 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
     is_new_id = true;
   }
   names.pop_back();
-  places.pop_back();
-  const std::string sql = "INSERT INTO " + identifier(table.name()) + " (" + names + ") VALUES (" + places + ")";
+  const std::string insert = "INSERT INTO " + identifier(table.name()) + " (" + names + ") VALUES ";
   if (is_new_id) {
-    if (Failure failure = put(table, shape.columns(), sql, admitted)) {
+    if (Failure failure = put(table, insert, admitted)) {
       last_ids_.erase(table.name());
       return failure;
     }
   } else {
     last_ids_.erase(table.name());
     if (Failure failure = send_rows()) return failure;
-    if (Failure failure = connection_.run(sql, admitted)) return failure;
+    if (Failure failure = connection_.run(insert + places(admitted.size()), admitted)) return failure;
   }
   change.rows = 1;
   change.id = id->integer;
@@ -148,19 +144,15 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
 
 // Of a row with a new id. Nothing of the inventory is unique or required, so that those that wait are not
 // refused later.
-Failure Transaction::put(const Table& table, std::span<const Column* const> columns, const std::string& sql,
-                         std::span<const Argument> row) {
-  const size_t size = PendingRows::size_of(row);
-  const bool may_wait = new_rows_ == NewRows::kGathered && has_journal() && PendingRows().takes(sql, size) &&
+Failure Transaction::put(const Table& table, const std::string& insert, std::span<const Argument> row) {
+  const bool may_wait = new_rows_ == NewRows::kGathered && has_journal() &&
+                        PendingRows().takes(insert, row) &&
                         !subject_.tables.lasting_ids.contains(table.name());
-  if (!may_wait || !pending_.takes(sql, size)) {
+  if (!may_wait || !pending_.takes(insert, row)) {
     if (Failure failure = send_rows()) return failure;
   }
-  if (!may_wait) return connection_.run(sql, row);
-  std::vector<Argument::Type> types;
-  for (const Column* const column : columns) types.push_back(type_of(*column));
-  types.resize(row.size(), Argument::Type::kInteger);
-  pending_.add(sql, types, row);
+  if (!may_wait) return connection_.run(insert + places(row.size()), row);
+  pending_.add(insert, row);
   return {};
 }
 

@@ -36,8 +36,8 @@ class Transaction {
 
   Failure begin();
   Failure change(const Statement& statement, Shape& shape, Change& change);
-  // Sends the rows that wait, before anything is read that may be of them. A failure ends the transaction: who
-  // put the rows was told that they are there.
+  // Sends the rows that wait, before anything is read that may be of them. A failure ends the transaction:
+  // who put the rows was told that they are there.
   Failure send_rows();
   // What precedes the commit: the account. The commit itself is the last statement, so that who runs it knows
   // whether anything was lost before.
@@ -56,8 +56,7 @@ class Transaction {
   Failure update(const Table& table, Shape& shape, std::span<const Argument> values,
                  std::vector<Argument> condition, Change& change);
   Failure remove(const Table& table, Shape& shape, std::vector<Argument> condition, Change& change);
-  Failure put(const Table& table, std::span<const Column* const> columns, const std::string& sql,
-              std::span<const Argument> row);
+  Failure put(const Table& table, const std::string& insert, std::span<const Argument> row);
   Failure next_id(const Table& table, int64_t& id);
   Failure find_last_id(const Table& table, int64_t& last);
   Failure note_lasting_id(const Table& table, int64_t id);
