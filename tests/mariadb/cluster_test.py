@@ -119,7 +119,8 @@ def judge(told, rows):
             assert times in ({0}, {1}), f"{numbers}: not known, and there {times} times"
         else:
             assert times == {0}, f"{numbers}: {answer}, and there {times} times"
-            assert answer.status == BUSY, answer
+            # A cluster that is busy with itself for longer than a call waits answers nobody.
+            assert answer.status == BUSY or (answer.status == FAILED and "cannot open the inventory" in answer.words), answer
     return collections.Counter(answer.status for _, answer in told)
 
 

@@ -20,6 +20,7 @@ constexpr char kWriterLasts[] = "another thread's transaction lasts";
 constexpr char kLost[] = "lost its server";
 constexpr char kOutcomeUnknown[] = "; whether the change was written is not known";
 constexpr std::chrono::milliseconds kPause{5};
+constexpr std::chrono::milliseconds kPauseOfCluster{100};
 
 // Those of the process, for forks.
 struct Sessions {
@@ -183,17 +184,20 @@ Failure MariadbSession::read(Read read) {
     note(failure);
     if (transaction_) broken_ = failure;
     if (transaction_ || std::chrono::steady_clock::now() > deadline) return failure;
-    if (Failure lost = go_on_after(failure)) return lost;
+    if (Failure lost = go_on_after(failure, deadline)) return lost;
   }
 }
 
-// On another host where this one is lost.
-Failure MariadbSession::go_on_after(const Failure& failure) {
+// On another host where this one is lost. Nodes of a cluster that has lost one answer nobody for a moment.
+Failure MariadbSession::go_on_after(const Failure& failure, Deadline deadline) {
   std::this_thread::sleep_for(kPause);
   if (!failure.ends_connection()) return {};
   host().warn(failure.reason.c_str());
   host_ += 1;
-  if (Failure lost = connect()) return lost;
+  while (Failure lost = connect()) {
+    if (address_.hosts.size() == 1 || std::chrono::steady_clock::now() > deadline) return lost;
+    std::this_thread::sleep_for(kPauseOfCluster);
+  }
   is_lost_ = false;
   return {};
 }
@@ -289,7 +293,7 @@ Failure MariadbSession::write(Work work) {
     if (!failure.ends_transaction()) return failure;
     note(failure);
     if (!may_repeat || std::chrono::steady_clock::now() > deadline) return failure;
-    if (Failure lost = go_on_after(failure)) return lost;
+    if (Failure lost = go_on_after(failure, deadline)) return lost;
   }
 }
 

@@ -6,6 +6,7 @@
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_SESSION_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_SESSION_H
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,8 +45,10 @@ class MariadbSession final : public Session {
   static void abandon_inherited();
 
  private:
+  using Deadline = std::chrono::steady_clock::time_point;
+
   Failure connect();
-  Failure go_on_after(const Failure& failure);
+  Failure go_on_after(const Failure& failure, Deadline deadline);
   template <class Read>
   Failure read(Read read);
   template <class Work>
