@@ -237,6 +237,13 @@ TEST_F(EngineTest, RowsThatWaitKeepTheirValuesWhateverTheirSizeAndOrder) {
             "40\n");
 }
 
+TEST_F(EngineTest, AStatementOfManyValuesIsAnswered) {
+  ASSERT_EQ(add(29'000), 0);
+  std::string where = "FunKey IN (0";
+  for (int i = 1; i < 29'500; ++i) where += "," + std::to_string(i);
+  EXPECT_EQ(count((where + ")").c_str()), 1);
+}
+
 TEST_F(EngineTest, RowsThatWaitAreForgottenWithTheirTransaction) {
   ASSERT_EQ(zym_db_begin(handle()), 0);
   ASSERT_EQ(add(1), 0);

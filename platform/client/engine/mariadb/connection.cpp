@@ -17,6 +17,7 @@ namespace zymdb::client::mariadb {
 namespace {
 
 constexpr size_t kPreparedStatements = 64;
+constexpr unsigned kMostValuesAtOnce = 200;
 constexpr unsigned kConnectSeconds = 3;
 // Longer than any statement or wait for a lock may take.
 constexpr unsigned kSilenceSeconds = 20;
@@ -283,12 +284,12 @@ void Connection::keep(const std::string& sql, StatementPtr statement) {
   places_.emplace(kept_.front().sql, kept_.begin());
 }
 
-// Prepared and run in one round trip, but not by a node of a cluster: one that aborts a transaction between
-// the two loses the word of it.
+// Prepared and run in one round trip. Not by a node of a cluster: one that aborts a transaction between the
+// two loses the word of it. Nor with many values: the server would tell of each while nobody listens yet.
 Failure Connection::execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values) {
   const auto count = static_cast<unsigned>(values.size());
   const auto bind = [&] { return count == 0 || mysql_stmt_bind_param(statement, values.data()) == 0; };
-  if (is_of_cluster_) {
+  if (is_of_cluster_ || count > kMostValuesAtOnce) {
     const bool is_done = mysql_stmt_prepare(statement, sql.data(), sql.size()) == 0 && bind() &&
                          mysql_stmt_execute(statement) == 0;
     return is_done ? Failure{} : failure(statement);
@@ -304,7 +305,8 @@ Failure Connection::run(const std::string& sql, std::span<const Argument> argume
   MYSQL_STMT* statement = find(sql);
   if (statement == nullptr) {
     make_room();
-    StatementPtr fresh = new_statement();
+    StatementPtr fresh(mysql_stmt_init(mysql_));
+    if (fresh == nullptr) throw std::bad_alloc();
     if (Failure failure = execute_new(fresh.get(), sql, values)) return failure;
     statement = fresh.get();
     keep(sql, std::move(fresh));
@@ -314,17 +316,6 @@ Failure Connection::run(const std::string& sql, std::span<const Argument> argume
   }
   const Execution execution(statement);
   return classes.empty() ? Failure{} : fetch(statement, classes, row);
-}
-
-Failure Connection::run_once(const std::string& sql, std::span<const Argument> arguments) {
-  std::vector<MYSQL_BIND> values = bind(arguments);
-  return execute_new(new_statement().get(), sql, values);
-}
-
-Connection::StatementPtr Connection::new_statement() {
-  StatementPtr statement(mysql_stmt_init(mysql_));
-  if (statement == nullptr) throw std::bad_alloc();
-  return statement;
 }
 
 Failure Connection::fetch(MYSQL_STMT* statement, std::span<const Class> classes, const TakeRow& row) {

@@ -47,8 +47,6 @@ class Connection {
   Failure run(const std::string& sql, std::span<const Argument> arguments) {
     return run(sql, arguments, {}, {});
   }
-  // Of a statement that does not come again.
-  Failure run_once(const std::string& sql, std::span<const Argument> arguments);
 
  private:
   struct CloseStatement {
@@ -65,7 +63,6 @@ class Connection {
   Failure find_cluster();
   bool is_ready();
   Failure execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values);
-  StatementPtr new_statement();
   MYSQL_STMT* find(const std::string& sql);
   void make_room();
   void keep(const std::string& sql, StatementPtr statement);

@@ -5,47 +5,56 @@
 namespace zymdb::client::mariadb {
 namespace {
 
-// A statement takes 65,535 places, and a server packets of 16 MiB where nobody told it otherwise.
-constexpr size_t kMostValues = 30'000;
+// A server takes packets of 16 MiB where nobody told it otherwise; a text is written with twice its length.
 constexpr size_t kMostBytes = size_t{1} << 20;
+constexpr size_t kBytesOfNumber = 16;
 
 size_t size_of(std::span<const Argument> row) {
-  size_t size = 0;
+  size_t size = row.size() * kBytesOfNumber;
   for (const Argument& value : row) size += value.text.size();
   return size;
+}
+
+// As digits, so that no text is ever part of the statement.
+void append_literal(const Argument& value, std::string& sql) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  if (value.type == Argument::Type::kNull) {
+    sql += "NULL";
+  } else if (value.type == Argument::Type::kInteger) {
+    sql += std::to_string(value.integer);
+  } else {
+    sql += "X'";
+    for (const char c : value.text) {
+      const auto byte = static_cast<unsigned char>(c);
+      sql += kDigits[byte >> 4];
+      sql += kDigits[byte & 0xF];
+    }
+    sql += '\'';
+  }
 }
 
 }  // namespace
 
 bool PendingRows::takes(const std::string& insert, std::span<const Argument> row) const {
-  return (values_.empty() || insert == insert_) && values_.size() + row.size() <= kMostValues &&
-         size_ + size_of(row) <= kMostBytes;
+  return (sql_.empty() || insert == insert_) && size_ + size_of(row) <= kMostBytes;
 }
 
 void PendingRows::add(const std::string& insert, std::span<const Argument> row) {
-  insert_ = insert;
-  width_ = row.size();
+  if (sql_.empty()) sql_ = insert_ = insert;
   size_ += size_of(row);
+  if (sql_.size() != insert_.size()) sql_ += ',';
+  char before = '(';
   for (const Argument& value : row) {
-    Argument& kept = values_.emplace_back(value);
-    if (!value.text.empty()) kept.text = texts_.emplace_back(value.text);
+    sql_ += std::exchange(before, ',');
+    append_literal(value, sql_);
   }
+  sql_ += ')';
 }
 
 Failure PendingRows::send(Connection& connection) {
-  if (values_.empty()) return {};
+  if (sql_.empty()) return {};
   const PendingRows gone = std::exchange(*this, {});
-  const std::string row = places(gone.width_);
-  std::string sql = gone.insert_ + row;
-  for (size_t sent = gone.width_; sent < gone.values_.size(); sent += gone.width_)
-    sql.append(",").append(row);
-  return connection.run_once(sql, gone.values_);
-}
-
-std::string places(size_t width) {
-  std::string text = "(";
-  for (size_t i = 0; i < width; ++i) text += i == 0 ? "?" : ",?";
-  return text + ")";
+  return connection.execute(gone.sql_);
 }
 
 }  // namespace zymdb::client::mariadb

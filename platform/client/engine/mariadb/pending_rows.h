@@ -2,9 +2,8 @@
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_PENDING_ROWS_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_PENDING_ROWS_H
 
-#include <deque>
+#include <span>
 #include <string>
-#include <vector>
 
 #include "client/engine/mariadb/connection.h"
 
@@ -21,14 +20,9 @@ class PendingRows {
 
  private:
   std::string insert_;
-  size_t width_ = 0;
-  std::vector<Argument> values_;
-  std::deque<std::string> texts_;  // of the values
-  size_t size_ = 0;                // of the texts
+  std::string sql_;
+  size_t size_ = 0;
 };
-
-// The places of a row's values.
-std::string places(size_t width);
 
 }  // namespace zymdb::client::mariadb
 

@@ -29,6 +29,13 @@ Argument::Type type_of(const Column& column) {
   return column.is_text ? Argument::Type::kText : Argument::Type::kInteger;
 }
 
+// The places of a row's values.
+std::string places(size_t width) {
+  std::string text = "(";
+  for (size_t i = 0; i < width; ++i) text += i == 0 ? "?" : ",?";
+  return text + ")";
+}
+
 std::string json_of(const Argument& value) {
   switch (value.type) {
     case Argument::Type::kInteger:
