@@ -159,8 +159,10 @@ class Cluster:
         made = first.ask(ACCOUNT)
         if made.returncode != 0:
             raise RuntimeError(made.stderr)
+        # One after the other, each a member before the next one asks.
         for node in self.nodes[1:]:
             node.start()
+            node.wait()
         self.wait()
 
     def wait(self):
