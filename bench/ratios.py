@@ -37,6 +37,7 @@ SECTIONS = {
     "bus_bench-repeated": ("Beside an inventory daemon on the message bus, asked again while nothing changed",
                            lambda name, rows: 0),
     "flash_bench": ("Bytes written to flash", lambda name, rows: 0),
+    "mariadb_bench": ("An inventory on a MariaDB server", lambda name, rows: 1.3 if name == "functions" else 1.2),
 }
 LEAST_PER_CALL = {"point_bench": 4}
 LEAST_BUS = {"bus_bench": {"one adapter": 10, "adapter list": 5}, "bus_bench-repeated": {"one adapter": 100}}
@@ -47,6 +48,7 @@ MOST_WRITTEN = {
     "normal": {"link change": 1.2, "DPU event": 6, "settings save, two values": 10},
 }
 LEAST_SPEED_UP = 1.8
+MOST_ROUND_TRIPS = 40
 MOST_BYTES_OF_HISTORY = 1.5
 
 
@@ -210,6 +212,30 @@ def flash(path, markdown):
     table.print(markdown)
 
 
+def mariadb(path, markdown):
+    with open(path) as file:
+        runs = json.load(file)["benchmarks"]
+    if "label" in runs[0]:
+        print(f"Not measured: {runs[0]['label']}.\n")
+        return
+    times, _, rates = read(path)
+    table = Table(("", "rows", "library", "limit", "to the limit", "target"))
+    for (what, rows), time in times.items():
+        if LIBRARY not in time:
+            continue
+        ratio = time.ratio(LIBRARY, RAW)
+        most = SECTIONS["mariadb_bench"][1](what, rows)
+        table.add(what, f"{rows:,}", time_text(time.time(LIBRARY)), time_text(time.time(RAW)), f"{ratio:.2f} x", at_most(ratio, most))
+    table.print(markdown)
+    threads(rates, markdown)
+    table = Table(("round trips of a collection", "rows", "first", "target", "unchanged"))
+    for run in runs:
+        if run["run_type"] == "iteration" and "first" in run:
+            table.add("", f"{run['rows']:,.0f}", f"{run['first']:.0f}", at_most(run["first"], MOST_ROUND_TRIPS), f"{run['unchanged']:.0f}")
+            break
+    table.print(markdown)
+
+
 def threads(rates, markdown):
     table = Table(("", "one thread", "two threads", "speed-up", "target"))
     ratio = rates[2] / rates[1]
@@ -233,6 +259,9 @@ def print_all(paths, markdown):
         print(f"### {title}\n" if markdown else title)
         if program == "flash_bench":
             flash(path, markdown)
+            continue
+        if program == "mariadb_bench":
+            mariadb(path, markdown)
             continue
         times, bytes_written, rates = read(path)
         if program in LEAST_BUS:

@@ -72,10 +72,16 @@ std::vector<std::string> class_names() {
   return names_of_classes();
 }
 
+// A collection that has to be made again reads the machine anew, for its sources are let go before its rows
+// are written; what they lack was told.
 Summary collect_inventory(const Sources& sources, const Observer& observer) {
   Summary summary;
+  Observer told = observer;
   try {
-    summary.tables = collect(sources, observer);
+    repeat_overtaken([&] {
+      const Observer now = std::exchange(told, {.notice = {}, .progress = observer.progress});
+      summary.tables = collect(sources, now);
+    });
   } catch (const SourceError& error) {
     summary.error = error.what();
   } catch (const DatabaseError& error) {

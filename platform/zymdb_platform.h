@@ -19,7 +19,9 @@ extern "C" {
 
 /**
  * Begins a transaction on the calling thread: what it reads and writes through `handle` until the commit is
- * one unit that others see whole or not at all. Waits for other writers as a single write does.
+ * one unit that others see whole or not at all. Waits for other writers as a single write does. On a
+ * database server a row that it inserts may be sent later, and its failure be told by what follows: by the
+ * commit at the latest.
  *
  * @return 0; ZYM_DB_STATUS_INVALID_PARAM for a null handle; ZYM_DB_STATUS_ERROR when one is open on this
  *         thread already; a status of the client's own when the database stays locked or fails.

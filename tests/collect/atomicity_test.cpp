@@ -86,6 +86,8 @@ class Atomicity : public InventoryTest {
     fail_call(call);
     Summary summary = collect();
     failed_ = failed_call();
+    calls_ = calls_so_far();
+    transactions_ = calls_of("zym_db_begin");
     fail_call(0);
     return summary;
   }
@@ -116,6 +118,8 @@ class Atomicity : public InventoryTest {
 
   fs::path saved_;
   std::string failed_;
+  size_t calls_ = 0;
+  size_t transactions_ = 0;
   DriveTree tree_;
   Sources sources_;
 };
@@ -145,6 +149,45 @@ TEST_F(Atomicity, ACollectionIsOneTransactionFromItsFirstReadToItsLastWrite) {
   EXPECT_FALSE(collect().ok());
   EXPECT_EQ(failed_call(), "zym_db_commit");
   fail_call(0);
+}
+
+TEST_F(Atomicity, ACollectionThatAnotherWriterOvertookIsMadeAgainWhole) {
+  ASSERT_TRUE(collect().ok());
+  change_machine();
+  save_inventory();
+  ASSERT_TRUE(collect_with_failure(0).ok());
+  const size_t calls = calls_;
+  ASSERT_GT(calls, 100U);
+  const std::string after = inventory();
+  for (size_t call = 2; call <= calls; call += 7) {
+    overtake(2, call);
+    ASSERT_TRUE(collect_with_failure(0).ok()) << call;
+    EXPECT_EQ(transactions_, 3U) << call;
+    ASSERT_EQ(inventory(), after) << call;
+  }
+}
+
+TEST_F(Atomicity, OneThatIsAlwaysOvertakenEndsAndLeavesTheInventoryAsItWas) {
+  ASSERT_TRUE(collect().ok());
+  const std::string before = inventory();
+  change_machine();
+  fail_call(0);
+  overtake(1000, 3);
+  EXPECT_FALSE(collect().ok());
+  EXPECT_EQ(calls_of("zym_db_begin"), 6U);
+  overtake(0, 0);
+  EXPECT_EQ(inventory(), before);
+}
+
+TEST_F(Atomicity, WhatIsMadeAgainTellsWhatItsSourcesLackOnce) {
+  size_t notices = 0;
+  const Observer observer = {.notice = [&](std::string_view) { ++notices; }, .progress = {}};
+  ASSERT_TRUE(collect_inventory(sources_, observer).ok());
+  const size_t once = std::exchange(notices, 0);
+  ASSERT_GT(once, 0U);
+  overtake(1, 3);
+  ASSERT_TRUE(collect_inventory(sources_, observer).ok());
+  EXPECT_EQ(notices, once);
 }
 
 TEST_F(Atomicity, CountersAreKeptOnceTheCollectionIsStored) {

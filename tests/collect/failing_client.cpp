@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <map>
+#include <string_view>
 
 #include "controller/database_client.h"
 #include "zymdb_platform.h"
@@ -14,7 +15,20 @@ size_t calls = 0;
 std::string failed;
 std::map<std::string, size_t> calls_by_name;
 
+constexpr int kBusy = 40;
+size_t overtaken = 0;        // transactions, still
+size_t overtaken_at = 0;     // which call of each
+bool was_overtaken = false;  // what the client then says of itself
+size_t calls_in_begun = 0;   // 0: none is begun
+
+bool is_overtaken() {
+  return overtaken != 0 && calls_in_begun != 0 && calls_in_begun >= overtaken_at;
+}
+
 bool fails(const char* name) {
+  if (calls_in_begun != 0) ++calls_in_begun;
+  if (std::string_view(name) == "zym_db_begin") calls_in_begun = 1;
+  if (is_overtaken()) return true;
   ++calls_by_name[name];
   if (++calls != failing) return false;
   failed = name;
@@ -35,6 +49,10 @@ void fail_call(size_t number) {
   calls = 0;
   failed.clear();
   calls_by_name.clear();
+}
+void overtake(size_t transactions, size_t call) {
+  overtaken = transactions;
+  overtaken_at = call;
 }
 size_t calls_so_far() {
   return calls;
@@ -92,7 +110,34 @@ CLIENT_CALL(int, ZYM_DB_STATUS_ERROR, zym_db_delete,
 // A commit that fails has written nothing and leaves no transaction open.
 extern "C" [[gnu::visibility("default")]] int zym_db_commit(Handle* handle) {
   static const auto call = real<decltype(zym_db_commit)>("zym_db_commit");
-  if (!fails("zym_db_commit")) return call(handle);
+  if (!fails("zym_db_commit")) {
+    calls_in_begun = 0;
+    return call(handle);
+  }
+  const int status = is_overtaken() ? kBusy : ZYM_DB_STATUS_ERROR;
   zym_db_rollback(handle);
-  return ZYM_DB_STATUS_ERROR;
+  return status;
+}
+
+extern "C" [[gnu::visibility("default")]] int zym_db_rollback(Handle* handle) {
+  static const auto call = real<decltype(zym_db_rollback)>("zym_db_rollback");
+  if (is_overtaken()) {
+    --overtaken;
+    was_overtaken = true;
+  }
+  calls_in_begun = 0;
+  return call(handle);
+}
+
+extern "C" [[gnu::visibility("default")]] void zym_db_clear_error() {
+  static const auto call = real<decltype(zym_db_clear_error)>("zym_db_clear_error");
+  was_overtaken = false;
+  call();
+}
+
+extern "C" [[gnu::visibility("default")]] const char* zym_db_last_error(int* status) {
+  static const auto call = real<decltype(zym_db_last_error)>("zym_db_last_error");
+  if (!was_overtaken) return call(status);
+  if (status != nullptr) *status = kBusy;
+  return "another writer was first";
 }

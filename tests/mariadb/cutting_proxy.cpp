@@ -74,11 +74,13 @@ void CuttingProxy::pass(int client) {
   const int server = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const sockaddr_un address = address_of(server_);
   bool goes_on = connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  bool was_answered = true;
   pollfd ends[] = {{client, POLLIN, 0}, {server, POLLIN, 0}};
   while (goes_on && !ends_) {
     if (poll(ends, 2, 50) <= 0) continue;
     if (ends[0].revents != 0) {
       const std::string sent = receive(client);
+      if (std::exchange(was_answered, false)) ++round_trips_;
       Cut cut{};
       const bool cuts = is_cut(sent, cut);
       goes_on = !sent.empty() && (cuts && cut == Cut::kStatement ? false : send_all(server, sent)) && !cuts;
@@ -86,6 +88,7 @@ void CuttingProxy::pass(int client) {
       if (cuts && cut == Cut::kAnswer) receive(server);
     } else if (ends[1].revents != 0) {
       const std::string answer = receive(server);
+      was_answered = true;
       goes_on = !answer.empty() && send_all(client, answer);
     }
   }

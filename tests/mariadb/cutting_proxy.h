@@ -21,6 +21,8 @@ class CuttingProxy {
   // The next statement that holds the words is the last of its connection.
   void cut_at(std::string words, Cut cut);
   int connections() const { return connections_; }
+  // How often a client spoke after its server did: what it waited for.
+  int round_trips() const { return round_trips_; }
 
  private:
   void accept_all();
@@ -31,6 +33,7 @@ class CuttingProxy {
   std::string server_;
   int listener_;
   std::atomic<int> connections_{0};
+  std::atomic<int> round_trips_{0};
   std::mutex mutex_;
   std::string words_;
   Cut cut_ = Cut::kAnswer;

@@ -188,11 +188,89 @@ TEST_F(EngineTest, ATransactionWhoseConnectionIsLostIsNot) {
   ASSERT_EQ(zym_db_begin(handle()), 0);
   ASSERT_EQ(add(1), 0);
   kill_connections();
-  EXPECT_EQ(add(2), 44);
   EXPECT_EQ(count(), -1);
+  EXPECT_EQ(add(2), 44);
   EXPECT_EQ(zym_db_commit(handle()), 44);
   EXPECT_EQ(count(), 0);
   EXPECT_EQ(add(3), 0);
+}
+
+TEST_F(EngineTest, NewRowsOfATransactionAreSentTogether) {
+  CuttingProxy proxy(folder_.file("proxy"), std::string(std::getenv("ZYMDB_TEST_SERVER")) + "/socket");
+  use("mariadb://zymdb@localhost/" + database_.name() + "?socket=" + folder_.file("proxy") +
+      "&password-file=" + std::getenv("ZYMDB_TEST_SERVER") + "/password");
+  ASSERT_EQ(add(0), 0);
+  const int before = proxy.round_trips();
+  ASSERT_EQ(zym_db_begin(handle()), 0);
+  for (int i = 1; i <= 1000; ++i) ASSERT_EQ(add(i), 0);
+  ASSERT_EQ(zym_db_commit(handle()), 0);
+  EXPECT_LE(proxy.round_trips() - before, 12);
+  EXPECT_EQ(count(), 1001);
+  EXPECT_EQ(count("FunKey=_id-1"), 1001);
+  close();
+}
+
+// Nothing is cut at the bytes that go together, and what is too long for them goes alone.
+TEST_F(EngineTest, RowsThatWaitKeepTheirValuesWhateverTheirSizeAndOrder) {
+  ASSERT_EQ(zym_db_begin(handle()), 0);
+  for (int i = 1; i <= 60; ++i) {
+    const Set values(zym_db_get_content_values(handle()));
+    const std::string text(static_cast<size_t>(i % 20 == 0 ? 3'000'000 : 40'000),
+                           static_cast<char>('a' + i % 26));
+    if (i % 3 != 0) zym_db_content_put_text(values.get(), "SlotDesignation", text.c_str());
+    if (i % 3 == 0) zym_db_content_put_null(values.get(), "SlotDesignation");
+    zym_db_content_put_int(values.get(), i % 2 == 0 ? "FunKey" : "DevKey", i);
+    int64_t id = 0;
+    ASSERT_EQ(zym_db_insert(handle(), "PCIs", values.get(), 0, &id), 0);
+    ASSERT_EQ(id, i);
+    if (i == 30) {
+      ASSERT_EQ(count(), 30);
+    }
+  }
+  ASSERT_EQ(zym_db_delete(handle(), "PCIs", "_id=60", nullptr, 0, nullptr), 0);
+  ASSERT_EQ(add(7), 0);
+  ASSERT_EQ(zym_db_commit(handle()), 0);
+  EXPECT_EQ(database_.run("SELECT COUNT(*), SUM(COALESCE(FunKey, DevKey)), MAX(_id) FROM PCIs"),
+            "60|1777|60\n");
+  EXPECT_EQ(database_.run("SELECT COUNT(*) FROM PCIs WHERE SlotDesignation=REPEAT(CHAR(97+_id%26),"
+                          "IF(_id%20=0,3000000,40000))"),
+            "40\n");
+}
+
+TEST_F(EngineTest, AStatementOfManyValuesIsAnswered) {
+  ASSERT_EQ(add(29'000), 0);
+  std::string where = "FunKey IN (0";
+  for (int i = 1; i < 29'500; ++i) where += "," + std::to_string(i);
+  EXPECT_EQ(count((where + ")").c_str()), 1);
+}
+
+TEST_F(EngineTest, RowsThatWaitAreForgottenWithTheirTransaction) {
+  ASSERT_EQ(zym_db_begin(handle()), 0);
+  ASSERT_EQ(add(1), 0);
+  ASSERT_EQ(zym_db_rollback(handle()), 0);
+  EXPECT_EQ(count(), 0);
+  EXPECT_EQ(add(2), 0);
+  EXPECT_EQ(count("_id=1"), 1);
+}
+
+// What waited cannot be told of where it was put: the transaction is over.
+TEST_F(EngineTest, RowsThatCannotBeWrittenEndTheirTransaction) {
+  ASSERT_EQ(add(1), 0);
+  database_.run(
+      "CREATE TRIGGER refusal BEFORE INSERT ON PCIs FOR EACH ROW SIGNAL SQLSTATE '23000' SET "
+      "MYSQL_ERRNO=1062");
+  ASSERT_EQ(zym_db_begin(handle()), 0);
+  ASSERT_EQ(add(2), 0);
+  EXPECT_EQ(count(), -1);
+  EXPECT_EQ(add(3), 48);
+  EXPECT_EQ(zym_db_commit(handle()), 48);
+  EXPECT_EQ(count(), 1);
+  ASSERT_EQ(zym_db_begin(handle()), 0);
+  ASSERT_EQ(add(2), 0);
+  EXPECT_EQ(zym_db_commit(handle()), 48);
+  database_.run("DROP TRIGGER refusal");
+  EXPECT_EQ(add(4), 0);
+  EXPECT_EQ(count(), 2);
 }
 
 TEST_F(EngineTest, EveryHostIsTriedAndWhatEachOneSaysIsTold) {

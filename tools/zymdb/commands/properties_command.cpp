@@ -42,9 +42,11 @@ void import_file(const std::string& path) {
   open_inventory(Opening::kCreating);
   const HandlePtr database = open_properties();
   if (database == nullptr) require_no_client_error("open the property database");
-  Transaction transaction(database.get());
-  for (const auto& property : properties) store(database.get(), property);
-  transaction.commit();
+  repeat_overtaken([&] {
+    Transaction transaction(database.get());
+    for (const auto& property : properties) store(database.get(), property);
+    transaction.commit();
+  });
   write_output(std::to_string(properties.size()) + " properties stored\n");
 }
 

@@ -23,11 +23,13 @@ constexpr char kFooter[] =
 
 void store(const std::vector<SettingRecord>& settings) {
   const ParsingMarker marker;
-  Transaction transaction(get_dmdb_handle());
-  for (const auto& setting : settings)
-    require_status(extract_PCISetting_info(&setting),
-                   "store the setting '" + std::string(setting.SettingID) + "'");
-  transaction.commit();
+  repeat_overtaken([&] {
+    Transaction transaction(get_dmdb_handle());
+    for (const auto& setting : settings)
+      require_status(extract_PCISetting_info(&setting),
+                     "store the setting '" + std::string(setting.SettingID) + "'");
+    transaction.commit();
+  });
 }
 
 void import_file(const std::string& path) {

@@ -2,6 +2,7 @@
 
 #include <errmsg.h>
 #include <fcntl.h>
+#include <mysqld_error.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,11 +17,13 @@ namespace zymdb::client::mariadb {
 namespace {
 
 constexpr size_t kPreparedStatements = 64;
+constexpr unsigned kMostValuesAtOnce = 200;
 constexpr unsigned kConnectSeconds = 3;
 // Longer than any statement or wait for a lock may take.
 constexpr unsigned kSilenceSeconds = 20;
 constexpr size_t kFirstText = 256;
 constexpr char kOptionGroup[] = "zymdb";
+constexpr char kNoMajority[] = "the node is not part of a cluster's majority";
 
 // strict: nothing is cut short without a word. no backslash: a pattern's is a letter like others.
 // max_sort_length: of a text that is sorted by.
@@ -242,42 +245,75 @@ Failure Connection::find_cluster() {
           });
   if (failure) return failure;
   if (!is_of_cluster_) return {};
-  if (ready == 0)
-    return said_by_host(
-        {kStatusIo, "the node is not part of a cluster's majority", Aftermath::kConnectionLost});
-  return execute("SET SESSION wsrep_sync_wait=15");
+  if (ready == 0) return said_by_host({kStatusIo, kNoMajority, Aftermath::kConnectionLost});
+  return execute("SET SESSION wsrep_sync_wait=15,wsrep_dirty_reads=0");
+}
+
+// A node without its majority still tells its own state.
+bool Connection::is_ready() {
+  constexpr std::string_view kReady = "SHOW GLOBAL STATUS LIKE 'wsrep_ready'";
+  if (mysql_real_query(mysql_, kReady.data(), kReady.size()) != 0) return false;
+  struct FreeRows {
+    void operator()(MYSQL_RES* rows) const { mysql_free_result(rows); }
+  };
+  const std::unique_ptr<MYSQL_RES, FreeRows> rows(mysql_store_result(mysql_));
+  const MYSQL_ROW row = rows != nullptr ? mysql_fetch_row(rows.get()) : nullptr;
+  return row != nullptr && row[1] != nullptr && std::strcmp(row[1], "ON") == 0;
 }
 
 Failure Connection::execute(const std::string& sql) {
   return mysql_real_query(mysql_, sql.data(), sql.size()) == 0 ? Failure{} : failure();
 }
 
-Failure Connection::prepare(const std::string& sql, MYSQL_STMT*& statement) {
-  if (const auto place = places_.find(sql); place != places_.end()) {
-    kept_.splice(kept_.begin(), kept_, place->second);
-    statement = kept_.front().statement.get();
-    return {};
-  }
-  StatementPtr fresh(mysql_stmt_init(mysql_));
-  if (fresh == nullptr) throw std::bad_alloc();
-  if (mysql_stmt_prepare(fresh.get(), sql.data(), sql.size()) != 0) return failure(fresh.get());
-  if (kept_.size() == kPreparedStatements) {
-    places_.erase(kept_.back().sql);
-    kept_.pop_back();
-  }
-  kept_.push_front({sql, std::move(fresh)});
+MYSQL_STMT* Connection::find(const std::string& sql) {
+  const auto place = places_.find(sql);
+  if (place == places_.end()) return nullptr;
+  kept_.splice(kept_.begin(), kept_, place->second);
+  return kept_.front().statement.get();
+}
+
+// Before another one runs: to close a statement would take its rows.
+void Connection::make_room() {
+  if (kept_.size() < kPreparedStatements) return;
+  places_.erase(kept_.back().sql);
+  kept_.pop_back();
+}
+
+void Connection::keep(const std::string& sql, StatementPtr statement) {
+  kept_.push_front({sql, std::move(statement)});
   places_.emplace(kept_.front().sql, kept_.begin());
-  statement = kept_.front().statement.get();
-  return {};
+}
+
+// Prepared and run in one round trip. Not by a node of a cluster: one that aborts a transaction between the
+// two loses the word of it. Nor with many values: the server would tell of each while nobody listens yet.
+Failure Connection::execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values) {
+  const auto count = static_cast<unsigned>(values.size());
+  const auto bind = [&] { return count == 0 || mysql_stmt_bind_param(statement, values.data()) == 0; };
+  if (is_of_cluster_ || count > kMostValuesAtOnce) {
+    const bool is_done = mysql_stmt_prepare(statement, sql.data(), sql.size()) == 0 && bind() &&
+                         mysql_stmt_execute(statement) == 0;
+    return is_done ? Failure{} : failure(statement);
+  }
+  mysql_stmt_attr_set(statement, STMT_ATTR_PREBIND_PARAMS, &count);
+  const bool is_done = bind() && mariadb_stmt_execute_direct(statement, sql.data(), sql.size()) == 0;
+  return is_done ? Failure{} : failure(statement);
 }
 
 Failure Connection::run(const std::string& sql, std::span<const Argument> arguments,
                         std::span<const Class> classes, const TakeRow& row) {
-  MYSQL_STMT* statement = nullptr;
-  if (Failure failure = prepare(sql, statement)) return failure;
   std::vector<MYSQL_BIND> values = bind(arguments);
-  if (!values.empty() && mysql_stmt_bind_param(statement, values.data()) != 0) return failure(statement);
-  if (mysql_stmt_execute(statement) != 0) return failure(statement);
+  MYSQL_STMT* statement = find(sql);
+  if (statement == nullptr) {
+    make_room();
+    StatementPtr fresh(mysql_stmt_init(mysql_));
+    if (fresh == nullptr) throw std::bad_alloc();
+    if (Failure failure = execute_new(fresh.get(), sql, values)) return failure;
+    statement = fresh.get();
+    keep(sql, std::move(fresh));
+  } else if ((!values.empty() && mysql_stmt_bind_param(statement, values.data()) != 0) ||
+             mysql_stmt_execute(statement) != 0) {
+    return failure(statement);
+  }
   const Execution execution(statement);
   return classes.empty() ? Failure{} : fetch(statement, classes, row);
 }
@@ -296,14 +332,23 @@ Failure Connection::fetch(MYSQL_STMT* statement, std::span<const Class> classes,
   }
 }
 
-Failure Connection::failure() const {
-  return said_by_host(failure_of(mysql_errno(mysql_), mysql_error(mysql_)));
+Failure Connection::failure() {
+  return understood(said_by_host(failure_of(mysql_errno(mysql_), mysql_error(mysql_))));
 }
 
-Failure Connection::failure(MYSQL_STMT* statement) const {
+Failure Connection::failure(MYSQL_STMT* statement) {
   // What ends the rows is told to the connection.
   if (mysql_stmt_errno(statement) == 0) return failure();
-  return said_by_host(failure_of(mysql_stmt_errno(statement), mysql_stmt_error(statement)));
+  return understood(said_by_host(failure_of(mysql_stmt_errno(statement), mysql_stmt_error(statement))));
+}
+
+// A wait for what other nodes wrote ends like one for a lock, also where there are no other nodes any more.
+Failure Connection::understood(Failure failure) {
+  if (!is_of_cluster_ || failure.code != ER_LOCK_WAIT_TIMEOUT || is_ready()) return failure;
+  failure.reason.append(": ").append(kNoMajority);
+  failure.status = kStatusIo;
+  failure.aftermath = Aftermath::kConnectionLost;
+  return failure;
 }
 
 Failure Connection::said_by_host(Failure failure) const {

@@ -61,10 +61,15 @@ class Connection {
   Failure connect(const Address& address, const Host& host);
   Failure configure();
   Failure find_cluster();
-  Failure prepare(const std::string& sql, MYSQL_STMT*& statement);
+  bool is_ready();
+  Failure execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values);
+  MYSQL_STMT* find(const std::string& sql);
+  void make_room();
+  void keep(const std::string& sql, StatementPtr statement);
   Failure fetch(MYSQL_STMT* statement, std::span<const Class> classes, const TakeRow& row);
-  Failure failure() const;
-  Failure failure(MYSQL_STMT* statement) const;
+  Failure failure();
+  Failure failure(MYSQL_STMT* statement);
+  Failure understood(Failure failure);
   Failure said_by_host(Failure failure) const;
 
   Limits limits_;

@@ -26,6 +26,8 @@ constexpr Mapping kMappings[] = {
     {CR_CONNECTION_ERROR, kStatusIo, Aftermath::kConnectionLost},
     {CR_COMMANDS_OUT_OF_SYNC, kStatusIo, Aftermath::kConnectionLost},
     {CR_MALFORMED_PACKET, kStatusIo, Aftermath::kConnectionLost},
+    {CR_ERR_NET_READ, kStatusIo, Aftermath::kConnectionLost},
+    {CR_ERR_NET_WRITE, kStatusIo, Aftermath::kConnectionLost},
     {ER_UNKNOWN_COM_ERROR, kStatusIo, Aftermath::kConnectionLost},
     {ER_SERVER_SHUTDOWN, kStatusIo, Aftermath::kConnectionLost},
     {ER_CONNECTION_KILLED, kStatusIo, Aftermath::kConnectionLost},

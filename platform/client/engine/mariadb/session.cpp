@@ -19,8 +19,8 @@ constexpr char kTransactionLasts[] = "a transaction is open on this thread alrea
 constexpr char kWriterLasts[] = "another thread's transaction lasts";
 constexpr char kLost[] = "lost its server";
 constexpr char kOutcomeUnknown[] = "; whether the change was written is not known";
-constexpr int kMostReads = 4;
 constexpr std::chrono::milliseconds kPause{5};
+constexpr std::chrono::milliseconds kPauseOfCluster{100};
 
 // Those of the process, for forks.
 struct Sessions {
@@ -177,19 +177,29 @@ SessionState MariadbSession::state(Look) {
 // A read leaves nothing: it is repeated, on another host where this one is lost.
 template <class Read>
 Failure MariadbSession::read(Read read) {
-  for (int tried = 1;; ++tried) {
+  const auto deadline = std::chrono::steady_clock::now() + limits_.writer;
+  for (;;) {
     Failure failure = broken_ ? broken_ : read();
     if (!failure.ends_transaction()) return failure;
     note(failure);
     if (transaction_) broken_ = failure;
-    if (transaction_ || tried == kMostReads) return failure;
-    if (failure.ends_connection()) {
-      host().warn(failure.reason.c_str());
-      host_ += 1;
-      if (Failure lost = connect()) return lost;
-      is_lost_ = false;
-    }
+    if (transaction_ || std::chrono::steady_clock::now() > deadline) return failure;
+    if (Failure lost = go_on_after(failure, deadline)) return lost;
   }
+}
+
+// On another host where this one is lost. Nodes of a cluster that has lost one answer nobody for a moment.
+Failure MariadbSession::go_on_after(const Failure& failure, Deadline deadline) {
+  std::this_thread::sleep_for(kPause);
+  if (!failure.ends_connection()) return {};
+  host().warn(failure.reason.c_str());
+  host_ += 1;
+  while (Failure lost = connect()) {
+    if (address_.hosts.size() == 1 || std::chrono::steady_clock::now() > deadline) return lost;
+    std::this_thread::sleep_for(kPauseOfCluster);
+  }
+  is_lost_ = false;
+  return {};
 }
 
 Failure MariadbSession::shape_of(std::string_view key, Request::Kind kind, const std::string& sql,
@@ -203,6 +213,9 @@ Failure MariadbSession::shape_of(std::string_view key, Request::Kind kind, const
 
 int MariadbSession::query(Statement& statement, Result& result) {
   return outcome(read([&]() -> Failure {
+    if (transaction_) {
+      if (Failure failure = transaction_->send_rows()) return failure;
+    }
     Shape* shape = shapes_.find(statement.key());
     if (shape == nullptr) {
       std::string sql;
@@ -280,13 +293,7 @@ Failure MariadbSession::write(Work work) {
     if (!failure.ends_transaction()) return failure;
     note(failure);
     if (!may_repeat || std::chrono::steady_clock::now() > deadline) return failure;
-    if (failure.ends_connection()) {
-      host().warn(failure.reason.c_str());
-      host_ += 1;
-      if (Failure lost = connect()) return lost;
-      is_lost_ = false;
-    }
-    std::this_thread::sleep_for(kPause);
+    if (Failure lost = go_on_after(failure, deadline)) return lost;
   }
 }
 
@@ -315,7 +322,7 @@ int MariadbSession::begin() {
   if (!turn) return outcome({kStatusBusy, kWriterLasts});
   Failure failure = read([&] { return Transaction(*connection_, subject_).begin(); });
   if (failure) return outcome(std::move(failure));
-  transaction_.emplace(*connection_, subject_);
+  transaction_.emplace(*connection_, subject_, NewRows::kGathered);
   turn.keep();
   return 0;
 }

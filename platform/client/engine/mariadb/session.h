@@ -6,6 +6,7 @@
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_SESSION_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_SESSION_H
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,16 +45,16 @@ class MariadbSession final : public Session {
   static void abandon_inherited();
 
  private:
+  using Deadline = std::chrono::steady_clock::time_point;
+
   Failure connect();
+  Failure go_on_after(const Failure& failure, Deadline deadline);
   template <class Read>
   Failure read(Read read);
   template <class Work>
   Failure write(Work work);
   template <class Work>
   Failure write_once(Work work, bool& may_repeat);
-  Failure run_reading(std::string_view key, Request::Kind kind, const std::string& sql,
-                      std::span<const Argument> arguments, std::vector<std::string> names, Result* result,
-                      bool& any);
   Failure shape_of(std::string_view key, Request::Kind kind, const std::string& sql,
                    std::vector<std::string> names, Shape*& shape);
   Failure make_change(Transaction& transaction, Statement& statement, Change& change);

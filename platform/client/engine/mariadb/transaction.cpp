@@ -1,5 +1,7 @@
 #include "client/engine/mariadb/transaction.h"
 
+#include <mysqld_error.h>
+
 #include "client/engine/json_text.h"
 #include "client/engine/mariadb/journal.h"
 #include "client/status.h"
@@ -20,6 +22,18 @@ constexpr Class kNumber[] = {Class::kInteger};
 
 bool is_id(const Column& column) {
   return same_word(column.name, kId);
+}
+
+Argument::Type type_of(const Column& column) {
+  if (column.is_bytes) return Argument::Type::kBlob;
+  return column.is_text ? Argument::Type::kText : Argument::Type::kInteger;
+}
+
+// The places of a row's values.
+std::string places(size_t width) {
+  std::string text = "(";
+  for (size_t i = 0; i < width; ++i) text += i == 0 ? "?" : ",?";
+  return text + ")";
 }
 
 std::string json_of(const Argument& value) {
@@ -68,6 +82,7 @@ Failure Transaction::change(const Statement& statement, Shape& shape, Change& ch
   const std::span<const Argument> values = statement.arguments().first(shape.columns().size());
   const std::span<const Argument> condition = statement.arguments().subspan(shape.columns().size());
   if (statement.kind() == Request::Kind::kInsert) return insert(table, shape, values, change);
+  if (Failure failure = send_rows()) return failure;
   std::vector<Argument> given(condition.begin(), condition.end());
   if (statement.kind() == Request::Kind::kUpdate)
     return update(table, shape, values, std::move(given), change);
@@ -85,9 +100,7 @@ Failure Transaction::admit(std::span<const Column* const> columns, std::span<con
       value = as_text(value, storage[i]);
     else if (!column.is_bytes)
       value = as_number(value);
-    Argument::Type wanted = column.is_text ? Argument::Type::kText : Argument::Type::kInteger;
-    if (column.is_bytes) wanted = Argument::Type::kBlob;
-    if (value.type != Argument::Type::kNull && value.type != wanted)
+    if (value.type != Argument::Type::kNull && value.type != type_of(column))
       return {kStatusConstraint, "\"" + column.name + "\" does not admit the value"};
     admitted.push_back(value);
   }
@@ -100,29 +113,35 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
   std::vector<std::string> storage;
   if (Failure failure = admit(shape.columns(), values, admitted, storage)) return failure;
   std::string names;
-  std::string places;
   Argument* id = nullptr;
+  bool is_new_id = false;
   admitted.reserve(admitted.size() + 1);
   for (size_t i = 0; i < admitted.size(); ++i) {
     if (is_id(*shape.columns()[i])) id = &admitted[i];
     names.append(identifier(shape.columns()[i]->name)).push_back(',');
-    places.append("?,");
   }
   if (id == nullptr) {
     names.append("`_id`,");
-    places.append("?,");
     id = &admitted.emplace_back();
   }
   if (id->type == Argument::Type::kNull) {
     int64_t next = 0;
     if (Failure failure = next_id(table, next)) return failure;
     *id = Argument::of(next);
+    is_new_id = true;
   }
   names.pop_back();
-  places.pop_back();
-  if (Failure failure = connection_.run(
-          "INSERT INTO " + identifier(table.name()) + " (" + names + ") VALUES (" + places + ")", admitted))
-    return failure;
+  const std::string insert = "INSERT INTO " + identifier(table.name()) + " (" + names + ") VALUES ";
+  if (is_new_id) {
+    if (Failure failure = put(table, insert, admitted)) {
+      last_ids_.erase(table.name());
+      return failure;
+    }
+  } else {
+    last_ids_.erase(table.name());
+    if (Failure failure = send_rows()) return failure;
+    if (Failure failure = connection_.run(insert + places(admitted.size()), admitted)) return failure;
+  }
   change.rows = 1;
   change.id = id->integer;
   changed_ = true;
@@ -130,9 +149,40 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
   return note_lasting_id(table, change.id);
 }
 
+// Of a row with a new id. Nothing of the inventory is unique or required, so that those that wait are not
+// refused later.
+Failure Transaction::put(const Table& table, const std::string& insert, std::span<const Argument> row) {
+  const bool may_wait = new_rows_ == NewRows::kGathered && has_journal() &&
+                        PendingRows().takes(insert, row) &&
+                        !subject_.tables.lasting_ids.contains(table.name());
+  if (!may_wait || !pending_.takes(insert, row)) {
+    if (Failure failure = send_rows()) return failure;
+  }
+  if (!may_wait) return connection_.run(insert + places(row.size()), row);
+  pending_.add(insert, row);
+  return {};
+}
+
+Failure Transaction::send_rows() {
+  Failure failure = pending_.send(connection_);
+  if (failure && !failure.ends_transaction()) failure.aftermath = Aftermath::kTransactionLost;
+  return failure;
+}
+
 // Behind the newest row's, or behind all that ever were.
 Failure Transaction::next_id(const Table& table, int64_t& id) {
-  int64_t last = 0;
+  auto last = last_ids_.find(table.name());
+  if (last == last_ids_.end()) {
+    int64_t found = 0;
+    if (Failure failure = find_last_id(table, found)) return failure;
+    last = last_ids_.emplace(table.name(), found).first;
+  }
+  if (last->second == INT64_MAX) return {kStatusFull, "there is no number left for another row"};
+  id = ++last->second;
+  return {};
+}
+
+Failure Transaction::find_last_id(const Table& table, int64_t& last) {
   const auto take = [&](Row row) {
     if (row[0].type == Argument::Type::kInteger) last = std::max(last, row[0].integer);
     return true;
@@ -142,10 +192,8 @@ Failure Transaction::next_id(const Table& table, int64_t& id) {
     return failure;
   if (subject_.tables.lasting_ids.contains(table.name())) {
     const Argument name[] = {Argument::of(std::string_view(table.name()))};
-    if (Failure failure = connection_.run(kLastId, name, kNumber, take)) return failure;
+    return connection_.run(kLastId, name, kNumber, take);
   }
-  if (last == INT64_MAX) return {kStatusFull, "there is no number left for another row"};
-  id = last + 1;
   return {};
 }
 
@@ -225,6 +273,7 @@ Failure Transaction::remove(const Table& table, Shape& shape, std::vector<Argume
   std::vector<Former> rows;
   if (Failure failure = read_affected(shape, condition, columns, rows)) return failure;
   if (rows.empty()) return {};
+  last_ids_.erase(table.name());
   std::vector<int64_t> ids;
   for (const Former& row : rows) ids.push_back(row.id);
   std::vector<Argument> one;
@@ -253,12 +302,23 @@ bool Transaction::is_accounted(const Table& table) const {
 
 Failure Transaction::record() {
   if (!changed_) return {};
+  if (Failure failure = send_rows()) return failure;
   if (has_journal()) {
     const std::string account = subject_.bounds.keeps_any() ? account_.text() : std::string();
     if (Failure failure = append_to_journal(connection_, subject_.bounds, account)) return failure;
   }
   const Argument name[] = {Argument::of(std::string_view(subject_.schema.name))};
   return connection_.run(kMoveMark, name);
+}
+
+// Where another transaction was first nothing of this one is left. Of no other failure is that certain: a
+// node that has lost the others in the middle does not know what they heard.
+Failure Transaction::commit() {
+  Failure failure = connection_.execute("COMMIT");
+  if (!failure || failure.code == ER_LOCK_DEADLOCK) return failure;
+  failure.status = kStatusIo;
+  failure.aftermath = Aftermath::kConnectionLost;
+  return failure;
 }
 
 }  // namespace zymdb::client::mariadb

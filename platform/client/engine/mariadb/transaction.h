@@ -3,6 +3,7 @@
 #ifndef ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_TRANSACTION_H
 #define ZYMDB_PLATFORM_CLIENT_ENGINE_MARIADB_TRANSACTION_H
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "client/engine/engine.h"
 #include "client/engine/history_bounds.h"
 #include "client/engine/mariadb/connection.h"
+#include "client/engine/mariadb/pending_rows.h"
 #include "client/engine/mariadb/shapes.h"
 #include "client/engine/mariadb/tables.h"
 #include "client/engine/volatile_columns.h"
@@ -24,16 +26,23 @@ struct Subject {
   const HistoryBounds& bounds;
 };
 
+// Whether new rows wait for each other, in a transaction of several changes, or are sent at once.
+enum class NewRows : uint8_t { kSent, kGathered };
+
 class Transaction {
  public:
-  Transaction(Connection& connection, const Subject& subject) : connection_(connection), subject_(subject) {}
+  Transaction(Connection& connection, const Subject& subject, NewRows rows = NewRows::kSent)
+      : connection_(connection), subject_(subject), new_rows_(rows) {}
 
   Failure begin();
   Failure change(const Statement& statement, Shape& shape, Change& change);
+  // Sends the rows that wait, before anything is read that may be of them. A failure ends the transaction:
+  // who put the rows was told that they are there.
+  Failure send_rows();
   // What precedes the commit: the account. The commit itself is the last statement, so that who runs it knows
   // whether anything was lost before.
   Failure record();
-  Failure commit() { return connection_.execute("COMMIT"); }
+  Failure commit();
   void rollback() { connection_.execute("ROLLBACK"); }
 
  private:
@@ -47,7 +56,9 @@ class Transaction {
   Failure update(const Table& table, Shape& shape, std::span<const Argument> values,
                  std::vector<Argument> condition, Change& change);
   Failure remove(const Table& table, Shape& shape, std::vector<Argument> condition, Change& change);
+  Failure put(const Table& table, const std::string& insert, std::span<const Argument> row);
   Failure next_id(const Table& table, int64_t& id);
+  Failure find_last_id(const Table& table, int64_t& last);
   Failure note_lasting_id(const Table& table, int64_t id);
   Failure read_affected(Shape& shape, std::vector<Argument>& condition,
                         std::span<const Column* const> columns, std::vector<Former>& rows);
@@ -62,6 +73,9 @@ class Transaction {
 
   Connection& connection_;
   const Subject& subject_;
+  NewRows new_rows_;
+  PendingRows pending_;
+  std::map<std::string, int64_t> last_ids_;  // by table: nobody else adds rows meanwhile
   Account account_;
   bool changed_ = false;
 };
