@@ -199,7 +199,7 @@ class Redfish::Service {
     const ViewPtr now = view();
     const Node* const node = now->tree->find(path);
     if (node == nullptr) return not_found(request);
-    const char* const allowed = path == kBiosSettings ? kChanging : kReading;
+    const char* const allowed = path == kBiosSettings && !options_.is_read_only ? kChanging : kReading;
     if (!is_method_in(request.method, allowed)) return with_allowed(error_response(405), allowed);
     if (!request.is_read()) return patch_settings(*now, request);
     Query query;

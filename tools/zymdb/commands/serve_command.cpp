@@ -13,6 +13,7 @@
 
 #include "commands/commands.h"
 #include "documents/inventory_types.h"
+#include "documents/snapshot.h"
 #include "records/pci.h"
 #include "service/accounts/system_accounts.h"
 #include "service/http/server.h"
@@ -161,10 +162,11 @@ void serve(const ServeOptions& options) {
   if (!options.certificate.empty())
     certificate = std::make_unique<Certificate>(options.certificate, options.key);
   const auto log = make_log();
+  const bool is_snapshot = documents::is_snapshot_file(inventory_location());
   try_to_open_inventory(log);
   service::Current current(documents::inventory_types(options.names));
   service::SystemAccounts accounts({}, log);
-  service::Service service(current, accounts, {.anonymous_reads = options.anonymous_reads}, log);
+  service::Service service(current, accounts, {.anonymous_reads = options.anonymous_reads, .is_read_only = is_snapshot}, log);
   const Server server(
       service, std::move(socket),
       {.certificate = certificate.get(),
