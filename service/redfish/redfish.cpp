@@ -9,6 +9,7 @@
 #include "common/client_objects.h"
 #include "service/http/entity_tag.h"
 #include "service/redfish/cache.h"
+#include "service/redfish/curl.h"
 #include "service/redfish/destinations.h"
 #include "service/redfish/errors.h"
 #include "service/redfish/events.h"
@@ -438,6 +439,9 @@ Response Redfish::answer(const Request& request) {
   } catch (const TooLarge&) {
     return error_response(507);
   } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const NoCurl&) {
+    // Whoever runs the service is told what is missing.
     throw;
   } catch (const std::exception&) {
     return error_response(500);
