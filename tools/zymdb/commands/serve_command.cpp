@@ -42,6 +42,7 @@ struct ServeOptions {
 std::string path_of_service() {
   std::error_code error;
   const auto own = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (error) throw Failure("cannot tell where this program is: " + error.message());
   return (own.parent_path() / ZYMDB_TO_SERVICE).lexically_normal();
 }
 
