@@ -20,6 +20,7 @@ ROOT = Path(__file__).resolve().parents[1]
 BUILD = Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release").resolve()
 TOOL, FIXED = BUILD / "tools/zymdb/zymdb", BUILD / "bench/fixed_answer"
 NGINX, WRK = ROOT / "build/programs/nginx", ROOT / "build/programs/wrk"
+EXPANDED = "/redfish/v1/Systems/1?$expand=."
 TURNS, SECONDS, CONNECTIONS, SIZE = 7, 2, 32, 2048
 
 CONFIGURATION = """
@@ -59,25 +60,32 @@ class Server:
         return int(re.search(rf"^{what}:\s+(\d+) kB", status, re.MULTILINE)[1]) / 1024
 
 
-def rate(server, tag=None):
+def rate(server, tag=None, path="/resource"):
     header = ["-H", f"If-None-Match: {tag}"] if tag else []
-    told = subprocess.run([WRK, "-t1", f"-c{CONNECTIONS}", f"-d{SECONDS}s", *header, f"http://127.0.0.1:{server.port}/resource"],
+    told = subprocess.run([WRK, "-t1", f"-c{CONNECTIONS}", f"-d{SECONDS}s", *header, f"http://127.0.0.1:{server.port}{path}"],
                           capture_output=True, text=True, check=True).stdout
     # wrk counts 304 as an answer like any other.
     assert "Non-2xx" not in told and "Socket errors" not in told, told
     return float(re.search(r"Requests/sec:\s+(\S+)", told)[1])
 
 
+def files(folder):
+    """A server of the files in a folder."""
+    (folder / "nginx.conf").write_text(CONFIGURATION.format(folder=folder, port=18081))
+    return Server(NGINX, "-e", folder / "error.log", "-c", folder / "nginx.conf", "-p", folder, port=18081)
+
+
+def in_turns(what, one, other, least):
+    turns = [(one(), other()) for _ in range(TURNS)]
+    ratio = statistics.median(one / other for one, other in turns)
+    one, other = (statistics.median(each) for each in zip(*turns))
+    print(f"| {what} | {one:,.0f} /s | {other:,.0f} /s | {ratio:.2f} x | >= {least} {verdict(ratio >= least)} |", flush=True)
+
+
 def compare(folder):
-    for program in [NGINX, WRK]:
-        if not program.exists():
-            print(f"{program.name} is not there: no comparison\n")
-            return
     content = (b'{"Name": "a resource of usual size"}' * 100)[:SIZE]
     (folder / "resource").write_bytes(content)
-    (folder / "nginx.conf").write_text(CONFIGURATION.format(folder=folder, port=18081))
-    with Server(FIXED, folder / "resource") as ours, \
-            Server(NGINX, "-e", folder / "error.log", "-c", folder / "nginx.conf", "-p", folder, port=18081) as nginx:
+    with Server(FIXED, folder / "resource") as ours, files(folder) as nginx:
         time.sleep(0.5)
         tags = []
         for server in (ours, nginx):
@@ -86,12 +94,19 @@ def compare(folder):
             tags.append(headers["ETag"])
             assert server.ask("/resource", **{"If-None-Match": tags[-1]})[0] == 304
         print(f"|                          | the service | nginx | to nginx | target |\n|---|--:|--:|--:|--:|")
-        for what, conditional, least in [(f"unchanged resource, {SIZE:,} bytes", False, 0.5), ("the same, not sent again", True, 0.7)]:
-            turns = [(rate(ours, tags[0] if conditional else None), rate(nginx, tags[1] if conditional else None))
-                     for _ in range(TURNS)]
-            ratio = statistics.median(one / other for one, other in turns)
-            one, other = (statistics.median(each) for each in zip(*turns))
-            print(f"| {what} | {one:,.0f} /s | {other:,.0f} /s | {ratio:.2f} x | >= {least} {verdict(ratio >= least)} |", flush=True)
+        in_turns(f"unchanged resource, {SIZE:,} bytes", lambda: rate(ours), lambda: rate(nginx), 0.5)
+        in_turns("the same, not sent again", lambda: rate(ours, tags[0]), lambda: rate(nginx, tags[1]), 0.7)
+
+
+def compare_redfish(folder):
+    """A resource with all that it leads to, as the service tells it, and the same bytes as a file."""
+    with Server(*serve(folder)) as ours, files(folder) as nginx:
+        time.sleep(0.5)
+        status, _, body = ours.ask(EXPANDED)
+        (folder / "resource").write_bytes(body)
+        assert status == 200 and nginx.ask("/resource")[2] == body
+        in_turns(f"a Redfish system and what it leads to, {len(body):,} bytes", lambda: rate(ours, path=EXPANDED),
+                 lambda: rate(nginx), 0.2)
     print()
 
 
@@ -99,12 +114,18 @@ def verdict(is_reached):
     return "reached" if is_reached else "MISSED"
 
 
-def own(folder):
-    inventory = folder / "inventory.db"
+def collect(folder):
     example = ROOT / "data/example-server"
-    subprocess.run([TOOL, "--inventory", inventory, "collect", "--quiet", "--lspci", example / "server.lspci", "--smbios",
-                    example / "server.smbios"], check=True)
-    command = [TOOL, "--inventory", inventory, "serve", "--anonymous-reads", "--listen", "127.0.0.1:0"]
+    subprocess.run([TOOL, "--inventory", folder / "inventory.db", "collect", "--quiet", "--lspci", example / "server.lspci",
+                    "--smbios", example / "server.smbios"], check=True)
+
+
+def serve(folder):
+    return [TOOL, "--inventory", folder / "inventory.db", "serve", "--anonymous-reads", "--listen", "127.0.0.1:0"]
+
+
+def own(folder):
+    command = serve(folder)
     times = []
     for _ in range(15):
         with Server(*command) as server:
@@ -132,7 +153,13 @@ def report(server, what, most):
 def main():
     with tempfile.TemporaryDirectory() as folder:
         os.chmod(folder, 0o755)
-        compare(Path(folder))
+        collect(Path(folder))
+        missing = [program.name for program in [NGINX, WRK] if not program.exists()]
+        if missing:
+            print(f"no comparison without {' and '.join(missing)}\n")
+        else:
+            compare(Path(folder))
+            compare_redfish(Path(folder))
         own(Path(folder))
 
 

@@ -18,7 +18,6 @@
 #include "checks.h"
 #include "collect/collector.h"
 #include "common/client_objects.h"
-#include "documents/inventory_types.h"
 #include "records/pci.h"
 #include "service/redfish/redfish.h"
 #include "service/redfish/some_accounts.h"
@@ -133,7 +132,7 @@ class Service {
   }
 
   TemporaryFolder folder_;
-  Current current_{documents::inventory_types(records::kPciIdsFile)};
+  Current current_{records::kPciIdsFile};
   SomeAccounts accounts_;
   std::unique_ptr<Redfish> redfish_;
   std::vector<std::vector<documents::Part>> before_;

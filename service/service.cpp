@@ -60,9 +60,8 @@ std::vector<Service::Route> Service::make_routes() {
   add("/metrics", std::make_unique<Metrics>(current_, requests_, [this] { return gauges(); }), nullptr,
       nullptr);
   add("/", std::make_unique<Page>(current_), Page::is_public, Page::is_slow);
-  add("/redfish",
-      std::make_unique<Redfish>(current_, accounts_, RedfishOptions{.may_create_properties = true}),
-      Redfish::is_public, is_write);
+  const RedfishOptions redfish{.may_create_properties = true, .is_read_only = options_.is_read_only};
+  add("/redfish", std::make_unique<Redfish>(current_, accounts_, redfish), Redfish::is_public, is_write);
   return routes;
 }
 

@@ -20,6 +20,8 @@ struct ServiceOptions {
   // GET and HEAD without a login. Only for addresses that nobody else reaches; then only under their own
   // names.
   bool anonymous_reads = false;
+  // The inventory keeps nothing that is saved, as a snapshot does.
+  bool is_read_only = false;
 };
 
 class Service : public Handler {

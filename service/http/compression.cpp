@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
 #include <new>
 
 #include "common/text.h"
@@ -15,6 +16,8 @@ constexpr size_t kWorthwhile = 512;
 // Larger ones are sent as they are: compressing them would hold up others.
 constexpr size_t kTooLarge = 16 << 20;
 
+constexpr int kWindow = 15, kWithGzipHeader = 16;
+
 bool is_worth_it(std::string_view parameters) {
   const size_t weight = parameters.find("q=");
   return weight == std::string_view::npos ||
@@ -24,7 +27,7 @@ bool is_worth_it(std::string_view parameters) {
 }  // namespace
 
 std::string gzip(std::string_view content) {
-  constexpr int kWindow = 15, kWithGzipHeader = 16, kMemory = 8, kLevel = 6;
+  constexpr int kMemory = 8, kLevel = 6;
   z_stream stream{};
   if (deflateInit2(&stream, kLevel, Z_DEFLATED, kWindow + kWithGzipHeader, kMemory, Z_DEFAULT_STRATEGY) !=
       Z_OK)
@@ -39,6 +42,25 @@ std::string gzip(std::string_view content) {
   compressed.resize(stream.total_out);
   compressed.shrink_to_fit();
   return compressed;
+}
+
+std::string gunzip(std::string_view compressed) {
+  z_stream stream{};
+  if (inflateInit2(&stream, kWindow + kWithGzipHeader) != Z_OK) throw std::bad_alloc();
+  const std::unique_ptr<z_stream, decltype(&inflateEnd)> end(&stream, inflateEnd);
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(compressed.data()));
+  stream.avail_in = static_cast<uInt>(compressed.size());
+  std::string content;
+  std::array<char, 16384> piece;
+  int status = Z_OK;
+  while (status == Z_OK) {
+    stream.next_out = reinterpret_cast<Bytef*>(piece.data());
+    stream.avail_out = piece.size();
+    status = inflate(&stream, Z_NO_FLUSH);
+    content.append(piece.data(), piece.size() - stream.avail_out);
+  }
+  if (status != Z_STREAM_END) throw std::bad_alloc();
+  return content;
 }
 
 bool accepts_gzip(std::string_view header) {

@@ -16,6 +16,9 @@ using Text = std::shared_ptr<const std::string>;
 // Throws std::bad_alloc.
 std::string gzip(std::string_view content);
 
+// What was compressed so. Throws std::bad_alloc, also where it was not.
+std::string gunzip(std::string_view compressed);
+
 // What an Accept-Encoding header allows: gzip named, or "*", and not with a weight of 0.
 bool accepts_gzip(std::string_view header);
 

@@ -64,8 +64,10 @@ struct Response {
   Fields headers = {};
   // Shared, because most answers are sent again and again.
   std::shared_ptr<const std::string> body = {};
-  std::shared_ptr<const std::string> gzip = {};  // the body compressed; null: not worth it, or not yet
-  std::shared_ptr<Stream> stream = {};           // in place of a body
+  // The body compressed; null: not worth it, or not yet. Where it is there alone, who takes no gzip gets it
+  // decompressed.
+  std::shared_ptr<const std::string> gzip = {};
+  std::shared_ptr<Stream> stream = {};  // in place of a body
 
   static Response of(int status, std::string type, std::string content);
 };

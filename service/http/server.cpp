@@ -466,8 +466,12 @@ class Server::Implementation {
       auto reader = streams_.open(client, connection, answer.stream, options_.limits.sending);
       return reader != nullptr ? response_of(std::move(reader)) : nullptr;
     }
-    if (answer.body == nullptr) return empty_response();
+    if (answer.body == nullptr && answer.gzip == nullptr) return empty_response();
     return response_of(compressed(answer, request));
+  }
+
+  static Text plain(const Response& answer) {
+    return answer.body != nullptr ? answer.body : std::make_shared<const std::string>(gunzip(*answer.gzip));
   }
 
   // The body as it is sent, with the headers that say so.
@@ -477,7 +481,7 @@ class Server::Implementation {
     if (answer.gzip == nullptr && (type == nullptr || !is_compressible(*type))) return answer.body;
     answer.headers.emplace_back("Vary", "Accept-Encoding");
     const auto accepted = request.header("Accept-Encoding");
-    if (!accepted || !accepts_gzip(*accepted)) return answer.body;
+    if (!accepted || !accepts_gzip(*accepted)) return plain(answer);
     const Text text = answer.gzip != nullptr ? answer.gzip : compressed_.of(answer.body);
     if (text == nullptr) return answer.body;
     answer.headers.emplace_back("Content-Encoding", "gzip");

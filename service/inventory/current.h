@@ -15,7 +15,9 @@ class Current {
  public:
   using DocumentPtr = std::shared_ptr<const documents::Document>;
 
-  explicit Current(std::vector<documents::RecordType> types);
+  // The file is of PCI devices' names, which are read with each document and not kept: they are larger than
+  // it.
+  explicit Current(std::string names_file);
 
   const std::vector<documents::RecordType>& types() const { return types_; }
 
@@ -24,7 +26,10 @@ class Current {
   DocumentPtr get();
 
  private:
-  std::vector<documents::RecordType> types_;
+  void read();
+
+  const std::string names_file_;
+  const std::vector<documents::RecordType> types_;
   std::mutex mutex_;
   DocumentPtr last_;
 };

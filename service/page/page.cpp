@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <new>
 #include <optional>
 #include <utility>
 
@@ -20,7 +19,6 @@ namespace zymdb::service {
 namespace {
 
 constexpr char kJson[] = "application/json";
-constexpr int kGzipWindow = 15 + 16;
 
 // Everything comes from this server, nothing is written in line, and nobody puts the page into theirs.
 constexpr std::pair<const char*, const char*> kPolicies[] = {
@@ -41,42 +39,38 @@ Response refusal(int status, const std::string& reason) {
   return Response::of(status, kJson, error_json(reason));
 }
 
-std::string decompressed(const Asset& asset) {
-  z_stream stream{};
-  if (inflateInit2(&stream, kGzipWindow) != Z_OK) throw std::bad_alloc();
-  stream.next_in = const_cast<unsigned char*>(asset.gzip);
-  stream.avail_in = static_cast<uInt>(asset.size);
-  std::string content;
-  std::array<char, 16384> piece{};
-  int status = Z_OK;
-  while (status == Z_OK) {
-    stream.next_out = reinterpret_cast<unsigned char*>(piece.data());
-    stream.avail_out = piece.size();
-    status = inflate(&stream, Z_NO_FLUSH);
-    content.append(piece.data(), piece.size() - stream.avail_out);
-  }
-  inflateEnd(&stream);
-  return content;
-}
-
-std::string checksum(std::string_view content) {
-  const auto sum =
-      crc32(0, reinterpret_cast<const unsigned char*>(content.data()), static_cast<uInt>(content.size()));
+std::string in_digits(unsigned long sum) {
   std::array<char, 9> digits{};
   std::snprintf(digits.data(), digits.size(), "%08lx", sum);
   return digits.data();
 }
 
+std::string checksum(std::string_view content) {
+  const auto sum =
+      crc32(0, reinterpret_cast<const unsigned char*>(content.data()), static_cast<uInt>(content.size()));
+  return in_digits(sum);
+}
+
+// Of the content: gzip has it behind the content, the lowest byte first, before the size.
+std::string checksum(const Asset& asset) {
+  unsigned long sum = 0;
+  for (size_t i = 0; i < 4; ++i) sum = sum << 8 | asset.gzip[asset.size - 5 - i];
+  return in_digits(sum);
+}
+
 }  // namespace
 
 Page::Page(Current& current) : current_(current), history_(current.types()) {
-  for (const Asset& asset : page_assets()) {
-    auto body = std::make_shared<const std::string>(decompressed(asset));
+  for (const Asset& asset : page_assets())
     files_[asset.path] = {
-        asset.type, '"' + checksum(*body) + '"', body,
+        asset.type, '"' + checksum(asset) + '"', nullptr,
         std::make_shared<const std::string>(reinterpret_cast<const char*>(asset.gzip), asset.size)};
-  }
-  fields_ = document_content(fields_json(current.types()), std::nullopt);
+}
+
+const Page::Content& Page::fields() {
+  std::call_once(fields_made_,
+                 [this] { fields_ = document_content(fields_json(current_.types()), std::nullopt); });
+  return fields_;
 }
 
 // The checksum tells documents of one generation of two inventories apart.
@@ -104,7 +98,7 @@ Response Page::answer_data(const Request& request) {
     return request.caller.user.empty() ? refusal(401, "log in first")
                                        : refusal(403, "this account may not read the inventory");
   if (request.path == "/events") return answer_events();
-  if (request.path == "/fields.json") return answer_content(request, fields_);
+  if (request.path == "/fields.json") return answer_content(request, fields());
   if (request.path == "/inventory.json") return answer_document(request, inventory_, &documents::to_json);
   if (request.path == "/parts.json") return answer_document(request, parts_, &parts_json);
   if (request.path != "/history.json") return refusal(404, "there is no such page");

@@ -54,6 +54,9 @@ class Page : public Handler {
   };
   using Writer = std::function<std::string(const documents::Document&)>;
 
+  // Made when somebody first asks for it.
+  const Content& fields();
+
   static Content document_content(std::string json, std::optional<uint64_t> generation);
 
   Response answer_data(const Request& request);
@@ -64,6 +67,7 @@ class Page : public Handler {
   Current& current_;
   RecentHistory history_;
   std::map<std::string, Content, std::less<>> files_;
+  std::once_flag fields_made_;
   Content fields_;
   Kept inventory_, parts_, changes_;
   std::shared_ptr<std::atomic<int>> streams_ = std::make_shared<std::atomic<int>>(0);

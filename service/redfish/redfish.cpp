@@ -9,6 +9,7 @@
 #include "common/client_objects.h"
 #include "service/http/entity_tag.h"
 #include "service/redfish/cache.h"
+#include "service/redfish/curl.h"
 #include "service/redfish/destinations.h"
 #include "service/redfish/errors.h"
 #include "service/redfish/events.h"
@@ -199,7 +200,7 @@ class Redfish::Service {
     const ViewPtr now = view();
     const Node* const node = now->tree->find(path);
     if (node == nullptr) return not_found(request);
-    const char* const allowed = path == kBiosSettings ? kChanging : kReading;
+    const char* const allowed = path == kBiosSettings && !options_.is_read_only ? kChanging : kReading;
     if (!is_method_in(request.method, allowed)) return with_allowed(error_response(405), allowed);
     if (!request.is_read()) return patch_settings(*now, request);
     Query query;
@@ -438,6 +439,9 @@ Response Redfish::answer(const Request& request) {
   } catch (const TooLarge&) {
     return error_response(507);
   } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const NoCurl&) {
+    // Whoever runs the service is told what is missing.
     throw;
   } catch (const std::exception&) {
     return error_response(500);

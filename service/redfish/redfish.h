@@ -18,6 +18,8 @@ struct RedfishOptions {
   // In a process that makes no databases: where settings are saved, the BIOS configuration manager may make
   // its own, which keeps what it accepted.
   bool may_create_properties = false;
+  // Where the inventory cannot keep what is saved, as a snapshot cannot.
+  bool is_read_only = false;
   redfish::DeliveryTimes delivery = {};
 };
 

@@ -1,12 +1,11 @@
 #include "service/redfish/transfers.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
 #include <new>
 #include <utility>
 
 #include "common/text.h"
+#include "service/redfish/curl.h"
 
 namespace zymdb::service::redfish {
 namespace {
@@ -14,33 +13,27 @@ namespace {
 constexpr const char* kSchemes[] = {"http://", "https://"};
 
 struct FreeUrl {
-  void operator()(CURLU* url) const { curl_url_cleanup(url); }
+  void operator()(CURLU* url) const { curl().url_cleanup(url); }
 };
 using UrlPtr = std::unique_ptr<CURLU, FreeUrl>;
 
 struct FreeEasy {
-  void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+  void operator()(CURL* easy) const { curl().easy_cleanup(easy); }
 };
 struct FreeList {
-  void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+  void operator()(curl_slist* list) const { curl().slist_free_all(list); }
 };
 using ListPtr = std::unique_ptr<curl_slist, FreeList>;
 
-// Once for the process, which keeps it.
-bool has_curl() {
-  static const bool is_there = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-  return is_there;
-}
-
 bool has_part(CURLU* url, CURLUPart part) {
   char* text = nullptr;
-  const bool is_there = curl_url_get(url, part, &text, 0) == CURLUE_OK && text != nullptr;
-  curl_free(text);
+  const bool is_there = curl().url_get(url, part, &text, 0) == CURLUE_OK && text != nullptr;
+  curl().free(text);
   return is_there;
 }
 
 void append(ListPtr& list, const std::string& line) {
-  curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
+  curl_slist* const longer = curl().slist_append(list.get(), line.c_str());
   if (longer == nullptr) throw std::bad_alloc();
   std::ignore = list.release();
   list.reset(longer);
@@ -61,18 +54,18 @@ bool is_destination(const std::string& url) {
     return url.size() > scheme.size() && begins_alike(url, scheme) && url[scheme.size()] != '/';
   };
   if (!std::ranges::any_of(kSchemes, has_scheme)) return false;
-  const UrlPtr parsed(curl_url());
+  const UrlPtr parsed(curl().url());
   if (parsed == nullptr) throw std::bad_alloc();
-  return curl_url_set(parsed.get(), CURLUPART_URL, url.c_str(), 0) == CURLUE_OK &&
+  return curl().url_set(parsed.get(), CURLUPART_URL, url.c_str(), 0) == CURLUE_OK &&
          has_part(parsed.get(), CURLUPART_HOST) && !has_part(parsed.get(), CURLUPART_USER) &&
          !has_part(parsed.get(), CURLUPART_PASSWORD);
 }
 
 struct Transfers::Multi {
-  Multi() : handle(has_curl() ? curl_multi_init() : nullptr) {
+  Multi() : handle(curl().multi_init()) {
     if (handle == nullptr) throw std::bad_alloc();
   }
-  ~Multi() { curl_multi_cleanup(handle); }
+  ~Multi() { curl().multi_cleanup(handle); }
   Multi(const Multi&) = delete;
   Multi& operator=(const Multi&) = delete;
 
@@ -82,7 +75,7 @@ struct Transfers::Multi {
 class Transfers::Transfer {
  public:
   Transfer(CURLM* multi, Post post, const DeliveryTimes& times)
-      : multi_(multi), post_(std::move(post)), easy_(curl_easy_init()) {
+      : multi_(multi), post_(std::move(post)), easy_(curl().easy_init()) {
     if (easy_ == nullptr) throw std::bad_alloc();
     add_headers();
     set(CURLOPT_URL, post_.url.c_str());
@@ -95,9 +88,9 @@ class Transfers::Transfer {
     set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(times.connect.count()));
     set(CURLOPT_TIMEOUT_MS, static_cast<long>(times.whole.count()));
     keep_to_destination();
-    if (curl_multi_add_handle(multi_, easy_.get()) != CURLM_OK) throw std::bad_alloc();
+    if (curl().multi_add_handle(multi_, easy_.get()) != CURLM_OK) throw std::bad_alloc();
   }
-  ~Transfer() { curl_multi_remove_handle(multi_, easy_.get()); }
+  ~Transfer() { curl().multi_remove_handle(multi_, easy_.get()); }
   Transfer(const Transfer&) = delete;
   Transfer& operator=(const Transfer&) = delete;
 
@@ -106,14 +99,14 @@ class Transfers::Transfer {
 
   bool is_accepted() const {
     long status = 0;
-    curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
+    curl().easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
     return status >= 200 && status < 300;
   }
 
  private:
   template <class Value>
   void set(CURLoption option, Value value) {
-    if (curl_easy_setopt(easy_.get(), option, value) != CURLE_OK) throw std::bad_alloc();
+    if (curl().easy_setopt(easy_.get(), option, value) != CURLE_OK) throw std::bad_alloc();
   }
 
   void add_headers() {
@@ -164,9 +157,9 @@ void Transfers::give_up(const std::string& id) {
 
 std::vector<Outcome> Transfers::go_on() {
   int running = 0, left = 0;
-  curl_multi_perform(multi_->handle, &running);
+  curl().multi_perform(multi_->handle, &running);
   std::vector<Outcome> outcomes;
-  while (const CURLMsg* const message = curl_multi_info_read(multi_->handle, &left)) {
+  while (const CURLMsg* const message = curl().multi_info_read(multi_->handle, &left)) {
     if (message->msg != CURLMSG_DONE) continue;
     const CURL* const easy = message->easy_handle;
     const bool is_done = message->data.result == CURLE_OK;
@@ -180,11 +173,11 @@ std::vector<Outcome> Transfers::go_on() {
 }
 
 void Transfers::wait(std::chrono::milliseconds longest) {
-  curl_multi_poll(multi_->handle, nullptr, 0, static_cast<int>(longest.count()), nullptr);
+  curl().multi_poll(multi_->handle, nullptr, 0, static_cast<int>(longest.count()), nullptr);
 }
 
 void Transfers::wake() {
-  curl_multi_wakeup(multi_->handle);
+  curl().multi_wakeup(multi_->handle);
 }
 
 }  // namespace zymdb::service::redfish

@@ -27,6 +27,15 @@ constexpr char kList[] =
     "\t\t01  an interface\n"
     "C 03  Display controller\n";
 
+TEST(PciIds, KnowsNamesInWhateverOrderTheyStand) {
+  const PciIds ids{"8086  Last\n\t0002  B\n\t0001  A\n0001  First\n8086  Again\n\t0001  Another\n"};
+  EXPECT_EQ(ids.vendor(0x8086), "Last");
+  EXPECT_EQ(ids.vendor(0x0001), "First");
+  EXPECT_EQ(ids.device(0x8086, 1), "A");
+  EXPECT_EQ(ids.device(0x8086, 2), "B");
+  EXPECT_EQ(ids.device(0x8086, 3), "");
+}
+
 TEST(PciIds, NamesVendorsDevicesSubsystemsAndClasses) {
   const PciIds ids{kList};
   EXPECT_EQ(ids.vendor(0x15b3), "Mellanox Technologies");

@@ -78,6 +78,8 @@ def layers():
             ("tools/zymdb/terminal/table.cpp", "files/settings_file.h"),
             ("tools/zymdb/show/show_memory.cpp", "files/settings_file.h"),
             ("tools/zymdb/files/settings_file.cpp", "commands/commands.h"),
+            ("tools/zymdb/commands/serve_command.cpp", "service/service.h"),
+            ("tools/serve/serve.cpp", "commands/commands.h"),
             ("python/inventory_access.cpp", "show/listing.h"),
             ("platform/client/status.h", "client/dialect/dialect.h"),
             ("platform/client/dialect/lexer.cpp", "client/result/result.h"),

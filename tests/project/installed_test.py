@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """What is installed can be used.
 
-Every file has its component. The tool starts. The README's program builds as it says there, and with what pkg-config and
+Every file has its component. The tool starts, and its service. The README's program builds as it says there, and with what pkg-config and
 find_package say, shared and static. Every header compiles alone as C11 against nothing but the others. A program with a
 database client of its own, written against the headers alone, runs the library's operations without ours. The Python package
 finds the libraries.
@@ -33,13 +33,13 @@ COMPONENTS = {
            r"|share/man/man[37]/\w+\.[37]",
     "python": r"lib\d*/python[\d.]+/(dist|site)-packages/zymdb/(\w+\.pyi?|py\.typed|_zymdb\.abi3\.so)",
     "mariadb": r"LIB/zymdb/libzymdb_engine_mariadb\.so|share/zymdb/mariadb/account\.sql",
-    "tool": r"bin/zymdb|share/zymdb/inventory\.schema\.json|share/man/man[15]/\w+\.[15]"
+    "tool": r"bin/zymdb|libexec/zymdb/zymdb-serve|share/zymdb/inventory\.schema\.json|share/man/man[15]/\w+\.[15]"
             r"|share/bash-completion/completions/zymdb|share/zsh/site-functions/_zymdb"
             r"|share/fish/vendor_completions.d/zymdb.fish"
             r"|lib/systemd/system/zymdb-\w+\.\w+|lib/(tmpfiles|sysusers)\.d/zymdb(-serve)?\.conf"
             r"|etc/pam\.d/zymdb",
 }
-NEEDED = ["bin/zymdb", "share/man/man1/zymdb.1", "share/bash-completion/completions/zymdb",
+NEEDED = ["bin/zymdb", "libexec/zymdb/zymdb-serve", "share/man/man1/zymdb.1", "share/bash-completion/completions/zymdb",
           "share/zsh/site-functions/_zymdb", "share/fish/vendor_completions.d/zymdb.fish", "share/zymdb/schema/inventory.sql",
           "share/zymdb/inventory.schema.json",
           "share/man/man3/zymdb_get_pci_adapter_list.3", "share/man/man5/zymdb.5", "share/man/man7/zymdb.7",
@@ -151,6 +151,13 @@ class Installed:
             printed = run(self.python, "-B", "-c", program, env={**environment, "PYTHONPATH": str(module.parents[1])})
             assert printed == f"{module} {self.collect_example()}\n", printed
 
+    def check_service(self):
+        """The tool finds the program of the service, and that the libraries."""
+        environment = {name: value for name, value in self.environment.items() if name != "LD_LIBRARY_PATH"}
+        told = subprocess.run([self.prefix / "bin/zymdb", "serve", "--listen", "nowhere"], capture_output=True, text=True,
+                              env=environment)
+        assert (told.returncode, told.stderr) == (2, "zymdb: --listen nowhere is no ADDRESS:PORT\n"), told
+
     def check_units(self):
         """What systemd itself says of them; the tool that they start stands where it was configured to."""
         for unit in sorted((self.prefix / "lib/systemd/system").iterdir()):
@@ -174,6 +181,7 @@ def main():
         installed.check_own_client()
         installed.check_programs()
         installed.check_python()
+        installed.check_service()
         installed.check_units()
 
 

@@ -71,6 +71,11 @@ PciIds::PciIds(std::string text) : text_(std::make_shared<const std::string>(std
     if (line.front() != '#' && !trimmed(line).empty() && !read_section(line, section))
       read_entry(line, section);
   }
+  for (auto& names : names_) {
+    // The list is in order; where it is not, the first of several names stays the first.
+    if (!std::ranges::is_sorted(names, {}, &Name::key)) std::ranges::stable_sort(names, {}, &Name::key);
+    names.shrink_to_fit();
+  }
 }
 
 PciIds PciIds::load(const std::string& path) {
@@ -84,13 +89,13 @@ bool PciIds::read_section(std::string_view line, Section& section) {
     const auto entry = section.is_class ? parse_entry(line.substr(2), 2) : parse_entry(line, 4);
     section.top = entry ? std::optional(entry->id) : std::nullopt;
     section.device.reset();
-    if (entry) names_[section.is_class ? kClass : kVendor].emplace(entry->id, entry->rest);
+    if (entry) add(section.is_class ? kClass : kVendor, entry->id, entry->rest);
     return true;
   }
   if (section.is_class || line.starts_with("\t\t")) return false;
   const auto entry = parse_entry(line.substr(1), 4);
   section.device = entry && section.top ? std::optional(entry->id) : std::nullopt;
-  if (section.device) names_[kDevice].emplace(uint64_t{*section.top} << 16 | entry->id, entry->rest);
+  if (section.device) add(kDevice, uint64_t{*section.top} << 16 | entry->id, entry->rest);
   return true;
 }
 
@@ -98,19 +103,25 @@ void PciIds::read_entry(std::string_view line, const Section& section) {
   if (!section.top) return;
   if (section.is_class) {
     const auto sub = parse_entry(line.substr(1), 2);
-    if (sub) names_[kSubclass].emplace(uint64_t{*section.top} << 8 | sub->id, sub->rest);
+    if (sub) add(kSubclass, uint64_t{*section.top} << 8 | sub->id, sub->rest);
     return;
   }
   const auto subvendor = section.device ? parse_entry(line.substr(2), 4) : std::nullopt;
   const auto subdevice = subvendor ? parse_entry(subvendor->rest, 4) : std::nullopt;
   if (!subdevice) return;
   const uint64_t device = uint64_t{*section.top} << 16 | *section.device;
-  names_[kSubsystem].emplace(subsystem_key(device, subvendor->id << 16 | subdevice->id), subdevice->rest);
+  add(kSubsystem, subsystem_key(device, subvendor->id << 16 | subdevice->id), subdevice->rest);
+}
+
+void PciIds::add(Level level, uint64_t key, std::string_view name) {
+  const auto begin = static_cast<uint32_t>(name.data() - text_->data());
+  names_[level].push_back({key, begin, static_cast<uint32_t>(name.size())});
 }
 
 std::string_view PciIds::find(Level level, uint64_t key) const {
-  const auto found = names_[level].find(key);
-  return found == names_[level].end() ? std::string_view() : found->second;
+  const auto found = std::ranges::lower_bound(names_[level], key, {}, &Name::key);
+  if (found == names_[level].end() || found->key != key) return {};
+  return std::string_view(*text_).substr(found->begin, found->size);
 }
 
 std::string_view PciIds::vendor(uint16_t vendor) const {

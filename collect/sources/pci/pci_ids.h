@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
 namespace zymdb::collect {
 
@@ -33,13 +33,21 @@ class PciIds {
  private:
   enum Level : size_t { kVendor, kDevice, kSubsystem, kClass, kSubclass, kLevels };
 
+  // Where a name stands in the text. There are tens of thousands.
+  struct Name {
+    uint64_t key;
+    uint32_t begin;
+    uint32_t size;
+  };
+
   struct Section;
   bool read_section(std::string_view line, Section& section);
   void read_entry(std::string_view line, const Section& section);
+  void add(Level level, uint64_t key, std::string_view name);
   std::string_view find(Level level, uint64_t key) const;
 
-  std::shared_ptr<const std::string> text_;  // what the names point into
-  std::array<std::unordered_map<uint64_t, std::string_view>, kLevels> names_;
+  std::shared_ptr<const std::string> text_;       // what the names point into
+  std::array<std::vector<Name>, kLevels> names_;  // by their keys
 };
 
 // A vendor's name without its legal form and its short name in brackets: "Maker" of "Maker, Inc. [Short]".

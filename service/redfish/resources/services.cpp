@@ -56,7 +56,9 @@ Json make_update_service() {
           {"Status", status("Enabled")},
           // What is installed is listed; nothing is updated here.
           {"ServiceEnabled", false},
-          {"FirmwareInventory", link(kFirmwareInventory)}};
+          {"FirmwareInventory", link(kFirmwareInventory)},
+          // Clients in use ask for it, also where nothing is in it.
+          {"Actions", Json::object()}};
 }
 
 Json make_account_service() {

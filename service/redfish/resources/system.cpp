@@ -61,6 +61,9 @@ Json make_system(const Tree& tree) {
   json["NetworkInterfaces"] = link(kNetworkInterfaces);
   json["EthernetInterfaces"] = link(kEthernetInterfaces);
   if (!machine.settings.empty()) json["Bios"] = link(kBios);
+  // Clients in use ask for both, also where nothing is in them.
+  json["Boot"] = Json::object();
+  json["Actions"] = Json::object();
   std::vector<std::string> devices;
   for (const Device& device : machine.devices) devices.push_back(path_of(device));
   add_links(json, "PCIeDevices", devices);

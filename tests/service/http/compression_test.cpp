@@ -9,7 +9,7 @@
 namespace zymdb::service {
 namespace {
 
-std::string gunzip(const std::string& compressed, size_t size) {
+std::string read_back(const std::string& compressed, size_t size) {
   std::string text(size + 1, '\0');
   z_stream stream{};
   EXPECT_EQ(inflateInit2(&stream, 15 + 16), Z_OK);
@@ -36,8 +36,15 @@ std::string noise(size_t size) {
 
 TEST(Compression, IsReadBackByOthers) {
   const std::string text(100000, 'x');
-  EXPECT_EQ(gunzip(gzip(text), text.size()), text);
+  EXPECT_EQ(read_back(gzip(text), text.size()), text);
   EXPECT_LT(gzip(text).size(), text.size() / 100);
+}
+
+TEST(Compression, GivesBackWhatWasCompressedAndNothingElse) {
+  for (const std::string& text : {std::string(), std::string("short"), noise(100000)})
+    EXPECT_EQ(gunzip(gzip(text)), text);
+  EXPECT_THROW(gunzip("no gzip"), std::bad_alloc);
+  EXPECT_THROW(gunzip(gzip(noise(100000)).substr(0, 5000)), std::bad_alloc);
 }
 
 TEST(Compression, IsWhatTheClientAsksFor) {
@@ -68,7 +75,7 @@ TEST(CompressedTexts, AreNotThoseOfAnotherTextAtTheSamePlace) {
   CompressedTexts texts;
   for (const char c : {'a', 'b', 'c', 'd'}) {
     const Text text = text_of(10000, c);
-    EXPECT_EQ(gunzip(*texts.of(text), text->size()), *text);
+    EXPECT_EQ(read_back(*texts.of(text), text->size()), *text);
   }
 }
 

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "service/http/compression.h"
 #include "service/http/raw_client.h"
 #include "service/http/server.h"
 
@@ -44,6 +45,7 @@ class TestHandler : public Handler {
   Response answer(const Request& request) override {
     if (request.path == "/body") return Response::of(200, "text/plain", request.body);
     if (request.path == "/large") return large_;
+    if (request.path == "/compressed") return compressed_;
     // More than the system keeps for a client that reads nothing.
     if (request.path == "/huge") return Response::of(200, "image/png", std::string(64 << 20, 'x'));
     if (request.path == "/peer") return Response::of(200, "text/plain", request.peer);
@@ -75,6 +77,9 @@ class TestHandler : public Handler {
     response.headers.emplace_back("ETag", "\"tag\"");
     return response;
   }();
+  const Response compressed_{
+      .headers = {{"Content-Type", "text/plain"}},
+      .gzip = std::make_shared<const std::string>(gzip("a text that is kept compressed"))};
   std::mutex mutex_;
   std::vector<std::shared_ptr<FilledStream>> streams_;
 };

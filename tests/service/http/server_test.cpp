@@ -79,6 +79,16 @@ TEST_F(ServerTest, CompressesForThoseWhoTakeIt) {
   }
 }
 
+TEST_F(ServerTest, DecompressesForThoseWhoDoNotTakeIt) {
+  start();
+  auto client = this->client();
+  EXPECT_EQ(client.ask("GET", "/compressed").body, "a text that is kept compressed");
+  EXPECT_EQ(client.ask("HEAD", "/compressed").header("Content-Length"), "30");
+  const Reply packed = client.ask("GET", "/compressed", "Accept-Encoding: gzip\r\n");
+  EXPECT_EQ(packed.header("Content-Encoding"), "gzip");
+  EXPECT_EQ(gunzip(packed.body), "a text that is kept compressed");
+}
+
 TEST_F(ServerTest, AnswersHttp10AndCloses) {
   start();
   auto client = this->client();

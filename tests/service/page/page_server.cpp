@@ -9,7 +9,6 @@
 #include <string>
 
 #include "common/client_extensions.h"
-#include "documents/inventory_types.h"
 #include "records/pci.h"
 #include "service/http/address.h"
 #include "service/http/server.h"
@@ -50,7 +49,7 @@ class GuardedPage : public Handler {
 
 int run() {
   allow_creation(false);
-  Current current(documents::inventory_types(records::kPciIdsFile));
+  Current current(records::kPciIdsFile);
   GuardedPage page(current);
   Socket socket = listen_at(*parse_address("127.0.0.1:0"));
   const std::string address = "http://" + socket.address().text() + "/";

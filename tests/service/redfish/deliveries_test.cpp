@@ -308,15 +308,17 @@ TEST_F(RedfishDeliveries, NeverShowTheirHeaders) {
 
 TEST_F(RedfishDeliveries, AreTriedAgain) {
   EventReceiver receiver;
-  receiver.answer_with({500, 404, 200});
+  // The tries of the second message are its own.
+  receiver.answer_with({500, 404, 200, 500, 404, 200});
   const std::string path = subscribed(receiver);
   send_test_event();
-  const auto posts = receiver.received(3);
-  ASSERT_EQ(posts.size(), 3u);
+  send_test_event();
+  const auto posts = receiver.received(6);
+  ASSERT_EQ(posts.size(), 6u);
   EXPECT_EQ(posts[0].json, posts[1].json);
   EXPECT_EQ(posts[0].json, posts[2].json);
-  send_test_event();
-  EXPECT_EQ(receiver.received(4).size(), 4u);
+  EXPECT_NE(posts[2].json, posts[3].json);
+  EXPECT_EQ(posts[3].json, posts[5].json);
   EXPECT_EQ(state_of(path), "Enabled");
 }
 
@@ -329,7 +331,7 @@ TEST_F(RedfishDeliveries, AreSuspendedWhereTheReceiverTakesNothing) {
   EXPECT_EQ(receiver.received(3).size(), 3u);
   const Json suspended = json_of(get(path));
   EXPECT_EQ(suspended["Status"]["Health"], "Warning");
-  EXPECT_EQ(suspended["Description"], "Messages that were dropped: 1");
+  EXPECT_EQ(suspended.value("Description", ""), "Messages that were dropped: 1");
   receiver.answer_with({200});
   send_test_event();
   EXPECT_EQ(receiver.received(4, milliseconds(500)).size(), 3u);
@@ -395,7 +397,7 @@ TEST_F(RedfishDeliveries, SayThatSomeWereDroppedWhereTheReceiverIsTooSlow) {
   ASSERT_EQ(receiver.received(1).size(), 1u);
   for (int i = 0; i < 100; ++i) send_test_event();
   const Json full = json_of(get(path));
-  EXPECT_EQ(full["Description"], "Messages that were dropped: 36");
+  EXPECT_EQ(full.value("Description", ""), "Messages that were dropped: 36");
   EXPECT_EQ(full["Status"]["Health"], "Warning");
   receiver.release();
   const auto posts = receiver.received(66);
@@ -414,6 +416,7 @@ TEST_F(RedfishDeliveries, EndWithTheirSubscription) {
   send_test_event();
   ASSERT_EQ(receiver.received(1).size(), 1u);
   EXPECT_EQ(ask(request(Method::kDelete, path)).status, 204);
+  EXPECT_TRUE(eventually([&] { return receiver.given_up() == 1; }));
   receiver.release();
   send_test_event();
   set_serial("unheard");

@@ -86,6 +86,11 @@ class Connection {
     if (size > 0) text.append(buffer, static_cast<size_t>(size));
     return size > 0;
   }
+  // By whoever connected, who waits for no answer any more.
+  bool is_given_up() const {
+    char next = 0;
+    return session_ == nullptr && recv(descriptor_, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+  }
   void write(const std::string& text) {
     if (session_ != nullptr)
       gnutls_record_send(session_, text.data(), text.size());
@@ -183,6 +188,11 @@ size_t EventReceiver::connections() const {
   return connections_;
 }
 
+size_t EventReceiver::given_up() const {
+  const std::lock_guard lock(mutex_);
+  return given_up_;
+}
+
 void EventReceiver::serve() {
   while (true) {
     const int descriptor = accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
@@ -202,7 +212,12 @@ void EventReceiver::serve(int descriptor) {
   std::unique_lock lock(mutex_);
   received_.push_back(std::move(post));
   changed_.notify_all();
-  changed_.wait(lock, [this] { return !is_held_ || is_over_; });
+  while (is_held_ && !is_over_) {
+    changed_.wait_for(lock, std::chrono::milliseconds(10));
+    if (!connection.is_given_up()) continue;
+    ++given_up_;
+    return;
+  }
   if (is_over_) return;
   connection.write(next_answer());
 }

@@ -44,6 +44,8 @@ class EventReceiver {
                                      std::chrono::milliseconds longest = std::chrono::seconds(20));
   // How often somebody connected.
   size_t connections() const;
+  // How often somebody did not wait for the answer that was held.
+  size_t given_up() const;
 
  private:
   struct Tls;
@@ -61,6 +63,7 @@ class EventReceiver {
   std::vector<int> statuses_ = {204};
   std::string location_;
   size_t connections_ = 0;
+  size_t given_up_ = 0;
   bool is_held_ = false;
   bool is_over_ = false;
   std::thread thread_;

@@ -4,7 +4,6 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "documents/inventory_types.h"
 #include "records/pci.h"
 #include "service/redfish/redfish.h"
 #include "tests/service/redfish/some_accounts.h"
@@ -52,7 +51,7 @@ Json json_of(const Response& response) {
 }  // namespace
 
 int main() {
-  Current current(zymdb::documents::inventory_types(zymdb::records::kPciIdsFile));
+  Current current(zymdb::records::kPciIdsFile);
   SomeAccounts accounts;
   Redfish redfish(current, accounts);
   for (std::string line; std::getline(std::cin, line);)

@@ -11,7 +11,6 @@
 #include "collect/collector.h"
 #include "collect/machines.h"
 #include "common/client_objects.h"
-#include "documents/inventory_types.h"
 #include "records/pci.h"
 #include "service/redfish/redfish.h"
 #include "service/redfish/some_accounts.h"
@@ -120,7 +119,7 @@ class RedfishTest : public InventoryTest {
   }
 
   ParsingMarker marker_;  // nobody stores settings meanwhile
-  Current current_{documents::inventory_types(records::kPciIdsFile)};
+  Current current_{records::kPciIdsFile};
   SomeAccounts accounts_;
   std::unique_ptr<Redfish> redfish_;
 };

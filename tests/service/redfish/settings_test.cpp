@@ -38,6 +38,15 @@ TEST_F(RedfishSettings, AreForOperators) {
   EXPECT_EQ(pending()["Boot_4b0000"], "None");
 }
 
+TEST_F(RedfishSettings, AreNotChangedWhereNothingWouldBeKept) {
+  redfish_ = std::make_unique<Redfish>(current_, accounts_, RedfishOptions{.is_read_only = true});
+  const Response response = patch(attributes({{"Boot_4b0000", "PXE"}}));
+  EXPECT_EQ(response.status, 405);
+  EXPECT_EQ(header_of(response, "Allow"), "GET, HEAD");
+  EXPECT_EQ(header_of(get(kSettingsPath), "Allow"), "GET, HEAD");
+  EXPECT_EQ(pending()["Boot_4b0000"], "None");
+}
+
 TEST_F(RedfishSettings, AreRefusedAsAWholeForAValueThatCannotBe) {
   const std::pair<Json, const char*> cases[] = {{"Wheels", "PropertyValueNotInList"},
                                                 {1, "PropertyValueTypeError"},

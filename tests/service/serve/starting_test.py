@@ -1,9 +1,12 @@
 """How the service starts and ends, by hand and by a service manager, and why it does not start."""
+import json
 import os
+import shutil
 import signal
 import socket
 import subprocess
 import time
+from pathlib import Path
 
 import pytest
 from conftest import TOOL, basic, eventually, fails_to_start
@@ -149,3 +152,68 @@ def test_it_tells_the_manager_that_it_is_ready_alive_and_ending(start, started_b
         while not told or told[-1] != b"STOPPING=1":
             told.append(manager.recv(100))
         assert set(told[:-1]) <= {b"WATCHDOG=1"}
+
+
+# ---- The program that it becomes
+
+def test_it_is_one_process_from_the_command_to_the_service(start):
+    service = start()
+    assert os.readlink(f"/proc/{service.process.pid}/exe").endswith("/zymdb-serve")
+
+
+def test_the_service_opens_no_libraries_of_other_commands_nor_those_of_deliveries(start):
+    service = start()
+    opened = Path(f"/proc/{service.process.pid}/maps").read_text()
+    assert "libmicrohttpd" in opened
+    for name in ["libcurl", "libnvme", "libcrypto", "libsmartcols"]:
+        assert name not in opened, name
+
+
+def test_other_commands_open_no_libraries_of_the_service():
+    needed = subprocess.run(["ldd", TOOL], capture_output=True, text=True, check=True).stdout
+    assert "libzymdb_pci" in needed
+    for name in ["libmicrohttpd", "libgnutls", "libpam", "libcurl"]:
+        assert name not in needed, name
+
+
+def test_the_program_alone_is_not_for_people(tmp_path):
+    program = Path(TOOL).parent / "../libexec/zymdb/zymdb-serve"
+    for words in [[], ["--listen", "127.0.0.1:0", "more"], ["--wheels"], ["--help"]]:
+        told = subprocess.run([program, *words], capture_output=True, text=True, timeout=30)
+        assert (told.returncode, told.stderr) == (2, "zymdb: this program is started by `zymdb serve`\n"), words
+
+
+def test_a_tool_without_the_program_says_so(tmp_path):
+    shutil.copy(TOOL, tmp_path / "zymdb")
+    told = subprocess.run([tmp_path / "zymdb", "serve"], capture_output=True, text=True, timeout=30,
+                          env={**os.environ, "LD_LIBRARY_PATH": ":".join(library_folders())})
+    assert told.returncode == 1 and told.stderr.endswith("/libexec/zymdb/zymdb-serve: No such file or directory\n"), told
+
+
+def test_both_are_found_where_they_were_moved_together(tmp_path, start, monkeypatch):
+    (tmp_path / "there/bin").mkdir(parents=True)
+    (tmp_path / "there/libexec/zymdb").mkdir(parents=True)
+    shutil.copy(TOOL, tmp_path / "there/bin/zymdb")
+    shutil.copy(Path(TOOL).parent / "../libexec/zymdb/zymdb-serve", tmp_path / "there/libexec/zymdb")
+    (tmp_path / "linked").symlink_to(tmp_path / "there/bin/zymdb")
+    monkeypatch.setattr("conftest.TOOL", str(tmp_path / "linked"))
+    service = start(environment={"LD_LIBRARY_PATH": ":".join(library_folders())})
+    assert os.readlink(f"/proc/{service.process.pid}/exe") == str(tmp_path / "there/libexec/zymdb/zymdb-serve")
+
+
+def library_folders():
+    """Where the build keeps our own."""
+    needed = subprocess.run(["ldd", TOOL], capture_output=True, text=True, check=True).stdout
+    return {os.path.dirname(line.split()[2]) for line in needed.splitlines() if "libzymdb" in line}
+
+
+def test_without_libcurl_a_subscription_fails_and_nothing_else(start, tmp_path):
+    (tmp_path / "no-libraries").mkdir()
+    for name in ["libcurl-gnutls.so.4", "libcurl.so.4"]:
+        (tmp_path / "no-libraries" / name).write_bytes(b"")
+    service = start(environment={"LD_LIBRARY_PATH": str(tmp_path / "no-libraries")})
+    body = json.dumps({"Destination": "http://127.0.0.1:9/", "Protocol": "Redfish"})
+    headers = {"Content-Type": "application/json", **basic("ada")}
+    assert service.ask("/redfish/v1/EventService/Subscriptions", "POST", headers, body).status == 500
+    assert "cannot answer: " in service.complaints() and "libcurl" in service.complaints()
+    assert service.ask("/redfish/v1/Systems/1", headers=basic("ada")).status == 200

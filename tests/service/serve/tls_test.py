@@ -9,8 +9,8 @@ from conftest import basic, eventually, fails_to_start, run
 
 def make_certificate(folder, name, kind="ec"):
     key = ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256"] if kind == "ec" else ["-newkey", "rsa:2048"]
-    run("openssl", "req", "-x509", *key, "-nodes", "-days", "2", "-subj", f"/CN={name}", "-out", folder / f"{name}.pem", "-keyout",
-        folder / f"{name}.key")
+    run("openssl", "req", "-x509", *key, "-nodes", "-days", "2", "-subj", f"/CN={name}", "-addext",
+        "subjectAltName=IP:127.0.0.1", "-out", folder / f"{name}.pem", "-keyout", folder / f"{name}.key")
     return folder / f"{name}.pem", folder / f"{name}.key"
 
 
