@@ -29,8 +29,8 @@ Found find(void* library, const char* name) {
 
 }  // namespace
 
-void Curl::Close::operator()(void* library) const {
-  dlclose(library);
+void Curl::Close::operator()(void* opened) const {
+  dlclose(opened);
 }
 
 Curl::Curl(const char* name)

@@ -21,6 +21,20 @@ SYSTEM, CHASSIS = "/redfish/v1/Systems/1", "/redfish/v1/Chassis/1"
 SETTINGS = SYSTEM + "/Bios/Settings"
 
 
+@contextlib.contextmanager
+def turn():
+    """The machine has one marker of settings that are parsed: tests that depend on it take turns."""
+    with open("/tmp/zymdb-test-marker.lock", "a") as file:
+        fcntl.flock(file, fcntl.LOCK_EX)
+        yield
+
+
+@pytest.fixture(autouse=True)
+def own_turn(example):
+    with turn():
+        yield
+
+
 @pytest.fixture(scope="module")
 def example(tmp_path_factory):
     """The example server with its network and its settings."""
@@ -29,11 +43,9 @@ def example(tmp_path_factory):
     run(sys.executable, EXAMPLE / "system_tree.py", folder / "tree")
     run(TOOL, "--inventory", folder / "inventory.db", "collect", "--quiet", "--lspci", EXAMPLE / "server.lspci", "--smbios",
         EXAMPLE / "server.smbios", "--sysfs", folder / "tree")
-    # The machine has one marker of settings that are parsed: tests that depend on it take turns.
-    with open("/tmp/zymdb-test-marker.lock", "a") as turn:
-        fcntl.flock(turn, fcntl.LOCK_EX)
+    with turn():
         run(TOOL, "--inventory", folder / "inventory.db", "settings", "import", EXAMPLE / "settings.json")
-        yield folder / "inventory.db"
+    return folder / "inventory.db"
 
 
 @pytest.fixture
