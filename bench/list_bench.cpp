@@ -87,36 +87,21 @@ void add_adapters(int rows) {
 
 void add_functions(int rows) {
   constexpr auto is_last = [](const _ZYMDB_PCI_Generic& function) { return function.PCIeType == 3; };
-  bench::add(
-      {"functions",
-       rows,
-       {"SELECT _id,BridgeId,SegNo,BusNo,DeviceNo,FunctionNo,VendorId,DeviceId,RevId,ClsCode,SubVendorId,"
-        "SubDeviceId,SlotNo,Location,SlotDesignation,SlotType,SlotDataBusWidth,Hotplug,PCIType,BladeSlotPort,"
-        "NodeIndex,FunType,LanesInUse,MaxLanes,MaxPCIeType,PCIeType FROM PCIs WHERE Location!=9"},
-       [=](int) {
-         _ZYMDB_PCI_Generic_List list{};
-         zymdb_get_pci_generic_info_list(&list, "Location!=9");
-         const bool is_right = is_list(list.count, list.items, rows, is_last);
-         std::free(list.items);
-         return is_right;
-       },
-       [=](Statements& raw, int) {
-         GrowingArray<_ZYMDB_PCI_Generic> functions;
-         raw.each(0, [&](Columns row) {
-           _ZYMDB_PCI_Generic& f = functions.add();
-           f._id = row.number(), f.BridgeId = row.number(), f.SegNo = row.number(), f.BusNo = row.number();
-           f.DeviceNo = row.number(), f.FunctionNo = row.number(), f.VendorId = row.number();
-           f.DeviceId = row.number(), f.RevId = row.number(), f.ClsCode = row.number();
-           f.SubVendorId = row.number(), f.SubDeviceId = row.number(), f.SlotNo = row.number();
-           f.Location = row.number();
-           row.text(f.SlotDesignation);
-           f.SlotType = row.number(), f.SlotDataBusWidth = row.number(), f.Hotplug = row.number();
-           f.PCIType = row.number(), f.BladeSlotPort = row.number(), f.NodeIndex = row.number();
-           f.FunType = row.number(), f.LanesInUse = row.number(), f.MaxLanes = row.number();
-           f.MaxPCIeType = row.number(), f.PCIeType = row.number();
-         });
-         return is_list(functions.count(), functions.begin(), rows, is_last);
-       }});
+  bench::add({"functions",
+              rows,
+              {"SELECT " ZYMDB_FUNCTION_COLUMNS " FROM PCIs WHERE Location!=9"},
+              [=](int) {
+                _ZYMDB_PCI_Generic_List list{};
+                zymdb_get_pci_generic_info_list(&list, "Location!=9");
+                const bool is_right = is_list(list.count, list.items, rows, is_last);
+                std::free(list.items);
+                return is_right;
+              },
+              [=](Statements& raw, int) {
+                GrowingArray<_ZYMDB_PCI_Generic> functions;
+                raw.each(0, [&](Columns row) { bench::read_function(row, functions.add()); });
+                return is_list(functions.count(), functions.begin(), rows, is_last);
+              }});
 }
 
 void add_physical_ports(int rows) {

@@ -27,10 +27,6 @@ constexpr int kDrives = 250;  // of which each has a bay of its own
 // Which make a collection of a thousand rows.
 constexpr size_t kFunctions = 352;
 constexpr size_t kModules = 32;
-constexpr char kFunctionColumns[] =
-    "_id,BridgeId,SegNo,BusNo,DeviceNo,FunctionNo,VendorId,DeviceId,RevId,ClsCode,SubVendorId,"
-    "SubDeviceId,SlotNo,Location,SlotDesignation,SlotType,SlotDataBusWidth,Hotplug,PCIType,BladeSlotPort,"
-    "NodeIndex,FunType,LanesInUse,MaxLanes,MaxPCIeType,PCIeType";
 constexpr char kFunctionKinds[] = "nnnnnnnnnnnnnntnnnnnnnnnnn";
 
 // Started and stopped by the script that starts the tests' server.
@@ -92,20 +88,6 @@ void fill(MYSQL* mysql) {
   }
 }
 
-template <class Function>
-void read_function(MariadbStatement& row, Function& f) {
-  f._id = row.number(), f.BridgeId = row.number(), f.SegNo = row.number(), f.BusNo = row.number();
-  f.DeviceNo = row.number(), f.FunctionNo = row.number(), f.VendorId = row.number();
-  f.DeviceId = row.number(), f.RevId = row.number(), f.ClsCode = row.number();
-  f.SubVendorId = row.number(), f.SubDeviceId = row.number(), f.SlotNo = row.number();
-  f.Location = row.number();
-  row.text(f.SlotDesignation);
-  f.SlotType = row.number(), f.SlotDataBusWidth = row.number(), f.Hotplug = row.number();
-  f.PCIType = row.number(), f.BladeSlotPort = row.number(), f.NodeIndex = row.number();
-  f.FunType = row.number(), f.LanesInUse = row.number(), f.MaxLanes = row.number();
-  f.MaxPCIeType = row.number(), f.PCIeType = row.number();
-}
-
 bool is_function(int turn, const _ZYMDB_PCI_Generic& function) {
   return function.BusNo == static_cast<uint8_t>(bench::row_of(turn, kRows)) && function.PCIeType == 3;
 }
@@ -118,13 +100,12 @@ bool read_by_library(int turn) {
 
 void add_function(MYSQL* mysql) {
   const auto raw = std::make_shared<MariadbStatement>(
-      mysql, std::string("SELECT ") + kFunctionColumns + " FROM PCIs WHERE FunKey=? ORDER BY _id",
-      kFunctionKinds);
+      mysql, "SELECT " ZYMDB_FUNCTION_COLUMNS " FROM PCIs WHERE FunKey=? ORDER BY _id", kFunctionKinds);
   bench::add("function, 26 columns", kRows,
              {{bench::kLibrary, read_by_library},
               {bench::kLimit, [=](int turn) {
                  _ZYMDB_PCI_Generic function{};
-                 raw->each([&](MariadbStatement& row) { read_function(row, function); },
+                 raw->each([&](MariadbStatement& row) { bench::read_function(row, function); },
                            bench::function_key(bench::row_of(turn, kRows)));
                  return is_function(turn, function);
                }}});
@@ -132,8 +113,7 @@ void add_function(MYSQL* mysql) {
 
 void add_functions(MYSQL* mysql) {
   const auto raw = std::make_shared<MariadbStatement>(
-      mysql, std::string("SELECT ") + kFunctionColumns + " FROM PCIs WHERE Location!=9 ORDER BY _id",
-      kFunctionKinds);
+      mysql, "SELECT " ZYMDB_FUNCTION_COLUMNS " FROM PCIs WHERE Location!=9 ORDER BY _id", kFunctionKinds);
   bench::add("functions", kRows,
              {{bench::kLibrary,
                [](int) {
@@ -145,7 +125,7 @@ void add_functions(MYSQL* mysql) {
                }},
               {bench::kLimit, [=](int) {
                  std::vector<_ZYMDB_PCI_Generic> list;
-                 raw->each([&](MariadbStatement& row) { read_function(row, list.emplace_back()); });
+                 raw->each([&](MariadbStatement& row) { bench::read_function(row, list.emplace_back()); });
                  return list.size() == kRows && list.back().PCIeType == 3;
                }}});
 }

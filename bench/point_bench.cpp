@@ -25,45 +25,23 @@ bool is_read(int turn, const _ZYMDB_PCI_Generic& function) {
   return function.BusNo == static_cast<uint8_t>(bench::row_of(turn, kRows)) && function.PCIeType == 3;
 }
 
-bool read_function(int turn) {
+bool read_by_library(int turn) {
   _ZYMDB_PCI_Generic function{};
   zymdb_get_pci_generic_info(key_of(turn), &function);
   return is_read(turn, function);
 }
 
 void add_function() {
-  bench::add(
-      {"function, 26 columns",
-       kRows,
-       {"SELECT _id,BridgeId,SegNo,BusNo,DeviceNo,FunctionNo,VendorId,DeviceId,RevId,ClsCode,SubVendorId,"
-        "SubDeviceId,SlotNo,Location,SlotDesignation,SlotType,SlotDataBusWidth,Hotplug,PCIType,BladeSlotPort,"
-        "NodeIndex,FunType,LanesInUse,MaxLanes,MaxPCIeType,PCIeType FROM PCIs WHERE FunKey=?"},
-       read_function,
-       [](Statements& raw, int turn) {
-         _ZYMDB_PCI_Generic function{};
-         raw.one(
-             0,
-             [&](Columns row) {
-               function._id = row.number(), function.BridgeId = row.number(), function.SegNo = row.number();
-               function.BusNo = row.number(), function.DeviceNo = row.number(),
-               function.FunctionNo = row.number();
-               function.VendorId = row.number(), function.DeviceId = row.number(),
-               function.RevId = row.number();
-               function.ClsCode = row.number(), function.SubVendorId = row.number();
-               function.SubDeviceId = row.number(), function.SlotNo = row.number(),
-               function.Location = row.number();
-               row.text(function.SlotDesignation);
-               function.SlotType = row.number(), function.SlotDataBusWidth = row.number();
-               function.Hotplug = row.number(), function.PCIType = row.number(),
-               function.BladeSlotPort = row.number();
-               function.NodeIndex = row.number(), function.FunType = row.number(),
-               function.LanesInUse = row.number();
-               function.MaxLanes = row.number(), function.MaxPCIeType = row.number(),
-               function.PCIeType = row.number();
-             },
-             key_of(turn));
-         return is_read(turn, function);
-       }});
+  bench::add({"function, 26 columns",
+              kRows,
+              {"SELECT " ZYMDB_FUNCTION_COLUMNS " FROM PCIs WHERE FunKey=?"},
+              read_by_library,
+              [](Statements& raw, int turn) {
+                _ZYMDB_PCI_Generic function{};
+                raw.one(
+                    0, [&](Columns row) { bench::read_function(row, function); }, key_of(turn));
+                return is_read(turn, function);
+              }});
 }
 
 void add_card_name() {
@@ -259,7 +237,7 @@ void read_in_threads(benchmark::State& state) {
   bench::inventory(kRows);
   int turn = state.thread_index() * 500;
   for (auto _ : state)
-    if (!read_function(turn++)) state.SkipWithError("wrong result");
+    if (!read_by_library(turn++)) state.SkipWithError("wrong result");
   state.SetItemsProcessed(state.iterations());
 }
 

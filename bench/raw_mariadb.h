@@ -6,11 +6,12 @@
 
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "function_row.h"
 
 namespace bench {
 
@@ -79,20 +80,10 @@ class MariadbStatement {
     return rows;
   }
 
-  struct Number {
-    int64_t value;
-    template <class Field>
-    operator Field() const {
-      return static_cast<Field>(value);
-    }
-  };
   Number number() { return {numbers_[column_++]}; }
   template <size_t N>
   void text(char (&field)[N]) {
-    const char* const from = texts_[column_++].data();
-    const size_t length = strnlen(from, N - 1);
-    std::memcpy(field, from, length);
-    field[length] = '\0';
+    put_text(texts_[column_++].data(), field);
   }
 
  private:

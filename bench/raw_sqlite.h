@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "function_row.h"
+
 namespace bench {
 
 using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
@@ -40,14 +42,6 @@ class Columns {
  public:
   explicit Columns(sqlite3_stmt* row) : row_(row) {}
 
-  // Takes the width of the field that it is assigned to.
-  struct Number {
-    int64_t value;
-    template <class Field>
-    operator Field() const {
-      return static_cast<Field>(value);
-    }
-  };
   Number number() { return {sqlite3_column_int64(row_, column_++)}; }
 
   Number number_in_text() {
@@ -58,9 +52,7 @@ class Columns {
   template <size_t N>
   void text(char (&field)[N]) {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(row_, column_));
-    const size_t length = std::min(static_cast<size_t>(sqlite3_column_bytes(row_, column_++)), N - 1);
-    if (length > 0) std::memcpy(field, text, length);
-    field[length] = '\0';
+    put_text({text, static_cast<size_t>(sqlite3_column_bytes(row_, column_++))}, field);
   }
 
  private:

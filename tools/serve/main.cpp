@@ -4,18 +4,13 @@
 #include <getopt.h>
 #include <malloc.h>
 
-#include <new>
-
 #include "terminal/failure.h"
-#include "terminal/log.h"
-#include "terminal/terminal.h"
+#include "terminal/program.h"
 #include "tools/serve/serve.h"
 
 namespace {
 
 using namespace zymdb::tool;
-
-enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 
 // `zymdb serve` has read what somebody wrote, and hands on all of these.
 constexpr option kOptions[] = {
@@ -49,20 +44,8 @@ void share_memory() {
 
 int main(int argc, char** argv) {
   share_memory();
-  prepare_standard_streams();
-  leave_system_log_alone();
-  try {
+  return run_program([&] {
     serve(read_options(argc, argv));
     return kDone;
-  } catch (const ReaderGone&) {
-    return kDone;
-  } catch (const WrongInput& failure) {
-    complain(failure.what());
-    return kWrongUsage;
-  } catch (const std::bad_alloc&) {
-    complain("out of memory");
-  } catch (const std::exception& failure) {
-    complain(failure.what());
-  }
-  return kFailed;
+  });
 }

@@ -1,19 +1,15 @@
 // zymdb: the command line of the host inventory.
 
 #include <clocale>
-#include <new>
 #include <sstream>
 
 #include "commands/commands.h"
-#include "terminal/failure.h"
-#include "terminal/log.h"
+#include "terminal/program.h"
 #include "terminal/terminal.h"
 
 namespace {
 
 using namespace zymdb::tool;
-
-enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 
 // Help and version are "errors" of the parser that succeed.
 int end_parse(const CLI::App& app, const CLI::ParseError& error) {
@@ -41,23 +37,9 @@ int run(CommandTree& tree, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  prepare_standard_streams();
-  leave_system_log_alone();
-  std::setlocale(LC_CTYPE, "");
-  try {
+  return run_program([&] {
+    std::setlocale(LC_CTYPE, "");
     CommandTree tree;
     return run(tree, argc, argv);
-  } catch (const ReaderGone&) {
-    return kDone;
-  } catch (const WrongInput& failure) {
-    complain(failure.what());
-    return kWrongUsage;
-  } catch (const Different&) {
-    return kFailed;
-  } catch (const std::bad_alloc&) {
-    complain("out of memory");
-  } catch (const std::exception& failure) {
-    complain(failure.what());
-  }
-  return kFailed;
+  });
 }

@@ -1,4 +1,4 @@
-// How a command ends early. Nothing here crosses into the library: it is caught in main().
+// How a command ends early. Nothing here crosses into the library: it is caught in run_program().
 #ifndef ZYMDB_TOOL_TERMINAL_FAILURE_H
 #define ZYMDB_TOOL_TERMINAL_FAILURE_H
 

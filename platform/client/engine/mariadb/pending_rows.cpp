@@ -35,6 +35,10 @@ void append_literal(const Argument& value, std::string& sql) {
 
 }  // namespace
 
+bool PendingRows::may_hold(std::span<const Argument> row) {
+  return size_of(row) <= kMostBytes;
+}
+
 bool PendingRows::takes(const std::string& insert, std::span<const Argument> row) const {
   return (sql_.empty() || insert == insert_) && size_ + size_of(row) <= kMostBytes;
 }

@@ -11,6 +11,8 @@ namespace zymdb::client::mariadb {
 
 class PendingRows {
  public:
+  // Whether it is small enough to wait at all.
+  static bool may_hold(std::span<const Argument> row);
   // Whether a row may join those that are there. `insert` is the statement up to its values.
   bool takes(const std::string& insert, std::span<const Argument> row) const;
   void add(const std::string& insert, std::span<const Argument> row);

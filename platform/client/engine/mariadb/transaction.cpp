@@ -132,16 +132,10 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
   }
   names.pop_back();
   const std::string insert = "INSERT INTO " + identifier(table.name()) + " (" + names + ") VALUES ";
-  if (is_new_id) {
-    if (Failure failure = put(table, insert, admitted)) {
-      last_ids_.erase(table.name());
-      return failure;
-    }
-  } else {
-    last_ids_.erase(table.name());
-    if (Failure failure = send_rows()) return failure;
-    if (Failure failure = connection_.run(insert + places(admitted.size()), admitted)) return failure;
-  }
+  Failure failure = put(table, insert, admitted, is_new_id);
+  // Then only the table itself knows its last one.
+  if (failure || !is_new_id) last_ids_.erase(table.name());
+  if (failure) return failure;
   change.rows = 1;
   change.id = id->integer;
   changed_ = true;
@@ -149,12 +143,12 @@ Failure Transaction::insert(const Table& table, Shape& shape, std::span<const Ar
   return note_lasting_id(table, change.id);
 }
 
-// Of a row with a new id. Nothing of the inventory is unique or required, so that those that wait are not
+// Nothing of the inventory is unique or required but the id, so that rows with new ones may wait and are not
 // refused later.
-Failure Transaction::put(const Table& table, const std::string& insert, std::span<const Argument> row) {
-  const bool may_wait = new_rows_ == NewRows::kGathered && has_journal() &&
-                        PendingRows().takes(insert, row) &&
-                        !subject_.tables.lasting_ids.contains(table.name());
+Failure Transaction::put(const Table& table, const std::string& insert, std::span<const Argument> row,
+                         bool has_new_id) {
+  const bool may_wait = has_new_id && new_rows_ == NewRows::kGathered && has_journal() &&
+                        PendingRows::may_hold(row) && !subject_.tables.lasting_ids.contains(table.name());
   if (!may_wait || !pending_.takes(insert, row)) {
     if (Failure failure = send_rows()) return failure;
   }

@@ -56,7 +56,7 @@ class Transaction {
   Failure update(const Table& table, Shape& shape, std::span<const Argument> values,
                  std::vector<Argument> condition, Change& change);
   Failure remove(const Table& table, Shape& shape, std::vector<Argument> condition, Change& change);
-  Failure put(const Table& table, const std::string& insert, std::span<const Argument> row);
+  Failure put(const Table& table, const std::string& insert, std::span<const Argument> row, bool has_new_id);
   Failure next_id(const Table& table, int64_t& id);
   Failure find_last_id(const Table& table, int64_t& last);
   Failure note_lasting_id(const Table& table, int64_t id);
