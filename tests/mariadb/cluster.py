@@ -114,6 +114,18 @@ class Node:
                 raise RuntimeError(f"node {self.number}:\n" + "\n".join((self.folder / "log").read_text().splitlines()[-150:]))
             time.sleep(0.05)
 
+    # When it belonged to no majority, by its own account, to the second.
+    def lonely_times(self):
+        times, began = [], None
+        for moment, kind in re.findall(r"^(\S+ +\S+) .* view\(view_id\((NON_PRIM|PRIM),", (self.folder / "log").read_text(), re.MULTILINE):
+            seconds = time.mktime(time.strptime(moment, "%Y-%m-%d %H:%M:%S"))
+            if kind == "NON_PRIM":
+                began = seconds if began is None else began
+            elif began is not None:
+                times.append((began, seconds + 1))
+                began = None
+        return times if began is None else [*times, (began, time.time())]
+
     def isolate(self, alone):
         self.ask(f"SET GLOBAL wsrep_provider_options='gmcast.isolate={int(alone)}'")
 

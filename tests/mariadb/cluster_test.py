@@ -24,12 +24,13 @@ WRITERS = 8
 # Writers use numbers of their own.
 NUMBERS = 10_000_000
 
-Answer = collections.namedtuple("Answer", "status seconds words")
+# The end is of the clock that nodes write their logs by.
+Answer = collections.namedtuple("Answer", "status seconds words end")
 
 
-def parse(line):
+def parse(line, end):
     status, milliseconds, words = line.rstrip("\n").split(" ", 2)
-    return Answer(int(status), int(milliseconds) / 1000, words)
+    return Answer(int(status), int(milliseconds) / 1000, words, end)
 
 
 class Client:
@@ -47,7 +48,11 @@ class Client:
 
     def do(self, command):
         self.tell(command)
-        return parse(self.process.stdout.readline())
+        return self.answer()
+
+    def answer(self):
+        line = self.process.stdout.readline()
+        return parse(line, time.time())
 
     def log_text(self):
         self.log.seek(0)
@@ -74,7 +79,10 @@ class Endless(threading.Thread):
         for line in self.client.process.stdout:
             if line == "end\n":
                 return
-            self.lines.append(line)
+            self.lines.append((line, time.time()))
+
+    def answers(self):
+        return [parse(line, end) for line, end in self.lines]
 
     def end(self):
         self.client.tell("end")
@@ -101,13 +109,28 @@ class Writers:
             writer.end()
         told = []
         for writer in self.writers:
-            for line in writer.lines:
+            for line, end in writer.lines:
                 count, first, answer = line.split(" ", 2)
-                told.append(([int(first) + i for i in range(int(count))], parse(answer)))
+                told.append(([int(first) + i for i in range(int(count))], parse(answer, end)))
         return told
 
 
-def judge(told, rows):
+class Majority:
+    """On a busy machine nodes take each other for dead, now and then: then nobody answers, and only then."""
+
+    def __init__(self, cluster):
+        self.lonely_times = [node.lonely_times() for node in cluster.nodes]
+
+    # One alone leaves a majority to ask.
+    def was_lost(self, answer):
+        begin = answer.end - answer.seconds - 1
+        return sum(any(begin <= to and since <= answer.end for since, to in times) for times in self.lonely_times) >= 2
+
+    def excuses(self, answer):
+        return answer.status == FAILED and "cannot open the inventory" in answer.words and self.was_lost(answer)
+
+
+def judge(told, rows, majority):
     """Every acknowledged write is there once; one that failed is not there; of one that nobody knows of, all or nothing."""
     found = collections.Counter(rows)
     for numbers, answer in told:
@@ -119,8 +142,7 @@ def judge(told, rows):
             assert times in ({0}, {1}), f"{numbers}: not known, and there {times} times"
         else:
             assert times == {0}, f"{numbers}: {answer}, and there {times} times"
-            # A cluster that is busy with itself for longer than a call waits answers nobody.
-            assert answer.status == BUSY or (answer.status == FAILED and "cannot open the inventory" in answer.words), answer
+            assert answer.status == BUSY or majority.excuses(answer), answer
     return collections.Counter(answer.status for _, answer in told)
 
 
@@ -183,7 +205,7 @@ def test_clients_that_start_at_once_on_all_nodes_make_the_tables_once(client):
     for number, each in enumerate(clients):
         each.tell(f"add {number}")
     for each in clients:
-        answer = parse(each.process.stdout.readline())
+        answer = each.answer()
         assert answer.status == 0, answer
     assert sorted(numbers_of(clients[0])) == list(range(WRITERS))
     assert_no_gaps(clients[0])
@@ -245,7 +267,7 @@ def test_single_writes_that_conflict_on_three_nodes_are_made_once_each(cluster, 
     time.sleep(5)
     told = writers.end()
     reader = client()
-    statuses = judge(told, numbers_of(reader))
+    statuses = judge(told, numbers_of(reader), Majority(cluster))
     assert statuses[0] > 100 and set(statuses) <= {0, BUSY}, statuses
     assert statuses[BUSY] <= statuses[0] / 100, statuses
     assert_no_gaps(reader)
@@ -340,7 +362,7 @@ def test_a_node_is_killed_under_eight_writers_and_no_write_is_lost(cluster, clie
     witnessed = [1]
     writers = Writers(client)
     watching = Endless(client(1, 2, 0), "watch")
-    slowest = 0
+    firsts = []
     for kill in range(kills):
         # The witness begins with the node that goes: what it writes and reads next it does elsewhere.
         victim = kill % 3
@@ -349,27 +371,31 @@ def test_a_node_is_killed_under_eight_writers_and_no_write_is_lost(cluster, clie
         time.sleep(random.random() / 4)
         cluster.nodes[victim].kill()
         first = survivor.do(f"add {2 + kill}")
-        assert first.status == 0, first
-        assert survivor.do(f"has {2 + kill}").words == "1"
-        slowest = max(slowest, first.seconds)
-        witnessed.append(2 + kill)
+        firsts.append(([2 + kill], first))
+        if first.status == 0:
+            assert survivor.do(f"has {2 + kill}").words == "1"
+            witnessed.append(2 + kill)
         survivor.end()
         cluster.nodes[victim].come_back()
         cluster.wait()
     told = writers.end()
     watching.end()
     rows = numbers_of(witness)
-    statuses = judge(told, rows)
+    majority = Majority(cluster)
+    statuses = judge(told + firsts, rows, majority)
     assert collections.Counter(rows) & collections.Counter(witnessed) == collections.Counter(witnessed)
     known = {number for numbers, _ in told for number in numbers} | set(witnessed)
     assert set(rows) <= known
     assert_no_gaps(witness)
-    counts = [parse(line) for line in watching.lines]
-    assert all(answer.status == 0 for answer in counts), [answer for answer in counts if answer.status != 0][:5]
-    seen = [int(answer.words) for answer in counts]
+    failed = [answer for answer in watching.answers() if answer.status != 0]
+    assert all(majority.excuses(answer) for answer in failed), failed[:5]
+    seen = [int(answer.words) for answer in watching.answers() if answer.status == 0]
     assert seen == sorted(seen), "a read found fewer rows than one before"
-    print(f"{kills} kills, {len(rows)} rows, statuses {dict(statuses)}, the slowest first write took {slowest:.1f} s")
+    slowest = max(answer.seconds for _, answer in firsts if not majority.was_lost(answer))
+    print(f"{kills} kills, {len(rows)} rows, statuses {dict(statuses)}, the slowest first write took {slowest:.1f} s, "
+          f"the majority was lost {max(len(times) for times in majority.lonely_times)} times")
     assert slowest <= LONGEST_SECONDS
+    assert sum(answer.status != 0 for _, answer in firsts) <= kills / 10
     assert statuses[0] > 20 * kills
 
 
@@ -386,12 +412,13 @@ def test_a_rolling_restart_loses_no_write_and_fails_no_read(cluster, client):
         assert writers.count() > before
     told = writers.end()
     reader = client()
-    statuses = judge(told, numbers_of(reader))
+    majority = Majority(cluster)
+    statuses = judge(told, numbers_of(reader), majority)
     assert_no_gaps(reader)
     for each in watchers:
         each.end()
-        failed = [line for line in each.lines if not line.startswith("0 ")]
-        assert not failed, failed[:5]
+        failed = [answer for answer in each.answers() if answer.status != 0]
+        assert all(majority.excuses(answer) for answer in failed), failed[:5]
         assert len(each.lines) > 100
     assert statuses[0] > 100
 
