@@ -102,7 +102,9 @@ class Service {
     before_ = everything_else();
   }
 
-  Response answer(const Request& request) { return redfish_->answer(request); }
+  Response answer(const Request& request) {
+    return redfish_->answer_or_refuse(request, [](int, const std::string&) {});
+  }
 
   // No event is sent to where an input wants it.
   void end_subscription(const Response& made) {

@@ -1,13 +1,8 @@
 #include "service/service.h"
 
-#include <syslog.h>
-
 #include <algorithm>
-#include <exception>
-#include <new>
 #include <utility>
 
-#include "common/client_objects.h"
 #include "service/page/page.h"
 #include "service/redfish/redfish.h"
 
@@ -113,11 +108,8 @@ Response Service::answer_as(Request request, const Identity& identity, const Rou
   switch (identity.kind) {
     case Identity::Kind::kKnown:
       break;
-    case Identity::Kind::kLater: {
-      Response response = refuse(429, request);
-      response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
-      return response;
-    }
+    case Identity::Kind::kLater:
+      return with_retry(refuse(429, request));
     case Identity::Kind::kDenied:
       return refuse(403, request);
     case Identity::Kind::kWrong:
@@ -128,23 +120,7 @@ Response Service::answer_as(Request request, const Identity& identity, const Rou
       if (!is_public && !request.caller.may(Role::kReadOnly)) return unauthorized(request);
   }
   if (route == nullptr) return refuse(404, request);
-  return answered(request, *route);
-}
-
-Response Service::answered(const Request& request, const Route& route) {
-  try {
-    return route.handler->answer(request);
-  } catch (const DatabaseError& error) {
-    log_(LOG_WARNING, std::string("cannot read the inventory: ") + error.what());
-  } catch (const std::bad_alloc&) {
-    log_(LOG_ERR, "out of memory");
-  } catch (const std::exception& error) {
-    log_(LOG_ERR, std::string("cannot answer: ") + error.what());
-    return refuse(500, request);
-  }
-  Response response = refuse(503, request);
-  response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
-  return response;
+  return route->handler->answer_or_refuse(request, log_);
 }
 
 // A browser would ask in a window of its own, and in the middle of a page that asks itself.

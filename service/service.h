@@ -49,7 +49,6 @@ class Service : public Handler {
   std::vector<Route> make_routes();
   const Route* find(std::string_view path) const;
   Response answer_as(Request request, const Identity& identity, const Route* route);
-  Response answered(const Request& request, const Route& route);
   Response unauthorized(const Request& request);
   ServiceGauges gauges() const;
 

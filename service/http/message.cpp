@@ -1,7 +1,11 @@
 #include "service/http/message.h"
 
-#include <algorithm>
+#include <syslog.h>
 
+#include <algorithm>
+#include <new>
+
+#include "common/client_objects.h"
 #include "common/text.h"
 
 namespace zymdb::service {
@@ -39,6 +43,30 @@ Response Response::of(int status, std::string type, std::string content) {
   return {.status = status,
           .headers = {{"Content-Type", std::move(type)}},
           .body = std::make_shared<const std::string>(std::move(content))};
+}
+
+Response with_retry(Response response) {
+  response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
+  return response;
+}
+
+Response Handler::answer_or_refuse(const Request& request, const Log& log) {
+  try {
+    return answer(request);
+  } catch (const DatabaseError& error) {
+    log(LOG_WARNING, std::string("cannot read the inventory: ") + error.what());
+    return with_retry(refuse_unreadable(request, error));
+  } catch (const std::bad_alloc&) {
+    log(LOG_ERR, "out of memory");
+    return with_retry(refuse(503, request));
+  } catch (const std::exception& error) {
+    log(LOG_ERR, std::string("cannot answer: ") + error.what());
+    return refuse(500, request);
+  }
+}
+
+Response Handler::refuse_unreadable(const Request& request, const DatabaseError&) {
+  return refuse(503, request);
 }
 
 Response Handler::refuse(int status, const Request&) {

@@ -10,6 +10,12 @@
 #include <utility>
 #include <vector>
 
+#include "service/http/log.h"
+
+namespace zymdb {
+class DatabaseError;
+}
+
 namespace zymdb::service {
 
 // When whoever cannot be answered now may ask again, in seconds.
@@ -72,17 +78,27 @@ struct Response {
   static Response of(int status, std::string type, std::string content);
 };
 
-// Answers on any thread, several at a time. Throws DatabaseError where the inventory cannot be read, and for
-// memory.
+// Tells when to ask again.
+Response with_retry(Response response);
+
+// Answers on any thread, several at a time.
 class Handler {
  public:
   virtual ~Handler() = default;
+  // Throws DatabaseError where the inventory cannot be read, and for memory.
   virtual Response answer(const Request& request) = 0;
+
+  // What answering throws becomes a refusal, and a line of the log.
+  Response answer_or_refuse(const Request& request, const Log& log);
 
   // What is refused before it comes to the handler, in the handler's own form. The request may lack anything;
   // headers that belong to the status are added by the caller. One line of text unless somebody says it
   // better.
   virtual Response refuse(int status, const Request& request);
+
+ protected:
+  // While the inventory cannot be read; when to ask again is added by the caller.
+  virtual Response refuse_unreadable(const Request& request, const DatabaseError& error);
 };
 
 // "Not Found".

@@ -434,14 +434,13 @@ class Server::Implementation {
     try {
       return handler_.answer(request);
     } catch (...) {
-      return {.status = 503, .headers = {{"Retry-After", std::to_string(kRetrySeconds)}}};
+      return with_retry({.status = 503});
     }
   }
 
   Response refusal(int status, const Request& request) {
     Response response = handler_.refuse(status, request);
-    if (status == 503) response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
-    return response;
+    return status == 503 ? with_retry(std::move(response)) : response;
   }
 
   MHD_Result deliver(Client& client, MHD_Connection* connection) {

@@ -108,33 +108,29 @@ Response Page::answer_data(const Request& request) {
 }
 
 Response Page::answer_document(const Request& request, Kept& kept, const Writer& write) {
-  try {
-    const auto document = current_.get();
-    std::shared_ptr<const Content> content;
-    {
-      // Who asks for it meanwhile waits, and shares it.
-      const std::lock_guard lock(kept.mutex);
-      if (kept.content == nullptr || !document->generation || kept.generation != document->generation) {
-        kept.content =
-            std::make_shared<const Content>(document_content(write(*document), document->generation));
-        kept.generation = document->generation;
-      }
-      content = kept.content;
+  const auto document = current_.get();
+  std::shared_ptr<const Content> content;
+  {
+    // Who asks for it meanwhile waits, and shares it.
+    const std::lock_guard lock(kept.mutex);
+    if (kept.content == nullptr || !document->generation || kept.generation != document->generation) {
+      kept.content =
+          std::make_shared<const Content>(document_content(write(*document), document->generation));
+      kept.generation = document->generation;
     }
-    return answer_content(request, *content);
-  } catch (const DatabaseError& error) {
-    Response response = refusal(503, error.what());
-    response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
-    return response;
+    content = kept.content;
   }
+  return answer_content(request, *content);
+}
+
+Response Page::refuse_unreadable(const Request&, const DatabaseError& error) {
+  return with_policies(refusal(503, error.what()));
 }
 
 Response Page::answer_events() {
   if (streams_->fetch_add(1) >= kMostStreams) {
     streams_->fetch_sub(1);
-    Response response = refusal(503, "too many others are listening");
-    response.headers.emplace_back("Retry-After", std::to_string(kRetrySeconds));
-    return response;
+    return with_retry(refusal(503, "too many others are listening"));
   }
   // The stream counts for as long as it lives.
   const std::shared_ptr<void> place(nullptr, [streams = streams_](void*) { streams->fetch_sub(1); });

@@ -59,6 +59,7 @@ class Page : public Handler {
 
   static Content document_content(std::string json, std::optional<uint64_t> generation);
 
+  Response refuse_unreadable(const Request& request, const DatabaseError& error) override;
   Response answer_data(const Request& request);
   Response answer_document(const Request& request, Kept& kept, const Writer& write);
   Response answer_events();

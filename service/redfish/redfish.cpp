@@ -9,7 +9,6 @@
 #include "common/client_objects.h"
 #include "service/http/entity_tag.h"
 #include "service/redfish/cache.h"
-#include "service/redfish/curl.h"
 #include "service/redfish/destinations.h"
 #include "service/redfish/errors.h"
 #include "service/redfish/events.h"
@@ -434,17 +433,8 @@ bool Redfish::is_public(const Request& request) {
 Response Redfish::answer(const Request& request) {
   try {
     return service_->answer(request);
-  } catch (const DatabaseError&) {
-    return busy_response(503);
   } catch (const TooLarge&) {
     return error_response(507);
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const NoCurl&) {
-    // Whoever runs the service is told what is missing.
-    throw;
-  } catch (const std::exception&) {
-    return error_response(500);
   }
 }
 

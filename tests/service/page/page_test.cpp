@@ -12,6 +12,7 @@
 #include "documents/document_json.h"
 #include "records/pci.h"
 #include "service/http/compression.h"
+#include "service/http/kept_log.h"
 #include "service/page/assets.h"
 #include "service/page/child_process.h"
 #include "support/inventory.h"
@@ -39,7 +40,7 @@ class PageTest : public InventoryTest {
     return {.path = path, .headers = std::move(headers), .caller = {"reader", Role::kReadOnly, ""}};
   }
   Response get(const std::string& path, Fields headers = {}) {
-    return page_.answer(request(path, std::move(headers)));
+    return page_.answer_or_refuse(request(path, std::move(headers)), log_.log());
   }
   json get_json(const std::string& path) {
     const Response response = get(path);
@@ -81,6 +82,7 @@ class PageTest : public InventoryTest {
 
   Current current_{records::kPciIdsFile};
   Page page_{current_};
+  KeptLog log_;
   int last_module_ = 10;
 };
 
@@ -221,7 +223,9 @@ TEST_F(PageTest, SaysWhyTheInventoryCannotBeRead) {
     EXPECT_EQ(response.status, 503) << path;
     EXPECT_EQ(header(response, "Retry-After"), "5") << path;
     EXPECT_THAT(json::parse(*response.body)["error"].get<std::string>(), Not(IsEmpty())) << path;
+    EXPECT_NE(header(response, "Content-Security-Policy"), "") << path;
   }
+  EXPECT_THAT(log_.lines(), AllOf(SizeIs(3), Each(StartsWith("cannot read the inventory: "))));
   EXPECT_EQ(get("/").status, 200);
 }
 

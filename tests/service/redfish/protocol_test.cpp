@@ -277,7 +277,8 @@ TEST_F(RedfishProtocol, AsksForPatienceWhileTheInventoryCannotBeRead) {
   const Response response = get(kSystemPath);
   EXPECT_EQ(response.status, 503);
   EXPECT_EQ(message_of(response), "Base.1.22.ServiceTemporarilyUnavailable");
-  EXPECT_NE(header_of(response, "Retry-After"), "");
+  EXPECT_EQ(header_of(response, "Retry-After"), "5");
+  EXPECT_THAT(log_.lines(), testing::ElementsAre(StartsWith("cannot read the inventory: ")));
 }
 
 TEST(RedfishErrors, SayForEachStatusWhatIsTheMatter) {

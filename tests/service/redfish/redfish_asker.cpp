@@ -55,5 +55,8 @@ int main() {
   SomeAccounts accounts;
   Redfish redfish(current, accounts);
   for (std::string line; std::getline(std::cin, line);)
-    std::cout << json_of(redfish.answer(request_of(Json::parse(line)))).dump() << std::endl;
+    std::cout << json_of(
+                     redfish.answer_or_refuse(request_of(Json::parse(line)), [](int, const std::string&) {}))
+                     .dump()
+              << std::endl;
 }

@@ -12,6 +12,7 @@
 #include "collect/machines.h"
 #include "common/client_objects.h"
 #include "records/pci.h"
+#include "service/http/kept_log.h"
 #include "service/redfish/redfish.h"
 #include "service/redfish/some_accounts.h"
 #include "support/inventory.h"
@@ -72,7 +73,7 @@ class RedfishTest : public InventoryTest {
             .caller = caller(Role::kAdministrator)};
   }
 
-  Response ask(const Request& request) { return redfish_->answer(request); }
+  Response ask(const Request& request) { return redfish_->answer_or_refuse(request, log_.log()); }
 
   Response get(const std::string& path, Fields query = {}, Fields headers = {}) {
     Request wanted = request(Method::kGet, path, std::move(headers));
@@ -122,6 +123,7 @@ class RedfishTest : public InventoryTest {
   Current current_{records::kPciIdsFile};
   SomeAccounts accounts_;
   std::unique_ptr<Redfish> redfish_;
+  KeptLog log_;
 };
 
 }  // namespace zymdb::service
