@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "documents/difference.h"
+#include "documents/history.h"
 
 namespace zymdb::documents {
 
@@ -16,11 +17,9 @@ class Watcher {
   // Whether somebody has committed since the last look. Costs next to nothing while nobody does.
   bool has_news() const;
 
-  // What has changed since the last look, or the beginning.
-  std::vector<Change> look();
-
-  // Of the last look; nothing where the inventory has none.
-  std::optional<uint64_t> generation() const { return last_.generation; }
+  // What has changed since the last look, or the beginning. What comes into an inventory that nobody has
+  // written yet is its baseline.
+  Event look();
 
  private:
   std::vector<RecordType> types_;

@@ -246,38 +246,58 @@ TEST_F(WatchLines, TellVolatileChangesWhereAskedFor) {
   EXPECT_THAT(outcome.out, HasSubstr("TX% 0 -> 42"));
 }
 
-// The journal's socket is at one place for the whole system: the listener has that place for itself.
-TEST_F(WatchLines, GoToTheSystemsJournalWhereAskedFor) {
-  const std::string tool = ZYMDB_TOOL, entries = workplace_.path("entries");
-  const Outcome outcome =
-      run_program({"unshare", "--map-root-user", "--mount", "bash", "-c",
-                   "mount -t tmpfs none /run && mkdir -p /run/systemd/journal; python3 " ZYMDB_SOURCE_DIR
-                   "/tests/tool/journal_listener.py '" +
-                       entries +
-                       "' & listener=$!;"
-                       " for i in {1..600}; do [ -e '" +
-                       entries +
-                       "' ] && break; sleep 0.05; done; set -m;"
-                       " '" +
-                       tool +
-                       "' watch --log & watch=$!; for i in {1..600}; do grep -q inotify "
-                       "/proc/$watch/fdinfo/* 2>/dev/null && break;"
-                       " sleep 0.05; done; sleep 0.3; '" +
-                       tool +
-                       "' link 3b:00.0 --port 0 --set status=down;"
-                       " for i in {1..600}; do [ -s '" +
-                       entries +
-                       "' ] && break; sleep 0.05; done; kill -INT $watch; wait $watch;"
-                       " status=$?; kill $listener; exit $status"},
-                  workplace_.with_inventory());
+// What `watch --log` sends to the system's journal, until the first entry has come after the steps. The
+// journal's socket is at one place for the whole system: the listener has that place for itself.
+std::string logged(const Workplace& workplace, const std::string& steps) {
+  const std::string entries = workplace.path("entries");
+  const auto until = [](const std::string& condition) {
+    return "for i in {1..600}; do " + condition + " && break; sleep 0.05; done; ";
+  };
+  const Outcome outcome = run_program(
+      {"unshare", "--map-root-user", "--mount", "bash", "-c",
+       "entries='" + entries + "'; zymdb() { '" ZYMDB_TOOL "' \"$@\"; }; " +
+           "mount -t tmpfs none /run && mkdir -p /run/systemd/journal; " +
+           "python3 " ZYMDB_SOURCE_DIR "/tests/tool/journal_listener.py \"$entries\" & listener=$!; " +
+           until("[ -e \"$entries\" ]") + "set -m; '" ZYMDB_TOOL "' watch --log & watch=$!; " +
+           until("grep -q inotify /proc/$watch/fdinfo/* 2>/dev/null") + "sleep 0.3; " + steps + "; " +
+           until("[ -s \"$entries\" ]") +
+           "kill -INT $watch; wait $watch; status=$?; kill $listener; exit $status"},
+      workplace.with_inventory());
   EXPECT_EQ(outcome.status, 0) << outcome;
   EXPECT_EQ(outcome.out, "");
-  const std::string sent = read_file(entries);
+  return read_file(entries);
+}
+
+TEST_F(WatchLines, GoToTheSystemsJournalWhereAskedFor) {
+  const std::string sent = logged(workplace_, "zymdb link 3b:00.0 --port 0 --set status=down");
   for (const char* field :
        {"MESSAGE=changed  ports  0000:3b:00.0 0  LINK up -> down\n", "PRIORITY=5\n",
         "MESSAGE_ID=3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e05\n", "SYSLOG_IDENTIFIER=zymdb\n",
         "ZYMDB_CHANGE=changed\n", "ZYMDB_CLASS=ports\n", "ZYMDB_PLACE=0000:3b:00.0 0\n", "ZYMDB_GENERATION="})
     EXPECT_THAT(sent, HasSubstr(field));
+}
+
+TEST(WatchService, WaitsForTheFirstCollectionAndLogsItAsOneEntry) {
+  const Workplace workplace;
+  const std::string sent = logged(workplace, "zymdb collect --quiet --lspci '" + example_lspci() +
+                                                 "' --smbios '" + example_smbios() + "'");
+  EXPECT_THAT(sent, testing::ContainsRegex("MESSAGE=baseline  [0-9]+ parts\n"));
+  for (const char* field :
+       {"PRIORITY=6\n", "MESSAGE_ID=3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e06\n", "ZYMDB_CHANGE=baseline\n"})
+    EXPECT_THAT(sent, HasSubstr(field));
+  EXPECT_THAT(sent, Not(HasSubstr("added")));
+}
+
+TEST(WatchService, EndsWhileItWaitsForTheFirstCollection) {
+  const Workplace workplace;
+  const Outcome outcome = run_program(
+      {"bash", "-c",
+       "set -m; '" ZYMDB_TOOL "' watch --log & watch=$!; for i in {1..600}; do grep -q inotify "
+       "/proc/$watch/fdinfo/* 2>/dev/null && break; "
+       "sleep 0.05; done; sleep 0.2; kill -WINCH $watch; sleep 0.1; kill -TERM $watch; wait $watch"},
+      workplace.with_inventory());
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  EXPECT_THAT(outcome.err, HasSubstr("cannot open the inventory"));
 }
 
 TEST_F(Watch, RefusesWhatDoesNotGoTogether) {

@@ -1,8 +1,8 @@
 #include <syslog.h>
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "commands/commands.h"
@@ -41,11 +41,11 @@ constexpr char kFooter[] =
     "  zymdb watch ports --screen --adapter \"slot 3\"\n"
     "  zymdb watch --log";
 
-// What tells entries of the system's journal apart, by kind of change.
+// What tells entries of the system's journal apart, by kind of change; the last one is a baseline's.
 constexpr const char* kMessageIds[] = {
     "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e01", "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e02",
     "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e03", "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e04",
-    "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e05",
+    "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e05", "3f1b6c0d5a6e4e0f8f5b7f6a1d2c9e06",
 };
 
 struct WatchOptions {
@@ -59,11 +59,6 @@ struct WatchOptions {
   bool log = false;
   bool screen = false;
 };
-
-int64_t now_in_milliseconds() {
-  using namespace std::chrono;
-  return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
 
 // Less of the machine deserves more of a look than more of it.
 int priority_of(const Change& change) {
@@ -88,8 +83,21 @@ std::string line_of(const Change& change) {
   return line;
 }
 
+void log_baseline(const documents::Event& event, const std::string& line) {
+  send_to_journal({"MESSAGE=" + line, "PRIORITY=" + std::to_string(LOG_INFO),
+                   std::string("MESSAGE_ID=") + *std::rbegin(kMessageIds), "SYSLOG_IDENTIFIER=zymdb",
+                   "ZYMDB_CHANGE=baseline", "ZYMDB_GENERATION=" + std::to_string(event.generation),
+                   "ZYMDB_JSON=" + documents::to_json_lines(event)});
+}
+
 void tell(const documents::Event& event, const WatchOptions& options) {
+  if (event.changes.empty()) return;
   if (options.json) return write_output(documents::to_json_lines(event));
+  if (event.is_baseline) {
+    const std::string line = "baseline  " + std::to_string(event.changes.size()) + " parts";
+    if (options.log) return log_baseline(event, line);
+    return write_output(documents::time_text(event.time) + "  " + line + "\n");
+  }
   for (const Change& change : event.changes) {
     if (options.log)
       log(change, event.generation);
@@ -107,14 +115,37 @@ std::vector<RecordType> chosen(const WatchOptions& options) {
   return types;
 }
 
+std::optional<std::string> why_not_open() {
+  try {
+    open_inventory(Opening::kReading);
+    return {};
+  } catch (const Failure& failure) {
+    return failure.what();
+  }
+}
+
+// A service may start before the first collection; whoever types a name wants to hear of the slip in it.
+// Whether it is there; else an end was asked for.
+bool open_when_there(const WatchOptions& options, const Signals& signals, const FileChanges& changes) {
+  const auto reason = why_not_open();
+  if (!reason) return true;
+  if (!options.log) throw Failure(*reason);
+  complain(*reason);
+  const auto is_there = [] { return !why_not_open(); };
+  while (!is_there()) {
+    if (is_end(wait_for_change(signals, changes, options.interval, is_there))) return false;
+  }
+  return true;
+}
+
 void watch_lines(const WatchOptions& options) {
   const Signals signals;
   const FileChanges changes(inventory_location());
+  if (!open_when_there(options, signals, changes)) return;
   documents::Watcher watcher(chosen(options), {.with_volatile = options.with_volatile});
   const auto has_happened = [&] { return watcher.has_news(); };
   while (!is_end(wait_for_change(signals, changes, options.interval, has_happened))) {
-    const auto found = watcher.look();
-    tell({watcher.generation().value_or(0), now_in_milliseconds(), false, found}, options);
+    tell(watcher.look(), options);
   }
 }
 
@@ -135,7 +166,6 @@ void run(const WatchOptions& options) {
   require_that_ports_are_shown(options);
   if (!options.screen) {
     if (options.view.is_given()) throw WrongInput("--columns, --sort and --where are for --screen");
-    open_inventory(Opening::kReading);
     return watch_lines(options);
   }
   const auto type = on_screen(options);
