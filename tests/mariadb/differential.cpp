@@ -7,8 +7,10 @@
 #include <cstring>
 #include <ctime>
 #include <iostream>
+#include <iterator>
 #include <random>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 #include "client/session/handles.h"
@@ -141,9 +143,22 @@ class Generator {
   }
   std::string sub_select(const TableDescription& of, int depth) {
     const TableDescription& other = table();
-    const std::string where = once_in(2) ? " WHERE " + condition(other, depth + 2) : "";
+    TableDescription named = other;
+    const bool names_around = once_in(3);
+    if (names_around) {
+      // Of the row around it. A name that both have is the inner one's, whose "Location" is of another type.
+      const auto is_of_one_type = [](std::string_view name) { return name != "Location"; };
+      std::ranges::copy_if(of.numbers, std::back_inserter(named.numbers), is_of_one_type);
+      std::ranges::copy_if(of.texts, std::back_inserter(named.texts), is_of_one_type);
+    }
+    const std::string where = once_in(2) ? " WHERE " + condition(named, depth + 2) : "";
+    // Together the two are refused by one engine.
+    const bool has_limit = !names_around && once_in(4);
+    const std::string first =
+        has_limit ? " ORDER BY " + column(other) + ",_id LIMIT " + std::to_string(below(4)) : "";
     const std::string numbers = std::string(one_of(of.numbers)) + (once_in(2) ? " NOT IN " : " IN ") +
-                                "(SELECT " + one_of(other.numbers) + " FROM " + other.name + where + ")";
+                                "(SELECT " + one_of(other.numbers) + " FROM " + other.name + where + first +
+                                ")";
     if (once_in(2)) return numbers;
     if (once_in(2)) return "EXISTS (SELECT _id FROM " + std::string(other.name) + where + ")";
     return std::string(one_of(of.numbers)) + one_of(kComparisons) + "(SELECT max(" + one_of(other.numbers) +
@@ -168,7 +183,13 @@ class Generator {
   std::mt19937 random_;
 };
 
-std::string answer_of(int status, zym_db_result_t* raw, size_t columns, bool is_ordered) {
+// A sub-select's order is not that of the rows around it.
+bool is_ordered(const std::string& filter) {
+  const size_t order = filter.rfind(" BY ");
+  return order != filter.npos && filter.find(')', order) == filter.npos;
+}
+
+std::string answer_of(int status, zym_db_result_t* raw, size_t columns, bool in_order) {
   const zymdb::ResultPtr rows(raw);
   std::vector<std::string> lines;
   while (rows != nullptr && zym_db_result_step(rows.get()) == ZYM_DB_STATUS_ROW) {
@@ -185,7 +206,7 @@ std::string answer_of(int status, zym_db_result_t* raw, size_t columns, bool is_
     }
     lines.push_back(text.str());
   }
-  if (!is_ordered) std::ranges::sort(lines);
+  if (!in_order) std::ranges::sort(lines);
   std::string text = std::to_string(status);
   for (const std::string& line : lines) text += "\n  " + line;
   return text;
@@ -260,7 +281,7 @@ class Pair {
       zym_db_result_t* rows = nullptr;
       const int status = zym_db_query(handle, table.name, columns.data(), static_cast<int>(columns.size()),
                                       filter.c_str(), nullptr, 0, 0, &rows);
-      return answer_of(status, rows, columns.size(), filter.find(" BY ") != filter.npos);
+      return answer_of(status, rows, columns.size(), is_ordered(filter));
     });
   }
   bool aggregate(const TableDescription& table) {
@@ -279,7 +300,7 @@ class Pair {
                   const int status =
                       zym_db_query(handle, table.name, columns.data(), static_cast<int>(columns.size()),
                                    filter.c_str(), nullptr, 0, 0, &rows);
-                  return answer_of(status, rows, columns.size(), filter.find(" BY ") != filter.npos);
+                  return answer_of(status, rows, columns.size(), is_ordered(filter));
                 });
   }
   void fill(const TableDescription& table, zym_db_content_values_t* values) {

@@ -168,6 +168,17 @@ TEST_F(EngineTest, WithoutAnOrderRowsComeInThatOfTheirNumbers) {
   EXPECT_EQ(slots, "3121");
 }
 
+TEST_F(EngineTest, ALimitAfterInThatDependsOnTheRowAroundItIsRefused) {
+  ASSERT_EQ(add(1), 0);
+  EXPECT_EQ(count("FunKey IN (SELECT FunKey FROM PCIs ORDER BY FunKey LIMIT 1)"), 1);
+  zym_db_result_t* rows = nullptr;
+  EXPECT_EQ(zym_db_query(handle(), "PCIs", nullptr, 0,
+                         "SlotNo IN (SELECT SlotNo FROM PCIAdapter WHERE PCIKey=FunKey LIMIT 1)", nullptr, 0,
+                         0, &rows),
+            ZYM_DB_STATUS_ERROR);
+  EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr("has a LIMIT and names columns around it"));
+}
+
 TEST_F(EngineTest, AReadGoesOnOnANewConnection) {
   ASSERT_EQ(add(1), 0);
   kill_connections();

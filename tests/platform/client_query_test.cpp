@@ -182,6 +182,18 @@ TEST_F(QueryTest, DistinctFoldsEqualRows) {
   EXPECT_EQ(first(found), "9");
 }
 
+TEST_F(QueryTest, ASubSelectMayNameColumnsOfTheRowAroundIt) {
+  for (const int64_t slot : {1, 2, 3}) given("PCIAdapter", {{"PCIKey", slot + 10}, {"SlotNo", slot}});
+  given("PCIs", {{"FunKey", 11}, {"SlotNo", 1}});
+  given("PCIs", {{"FunKey", 12}, {"SlotNo", 3}});
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}, "SlotNo IN (SELECT SlotNo FROM PCIs WHERE FunKey=PCIKey)"), "1\n");
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}, "SlotNo NOT IN (SELECT SlotNo FROM PCIs WHERE FunKey=PCIKey)"),
+            "2\n3\n");
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}, "EXISTS (SELECT _id FROM PCIs WHERE FunKey=PCIKey)"), "1\n2\n");
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}, "SlotNo<(SELECT max(SlotNo) FROM PCIs WHERE FunKey=PCIKey)"),
+            "2\n");
+}
+
 TEST_F(QueryTest, ARawStatementReads) {
   given("PCIs", {{"DevKey", 1}, {"HardwareId", 0x100}});
   given("PCIs", {{"DevKey", 1}, {"HardwareId", 0x101}});

@@ -89,6 +89,7 @@ class Emitter {
   static Sql limit(const Select& select);
 
   std::span<const Class> arguments_;
+  size_t lowest_table_ = std::numeric_limits<size_t>::max();  // that was named
 };
 
 Value made(Sql sql, Class value) {
@@ -118,6 +119,7 @@ bool is_aggregate(const Select& select) {
 Value Emitter::emit(const Expression& e) {
   switch (e.kind) {
     case Kind::kColumn: {
+      lowest_table_ = std::min(lowest_table_, e.table);
       Value value{column(*e.column, e.table), Class::kInteger, Affinity::kNumber};
       if (e.column->is_text) value = {std::move(value.sql), Class::kText, Affinity::kText};
       if (e.column->is_bytes) value = {std::move(value.sql), Class::kBytes};
@@ -289,17 +291,24 @@ Value Emitter::in(const Expression& e) {
   return truth_value(e.negated ? parts({"(NOT ", sql, ")"}) : sql);
 }
 
-// Compared within: a sub-select whose values are of another kind.
+// Compared within: a sub-select whose values are of another kind. MariaDB has no LIMIT behind IN, but one
+// level below, where nothing names what is around it.
 Value Emitter::in_select(const Expression& e) {
   const Value value = emit(e.parts[0]);
+  const size_t lowest = std::exchange(lowest_table_, std::numeric_limits<size_t>::max());
   std::vector<OutputColumn> columns;
-  const Sql rows = select(*e.select, &columns, false);
+  Sql rows = select(*e.select, &columns, false);
+  if (e.select->limit) {
+    if (lowest_table_ < e.select->sources.front().number)
+      throw Refusal{"a sub-select after IN that has a LIMIT and names columns around it"};
+    rows = parts({"SELECT * FROM (", rows, ") AS d"});
+  }
+  lowest_table_ = std::min(lowest, lowest_table_);
   if (columns.size() != 1) throw Refusal{"a sub-select of several columns"};
   const Class other = columns[0].value;
   const bool alike = value.value != Class::kNull && other != Class::kNull && rank(value.value) == rank(other);
   if (!alike) throw Refusal{"a sub-select whose values are of another kind"};
-  return truth_value(
-      parts({"(", value.sql, e.negated ? " NOT IN (" : " IN (", "SELECT * FROM (", rows, ") AS d))"}));
+  return truth_value(parts({"(", value.sql, e.negated ? " NOT IN (" : " IN (", rows, "))"}));
 }
 
 Value Emitter::like(const Expression& e) {
