@@ -233,32 +233,33 @@ Failure Connection::configure() {
 // A node that does not belong to its cluster's majority takes connections and refuses all else. Another one's
 // writes, and those that were made through another one, are waited for.
 Failure Connection::find_cluster() {
-  int64_t ready = 1;
-  static constexpr Class kWord[] = {Class::kText};
-  Failure failure =
-      run("SELECT VARIABLE_VALUE FROM information_schema.GLOBAL_STATUS WHERE "
-          "VARIABLE_NAME='wsrep_ready' AND @@wsrep_on",
-          {}, kWord, [&](Row row) {
-            is_of_cluster_ = true;
-            ready = row[0].text == "ON" ? 1 : 0;
-            return true;
-          });
-  if (failure) return failure;
-  if (!is_of_cluster_) return {};
-  if (ready == 0) return said_by_host({kStatusIo, kNoMajority, Aftermath::kConnectionLost});
+  switch (membership()) {
+    case Membership::kUnknown:
+      return failure();
+    case Membership::kNone:
+      return {};
+    case Membership::kCutOff:
+      return said_by_host({kStatusIo, kNoMajority, Aftermath::kConnectionLost});
+    case Membership::kOfMajority:
+      break;
+  }
+  is_of_cluster_ = true;
   return execute("SET SESSION wsrep_sync_wait=15,wsrep_dirty_reads=0");
 }
 
-// A node without its majority still tells its own state.
-bool Connection::is_ready() {
-  constexpr std::string_view kReady = "SHOW GLOBAL STATUS LIKE 'wsrep_ready'";
-  if (mysql_real_query(mysql_, kReady.data(), kReady.size()) != 0) return false;
+// Of all questions the one that a node answers whatever became of the others, and without waiting for them.
+Connection::Membership Connection::membership() {
+  constexpr std::string_view kReady = "SHOW GLOBAL STATUS WHERE Variable_name='wsrep_ready' AND @@wsrep_on";
+  if (mysql_real_query(mysql_, kReady.data(), kReady.size()) != 0) return Membership::kUnknown;
   struct FreeRows {
     void operator()(MYSQL_RES* rows) const { mysql_free_result(rows); }
   };
   const std::unique_ptr<MYSQL_RES, FreeRows> rows(mysql_store_result(mysql_));
-  const MYSQL_ROW row = rows != nullptr ? mysql_fetch_row(rows.get()) : nullptr;
-  return row != nullptr && row[1] != nullptr && std::strcmp(row[1], "ON") == 0;
+  if (rows == nullptr) return Membership::kUnknown;
+  const MYSQL_ROW row = mysql_fetch_row(rows.get());
+  if (row == nullptr) return Membership::kNone;
+  const bool is_ready = row[1] != nullptr && std::strcmp(row[1], "ON") == 0;
+  return is_ready ? Membership::kOfMajority : Membership::kCutOff;
 }
 
 Failure Connection::execute(const std::string& sql) {
@@ -344,7 +345,8 @@ Failure Connection::failure(MYSQL_STMT* statement) {
 
 // A wait for what other nodes wrote ends like one for a lock, also where there are no other nodes any more.
 Failure Connection::understood(Failure failure) {
-  if (!is_of_cluster_ || failure.code != ER_LOCK_WAIT_TIMEOUT || is_ready()) return failure;
+  if (!is_of_cluster_ || failure.code != ER_LOCK_WAIT_TIMEOUT || membership() == Membership::kOfMajority)
+    return failure;
   failure.reason.append(": ").append(kNoMajority);
   failure.status = kStatusIo;
   failure.aftermath = Aftermath::kConnectionLost;

@@ -58,10 +58,13 @@ class Connection {
     StatementPtr statement;
   };
 
+  // What the host says of its cluster; kUnknown where it says nothing.
+  enum class Membership : uint8_t { kUnknown, kNone, kOfMajority, kCutOff };
+
   Failure connect(const Address& address, const Host& host);
   Failure configure();
   Failure find_cluster();
-  bool is_ready();
+  Membership membership();
   Failure execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values);
   MYSQL_STMT* find(const std::string& sql);
   void make_room();
