@@ -3,10 +3,12 @@
 #include <errmsg.h>
 #include <fcntl.h>
 #include <mysqld_error.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <new>
@@ -19,8 +21,9 @@ namespace {
 constexpr size_t kPreparedStatements = 64;
 constexpr unsigned kMostValuesAtOnce = 200;
 constexpr unsigned kConnectSeconds = 3;
-// Longer than any statement or wait for a lock may take.
-constexpr unsigned kSilenceSeconds = 20;
+// Of a network and a busy server, beside what a statement or a wait for a lock may take.
+constexpr std::chrono::seconds kMargin{3};
+constexpr std::chrono::seconds kCommit{20};
 constexpr size_t kFirstText = 256;
 constexpr char kOptionGroup[] = "zymdb";
 constexpr char kNoMajority[] = "the node is not part of a cluster's majority";
@@ -144,6 +147,11 @@ class Execution {
 
 }  // namespace
 
+Connection::Connection(const Limits& limits)
+    : limits_(limits),
+      silence_(std::chrono::ceil<std::chrono::seconds>(std::max(limits.statement, limits.writer)) + kMargin) {
+}
+
 Connection::~Connection() {
   places_.clear();
   kept_.clear();
@@ -199,7 +207,7 @@ Failure Connection::connect(const Address& address, const Host& host) {
   mysql_optionsv(mysql_, MYSQL_OPT_PROTOCOL, &protocol);
   const unsigned wait = kConnectSeconds;
   mysql_optionsv(mysql_, MYSQL_OPT_CONNECT_TIMEOUT, &wait);
-  const unsigned silence = kSilenceSeconds;
+  const auto silence = static_cast<unsigned>(silence_.count());
   mysql_optionsv(mysql_, MYSQL_OPT_READ_TIMEOUT, &silence);
   mysql_optionsv(mysql_, MYSQL_OPT_WRITE_TIMEOUT, &silence);
   const my_bool no = 0;
@@ -264,6 +272,17 @@ Connection::Membership Connection::membership() {
 
 Failure Connection::execute(const std::string& sql) {
   return mysql_real_query(mysql_, sql.data(), sql.size()) == 0 ? Failure{} : failure();
+}
+
+// How long it takes no limit says, and whoever stops waiting does not know what became of it.
+Failure Connection::commit() {
+  constexpr std::string_view kWord = "COMMIT";
+  if (mysql_send_query(mysql_, kWord.data(), kWord.size()) != 0) return failure();
+  const auto longer = std::chrono::milliseconds(std::max(kCommit - silence_, std::chrono::seconds(0)));
+  pollfd answer{static_cast<int>(mysql_get_socket(mysql_)), POLLIN, 0};
+  while (poll(&answer, 1, static_cast<int>(longer.count())) < 0 && errno == EINTR) {
+  }
+  return mysql_read_query_result(mysql_) == 0 ? Failure{} : failure();
 }
 
 MYSQL_STMT* Connection::find(const std::string& sql) {
