@@ -41,6 +41,7 @@ const char* const kTexts[] = {"",   "a",   "A",   "b",   "ab",     "a b",  "\xC3
                               "1",  "12",  "012", "1.5", "1e1",    " 12 ", "0x1F",     "12abc",
                               "-3", "a%b", "a_b", "\\",  "100000", "1.0",  "zzzzzzzz", "9223372036854775807"};
 const char* const kComparisons[] = {"=", "!=", "<", "<=", ">", ">=", "<>", "=="};
+const char* const kEscaped[] = {"a!%b", "a!_b", "!%", "a!%%", "%!_%"};
 const char* const kReckonings[] = {"+", "-", "*", "&", "|", "/", "%", "<<", ">>"};
 
 class Generator {
@@ -62,6 +63,8 @@ class Generator {
   std::string number() {
     if (once_in(12)) return std::to_string(static_cast<uint32_t>(random_()));
     if (once_in(12)) return "0x" + std::to_string(below(40));
+    if (once_in(12)) return "-" + std::to_string(below(9));
+    if (once_in(12)) return std::to_string(below(9)) + (once_in(2) ? ".5" : ".0");
     return std::to_string(below(9));
   }
   static std::string quoted(const std::string& value) {
@@ -84,7 +87,25 @@ class Generator {
   }
   std::string call(const TableDescription& of) {
     const std::string text = one_of(of.texts);
-    switch (below(6)) {
+    const std::string counted = one_of(of.numbers);
+    switch (below(14)) {
+      case 6:
+        return "length(" + text + ")" + one_of(kComparisons) + std::to_string(below(6));
+      case 7:
+        return "substr(" + text + "," + std::to_string(below(5) - 1) + "," + std::to_string(below(4)) +
+               ")=" + quoted(this->text());
+      case 8:
+        return "nullif(" + counted + "," + number() + ")" + one_of(kComparisons) + number();
+      case 9:
+        return "max(" + counted + "," + one_of(of.numbers) + ")" + one_of(kComparisons) + number();
+      case 10:
+        return "min(" + text + "," + quoted(this->text()) + ")" + one_of(kComparisons) + quoted(this->text());
+      case 11:
+        return (once_in(2) ? "ltrim(" : "rtrim(") + text + ")=" + quoted(this->text());
+      case 12:
+        return text + " LIKE " + quoted(one_of(kEscaped)) + " ESCAPE '!'";
+      case 13:
+        return counted + "||" + text + one_of(kComparisons) + quoted(this->text());
       case 0:
         return "lower(" + text + ")=lower(" + quoted(this->text()) + ")";
       case 1:

@@ -121,6 +121,46 @@ TEST_F(QueryTest, ComparisonsTellLettersApartByCase) {
   EXPECT_EQ(count("PCIAdapter", "CardName like '%'"), 1);
 }
 
+// A character is a byte, or one from C0 on with those from 80 to BF that follow it.
+TEST_F(QueryTest, LengthCountsCharacters) {
+  for (const char* text : {"abc",
+                           "\xC3\xA9"
+                           "1",
+                           "\x80\x80"
+                           "a",
+                           "", "\xFF"})
+    given("PCIs", {{"SlotDesignation", text}});
+  EXPECT_EQ(rows("PCIs", {"_id"}, "length(SlotDesignation)=3"), "1\n3\n");
+  EXPECT_EQ(rows("PCIs", {"_id"}, "length(SlotDesignation)=2"), "2\n");
+  EXPECT_EQ(rows("PCIs", {"_id"}, "length(SlotDesignation)<2"), "4\n5\n");
+}
+
+// Counted from 1, or from the end backwards; a length less than 0 is of what stands before.
+TEST_F(QueryTest, SubstrCutsCharactersWhereverItBegins) {
+  given("PCIs", {{"SlotDesignation",
+                  "a\xC3\xA9"
+                  "bc"}});
+  const std::pair<const char*, const char*> cuts[] = {{"1,2", "a\xC3\xA9"},
+                                                      {"2,1", "\xC3\xA9"},
+                                                      {"3", "bc"},
+                                                      {"0,2", "a"},
+                                                      {"-1", "c"},
+                                                      {"-2,1", "b"},
+                                                      {"-9,7", "a\xC3\xA9"},
+                                                      {"3,-2", "a\xC3\xA9"},
+                                                      {"2,-9", "a"},
+                                                      {"0,-2", ""},
+                                                      {"9,1", ""},
+                                                      {"2,0", ""},
+                                                      {"0",
+                                                       "a\xC3\xA9"
+                                                       "bc"}};
+  for (const auto& [places, expected] : cuts) {
+    const std::string where = std::string("substr(SlotDesignation,") + places + ")='" + expected + "'";
+    EXPECT_EQ(count("PCIs", where), 1) << where;
+  }
+}
+
 TEST_F(QueryTest, TextInDoubleQuotesIsNeverAColumn) {
   given("PCISetting", {{"SettingID", "Type"}, {"Type", 5}});
   given("PCISetting", {{"SettingID", "5"}, {"Type", 5}});

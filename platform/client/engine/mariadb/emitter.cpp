@@ -76,6 +76,7 @@ class Emitter {
   Value call(const Expression& e);
   Value aggregate(const Expression& e);
   Value scalar(const Expression& e);
+  Value cut(const Expression& e, const Value& value);
   Value choice(const Expression& e);
   Value letters(const Expression& e, char first);
   Value sub_select(const Expression& e);
@@ -397,6 +398,35 @@ Value Emitter::letters(const Expression& e, char first) {
   return made(std::move(sql), Class::kText);
 }
 
+Sql length(const Sql& text, Class value) {
+  if (value == Class::kBytes) return parts({"LENGTH(", text, ")"});
+  return parts({"LENGTH(REGEXP_REPLACE(", text, ",'", kCharacter, "','x'))"});
+}
+
+// A window of so many characters over the text, of which some may lie before its beginning. Where a count is
+// more than a regular expression takes, the server says so.
+Value Emitter::cut(const Expression& e, const Value& value) {
+  const bool is_text = value.value != Class::kBytes;
+  const Sql whole = text(value);
+  const Sql character = is_text ? kCharacter : "[\\x00-\\xFF]";
+  const Sql place = integer(emit(e.parts[1]));
+  const Sql size = e.parts.size() == 3 ? integer(emit(e.parts[2])) : Sql("0");
+  const Sql start = parts(
+      {"CASE WHEN ", place, "<0 THEN ", length(whole, value.value), "+1+", place, " ELSE ", place, " END"});
+  const Sql begin = parts({"GREATEST(", start, "+LEAST(", size, ",0),1)"});
+  const auto times = [&](const Sql& count) {
+    return parts({"LEAST(GREATEST(", count, ",0),LENGTH(", whole, "))"});
+  };
+  Sql taken = "[\\x00-\\xFF]*)'";
+  if (e.parts.size() == 3) {
+    const Sql end = parts({start, "+GREATEST(", size, ",0)"});
+    taken = parts({character, "{0,',", times(parts({"(", end, ")-", begin})), ",'})[\\x00-\\xFF]*'"});
+  }
+  return made(parts({"REGEXP_REPLACE(", whole, ",CONCAT('^", character, "{0,',", times(parts({begin, "-1"})),
+                     ",'}+(", taken, ",'\\z'),'\\1')"}),
+              is_text ? Class::kText : Class::kBytes);
+}
+
 Value Emitter::scalar(const Expression& e) {
   const bool is_substr = e.word == "substr";
   if (is_substr ? e.parts.size() != 2 && e.parts.size() != 3 : e.parts.size() != 1)
@@ -405,19 +435,11 @@ Value Emitter::scalar(const Expression& e) {
   if (value.value == Class::kNull) return value;
   if (e.word == "lower") return letters(e, 'A');
   if (e.word == "upper") return letters(e, 'a');
-  if (e.word == "length") {
-    if (value.value == Class::kBytes) return made(parts({"LENGTH(", value.sql, ")"}), Class::kInteger);
-    return made(parts({"LENGTH(REGEXP_REPLACE(", text(value), ",'[\x80-\xBF]',''))"}), Class::kInteger);
-  }
+  if (e.word == "length") return made(length(text(value), value.value), Class::kInteger);
+  if (is_substr) return cut(e, value);
   if (e.word == "abs")
     return made(parts({"ABS(", number(value), ")"}),
                 value.value == Class::kInteger ? value.value : Class::kReal);
-  if (is_substr) {
-    Sql sql = parts({"SUBSTR(", text(value)});
-    for (size_t i = 1; i < e.parts.size(); ++i) sql += parts({",", integer(emit(e.parts[i]))});
-    sql += ")";
-    return made(std::move(sql), Class::kText);
-  }
   const char* name = "TRIM(";
   if (e.word == "ltrim") name = "LTRIM(";
   if (e.word == "rtrim") name = "RTRIM(";

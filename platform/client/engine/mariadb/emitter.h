@@ -27,6 +27,9 @@ enum class Class : uint8_t {
 
 Class class_of(const Argument& argument);
 
+// What SQLite takes for one character, as a regular expression of bytes.
+inline constexpr char kCharacter[] = "(?:[\\xC0-\\xFF][\\x80-\\xBF]*+|[\\x00-\\xBF])";
+
 // SQL whose "?" are arguments of a statement, in the order of their numbers here.
 struct Sql {
   std::string text;
