@@ -185,6 +185,35 @@ class Generator {
     return std::string(one_of(of.numbers)) + one_of(kComparisons) + "(SELECT max(" + one_of(other.numbers) +
            ") FROM " + other.name + where + ")";
   }
+  std::string expression(const TableDescription& of) {
+    const std::string text = one_of(of.texts);
+    switch (below(8)) {
+      case 0:
+        return "lower(" + text + ")";
+      case 1:
+        return "length(" + text + ")";
+      case 2:
+        return "substr(" + text + "," + std::to_string(below(7) - 3) + ")";
+      case 3:
+        return std::string(one_of(of.numbers)) + "||" + text;
+      case 4:
+        return "ifnull(" + std::string(one_of(of.numbers)) + "," + one_of(of.numbers) + ")";
+      case 5:
+        return column(of) + one_of(kComparisons) + literal();
+      default:
+        return reckoning(of);
+    }
+  }
+  std::string statement(const TableDescription& of) {
+    const std::string from = std::string(" FROM ") + of.name + (once_in(2) ? " WHERE " + condition(of) : "");
+    const std::string key = once_in(2) ? one_of(of.numbers) : one_of(of.texts);
+    if (once_in(3))
+      return "SELECT " + key + ",count(*),total(" + one_of(of.numbers) + "),min(" + expression(of) + ")" +
+             from + " GROUP BY " + key + (once_in(2) ? " HAVING count(*)>" + std::to_string(below(3)) : "");
+    if (once_in(3)) return "SELECT DISTINCT " + key + "," + expression(of) + from;
+    return "SELECT " + expression(of) + "," + expression(of) + "," + key + from + " ORDER BY " +
+           expression(of) + (once_in(2) ? " DESC" : "") + ",_id";
+  }
   std::string filter(const TableDescription& of) {
     std::string text = once_in(6) ? "1" : condition(of);
     if (once_in(2)) return text;
@@ -240,7 +269,9 @@ class Pair {
 
   bool step() {
     const TableDescription& table = generator_.table();
-    switch (generator_.below(12)) {
+    switch (generator_.below(14)) {
+      case 7:
+        return raw(table);
       case 0:
         return insert(table);
       case 1:
@@ -303,6 +334,14 @@ class Pair {
       const int status = zym_db_query(handle, table.name, columns.data(), static_cast<int>(columns.size()),
                                       filter.c_str(), nullptr, 0, 0, &rows);
       return answer_of(status, rows, columns.size(), is_ordered(filter));
+    });
+  }
+  bool raw(const TableDescription& table) {
+    const std::string sql = generator_.statement(table);
+    return both(sql, [&](_zym_db_handle_t* handle) {
+      zym_db_result_t* rows = nullptr;
+      const int status = zym_db_raw_query(handle, sql.c_str(), static_cast<int>(sql.size()) + 1, &rows);
+      return answer_of(status, rows, sql.starts_with("SELECT DISTINCT") ? 2 : 3, is_ordered(sql));
     });
   }
   bool aggregate(const TableDescription& table) {

@@ -161,6 +161,14 @@ TEST_F(QueryTest, SubstrCutsCharactersWhereverItBegins) {
   }
 }
 
+TEST_F(QueryTest, SubstrCutsTextsOfAnyLength) {
+  const std::string text(100'000, 'x');
+  given("PCIs", {{"SlotDesignation", (text + "\xC3\xA9").c_str()}});
+  EXPECT_EQ(count("PCIs", "substr(SlotDesignation,-1)='\xC3\xA9'"), 1);
+  EXPECT_EQ(count("PCIs", "length(substr(SlotDesignation,2))=100000"), 1);
+  EXPECT_EQ(count("PCIs", "length(substr(SlotDesignation,1,2000000000))=100001"), 1);
+}
+
 TEST_F(QueryTest, TextInDoubleQuotesIsNeverAColumn) {
   given("PCISetting", {{"SettingID", "Type"}, {"Type", 5}});
   given("PCISetting", {{"SettingID", "5"}, {"Type", 5}});
@@ -269,6 +277,30 @@ TEST_F(QueryTest, ARawStatementMaySelectWhateverAnExpressionEndsIn) {
     EXPECT_EQ(zym_db_raw_query(handle(), sql.c_str(), static_cast<int>(sql.size()) + 1, &rows), status)
         << expression;
     EXPECT_EQ(Rows(rows) != nullptr, status == 0) << expression;
+  }
+}
+
+TEST_F(QueryTest, APlaceInAnOrderIsThatOfAColumn) {
+  for (const int64_t slot : {2, 1}) given("PCIs", {{"BusNo", 7}, {"SlotNo", slot}});
+  const struct {
+    const char* sql;
+    int status;
+    const char* first;
+  } kCases[] = {{"SELECT BusNo,SlotNo FROM PCIs ORDER BY 2", 0, "1"},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY 3", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY 0", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY -1", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT BusNo,SlotNo FROM PCIs GROUP BY 3", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT DISTINCT 4,SlotNo FROM PCIs WHERE SlotNo=1", 0, "1"}};
+  for (const auto& each : kCases) {
+    zym_db_result_t* rows = nullptr;
+    EXPECT_EQ(zym_db_raw_query(handle(), each.sql, 160, &rows), each.status) << each.sql;
+    const Rows found(rows);
+    if (each.status != 0) continue;
+    int slot = 0;
+    ASSERT_EQ(zym_db_result_step(rows), ZYM_DB_STATUS_ROW) << each.sql;
+    EXPECT_EQ(zym_db_result_column_int(rows, 1, &slot), 0);
+    EXPECT_EQ(std::to_string(slot), each.first) << each.sql;
   }
 }
 

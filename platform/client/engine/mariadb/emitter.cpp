@@ -403,28 +403,29 @@ Sql length(const Sql& text, Class value) {
   return parts({"LENGTH(REGEXP_REPLACE(", text, ",'", kCharacter, "','x'))"});
 }
 
-// A window of so many characters over the text, of which some may lie before its beginning. Where a count is
-// more than a regular expression takes, the server says so.
+// So many of the first characters of a text in which a NUL, which no text has, stands before each.
+Sql first_characters(const Sql& text, const Sql& count) {
+  return parts({"SUBSTRING_INDEX(", text, ",X'00',1+", count, ")"});
+}
+
+// A window of so many characters over the text, of which some may lie before its beginning.
 Value Emitter::cut(const Expression& e, const Value& value) {
-  const bool is_text = value.value != Class::kBytes;
   const Sql whole = text(value);
-  const Sql character = is_text ? kCharacter : "[\\x00-\\xFF]";
-  const Sql place = integer(emit(e.parts[1]));
-  const Sql size = e.parts.size() == 3 ? integer(emit(e.parts[2])) : Sql("0");
-  const Sql start = parts(
-      {"CASE WHEN ", place, "<0 THEN ", length(whole, value.value), "+1+", place, " ELSE ", place, " END"});
-  const Sql begin = parts({"GREATEST(", start, "+LEAST(", size, ",0),1)"});
-  const auto times = [&](const Sql& count) {
-    return parts({"LEAST(GREATEST(", count, ",0),LENGTH(", whole, "))"});
+  const auto places = [&](const Expression& part) {
+    return parts({"LEAST(GREATEST(", integer(emit(part)), ",-2000000000),2000000000)"});
   };
-  Sql taken = "[\\x00-\\xFF]*)'";
-  if (e.parts.size() == 3) {
-    const Sql end = parts({start, "+GREATEST(", size, ",0)"});
-    taken = parts({character, "{0,',", times(parts({"(", end, ")-", begin})), ",'})[\\x00-\\xFF]*'"});
-  }
-  return made(parts({"REGEXP_REPLACE(", whole, ",CONCAT('^", character, "{0,',", times(parts({begin, "-1"})),
-                     ",'}+(", taken, ",'\\z'),'\\1')"}),
-              is_text ? Class::kText : Class::kBytes);
+  const Sql place = places(e.parts[1]);
+  const Sql size = e.parts.size() == 3 ? places(e.parts[2]) : Sql("2000000000");
+  const Sql start = parts(
+      {"(CASE WHEN ", place, "<0 THEN ", length(whole, value.value), "+", place, " ELSE ", place, "-1 END)"});
+  const Sql skipped = parts({"GREATEST(", start, "+LEAST(", size, ",0),0)"});
+  const Sql end = parts({"GREATEST(", start, "+GREATEST(", size, ",0),0)"});
+  if (value.value == Class::kBytes)
+    return made(parts({"SUBSTR(", whole, ",1+", skipped, ",", end, "-", skipped, ")"}), value.value);
+  const Sql told_apart = parts({"REGEXP_REPLACE(", whole, ",'(", kCharacter, ")',CONCAT(X'00','\\1'))"});
+  return made(parts({"REPLACE(SUBSTR(", first_characters(told_apart, end), ",1+LENGTH(",
+                     first_characters(told_apart, skipped), ")),X'00','')"}),
+              Class::kText);
 }
 
 Value Emitter::scalar(const Expression& e) {
@@ -541,8 +542,9 @@ Sql Emitter::select(const Select& select, std::vector<OutputColumn>* columns, bo
 Sql Emitter::distinct_rows(const Select& select) {
   Sql sql;
   const char* separator = " GROUP BY ";
-  for (const Item& item : select.items) {
-    sql += parts({separator, emit(item.value).sql});
+  // By their places: an argument would be taken for one.
+  for (size_t place = 1; place <= select.items.size(); ++place) {
+    sql += parts({separator, std::to_string(place)});
     separator = ",";
   }
   separator = " ORDER BY ";

@@ -199,18 +199,33 @@ class Parser {
   void groups(Select& select) {
     if (!accept("GROUP")) return;
     expect("BY");
-    do select.groups.push_back(expression());
-    while (accept(","));
+    do {
+      select.groups.push_back(expression());
+      require_place(select.groups.back(), select);
+    } while (accept(","));
   }
   void orders(Select& select) {
     if (!accept("ORDER")) return;
     expect("BY");
     do {
       Order order{expression()};
+      require_place(order.by, select);
       order.descending = accept("DESC");
       if (!order.descending) accept("ASC");
       select.orders.push_back(std::move(order));
     } while (accept(","));
+  }
+  // A number by which is grouped or ordered is a column's place.
+  static void require_place(const Expression& by, const Select& select) {
+    const Expression* number = &by;
+    while (number->kind == Kind::kUnary && number->word != "~") number = &number->parts[0];
+    if (number->kind != Kind::kNumber || number->word.find('.') != std::string::npos) return;
+    size_t place = 0;
+    const char* const end = number->word.data() + number->word.size();
+    const auto read = std::from_chars(number->word.data(), end, place);
+    if (number != &by || read.ec != std::errc() || read.ptr != end || place == 0 ||
+        place > select.items.size())
+      throw Refusal{"a place where there is no column"};
   }
   void limit(Select& select) {
     if (!accept("LIMIT")) return;
