@@ -281,7 +281,8 @@ TEST_F(QueryTest, ARawStatementMaySelectWhateverAnExpressionEndsIn) {
 }
 
 TEST_F(QueryTest, APlaceInAnOrderIsThatOfAColumn) {
-  for (const int64_t slot : {2, 1}) given("PCIs", {{"BusNo", 7}, {"SlotNo", slot}});
+  given("PCIs", {{"SlotNo", 2}, {"SlotDesignation", "4"}});
+  given("PCIs", {{"SlotNo", 1}, {"SlotDesignation", "12"}});
   const struct {
     const char* sql;
     int status;
@@ -290,6 +291,9 @@ TEST_F(QueryTest, APlaceInAnOrderIsThatOfAColumn) {
                 {"SELECT BusNo,SlotNo FROM PCIs ORDER BY 3", ZYM_DB_STATUS_ERROR, ""},
                 {"SELECT BusNo,SlotNo FROM PCIs ORDER BY 0", ZYM_DB_STATUS_ERROR, ""},
                 {"SELECT BusNo,SlotNo FROM PCIs ORDER BY -1", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY -(-2)", 0, "1"},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY 0x02", 0, "1"},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY SlotDesignation>0x03", 0, "1"},
                 {"SELECT BusNo,SlotNo FROM PCIs GROUP BY 3", ZYM_DB_STATUS_ERROR, ""},
                 {"SELECT DISTINCT 4,SlotNo FROM PCIs WHERE SlotNo=1", 0, "1"}};
   for (const auto& each : kCases) {
