@@ -210,6 +210,13 @@ class Generator {
     if (once_in(3))
       return "SELECT " + key + ",count(*),total(" + one_of(of.numbers) + "),min(" + expression(of) + ")" +
              from + " GROUP BY " + key + (once_in(2) ? " HAVING count(*)>" + std::to_string(below(3)) : "");
+    if (once_in(4)) {
+      const TableDescription& other = table();
+      const std::string same = std::string(one_of(of.numbers)) + "=" + one_of(other.numbers);
+      return "SELECT " + key + "," + one_of(other.texts) + "," + one_of(other.numbers) + " FROM " + of.name +
+             "," + other.name + " WHERE " + same +
+             (once_in(2) ? " AND " + condition(once_in(2) ? of : other, 1) : "");
+    }
     if (once_in(3)) return "SELECT DISTINCT " + key + "," + expression(of) + from;
     return "SELECT " + expression(of) + "," + expression(of) + "," + key + from + " ORDER BY " +
            expression(of) + (once_in(2) ? " DESC" : "") + ",_id";
