@@ -280,6 +280,21 @@ TEST_F(QueryTest, ARawStatementMaySelectWhateverAnExpressionEndsIn) {
   }
 }
 
+TEST_F(QueryTest, WhatIsReckonedBeyond64BitsIsAFraction) {
+  given("PCIs", {{"FunKey", 4000000000}});
+  const std::pair<const char*, const char*> sums[] = {{"FunKey*2", "8000000000"},
+                                                      {"(FunKey*4)*FunKey", "6.4e+19"},
+                                                      {"-(FunKey*4)*FunKey", "-6.4e+19"},
+                                                      {"ifnull(SlotNo,(FunKey*4)*FunKey)", "6.4e+19"},
+                                                      {"max((FunKey*4)*FunKey)", "6.4e+19"}};
+  for (const auto& [sum, expected] : sums) {
+    const std::string sql = std::string("SELECT ") + sum + " FROM PCIs";
+    zym_db_result_t* rows = nullptr;
+    ASSERT_EQ(zym_db_raw_query(handle(), sql.c_str(), static_cast<int>(sql.size()) + 1, &rows), 0) << sql;
+    EXPECT_EQ(first(Rows(rows)), expected) << sql;
+  }
+}
+
 TEST_F(QueryTest, APlaceInAnOrderIsThatOfAColumn) {
   given("PCIs", {{"SlotNo", 2}, {"SlotDesignation", "4"}});
   given("PCIs", {{"SlotNo", 1}, {"SlotDesignation", "12"}});

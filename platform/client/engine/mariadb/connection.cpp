@@ -13,6 +13,7 @@
 #include <fstream>
 #include <new>
 
+#include "client/engine/mariadb/shapes.h"
 #include "client/status.h"
 
 namespace zymdb::client::mariadb {
@@ -103,6 +104,7 @@ class Landing {
         if (mysql_stmt_fetch_column(statement, &binds_[i], static_cast<unsigned>(i), 0) != 0) return false;
       }
       value = Argument::of(std::string_view(cell.text.data(), cell.length));
+      if (classes_[i] == Class::kWide) value = as_number(value);
       if (classes_[i] == Class::kBytes) value.type = Argument::Type::kBlob;
     }
     return true;
@@ -119,7 +121,10 @@ class Landing {
     std::string text;
   };
 
-  bool is_text(size_t i) const { return classes_[i] == Class::kText || classes_[i] == Class::kBytes; }
+  // Whatever comes as one.
+  bool is_text(size_t i) const {
+    return classes_[i] == Class::kText || classes_[i] == Class::kBytes || classes_[i] == Class::kWide;
+  }
   void set_buffer(size_t i, size_t size) {
     cells_[i].text.resize(size);
     binds_[i].buffer_type = MYSQL_TYPE_BLOB;

@@ -356,8 +356,11 @@ Value Emitter::aggregate(const Expression& e) {
   if (e.star || e.parts.size() != 1) throw Refusal{"wrong number of arguments"};
   const Value value = emit(e.parts[0]);
   if (e.word == "count") return made(parts({"COUNT(", distinct, value.sql, ")"}), Class::kInteger);
-  if (e.word == "min" || e.word == "max")
-    return made(parts({e.word == "min" ? "MIN(" : "MAX(", value.sql, ")"}), value.value);
+  if (e.word == "min" || e.word == "max") {
+    Value most = made(parts({e.word == "min" ? "MIN(" : "MAX(", value.sql, ")"}), value.value);
+    most.is_wide = value.is_wide;
+    return most;
+  }
   if (e.word == "sum" && value.value == Class::kInteger)
     return made(parts({"(SUM(", distinct, value.sql, ") DIV 1)"}), Class::kInteger);
   const Sql real = parts({distinct, number(value), "+0e0"});
@@ -372,18 +375,22 @@ Value Emitter::choice(const Expression& e) {
   if (e.parts.size() < 2 || (is_pair && e.parts.size() != 2)) throw Refusal{"wrong number of arguments"};
   Sql list;
   Class value = Class::kNull;
+  bool is_wide = false;
   for (const Expression& part : e.parts) {
     const Value each = emit(part);
     if (value != Class::kNull && each.value != Class::kNull && rank(each.value) != rank(value))
       throw Refusal{"a function of values of several kinds"};
     if (value == Class::kNull || each.value == Class::kReal) value = each.value;
+    is_wide |= each.is_wide;
     list += parts({list.text.empty() ? "" : ",", each.sql});
   }
   const char* name = "COALESCE(";
   if (e.word == "nullif") name = "NULLIF(";
   if (e.word == "min") name = "LEAST(";
   if (e.word == "max") name = "GREATEST(";
-  return made(parts({name, list, ")"}), value);
+  Value chosen = made(parts({name, list, ")"}), value);
+  chosen.is_wide = is_wide && value == Class::kInteger;
+  return chosen;
 }
 
 // ASCII letters alone, as SQLite does it.
@@ -438,9 +445,12 @@ Value Emitter::scalar(const Expression& e) {
   if (e.word == "upper") return letters(e, 'a');
   if (e.word == "length") return made(length(text(value), value.value), Class::kInteger);
   if (is_substr) return cut(e, value);
-  if (e.word == "abs")
-    return made(parts({"ABS(", number(value), ")"}),
-                value.value == Class::kInteger ? value.value : Class::kReal);
+  if (e.word == "abs") {
+    Value absolute = made(parts({"ABS(", number(value), ")"}),
+                          value.value == Class::kInteger ? value.value : Class::kReal);
+    absolute.is_wide = value.is_wide;
+    return absolute;
+  }
   const char* name = "TRIM(";
   if (e.word == "ltrim") name = "LTRIM(";
   if (e.word == "rtrim") name = "RTRIM(";
@@ -511,14 +521,16 @@ Sql Emitter::sources(const Select& select) {
 }
 
 Sql Emitter::condition(const Select& select) {
-  return select.where ? parts({" WHERE ", truth(*select.where)}) : Sql();
+  if (!select.where) return {};
+  return parts({" WHERE ", truth(*select.where)});
 }
 
 Sql Emitter::select(const Select& select, std::vector<OutputColumn>* columns, bool is_outermost) {
   Sql items;
   for (const Item& item : select.items) {
     Value value = emit(item.value);
-    if (columns != nullptr) columns->push_back({item.name, value.value, item.value.kind != Kind::kColumn});
+    const Class output = value.is_wide && is_outermost ? Class::kWide : value.value;
+    if (columns != nullptr) columns->push_back({item.name, output, item.value.kind != Kind::kColumn});
     items += parts({items.text.empty() ? "" : ",", value.sql});
   }
   const bool aggregates = is_aggregate(select);

@@ -22,6 +22,7 @@ enum class Class : uint8_t {
   kReal,
   kText,
   kBytes,
+  kWide,    // of a result's column: an integer, or the fraction that it is beyond 64 bits
   kPattern  // of an argument: a LIKE's pattern, made a regular expression
 };
 
