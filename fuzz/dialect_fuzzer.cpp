@@ -20,6 +20,7 @@
 #include "client/dialect/dialect.h"
 #include "client/dialect/statement.h"
 #include "client/engine/schema.h"
+#include "client/engine/sqlite/engine.h"
 
 namespace {
 
@@ -145,7 +146,7 @@ class Database {
   }
 
   sqlite3* database_ = nullptr;
-  Catalog catalog_;
+  Catalog catalog_{sqlite::kFlavour};
   Names names_;  // of all tables and columns
 };
 

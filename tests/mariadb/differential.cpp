@@ -7,8 +7,10 @@
 #include <cstring>
 #include <ctime>
 #include <iostream>
+#include <iterator>
 #include <random>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 #include "client/session/handles.h"
@@ -39,6 +41,7 @@ const char* const kTexts[] = {"",   "a",   "A",   "b",   "ab",     "a b",  "\xC3
                               "1",  "12",  "012", "1.5", "1e1",    " 12 ", "0x1F",     "12abc",
                               "-3", "a%b", "a_b", "\\",  "100000", "1.0",  "zzzzzzzz", "9223372036854775807"};
 const char* const kComparisons[] = {"=", "!=", "<", "<=", ">", ">=", "<>", "=="};
+const char* const kEscaped[] = {"a!%b", "a!_b", "!%", "a!%%", "%!_%"};
 const char* const kReckonings[] = {"+", "-", "*", "&", "|", "/", "%", "<<", ">>"};
 
 class Generator {
@@ -60,6 +63,8 @@ class Generator {
   std::string number() {
     if (once_in(12)) return std::to_string(static_cast<uint32_t>(random_()));
     if (once_in(12)) return "0x" + std::to_string(below(40));
+    if (once_in(12)) return "-" + std::to_string(below(9));
+    if (once_in(12)) return std::to_string(below(9)) + (once_in(2) ? ".5" : ".0");
     return std::to_string(below(9));
   }
   static std::string quoted(const std::string& value) {
@@ -82,7 +87,25 @@ class Generator {
   }
   std::string call(const TableDescription& of) {
     const std::string text = one_of(of.texts);
-    switch (below(6)) {
+    const std::string counted = one_of(of.numbers);
+    switch (below(14)) {
+      case 6:
+        return "length(" + text + ")" + one_of(kComparisons) + std::to_string(below(6));
+      case 7:
+        return "substr(" + text + "," + std::to_string(below(5) - 1) + "," + std::to_string(below(4)) +
+               ")=" + quoted(this->text());
+      case 8:
+        return "nullif(" + counted + "," + number() + ")" + one_of(kComparisons) + number();
+      case 9:
+        return "max(" + counted + "," + one_of(of.numbers) + ")" + one_of(kComparisons) + number();
+      case 10:
+        return "min(" + text + "," + quoted(this->text()) + ")" + one_of(kComparisons) + quoted(this->text());
+      case 11:
+        return (once_in(2) ? "ltrim(" : "rtrim(") + text + ")=" + quoted(this->text());
+      case 12:
+        return text + " LIKE " + quoted(one_of(kEscaped)) + " ESCAPE '!'";
+      case 13:
+        return counted + "||" + text + one_of(kComparisons) + quoted(this->text());
       case 0:
         return "lower(" + text + ")=lower(" + quoted(this->text()) + ")";
       case 1:
@@ -141,13 +164,62 @@ class Generator {
   }
   std::string sub_select(const TableDescription& of, int depth) {
     const TableDescription& other = table();
-    const std::string where = once_in(2) ? " WHERE " + condition(other, depth + 2) : "";
+    TableDescription named = other;
+    const bool names_around = once_in(3);
+    if (names_around) {
+      // Of the row around it. A name that both have is the inner one's, whose "Location" is of another type.
+      const auto is_of_one_type = [](std::string_view name) { return name != "Location"; };
+      std::ranges::copy_if(of.numbers, std::back_inserter(named.numbers), is_of_one_type);
+      std::ranges::copy_if(of.texts, std::back_inserter(named.texts), is_of_one_type);
+    }
+    const std::string where = once_in(2) ? " WHERE " + condition(named, depth + 2) : "";
+    // Together the two are refused by one engine.
+    const bool has_limit = !names_around && once_in(4);
+    const std::string first =
+        has_limit ? " ORDER BY " + column(other) + ",_id LIMIT " + std::to_string(below(4)) : "";
     const std::string numbers = std::string(one_of(of.numbers)) + (once_in(2) ? " NOT IN " : " IN ") +
-                                "(SELECT " + one_of(other.numbers) + " FROM " + other.name + where + ")";
+                                "(SELECT " + one_of(other.numbers) + " FROM " + other.name + where + first +
+                                ")";
     if (once_in(2)) return numbers;
     if (once_in(2)) return "EXISTS (SELECT _id FROM " + std::string(other.name) + where + ")";
     return std::string(one_of(of.numbers)) + one_of(kComparisons) + "(SELECT max(" + one_of(other.numbers) +
            ") FROM " + other.name + where + ")";
+  }
+  std::string expression(const TableDescription& of) {
+    const std::string text = one_of(of.texts);
+    switch (below(8)) {
+      case 0:
+        return "lower(" + text + ")";
+      case 1:
+        return "length(" + text + ")";
+      case 2:
+        return "substr(" + text + "," + std::to_string(below(7) - 3) + ")";
+      case 3:
+        return std::string(one_of(of.numbers)) + "||" + text;
+      case 4:
+        return "ifnull(" + std::string(one_of(of.numbers)) + "," + one_of(of.numbers) + ")";
+      case 5:
+        return column(of) + one_of(kComparisons) + literal();
+      default:
+        return reckoning(of);
+    }
+  }
+  std::string statement(const TableDescription& of) {
+    const std::string from = std::string(" FROM ") + of.name + (once_in(2) ? " WHERE " + condition(of) : "");
+    const std::string key = once_in(2) ? one_of(of.numbers) : one_of(of.texts);
+    if (once_in(3))
+      return "SELECT " + key + ",count(*),total(" + one_of(of.numbers) + "),min(" + expression(of) + ")" +
+             from + " GROUP BY " + key + (once_in(2) ? " HAVING count(*)>" + std::to_string(below(3)) : "");
+    if (once_in(4)) {
+      const TableDescription& other = table();
+      const std::string same = std::string(one_of(of.numbers)) + "=" + one_of(other.numbers);
+      return "SELECT " + key + "," + one_of(other.texts) + "," + one_of(other.numbers) + " FROM " + of.name +
+             "," + other.name + " WHERE " + same +
+             (once_in(2) ? " AND " + condition(once_in(2) ? of : other, 1) : "");
+    }
+    if (once_in(3)) return "SELECT DISTINCT " + key + "," + expression(of) + from;
+    return "SELECT " + expression(of) + "," + expression(of) + "," + key + from + " ORDER BY " +
+           expression(of) + (once_in(2) ? " DESC" : "") + ",_id";
   }
   std::string filter(const TableDescription& of) {
     std::string text = once_in(6) ? "1" : condition(of);
@@ -168,7 +240,13 @@ class Generator {
   std::mt19937 random_;
 };
 
-std::string answer_of(int status, zym_db_result_t* raw, size_t columns, bool is_ordered) {
+// A sub-select's order is not that of the rows around it.
+bool is_ordered(const std::string& filter) {
+  const size_t order = filter.rfind(" BY ");
+  return order != filter.npos && filter.find(')', order) == filter.npos;
+}
+
+std::string answer_of(int status, zym_db_result_t* raw, size_t columns, bool in_order) {
   const zymdb::ResultPtr rows(raw);
   std::vector<std::string> lines;
   while (rows != nullptr && zym_db_result_step(rows.get()) == ZYM_DB_STATUS_ROW) {
@@ -185,7 +263,7 @@ std::string answer_of(int status, zym_db_result_t* raw, size_t columns, bool is_
     }
     lines.push_back(text.str());
   }
-  if (!is_ordered) std::ranges::sort(lines);
+  if (!in_order) std::ranges::sort(lines);
   std::string text = std::to_string(status);
   for (const std::string& line : lines) text += "\n  " + line;
   return text;
@@ -198,7 +276,9 @@ class Pair {
 
   bool step() {
     const TableDescription& table = generator_.table();
-    switch (generator_.below(12)) {
+    switch (generator_.below(14)) {
+      case 7:
+        return raw(table);
       case 0:
         return insert(table);
       case 1:
@@ -260,7 +340,15 @@ class Pair {
       zym_db_result_t* rows = nullptr;
       const int status = zym_db_query(handle, table.name, columns.data(), static_cast<int>(columns.size()),
                                       filter.c_str(), nullptr, 0, 0, &rows);
-      return answer_of(status, rows, columns.size(), filter.find(" BY ") != filter.npos);
+      return answer_of(status, rows, columns.size(), is_ordered(filter));
+    });
+  }
+  bool raw(const TableDescription& table) {
+    const std::string sql = generator_.statement(table);
+    return both(sql, [&](_zym_db_handle_t* handle) {
+      zym_db_result_t* rows = nullptr;
+      const int status = zym_db_raw_query(handle, sql.c_str(), static_cast<int>(sql.size()) + 1, &rows);
+      return answer_of(status, rows, sql.starts_with("SELECT DISTINCT") ? 2 : 3, is_ordered(sql));
     });
   }
   bool aggregate(const TableDescription& table) {
@@ -279,7 +367,7 @@ class Pair {
                   const int status =
                       zym_db_query(handle, table.name, columns.data(), static_cast<int>(columns.size()),
                                    filter.c_str(), nullptr, 0, 0, &rows);
-                  return answer_of(status, rows, columns.size(), filter.find(" BY ") != filter.npos);
+                  return answer_of(status, rows, columns.size(), is_ordered(filter));
                 });
   }
   void fill(const TableDescription& table, zym_db_content_values_t* values) {

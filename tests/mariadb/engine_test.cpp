@@ -168,6 +168,17 @@ TEST_F(EngineTest, WithoutAnOrderRowsComeInThatOfTheirNumbers) {
   EXPECT_EQ(slots, "3121");
 }
 
+TEST_F(EngineTest, ALimitAfterInThatDependsOnTheRowAroundItIsRefused) {
+  ASSERT_EQ(add(1), 0);
+  EXPECT_EQ(count("FunKey IN (SELECT FunKey FROM PCIs ORDER BY FunKey LIMIT 1)"), 1);
+  zym_db_result_t* rows = nullptr;
+  EXPECT_EQ(zym_db_query(handle(), "PCIs", nullptr, 0,
+                         "SlotNo IN (SELECT SlotNo FROM PCIAdapter WHERE PCIKey=FunKey LIMIT 1)", nullptr, 0,
+                         0, &rows),
+            ZYM_DB_STATUS_ERROR);
+  EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr("has a LIMIT and names columns around it"));
+}
+
 TEST_F(EngineTest, AReadGoesOnOnANewConnection) {
   ASSERT_EQ(add(1), 0);
   kill_connections();
@@ -280,6 +291,61 @@ TEST_F(EngineTest, EveryHostIsTriedAndWhatEachOneSaysIsTold) {
   EXPECT_EQ(handle(), nullptr);
   EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr("127.0.0.1:1: "));
   EXPECT_THAT(zym_db_last_error(nullptr), HasSubstr("; 127.0.0.1:2: "));
+}
+
+// Two hosts that lead to the same server.
+class TwoHostsTest : public EngineTest {
+ protected:
+  TwoHostsTest() {
+    use("mariadb://zymdb@127.0.0.1:" + std::to_string(first_.port()) +
+        ",127.0.0.1:" + std::to_string(second_.port()) + "/" + database_.name() +
+        "?password-file=" + std::getenv("ZYMDB_TEST_SERVER") + "/password");
+  }
+  ~TwoHostsTest() override { close(); }
+
+  template <class Body>
+  static double seconds_of(Body body) {
+    const auto begin = std::chrono::steady_clock::now();
+    body();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+  }
+
+  const std::string socket_ = std::string(std::getenv("ZYMDB_TEST_SERVER")) + "/socket";
+  CuttingProxy first_{socket_};
+  CuttingProxy second_{socket_};
+};
+
+TEST_F(TwoHostsTest, AChangeGoesOnWithTheNextOneWhereTheFirstIsFrozen) {
+  ASSERT_EQ(add(1), 0);
+  ASSERT_EQ(second_.connections(), 0);
+  first_.freeze();
+  const double seconds = seconds_of([] { EXPECT_EQ(add(2), 0); });
+  EXPECT_LT(seconds, 12);
+  EXPECT_EQ(count(), 2);
+}
+
+TEST_F(TwoHostsTest, AReadGoesOnWithTheNextOneWhereTheFirstIsFrozen) {
+  ASSERT_EQ(add(1), 0);
+  first_.freeze();
+  const double seconds = seconds_of([] { EXPECT_EQ(count(), 1); });
+  EXPECT_LT(seconds, 12);
+}
+
+TEST_F(TwoHostsTest, OneThatIsFrozenIsPassedByFromTheBeginning) {
+  ASSERT_EQ(add(1), 0);
+  close();
+  first_.freeze();
+  const double seconds = seconds_of([] { EXPECT_EQ(count(), 1); });
+  EXPECT_LT(seconds, 6);
+}
+
+// Nodes agree on it, which no limit of the client's hurries: it would only not know any more.
+TEST_F(TwoHostsTest, ACommitIsWaitedForLongerThanAStatement) {
+  ASSERT_EQ(add(1), 0);
+  first_.delay_at("COMMIT", std::chrono::seconds(11));
+  EXPECT_EQ(add(2), 0);
+  EXPECT_EQ(second_.connections(), 0);
+  EXPECT_EQ(count(), 2);
 }
 
 // The server's certificate is its own authority and says "localhost".

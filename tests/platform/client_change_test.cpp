@@ -105,6 +105,33 @@ TEST_F(ChangeTest, ADeleteRemovesTheMatchingRowsAndCountsThem) {
   EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}), "");
 }
 
+// Row by row, the second one would not find the first one's key any more.
+TEST_F(ChangeTest, AnUpdateTakesTheRowsThatTheFilterMeantBeforeIt) {
+  given("PCIs", {{"FunKey", 1}, {"SlotNo", 2}});
+  given("PCIs", {{"FunKey", 2}, {"SlotNo", 1}});
+  zym_db_content_put_int(values_.get(), "FunKey", 7);
+  EXPECT_EQ(update("PCIs", "SlotNo IN (SELECT FunKey FROM PCIs)"), 0);
+  EXPECT_EQ(changed_, 2);
+  EXPECT_EQ(rows("PCIs", {"FunKey", "SlotNo"}), "7|2\n7|1\n");
+}
+
+TEST_F(ChangeTest, ADeleteTakesTheRowsThatTheFilterMeantBeforeIt) {
+  const std::vector<std::string> filters = {
+      "SlotNo=1 OR SlotNo=(SELECT min(SlotNo) FROM PCIAdapter)",
+      "SlotNo=1 OR NOT EXISTS (SELECT _id FROM PCIAdapter WHERE SlotNo=1)",
+      "SlotNo IN (SELECT HealthStatus FROM PCIAdapter)",
+      "NOT SlotNo IN (SELECT HealthStatus FROM PCIAdapter)",
+      "EXISTS (SELECT _id FROM PCIAdapter WHERE SlotNo=1) AND SlotNo<3"};
+  for (const std::string& filter : filters) {
+    ASSERT_EQ(remove("PCIAdapter", nullptr), 0);
+    for (const int64_t slot : {1, 2, 3}) given("PCIAdapter", {{"SlotNo", slot}, {"HealthStatus", slot - 1}});
+    const int64_t meant = count("PCIAdapter", filter);
+    EXPECT_EQ(remove("PCIAdapter", filter.c_str()), 0);
+    EXPECT_EQ(changed_, meant) << filter;
+    EXPECT_EQ(count("PCIAdapter", "1"), 3 - meant) << filter;
+  }
+}
+
 TEST_F(ChangeTest, AnEmptyFilterIsNoFilterForAllRows) {
   given("PCIAdapter", {{"SlotNo", 1}});
   EXPECT_EQ(remove("PCIAdapter", ""), ZYM_DB_STATUS_ERROR);

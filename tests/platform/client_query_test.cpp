@@ -121,6 +121,54 @@ TEST_F(QueryTest, ComparisonsTellLettersApartByCase) {
   EXPECT_EQ(count("PCIAdapter", "CardName like '%'"), 1);
 }
 
+// A character is a byte, or one from C0 on with those from 80 to BF that follow it.
+TEST_F(QueryTest, LengthCountsCharacters) {
+  for (const char* text : {"abc",
+                           "\xC3\xA9"
+                           "1",
+                           "\x80\x80"
+                           "a",
+                           "", "\xFF"})
+    given("PCIs", {{"SlotDesignation", text}});
+  EXPECT_EQ(rows("PCIs", {"_id"}, "length(SlotDesignation)=3"), "1\n3\n");
+  EXPECT_EQ(rows("PCIs", {"_id"}, "length(SlotDesignation)=2"), "2\n");
+  EXPECT_EQ(rows("PCIs", {"_id"}, "length(SlotDesignation)<2"), "4\n5\n");
+}
+
+// Counted from 1, or from the end backwards; a length less than 0 is of what stands before.
+TEST_F(QueryTest, SubstrCutsCharactersWhereverItBegins) {
+  given("PCIs", {{"SlotDesignation",
+                  "a\xC3\xA9"
+                  "bc"}});
+  const std::pair<const char*, const char*> cuts[] = {{"1,2", "a\xC3\xA9"},
+                                                      {"2,1", "\xC3\xA9"},
+                                                      {"3", "bc"},
+                                                      {"0,2", "a"},
+                                                      {"-1", "c"},
+                                                      {"-2,1", "b"},
+                                                      {"-9,7", "a\xC3\xA9"},
+                                                      {"3,-2", "a\xC3\xA9"},
+                                                      {"2,-9", "a"},
+                                                      {"0,-2", ""},
+                                                      {"9,1", ""},
+                                                      {"2,0", ""},
+                                                      {"0",
+                                                       "a\xC3\xA9"
+                                                       "bc"}};
+  for (const auto& [places, expected] : cuts) {
+    const std::string where = std::string("substr(SlotDesignation,") + places + ")='" + expected + "'";
+    EXPECT_EQ(count("PCIs", where), 1) << where;
+  }
+}
+
+TEST_F(QueryTest, SubstrCutsTextsOfAnyLength) {
+  const std::string text(100'000, 'x');
+  given("PCIs", {{"SlotDesignation", (text + "\xC3\xA9").c_str()}});
+  EXPECT_EQ(count("PCIs", "substr(SlotDesignation,-1)='\xC3\xA9'"), 1);
+  EXPECT_EQ(count("PCIs", "length(substr(SlotDesignation,2))=100000"), 1);
+  EXPECT_EQ(count("PCIs", "length(substr(SlotDesignation,1,2000000000))=100001"), 1);
+}
+
 TEST_F(QueryTest, TextInDoubleQuotesIsNeverAColumn) {
   given("PCISetting", {{"SettingID", "Type"}, {"Type", 5}});
   given("PCISetting", {{"SettingID", "5"}, {"Type", 5}});
@@ -182,6 +230,18 @@ TEST_F(QueryTest, DistinctFoldsEqualRows) {
   EXPECT_EQ(first(found), "9");
 }
 
+TEST_F(QueryTest, ASubSelectMayNameColumnsOfTheRowAroundIt) {
+  for (const int64_t slot : {1, 2, 3}) given("PCIAdapter", {{"PCIKey", slot + 10}, {"SlotNo", slot}});
+  given("PCIs", {{"FunKey", 11}, {"SlotNo", 1}});
+  given("PCIs", {{"FunKey", 12}, {"SlotNo", 3}});
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}, "SlotNo IN (SELECT SlotNo FROM PCIs WHERE FunKey=PCIKey)"), "1\n");
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}, "SlotNo NOT IN (SELECT SlotNo FROM PCIs WHERE FunKey=PCIKey)"),
+            "2\n3\n");
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}, "EXISTS (SELECT _id FROM PCIs WHERE FunKey=PCIKey)"), "1\n2\n");
+  EXPECT_EQ(rows("PCIAdapter", {"SlotNo"}, "SlotNo<(SELECT max(SlotNo) FROM PCIs WHERE FunKey=PCIKey)"),
+            "2\n");
+}
+
 TEST_F(QueryTest, ARawStatementReads) {
   given("PCIs", {{"DevKey", 1}, {"HardwareId", 0x100}});
   given("PCIs", {{"DevKey", 1}, {"HardwareId", 0x101}});
@@ -217,6 +277,49 @@ TEST_F(QueryTest, ARawStatementMaySelectWhateverAnExpressionEndsIn) {
     EXPECT_EQ(zym_db_raw_query(handle(), sql.c_str(), static_cast<int>(sql.size()) + 1, &rows), status)
         << expression;
     EXPECT_EQ(Rows(rows) != nullptr, status == 0) << expression;
+  }
+}
+
+TEST_F(QueryTest, WhatIsReckonedBeyond64BitsIsAFraction) {
+  given("PCIs", {{"FunKey", 4000000000}});
+  const std::pair<const char*, const char*> sums[] = {{"FunKey*2", "8000000000"},
+                                                      {"(FunKey*4)*FunKey", "6.4e+19"},
+                                                      {"-(FunKey*4)*FunKey", "-6.4e+19"},
+                                                      {"ifnull(SlotNo,(FunKey*4)*FunKey)", "6.4e+19"},
+                                                      {"max((FunKey*4)*FunKey)", "6.4e+19"}};
+  for (const auto& [sum, expected] : sums) {
+    const std::string sql = std::string("SELECT ") + sum + " FROM PCIs";
+    zym_db_result_t* rows = nullptr;
+    ASSERT_EQ(zym_db_raw_query(handle(), sql.c_str(), static_cast<int>(sql.size()) + 1, &rows), 0) << sql;
+    EXPECT_EQ(first(Rows(rows)), expected) << sql;
+  }
+}
+
+TEST_F(QueryTest, APlaceInAnOrderIsThatOfAColumn) {
+  given("PCIs", {{"SlotNo", 2}, {"SlotDesignation", "4"}});
+  given("PCIs", {{"SlotNo", 1}, {"SlotDesignation", "12"}});
+  const struct {
+    const char* sql;
+    int status;
+    const char* first;
+  } kCases[] = {{"SELECT BusNo,SlotNo FROM PCIs ORDER BY 2", 0, "1"},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY 3", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY 0", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY -1", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY -(-2)", 0, "1"},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY 0x02", 0, "1"},
+                {"SELECT BusNo,SlotNo FROM PCIs ORDER BY SlotDesignation>0x03", 0, "1"},
+                {"SELECT BusNo,SlotNo FROM PCIs GROUP BY 3", ZYM_DB_STATUS_ERROR, ""},
+                {"SELECT DISTINCT 4,SlotNo FROM PCIs WHERE SlotNo=1", 0, "1"}};
+  for (const auto& each : kCases) {
+    zym_db_result_t* rows = nullptr;
+    EXPECT_EQ(zym_db_raw_query(handle(), each.sql, 160, &rows), each.status) << each.sql;
+    const Rows found(rows);
+    if (each.status != 0) continue;
+    int slot = 0;
+    ASSERT_EQ(zym_db_result_step(rows), ZYM_DB_STATUS_ROW) << each.sql;
+    EXPECT_EQ(zym_db_result_column_int(rows, 1, &slot), 0);
+    EXPECT_EQ(std::to_string(slot), each.first) << each.sql;
   }
 }
 

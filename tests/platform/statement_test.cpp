@@ -94,6 +94,18 @@ TEST_F(StatementTest, AnUpdatePutsItsValuesBeforeThoseOfTheCondition) {
   EXPECT_EQ(statement_.arguments()[1].integer, 3);
 }
 
+TEST_F(StatementTest, AChangeThatWouldSeeItselfFindsAllOfItsRowsFirst) {
+  constexpr Flavour kSeesItself = {'"', " DEFAULT VALUES", true};
+  catalog_ = Catalog(kSeesItself);
+  for (const char* column : {"_id", "Key"}) catalog_.add_column("Card", column);
+  request_.kind = Request::Kind::kDelete;
+  request_.where = "Key=1 OR Key IN (SELECT Key FROM Card)";
+  EXPECT_EQ(sql(), R"(DELETE FROM "Card" WHERE "_id" IN (SELECT "_id" FROM "Card" WHERE )"
+                   R"("Key" = ? OR "Key" IN ( SELECT "Key" FROM "Card" ) ))");
+  request_.where = "Key=1";
+  EXPECT_EQ(sql(), R"(DELETE FROM "Card" WHERE "Key" = ? )");
+}
+
 TEST_F(StatementTest, TheProbeReadsWhatTheChangeWouldTouch) {
   request_.kind = Request::Kind::kUpdate;
   request_.values = &values_;

@@ -9,6 +9,8 @@ namespace zymdb::client {
 struct Flavour {
   char quote;                    // around names
   std::string_view default_row;  // what stands in an insert without values
+  // A sub-select of a change's condition finds what the change has done already.
+  bool changes_see_themselves = false;
 };
 
 inline constexpr Flavour kStandardSql = {'"', " DEFAULT VALUES"};

@@ -8,6 +8,7 @@ namespace {
 
 // No name holds it.
 constexpr char kKeySeparator = '\0';
+constexpr std::string_view kId = "_id";
 constexpr size_t kDescribedLength = 400;
 
 // The parameter types of the client interface.
@@ -100,7 +101,7 @@ bool Statement::sql(std::string& out) {
     case Request::Kind::kDelete:
       out = "DELETE FROM ";
       append_identifier(out, table_->name(), *flavour_);
-      append_condition(out, false);
+      append_changed_rows(out);
       return true;
     case Request::Kind::kRaw:
       out = condition_.shape;
@@ -171,8 +172,19 @@ bool Statement::update_sql(std::string& out) {
   append_identifier(out, table_->name(), *flavour_);
   out.append(" SET ");
   if (!append_value_columns(out, "=?")) return false;
-  append_condition(out, false);
+  append_changed_rows(out);
   return true;
+}
+
+// All of them are known before the first one changes.
+void Statement::append_changed_rows(std::string& out) const {
+  if (!flavour_->changes_see_themselves || condition_.shape.find("SELECT") == condition_.shape.npos)
+    return append_condition(out, false);
+  append_identifier(out.append(" WHERE "), kId, *flavour_);
+  append_identifier(out.append(" IN (SELECT "), kId, *flavour_);
+  append_identifier(out.append(" FROM "), table_->name(), *flavour_);
+  append_condition(out, false);
+  out.push_back(')');
 }
 
 bool Statement::append_value_columns(std::string& out, std::string_view after) {

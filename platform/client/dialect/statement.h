@@ -69,6 +69,7 @@ class Statement {
   bool append_value_columns(std::string& out, std::string_view after);
   void append_all_columns(std::string& out);
   void append_condition(std::string& out, bool count_rows) const;
+  void append_changed_rows(std::string& out) const;
   int refuse(std::string_view reason, int status);
 
   Request request_;

@@ -3,14 +3,17 @@
 #include <errmsg.h>
 #include <fcntl.h>
 #include <mysqld_error.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <new>
 
+#include "client/engine/mariadb/shapes.h"
 #include "client/status.h"
 
 namespace zymdb::client::mariadb {
@@ -19,8 +22,9 @@ namespace {
 constexpr size_t kPreparedStatements = 64;
 constexpr unsigned kMostValuesAtOnce = 200;
 constexpr unsigned kConnectSeconds = 3;
-// Longer than any statement or wait for a lock may take.
-constexpr unsigned kSilenceSeconds = 20;
+// Of a network and a busy server, beside what a statement or a wait for a lock may take.
+constexpr std::chrono::seconds kMargin{3};
+constexpr std::chrono::seconds kCommit{20};
 constexpr size_t kFirstText = 256;
 constexpr char kOptionGroup[] = "zymdb";
 constexpr char kNoMajority[] = "the node is not part of a cluster's majority";
@@ -100,6 +104,7 @@ class Landing {
         if (mysql_stmt_fetch_column(statement, &binds_[i], static_cast<unsigned>(i), 0) != 0) return false;
       }
       value = Argument::of(std::string_view(cell.text.data(), cell.length));
+      if (classes_[i] == Class::kWide) value = as_number(value);
       if (classes_[i] == Class::kBytes) value.type = Argument::Type::kBlob;
     }
     return true;
@@ -116,7 +121,10 @@ class Landing {
     std::string text;
   };
 
-  bool is_text(size_t i) const { return classes_[i] == Class::kText || classes_[i] == Class::kBytes; }
+  // Whatever comes as one.
+  bool is_text(size_t i) const {
+    return classes_[i] == Class::kText || classes_[i] == Class::kBytes || classes_[i] == Class::kWide;
+  }
   void set_buffer(size_t i, size_t size) {
     cells_[i].text.resize(size);
     binds_[i].buffer_type = MYSQL_TYPE_BLOB;
@@ -143,6 +151,11 @@ class Execution {
 };
 
 }  // namespace
+
+Connection::Connection(const Limits& limits)
+    : limits_(limits),
+      silence_(std::chrono::ceil<std::chrono::seconds>(std::max(limits.statement, limits.writer)) + kMargin) {
+}
 
 Connection::~Connection() {
   places_.clear();
@@ -199,7 +212,7 @@ Failure Connection::connect(const Address& address, const Host& host) {
   mysql_optionsv(mysql_, MYSQL_OPT_PROTOCOL, &protocol);
   const unsigned wait = kConnectSeconds;
   mysql_optionsv(mysql_, MYSQL_OPT_CONNECT_TIMEOUT, &wait);
-  const unsigned silence = kSilenceSeconds;
+  const auto silence = static_cast<unsigned>(silence_.count());
   mysql_optionsv(mysql_, MYSQL_OPT_READ_TIMEOUT, &silence);
   mysql_optionsv(mysql_, MYSQL_OPT_WRITE_TIMEOUT, &silence);
   const my_bool no = 0;
@@ -233,36 +246,48 @@ Failure Connection::configure() {
 // A node that does not belong to its cluster's majority takes connections and refuses all else. Another one's
 // writes, and those that were made through another one, are waited for.
 Failure Connection::find_cluster() {
-  int64_t ready = 1;
-  static constexpr Class kWord[] = {Class::kText};
-  Failure failure =
-      run("SELECT VARIABLE_VALUE FROM information_schema.GLOBAL_STATUS WHERE "
-          "VARIABLE_NAME='wsrep_ready' AND @@wsrep_on",
-          {}, kWord, [&](Row row) {
-            is_of_cluster_ = true;
-            ready = row[0].text == "ON" ? 1 : 0;
-            return true;
-          });
-  if (failure) return failure;
-  if (!is_of_cluster_) return {};
-  if (ready == 0) return said_by_host({kStatusIo, kNoMajority, Aftermath::kConnectionLost});
+  switch (membership()) {
+    case Membership::kUnknown:
+      return failure();
+    case Membership::kNone:
+      return {};
+    case Membership::kCutOff:
+      return said_by_host({kStatusIo, kNoMajority, Aftermath::kConnectionLost});
+    case Membership::kOfMajority:
+      break;
+  }
+  is_of_cluster_ = true;
   return execute("SET SESSION wsrep_sync_wait=15,wsrep_dirty_reads=0");
 }
 
-// A node without its majority still tells its own state.
-bool Connection::is_ready() {
-  constexpr std::string_view kReady = "SHOW GLOBAL STATUS LIKE 'wsrep_ready'";
-  if (mysql_real_query(mysql_, kReady.data(), kReady.size()) != 0) return false;
+// Of all questions the one that a node answers whatever became of the others, and without waiting for them.
+Connection::Membership Connection::membership() {
+  constexpr std::string_view kReady = "SHOW GLOBAL STATUS WHERE Variable_name='wsrep_ready' AND @@wsrep_on";
+  if (mysql_real_query(mysql_, kReady.data(), kReady.size()) != 0) return Membership::kUnknown;
   struct FreeRows {
     void operator()(MYSQL_RES* rows) const { mysql_free_result(rows); }
   };
   const std::unique_ptr<MYSQL_RES, FreeRows> rows(mysql_store_result(mysql_));
-  const MYSQL_ROW row = rows != nullptr ? mysql_fetch_row(rows.get()) : nullptr;
-  return row != nullptr && row[1] != nullptr && std::strcmp(row[1], "ON") == 0;
+  if (rows == nullptr) return Membership::kUnknown;
+  const MYSQL_ROW row = mysql_fetch_row(rows.get());
+  if (row == nullptr) return Membership::kNone;
+  const bool is_ready = row[1] != nullptr && std::strcmp(row[1], "ON") == 0;
+  return is_ready ? Membership::kOfMajority : Membership::kCutOff;
 }
 
 Failure Connection::execute(const std::string& sql) {
   return mysql_real_query(mysql_, sql.data(), sql.size()) == 0 ? Failure{} : failure();
+}
+
+// How long it takes no limit says, and whoever stops waiting does not know what became of it.
+Failure Connection::commit() {
+  constexpr std::string_view kWord = "COMMIT";
+  if (mysql_send_query(mysql_, kWord.data(), kWord.size()) != 0) return failure();
+  const auto longer = std::chrono::milliseconds(std::max(kCommit - silence_, std::chrono::seconds(0)));
+  pollfd answer{static_cast<int>(mysql_get_socket(mysql_)), POLLIN, 0};
+  while (poll(&answer, 1, static_cast<int>(longer.count())) < 0 && errno == EINTR) {
+  }
+  return mysql_read_query_result(mysql_) == 0 ? Failure{} : failure();
 }
 
 MYSQL_STMT* Connection::find(const std::string& sql) {
@@ -344,7 +369,8 @@ Failure Connection::failure(MYSQL_STMT* statement) {
 
 // A wait for what other nodes wrote ends like one for a lock, also where there are no other nodes any more.
 Failure Connection::understood(Failure failure) {
-  if (!is_of_cluster_ || failure.code != ER_LOCK_WAIT_TIMEOUT || is_ready()) return failure;
+  if (!is_of_cluster_ || failure.code != ER_LOCK_WAIT_TIMEOUT || membership() == Membership::kOfMajority)
+    return failure;
   failure.reason.append(": ").append(kNoMajority);
   failure.status = kStatusIo;
   failure.aftermath = Aftermath::kConnectionLost;

@@ -4,6 +4,7 @@
 
 #include <mysql.h>
 
+#include <chrono>
 #include <functional>
 #include <list>
 #include <memory>
@@ -28,7 +29,7 @@ using TakeRow = std::function<bool(Row)>;
 
 class Connection {
  public:
-  explicit Connection(const Limits& limits) : limits_(limits) {}
+  explicit Connection(const Limits& limits);
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -41,6 +42,8 @@ class Connection {
 
   // A statement without values and rows.
   Failure execute(const std::string& sql);
+  // Waited for longer than other statements.
+  Failure commit();
   // Prepared and kept. `classes` are the columns', `row` is shown each row.
   Failure run(const std::string& sql, std::span<const Argument> arguments, std::span<const Class> classes,
               const TakeRow& row);
@@ -58,10 +61,13 @@ class Connection {
     StatementPtr statement;
   };
 
+  // What the host says of its cluster; kUnknown where it says nothing.
+  enum class Membership : uint8_t { kUnknown, kNone, kOfMajority, kCutOff };
+
   Failure connect(const Address& address, const Host& host);
   Failure configure();
   Failure find_cluster();
-  bool is_ready();
+  Membership membership();
   Failure execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values);
   MYSQL_STMT* find(const std::string& sql);
   void make_room();
@@ -73,6 +79,7 @@ class Connection {
   Failure said_by_host(Failure failure) const;
 
   Limits limits_;
+  std::chrono::seconds silence_;  // after which a host is taken for lost
   MYSQL* mysql_ = nullptr;
   std::string host_;
   bool is_of_cluster_ = false;

@@ -76,6 +76,7 @@ class Emitter {
   Value call(const Expression& e);
   Value aggregate(const Expression& e);
   Value scalar(const Expression& e);
+  Value cut(const Expression& e, const Value& value);
   Value choice(const Expression& e);
   Value letters(const Expression& e, char first);
   Value sub_select(const Expression& e);
@@ -89,6 +90,7 @@ class Emitter {
   static Sql limit(const Select& select);
 
   std::span<const Class> arguments_;
+  size_t lowest_table_ = std::numeric_limits<size_t>::max();  // that was named
 };
 
 Value made(Sql sql, Class value) {
@@ -118,6 +120,7 @@ bool is_aggregate(const Select& select) {
 Value Emitter::emit(const Expression& e) {
   switch (e.kind) {
     case Kind::kColumn: {
+      lowest_table_ = std::min(lowest_table_, e.table);
       Value value{column(*e.column, e.table), Class::kInteger, Affinity::kNumber};
       if (e.column->is_text) value = {std::move(value.sql), Class::kText, Affinity::kText};
       if (e.column->is_bytes) value = {std::move(value.sql), Class::kBytes};
@@ -289,17 +292,24 @@ Value Emitter::in(const Expression& e) {
   return truth_value(e.negated ? parts({"(NOT ", sql, ")"}) : sql);
 }
 
-// Compared within: a sub-select whose values are of another kind.
+// Compared within: a sub-select whose values are of another kind. MariaDB has no LIMIT behind IN, but one
+// level below, where nothing names what is around it.
 Value Emitter::in_select(const Expression& e) {
   const Value value = emit(e.parts[0]);
+  const size_t lowest = std::exchange(lowest_table_, std::numeric_limits<size_t>::max());
   std::vector<OutputColumn> columns;
-  const Sql rows = select(*e.select, &columns, false);
+  Sql rows = select(*e.select, &columns, false);
+  if (e.select->limit) {
+    if (lowest_table_ < e.select->sources.front().number)
+      throw Refusal{"a sub-select after IN that has a LIMIT and names columns around it"};
+    rows = parts({"SELECT * FROM (", rows, ") AS d"});
+  }
+  lowest_table_ = std::min(lowest, lowest_table_);
   if (columns.size() != 1) throw Refusal{"a sub-select of several columns"};
   const Class other = columns[0].value;
   const bool alike = value.value != Class::kNull && other != Class::kNull && rank(value.value) == rank(other);
   if (!alike) throw Refusal{"a sub-select whose values are of another kind"};
-  return truth_value(
-      parts({"(", value.sql, e.negated ? " NOT IN (" : " IN (", "SELECT * FROM (", rows, ") AS d))"}));
+  return truth_value(parts({"(", value.sql, e.negated ? " NOT IN (" : " IN (", rows, "))"}));
 }
 
 Value Emitter::like(const Expression& e) {
@@ -346,8 +356,11 @@ Value Emitter::aggregate(const Expression& e) {
   if (e.star || e.parts.size() != 1) throw Refusal{"wrong number of arguments"};
   const Value value = emit(e.parts[0]);
   if (e.word == "count") return made(parts({"COUNT(", distinct, value.sql, ")"}), Class::kInteger);
-  if (e.word == "min" || e.word == "max")
-    return made(parts({e.word == "min" ? "MIN(" : "MAX(", value.sql, ")"}), value.value);
+  if (e.word == "min" || e.word == "max") {
+    Value most = made(parts({e.word == "min" ? "MIN(" : "MAX(", value.sql, ")"}), value.value);
+    most.is_wide = value.is_wide;
+    return most;
+  }
   if (e.word == "sum" && value.value == Class::kInteger)
     return made(parts({"(SUM(", distinct, value.sql, ") DIV 1)"}), Class::kInteger);
   const Sql real = parts({distinct, number(value), "+0e0"});
@@ -362,18 +375,22 @@ Value Emitter::choice(const Expression& e) {
   if (e.parts.size() < 2 || (is_pair && e.parts.size() != 2)) throw Refusal{"wrong number of arguments"};
   Sql list;
   Class value = Class::kNull;
+  bool is_wide = false;
   for (const Expression& part : e.parts) {
     const Value each = emit(part);
     if (value != Class::kNull && each.value != Class::kNull && rank(each.value) != rank(value))
       throw Refusal{"a function of values of several kinds"};
     if (value == Class::kNull || each.value == Class::kReal) value = each.value;
+    is_wide |= each.is_wide;
     list += parts({list.text.empty() ? "" : ",", each.sql});
   }
   const char* name = "COALESCE(";
   if (e.word == "nullif") name = "NULLIF(";
   if (e.word == "min") name = "LEAST(";
   if (e.word == "max") name = "GREATEST(";
-  return made(parts({name, list, ")"}), value);
+  Value chosen = made(parts({name, list, ")"}), value);
+  chosen.is_wide = is_wide && value == Class::kInteger;
+  return chosen;
 }
 
 // ASCII letters alone, as SQLite does it.
@@ -388,6 +405,36 @@ Value Emitter::letters(const Expression& e, char first) {
   return made(std::move(sql), Class::kText);
 }
 
+Sql length(const Sql& text, Class value) {
+  if (value == Class::kBytes) return parts({"LENGTH(", text, ")"});
+  return parts({"LENGTH(REGEXP_REPLACE(", text, ",'", kCharacter, "','x'))"});
+}
+
+// So many of the first characters of a text in which a NUL, which no text has, stands before each.
+Sql first_characters(const Sql& text, const Sql& count) {
+  return parts({"SUBSTRING_INDEX(", text, ",X'00',1+", count, ")"});
+}
+
+// A window of so many characters over the text, of which some may lie before its beginning.
+Value Emitter::cut(const Expression& e, const Value& value) {
+  const Sql whole = text(value);
+  const auto places = [&](const Expression& part) {
+    return parts({"LEAST(GREATEST(", integer(emit(part)), ",-2000000000),2000000000)"});
+  };
+  const Sql place = places(e.parts[1]);
+  const Sql size = e.parts.size() == 3 ? places(e.parts[2]) : Sql("2000000000");
+  const Sql start = parts(
+      {"(CASE WHEN ", place, "<0 THEN ", length(whole, value.value), "+", place, " ELSE ", place, "-1 END)"});
+  const Sql skipped = parts({"GREATEST(", start, "+LEAST(", size, ",0),0)"});
+  const Sql end = parts({"GREATEST(", start, "+GREATEST(", size, ",0),0)"});
+  if (value.value == Class::kBytes)
+    return made(parts({"SUBSTR(", whole, ",1+", skipped, ",", end, "-", skipped, ")"}), value.value);
+  const Sql told_apart = parts({"REGEXP_REPLACE(", whole, ",'(", kCharacter, ")',CONCAT(X'00','\\1'))"});
+  return made(parts({"REPLACE(SUBSTR(", first_characters(told_apart, end), ",1+LENGTH(",
+                     first_characters(told_apart, skipped), ")),X'00','')"}),
+              Class::kText);
+}
+
 Value Emitter::scalar(const Expression& e) {
   const bool is_substr = e.word == "substr";
   if (is_substr ? e.parts.size() != 2 && e.parts.size() != 3 : e.parts.size() != 1)
@@ -396,18 +443,13 @@ Value Emitter::scalar(const Expression& e) {
   if (value.value == Class::kNull) return value;
   if (e.word == "lower") return letters(e, 'A');
   if (e.word == "upper") return letters(e, 'a');
-  if (e.word == "length") {
-    if (value.value == Class::kBytes) return made(parts({"LENGTH(", value.sql, ")"}), Class::kInteger);
-    return made(parts({"LENGTH(REGEXP_REPLACE(", text(value), ",'[\x80-\xBF]',''))"}), Class::kInteger);
-  }
-  if (e.word == "abs")
-    return made(parts({"ABS(", number(value), ")"}),
-                value.value == Class::kInteger ? value.value : Class::kReal);
-  if (is_substr) {
-    Sql sql = parts({"SUBSTR(", text(value)});
-    for (size_t i = 1; i < e.parts.size(); ++i) sql += parts({",", integer(emit(e.parts[i]))});
-    sql += ")";
-    return made(std::move(sql), Class::kText);
+  if (e.word == "length") return made(length(text(value), value.value), Class::kInteger);
+  if (is_substr) return cut(e, value);
+  if (e.word == "abs") {
+    Value absolute = made(parts({"ABS(", number(value), ")"}),
+                          value.value == Class::kInteger ? value.value : Class::kReal);
+    absolute.is_wide = value.is_wide;
+    return absolute;
   }
   const char* name = "TRIM(";
   if (e.word == "ltrim") name = "LTRIM(";
@@ -479,14 +521,16 @@ Sql Emitter::sources(const Select& select) {
 }
 
 Sql Emitter::condition(const Select& select) {
-  return select.where ? parts({" WHERE ", truth(*select.where)}) : Sql();
+  if (!select.where) return {};
+  return parts({" WHERE ", truth(*select.where)});
 }
 
 Sql Emitter::select(const Select& select, std::vector<OutputColumn>* columns, bool is_outermost) {
   Sql items;
   for (const Item& item : select.items) {
     Value value = emit(item.value);
-    if (columns != nullptr) columns->push_back({item.name, value.value, item.value.kind != Kind::kColumn});
+    const Class output = value.is_wide && is_outermost ? Class::kWide : value.value;
+    if (columns != nullptr) columns->push_back({item.name, output, item.value.kind != Kind::kColumn});
     items += parts({items.text.empty() ? "" : ",", value.sql});
   }
   const bool aggregates = is_aggregate(select);
@@ -510,8 +554,9 @@ Sql Emitter::select(const Select& select, std::vector<OutputColumn>* columns, bo
 Sql Emitter::distinct_rows(const Select& select) {
   Sql sql;
   const char* separator = " GROUP BY ";
-  for (const Item& item : select.items) {
-    sql += parts({separator, emit(item.value).sql});
+  // By their places: an argument would be taken for one.
+  for (size_t place = 1; place <= select.items.size(); ++place) {
+    sql += parts({separator, std::to_string(place)});
     separator = ",";
   }
   separator = " ORDER BY ";

@@ -22,10 +22,14 @@ enum class Class : uint8_t {
   kReal,
   kText,
   kBytes,
+  kWide,    // of a result's column: an integer, or the fraction that it is beyond 64 bits
   kPattern  // of an argument: a LIKE's pattern, made a regular expression
 };
 
 Class class_of(const Argument& argument);
+
+// What SQLite takes for one character, as a regular expression of bytes.
+inline constexpr char kCharacter[] = "(?:[\\xC0-\\xFF][\\x80-\\xBF]*+|[\\x00-\\xBF])";
 
 // SQL whose "?" are arguments of a statement, in the order of their numbers here.
 struct Sql {

@@ -199,18 +199,35 @@ class Parser {
   void groups(Select& select) {
     if (!accept("GROUP")) return;
     expect("BY");
-    do select.groups.push_back(expression());
-    while (accept(","));
+    do {
+      select.groups.push_back(expression());
+      settle_place(select.groups.back(), select);
+    } while (accept(","));
   }
   void orders(Select& select) {
     if (!accept("ORDER")) return;
     expect("BY");
     do {
       Order order{expression()};
+      settle_place(order.by, select);
       order.descending = accept("DESC");
       if (!order.descending) accept("ASC");
       select.orders.push_back(std::move(order));
     } while (accept(","));
+  }
+  // A number by which is grouped or ordered is a column's place.
+  static void settle_place(Expression& by, const Select& select) {
+    const Expression* number = &by;
+    bool is_negative = false;
+    for (; number->kind == Kind::kUnary && number->word != "~"; number = &number->parts[0])
+      is_negative ^= number->word == "-";
+    if (number->kind != Kind::kNumber || number->word.find('.') != std::string::npos) return;
+    size_t place = 0;
+    const char* const end = number->word.data() + number->word.size();
+    const auto read = std::from_chars(number->word.data(), end, place);
+    if (is_negative || read.ec != std::errc() || place == 0 || place > select.items.size())
+      throw Refusal{"a place where there is no column"};
+    by = Expression(*number);
   }
   void limit(Select& select) {
     if (!accept("LIMIT")) return;
@@ -389,7 +406,8 @@ class Parser {
       out_.affinities.push_back(Affinity::kNone);
     } else if (token().kind == TokenKind::kInteger || token().kind == TokenKind::kReal) {
       value.kind = Kind::kNumber;
-      value.word = token().text;
+      // Hexadecimal is a text there.
+      value.word = token().kind == TokenKind::kInteger ? std::to_string(token().integer) : token().text;
     } else if (is_name()) {
       value = named_column();
     } else if (token().kind == TokenKind::kWord && ahead(1).is('(')) {

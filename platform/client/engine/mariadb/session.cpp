@@ -178,14 +178,21 @@ SessionState MariadbSession::state(Look) {
 template <class Read>
 Failure MariadbSession::read(Read read) {
   const auto deadline = std::chrono::steady_clock::now() + limits_.writer;
+  size_t lost_hosts = 0;
   for (;;) {
     Failure failure = broken_ ? broken_ : read();
     if (!failure.ends_transaction()) return failure;
     note(failure);
     if (transaction_) broken_ = failure;
-    if (transaction_ || std::chrono::steady_clock::now() > deadline) return failure;
+    if (transaction_ || is_over(failure, deadline, lost_hosts)) return failure;
     if (Failure lost = go_on_after(failure, deadline)) return lost;
   }
+}
+
+// A host that is silent is lost later than others are waited for: each of the others is still asked once.
+bool MariadbSession::is_over(const Failure& failure, Deadline deadline, size_t& lost) const {
+  if (std::chrono::steady_clock::now() <= deadline) return false;
+  return !failure.ends_connection() || ++lost >= address_.hosts.size();
 }
 
 // On another host where this one is lost. Nodes of a cluster that has lost one answer nobody for a moment.
@@ -287,12 +294,13 @@ Failure MariadbSession::write(Work work) {
   const WriterTurn turn(writers_, limits_.writer);
   if (!turn) return {kStatusBusy, kWriterLasts};
   const auto deadline = std::chrono::steady_clock::now() + limits_.writer;
+  size_t lost_hosts = 0;
   for (;;) {
     bool may_repeat = true;
     Failure failure = write_once(work, may_repeat);
     if (!failure.ends_transaction()) return failure;
     note(failure);
-    if (!may_repeat || std::chrono::steady_clock::now() > deadline) return failure;
+    if (!may_repeat || is_over(failure, deadline, lost_hosts)) return failure;
     if (Failure lost = go_on_after(failure, deadline)) return lost;
   }
 }

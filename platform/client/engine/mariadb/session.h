@@ -49,6 +49,7 @@ class MariadbSession final : public Session {
 
   Failure connect();
   Failure go_on_after(const Failure& failure, Deadline deadline);
+  bool is_over(const Failure& failure, Deadline deadline, size_t& lost) const;
   template <class Read>
   Failure read(Read read);
   template <class Work>

@@ -72,7 +72,7 @@ std::string regular_expression(std::string_view pattern) {
     if (c == '%')
       text += "[\\x00-\\xFF]*";
     else if (c == '_')
-      text += "(?:[\\xC0-\\xFF][\\x80-\\xBF]*+|[\\x00-\\xBF])";
+      text += kCharacter;
     else
       text.append({'\\', 'x', kHexadecimal[byte >> 4], kHexadecimal[byte & 0xF]});
   }

@@ -308,7 +308,7 @@ Failure Transaction::record() {
 // Where another transaction was first nothing of this one is left. Of no other failure is that certain: a
 // node that has lost the others in the middle does not know what they heard.
 Failure Transaction::commit() {
-  Failure failure = connection_.execute("COMMIT");
+  Failure failure = connection_.commit();
   if (!failure || failure.code == ER_LOCK_DEADLOCK) return failure;
   failure.status = kStatusIo;
   failure.aftermath = Aftermath::kConnectionLost;

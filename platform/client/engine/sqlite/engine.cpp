@@ -68,7 +68,7 @@ void abandon_inherited() {
 
 }  // namespace
 
-constinit const Engine kEngine = {"sqlite",     locate,      choose, make_session,
-                                  kStandardSql, stand_still, go_on,  abandon_inherited};
+constinit const Engine kEngine = {"sqlite", locate,      choose, make_session,
+                                  kFlavour, stand_still, go_on,  abandon_inherited};
 
 }  // namespace zymdb::client::sqlite

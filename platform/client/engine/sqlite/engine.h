@@ -6,6 +6,8 @@
 
 namespace zymdb::client::sqlite {
 
+inline constexpr Flavour kFlavour = {'"', " DEFAULT VALUES", true};
+
 extern const Engine kEngine;
 
 }  // namespace zymdb::client::sqlite
