@@ -9,6 +9,8 @@ namespace zymdb::client {
 struct Flavour {
   char quote;                    // around names
   std::string_view default_row;  // what stands in an insert without values
+  std::string_view gathering =
+      {};  // a function that takes the rows of a query from the engine; empty: none does
 };
 
 inline constexpr Flavour kStandardSql = {'"', " DEFAULT VALUES"};

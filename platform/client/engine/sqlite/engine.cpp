@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "client/engine/sqlite/connections.h"
+#include "client/engine/sqlite/gathering.h"
 #include "client/engine/sqlite/session.h"
 
 namespace zymdb::client::sqlite {
@@ -68,7 +69,7 @@ void abandon_inherited() {
 
 }  // namespace
 
-constinit const Engine kEngine = {"sqlite",     locate,      choose, make_session,
-                                  kStandardSql, stand_still, go_on,  abandon_inherited};
+constinit const Engine kEngine = {"sqlite", locate,      choose, make_session,
+                                  kFlavour, stand_still, go_on,  abandon_inherited};
 
 }  // namespace zymdb::client::sqlite
