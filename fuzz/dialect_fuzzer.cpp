@@ -21,6 +21,7 @@
 #include "client/dialect/statement.h"
 #include "client/engine/schema.h"
 #include "client/engine/sqlite/engine.h"
+#include "client/engine/sqlite/gathering.h"
 
 namespace {
 
@@ -93,7 +94,8 @@ struct Judge {
         require(selects || first == table, "reads another table", first);
         return;
       case SQLITE_FUNCTION:
-        return require(second == "like" || is_function(second), "calls a function", second);
+        return require(second == "like" || second == sqlite::kGathering || is_function(second),
+                       "calls a function", second);
       case SQLITE_INSERT:
         return require(changes(Kind::kInsert, first), "inserts", first);
       case SQLITE_UPDATE:
@@ -110,6 +112,7 @@ class Database {
  public:
   Database() {
     sqlite3_open(":memory:", &database_);
+    gathering_.attach(database_);
     sqlite3_exec(database_, kInventorySchema.sql, nullptr, nullptr, nullptr);
     sqlite3_exec(database_, kPropertiesSchema.sql, nullptr, nullptr, nullptr);
     const auto add_column = [](void* self, int, char** names, char**) {
@@ -146,6 +149,7 @@ class Database {
   }
 
   sqlite3* database_ = nullptr;
+  sqlite::Gathering gathering_;
   Catalog catalog_{sqlite::kFlavour};
   Names names_;  // of all tables and columns
 };
@@ -158,7 +162,10 @@ const Names kWords = {"SELECT", "FROM",     "WHERE",  "GROUP",   "HAVING", "ORDE
                       "sum",    "min",      "max",    "avg",     "total",  "lower",  "upper",  "length",
                       "abs",    "trim",     "ltrim",  "rtrim",   "substr", "ifnull", "nullif", "coalesce"};
 
-void check_words(const std::string& outside, const std::string& sql) {
+// Begins a statement whose rows are not to come back; no text calls it.
+constexpr std::string_view kGatheringBegin = "SELECT gathered(";
+
+void check_words(std::string_view outside, const std::string& sql) {
   const auto belongs = [](unsigned char c) {
     return std::isalnum(c) != 0 || c == '_' || c == '.' || c >= 0x80;
   };
@@ -179,7 +186,12 @@ void check_texts(const Names& names, const Statement& statement, const std::stri
   for (const std::string& name : made.quoted) require(names.contains(name), "names what there is not", name);
   for (const char* sign : {";", "--", "/*", "`", "[", "@", ":", "$", "#", "\\"})
     require(made.outside.find(sign) == std::string::npos, "leaves a sign behind", sql);
-  check_words(made.outside, sql);
+  std::string_view words = made.outside;
+  if (statement.is_gathered()) {
+    require(words.starts_with(kGatheringBegin), "is not gathered", sql);
+    words.remove_prefix(kGatheringBegin.size());
+  }
+  check_words(words, sql);
 
   require(text.closed, "lets an open quote through", sql);
   const auto arguments = statement.arguments();

@@ -4,11 +4,13 @@
 
 #include <cstdarg>
 #include <cstddef>
-#include <cstdio>
 
 #include "controller/ruvo_log.h"
 
 namespace zymdb {
+
+// As vsnprintf does, and returns what it does.
+int write_filter(char* text, size_t size, const char* format, va_list arguments);
 
 // `Filter<48>("Location=%d AND SlotNo=%d", location, slot)`. What does not fit is cut: no failure of its own,
 // though most statements fail with what is left.
@@ -18,7 +20,7 @@ class Filter {
   [[gnu::format(printf, 2, 3)]] explicit Filter(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const int length = std::vsnprintf(text_, N, format, arguments);
+    const int length = write_filter(text_, N, format, arguments);
     va_end(arguments);
     is_cut_ = length >= size();
   }

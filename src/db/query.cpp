@@ -23,9 +23,9 @@ void store_as(Number value, void* field) {
 }
 
 // Numbers are read 32 bits wide and stored with the low bits that the field has room for; the fields of
-// packed records are not aligned.
+// packed records are not aligned. Inline, as what follows is, for each number of each row comes this way.
 template <class Number>
-void store(const Column& column, Number value, void* field) {
+inline void store(const Column& column, Number value, void* field) {
   switch (column.size) {
     case 1:
       return store_as<uint8_t>(value, field);
@@ -39,7 +39,7 @@ void store(const Column& column, Number value, void* field) {
 }
 
 template <class Number, class Read>
-void read_number(const Column& column, void* field, Read read) {
+inline void read_number(const Column& column, void* field, Read read) {
   Number value = 0;
   if (read(&value) != ZYM_DB_STATUS_OK) value = column.unreadable;
   store(column, value, field);
@@ -104,26 +104,23 @@ int Query::read_required(const Column& column, int index, char* field) {
   }
 }
 
-void Query::read_optional(const Column& column, int index, char* field) {
-  if (column.reading == Reading::kText) {
-    field[0] = '\0';
-    read_text(index, field, column.size);
-  } else if (column.reading == Reading::kNumberInText) {
-    read_number<unsigned long>(column, field,
-                               [&](unsigned long* value) { return read_number_in_text(index, *value); });
-  } else if (column.size == sizeof(uint64_t)) {
-    read_number<uint64_t>(column, field, [&](uint64_t* value) { return read(index, *value); });
-  } else {
-    read_number<uint32_t>(column, field, [&](uint32_t* value) { return read(index, *value); });
-  }
-}
-
 bool Query::read_fields(std::span<const Column> columns, void* record, int first) {
   int index = first;
   for (const Column& column : columns) {
     char* const field = static_cast<char*>(record) + column.offset;
-    if (column.is_required && read_required(column, index, field) != ZYM_DB_STATUS_OK) return false;
-    if (!column.is_required && column.reading != Reading::kOwn) read_optional(column, index, field);
+    if (column.is_required) {
+      if (read_required(column, index, field) != ZYM_DB_STATUS_OK) return false;
+    } else if (column.reading == Reading::kText) {
+      field[0] = '\0';
+      read_text(index, field, column.size);
+    } else if (column.reading == Reading::kNumberInText) {
+      read_number<unsigned long>(column, field,
+                                 [&](unsigned long* value) { return read_number_in_text(index, *value); });
+    } else if (column.reading == Reading::kNumber && column.size == sizeof(uint64_t)) {
+      read_number<uint64_t>(column, field, [&](uint64_t* value) { return read(index, *value); });
+    } else if (column.reading == Reading::kNumber) {
+      read_number<uint32_t>(column, field, [&](uint32_t* value) { return read(index, *value); });
+    }
     ++index;
   }
   return true;

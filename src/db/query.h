@@ -114,7 +114,6 @@ class Query {
   template <class Number>
   int read_whole(int column, void* field);
   int read_required(const Column& column, int index, char* field);
-  void read_optional(const Column& column, int index, char* field);
   bool read_fields(std::span<const Column> columns, void* record, int first);
   void read_fields_by_name(std::span<const Column> columns, void* record);
 

@@ -42,6 +42,39 @@ TEST_F(QueryTest, AResultBeyondWhatTheEnvironmentAllowsIsTooLarge) {
   EXPECT_EQ(count("DPUEvents", "Slot=1"), 0);
 }
 
+TEST_F(QueryTest, AResultThatIsTooLargeLeavesWorkingReadsBehind) {
+  for (int i = 0; i < 3; ++i) given("DPUEvents", {{"Message", std::string(400, 'x')}});
+  ASSERT_EQ(zym_db_close(handle()), 0);
+  setenv("ZYMDB_RESULT_KIB", "1", 1);
+  query("DPUEvents", {"Message"});
+  EXPECT_EQ(status_, 46);
+  EXPECT_NE(query("DPUEvents", {"Message"}, "_id=1"), nullptr);
+  EXPECT_EQ(status_, 0);
+  unsetenv("ZYMDB_RESULT_KIB");
+}
+
+TEST_F(QueryTest, EveryKindOfValueComesAsItIs) {
+  given("Memory", {{"SlotNo", 7}, {"Capacity", 4000000000}, {"Manufacturer", ""}, {"PartNo", "1.50"}});
+  EXPECT_EQ(rows("Memory", {"SlotNo", "Capacity", "Manufacturer", "PartNo", "MemSize"}),
+            "7|4000000000||1.50|NULL\n");
+  const Rows found = query("Memory", {"MemSize"});
+  ASSERT_EQ(zym_db_result_step(found.get()), ZYM_DB_STATUS_ROW);
+  int size = 7;
+  EXPECT_EQ(zym_db_result_column_int(found.get(), 0, &size), 1);
+  EXPECT_EQ(size, 7);
+}
+
+TEST_F(QueryTest, WhatTheClientCallsForItselfIsNobodyElsesFunction) {
+  given("Memory", {{"SlotNo", 7}});
+  for (const char* where :
+       {"gathered(SlotNo)=1", "SlotNo=7 AND gathered(SlotNo)", "1 HAVING gathered(SlotNo)"}) {
+    EXPECT_EQ(query("Memory", {"_id"}, where), nullptr) << where;
+    EXPECT_EQ(status_, 1) << where;
+  }
+  EXPECT_EQ(query("Memory", {"gathered(SlotNo)"}), nullptr);
+  EXPECT_EQ(status_, 1);
+}
+
 TEST_F(QueryTest, AFractionIsReadAsText) {
   given("Memory", {{"SlotNo", 7}});
   given("Memory", {{"SlotNo", 8}});

@@ -39,7 +39,7 @@ Argument text(Argument::Type type, const char* value) {
 
 Result row_of(const std::string& value) {
   Result result;
-  result.start(std::make_shared<const std::vector<std::string>>(1, "Value"), size_t{1} << 20);
+  result.start(std::make_shared<const NamedColumns>(std::vector<std::string>(1, "Value")), size_t{1} << 20);
   EXPECT_TRUE(result.begin_row());
   EXPECT_TRUE(result.add_text(value));
   result.end_row();
@@ -86,6 +86,18 @@ TEST_F(KeptResultsTest, AreThoseOfStatementsThatCameTwice) {
   EXPECT_EQ(ask(1, {}, "second"), "asked: second");
   EXPECT_EQ(ask(1, {}, "third"), "second");
   EXPECT_EQ(ask(1, {}, "fourth"), "second");
+}
+
+// As where a service reads two results of each of a thousand functions, over and over.
+TEST_F(KeptResultsTest, AreThoseOfStatementsBetweenWhichThousandsOfOthersCame) {
+  constexpr int64_t kStatements = 2000;
+  KeptResults kept(size_t{16} << 20);
+  kept.look(header(1));
+  for (int time = 0; time < 2; ++time)
+    for (int64_t i = 0; i < kStatements; ++i) ask(kept, 1, {integer(i)}, "answer");
+  int again = 0;
+  for (int64_t i = 0; i < kStatements; ++i) again += ask(kept, 1, {integer(i)}, "answer") == "answer";
+  EXPECT_GT(again, kStatements * 95 / 100);
 }
 
 TEST_F(KeptResultsTest, BelongToAStatementWithItsArguments) {

@@ -335,6 +335,20 @@ TEST_F(UpgradeTest, AnOlderDatabaseIsTakenStepByStepToTheCurrentVersion) {
   EXPECT_EQ(open(first).session, nullptr);
 }
 
+TEST_F(OpeningTest, TheEngineTellsTheColumnsOfATableWhoseStatementDoesNot) {
+  const Schema odd{"inventory",
+                   0x5A594D49,
+                   1,
+                   "CREATE TABLE a (_id INTEGER PRIMARY KEY, b text, c AS (b)); CREATE TABLE d (e TEXT)",
+                   {}};
+  const OpenedSession opened = open(odd);
+  ASSERT_NE(opened.session, nullptr) << opened.error;
+  ASSERT_THAT(opened.session->catalog().table("a")->columns(),
+              testing::ElementsAre(Field(&Column::name, "_id"), Field(&Column::name, "b")));
+  EXPECT_TRUE(opened.session->catalog().table("a")->column("b")->is_text);
+  EXPECT_TRUE(opened.session->catalog().table("d")->column("e")->is_text);
+}
+
 TEST_F(UpgradeTest, AFailingStepLeavesTheOldVersion) {
   const UpgradeStep steps[] = {{1, "ALTER TABLE a ADD COLUMN second"},
                                {2, "ALTER TABLE missing ADD COLUMN x"}};

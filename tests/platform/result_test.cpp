@@ -22,7 +22,7 @@ class ResultTest : public testing::Test {
   }
 
   void start(std::vector<std::string> names, size_t limit = 1 << 20) {
-    result_.start(std::make_shared<const std::vector<std::string>>(std::move(names)), limit);
+    result_.start(std::make_shared<const NamedColumns>(std::move(names)), limit);
   }
 
   std::string text(int column, size_t size = 64) {
@@ -255,6 +255,28 @@ TEST_F(ResultTest, ColumnsAreFoundByNameInAnyOrderAndCase) {
   EXPECT_EQ(result_.find("blob"), 4);
   EXPECT_EQ(result_.find("absent"), -1);
   EXPECT_EQ(result_.find(""), -1);
+}
+
+TEST_F(ResultTest, ColumnsAreFoundByNameWhateverWasAskedOfTheRowsBefore) {
+  const std::vector<std::string> names = {"number", "text", "missing", "sum", "blob", "real"};
+  const std::vector<std::vector<int>> rows = {{0, 1, 2, 3, 4, 5},
+                                              {5, 0, 4, 1, 3, 2},
+                                              {5, 0, 4, 1, 3, 2},
+                                              {1},
+                                              {4},
+                                              {5},
+                                              {2, 2, 2},
+                                              {0, 1, 0, 1, 0, 1, 0, 1, 0, 1},
+                                              {5, 0, 4, 1, 3, 2},
+                                              {0, 1, 2, 3, 4, 5}};
+  for (const std::vector<int>& row : rows) {
+    result_.reset();
+    ASSERT_EQ(result_.step(), ZYM_DB_STATUS_ROW);
+    for (const int column : row) {
+      EXPECT_EQ(result_.find(names[static_cast<size_t>(column)].c_str()), column);
+      EXPECT_EQ(result_.find("no column"), -1);
+    }
+  }
 }
 
 TEST_F(ResultTest, AResultBeyondItsLimitIsRefused) {

@@ -7,7 +7,7 @@ namespace {
 
 Prepared named(const char* name) {
   Prepared prepared;
-  prepared.names = std::make_shared<const std::vector<std::string>>(1, name);
+  prepared.names = std::make_shared<const NamedColumns>(std::vector<std::string>(1, name));
   return prepared;
 }
 
@@ -16,7 +16,7 @@ TEST(StatementCacheTest, AStatementIsFoundByItsKey) {
   EXPECT_EQ(cache.find("a"), nullptr);
   cache.add("a", named("a"));
   ASSERT_NE(cache.find("a"), nullptr);
-  EXPECT_EQ(cache.find("a")->names->front(), "a");
+  EXPECT_EQ((*cache.find("a")->names)[0], "a");
 }
 
 TEST(StatementCacheTest, TheLeastRecentlyUsedGivesWay) {

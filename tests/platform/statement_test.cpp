@@ -60,6 +60,64 @@ TEST_F(StatementTest, NamesAndDefaultsAreWrittenAsTheEngineHasThem) {
   EXPECT_EQ(sql(), "INSERT INTO `Card` () VALUES ()");
 }
 
+constexpr Flavour kGathers = {'"', " DEFAULT VALUES", "gathered"};
+
+TEST_F(StatementTest, PlainRowsGoToTheFunctionOfAnEngineThatHasOne) {
+  catalog_ = Catalog(kGathers);
+  for (const char* column : {"_id", "Name"}) catalog_.add_column("Card", column);
+  columns({"Name", "_id"});
+  // The second time the condition is one that is known.
+  for (const char* where : {"Name='x'", "Name='y'"}) {
+    request_.where = where;
+    EXPECT_EQ(sql(), R"(SELECT gathered("Name", "_id") FROM "Card" WHERE "Name" = ? )");
+    EXPECT_TRUE(statement_.is_gathered());
+  }
+  request_.where = "_id IN (SELECT _id FROM Card WHERE Name='x' ORDER BY _id LIMIT 1)";
+  EXPECT_TRUE(sql().starts_with("SELECT gathered(")) << sql();
+  columns({});
+  request_.where = nullptr;
+  EXPECT_EQ(sql(), R"(SELECT gathered("_id","Name") FROM "Card")");
+}
+
+TEST_F(StatementTest, RowsThatAreFoldedSortedOrCountedComeBack) {
+  catalog_ = Catalog(kGathers);
+  for (const char* column : {"_id", "Name"}) catalog_.add_column("Card", column);
+  columns({"Name"});
+  for (const char* where : {"1 ORDER BY Name", "1 LIMIT 1", "1 GROUP BY Name", "1 HAVING 1"}) {
+    request_.where = where;
+    for (int time = 0; time < 2; ++time) {
+      EXPECT_TRUE(sql().starts_with(R"(SELECT "Name" FROM)")) << sql();
+      EXPECT_FALSE(statement_.is_gathered());
+    }
+  }
+  request_.where = nullptr;
+  for (const char* column : {"DISTINCT Name", "count(*)", "lower(Name)"}) {
+    columns({"_id", column});
+    EXPECT_FALSE(sql().starts_with("SELECT gathered(")) << sql();
+    EXPECT_FALSE(statement_.is_gathered());
+  }
+}
+
+TEST_F(StatementTest, MoreColumnsThanAFunctionTakesComeBack) {
+  catalog_ = Catalog(kGathers);
+  for (int i = 0; i < 101; ++i) catalog_.add_column("Card", "Column" + std::to_string(i));
+  EXPECT_TRUE(sql().starts_with(R"(SELECT "Column0",)"));
+}
+
+TEST_F(StatementTest, TheKeyIsThatOfTheNamesThatAreThereNow) {
+  std::string name = "Name";
+  columns({name.c_str()});
+  const std::string before = key();
+  name = "Key";
+  columns({name.c_str()});
+  EXPECT_NE(key(), before);
+  name = "Name";
+  columns({name.c_str()});
+  EXPECT_EQ(key(), before);
+  columns({"Name", ""});
+  EXPECT_NE(key(), before);
+}
+
 TEST_F(StatementTest, PlainColumnsBesideAnAggregateComeOnlyWithRows) {
   columns({"Name", "count(*)"});
   request_.where = "Key=1";

@@ -1,5 +1,6 @@
 // Drives of the drive table: what each row becomes, and what every failure answers.
 #include <gmock/gmock.h>
+#include <syslog.h>
 
 #include "support/scripted_client.h"
 #include "support/system_log.h"
@@ -116,6 +117,16 @@ TEST_F(DriveTable, EachDriveIsLogged) {
                   "aimDiskInfo[row].locationId = 1, aimDiskInfo[row].location = place, driveTypeId = 1\n",
                   "14: zymdb_get_disk_list_with_filter aimDiskInfo[1].ctrlType = 6, "
                   "aimDiskInfo[row].locationId = 3, aimDiskInfo[row].location = place, driveTypeId = 5\n"));
+}
+
+TEST_F(DriveTable, NoDriveIsLoggedWhereTheProcessLetsNoInformationThrough) {
+  const int mask = setlogmask(LOG_UPTO(LOG_NOTICE));
+  answer(std::vector<Row>{});
+  answer({Drive{.kind = 1, .type = "1"}.row()});
+  EXPECT_EQ(list(), ZYM_DB_STATUS_OK);
+  setlogmask(mask);
+  EXPECT_EQ(list_.count, 1U);
+  EXPECT_THAT(system_log(), testing::IsEmpty());
 }
 
 TEST_F(DriveTable, ADriveCannotForgeALineOfTheSystemLog) {

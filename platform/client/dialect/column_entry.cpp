@@ -16,6 +16,7 @@ class ColumnParser {
     if (token_.kind != TokenKind::kWord || entry_.ends_with(';')) return false;
     out_.name = entry_.substr(static_cast<size_t>(token_.text.data() - entry_.data()));
     const Function* function = find_word(kFunctions, token_.text);
+    out_.plain = function == nullptr && out_.sql.empty();
     return (function != nullptr ? call(*function) : column()) && token_.kind == TokenKind::kEnd;
   }
 

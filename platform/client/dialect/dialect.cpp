@@ -180,13 +180,16 @@ void Translator::turn(const Keyword& keyword) {
       break;
     case Turn::kCondition:
       clause = Clause::kCondition;
+      out_.bare &= depth_ != 0;
       break;
     case Turn::kGroup:
       clause = Clause::kTail;
+      out_.bare &= depth_ != 0;
       out_.grouped |= depth_ == 0;
       break;
     case Turn::kTail:
       clause = Clause::kTail;
+      out_.bare &= depth_ != 0;
       if (depth_ == 0) out_.tail = std::min(out_.tail, out_.shape.size());
       break;
   }

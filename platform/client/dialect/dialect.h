@@ -42,6 +42,7 @@ struct Translation {
   std::vector<Argument> arguments;  // kPlaceholder where the caller wrote "?"
   size_t tail = std::string::npos;  // where the outermost ORDER BY or LIMIT begins in the shape
   bool grouped = false;             // the outermost level has a GROUP BY
+  bool bare = true;                 // the outermost level is a condition and nothing after it
   std::string_view reason;          // why it was refused
 
   void clear();
@@ -62,6 +63,7 @@ struct ColumnEntry {
   std::string sql;
   std::string name;  // by which the result's column is found: the entry as written, without DISTINCT
   bool aggregate = false;
+  bool plain = false;  // a column as it is
 };
 
 // False when the entry is none of these or names no column of the table.

@@ -11,6 +11,8 @@ struct Flavour {
   std::string_view default_row;  // what stands in an insert without values
   // A sub-select of a change's condition finds what the change has done already.
   bool changes_see_themselves = false;
+  // A function that takes the rows of a query from the engine; empty: none does.
+  std::string_view gathering = {};
 };
 
 inline constexpr Flavour kStandardSql = {'"', " DEFAULT VALUES"};

@@ -1,7 +1,6 @@
 #include "client/dialect/known_conditions.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace zymdb::client {
 namespace {
@@ -32,11 +31,20 @@ Part part_of(char c) {
   return kParts[static_cast<unsigned char>(c)];
 }
 
-size_t word_length(std::string_view text, size_t at) {
-  size_t end = at + 1;
-  while (end < text.size() && (part_of(text[end]) == Part::kWord || part_of(text[end]) == Part::kDigit))
-    ++end;
-  return end - at;
+// Where it ends, and whether it is digits only.
+struct Word {
+  size_t end;
+  bool is_number = true;
+};
+
+Word word_at(std::string_view text, size_t at) {
+  Word word{at};
+  for (; word.end < text.size(); ++word.end) {
+    const Part part = part_of(text[word.end]);
+    if (part != Part::kWord && part != Part::kDigit) break;
+    word.is_number &= part == Part::kDigit;
+  }
+  return word;
 }
 
 uint64_t hash_of(std::string_view text) {
@@ -61,6 +69,7 @@ bool KnownConditions::recall(const Catalog& catalog, const Table& table, std::st
   out.arguments = known.arguments;
   out.tail = known.tail;
   out.grouped = known.grouped;
+  out.bare = known.bare;
   for (size_t i = 0; i < known.sources.size(); ++i) {
     if (known.sources[i] == kNoValue) continue;
     const Value& value = values_[known.sources[i]];
@@ -75,8 +84,15 @@ bool KnownConditions::recall(const Catalog& catalog, const Table& table, std::st
 
 void KnownConditions::note(const Translation& translation) {
   if (place_ == nullptr) return;
-  Known known{catalog_, table_,           pattern_,           translation.shape, translation.arguments,
-              {},       translation.tail, translation.grouped};
+  Known known{catalog_,
+              table_,
+              pattern_,
+              translation.shape,
+              translation.arguments,
+              {},
+              translation.tail,
+              translation.grouped,
+              translation.bare};
   if (!find_sources(known.arguments, known.sources)) return;
   // What they view is the caller's.
   for (Argument& argument : known.arguments) argument.text = {};
@@ -91,7 +107,7 @@ bool KnownConditions::cut(std::string_view text) {
   for (size_t at = 0; at < text.size();) {
     const Part part = part_of(text[at]);
     if (part == Part::kBetween || part == Part::kWord) {
-      at += part == Part::kWord ? word_length(text, at) : 1;
+      at = part == Part::kWord ? word_at(text, at).end : at + 1;
       continue;
     }
     if (part == Part::kMark) return false;
@@ -106,12 +122,12 @@ bool KnownConditions::cut(std::string_view text) {
       at = kept = end + 1;
       continue;
     }
-    const size_t length = word_length(text, at);
-    const std::string_view word = text.substr(at, length);
+    const Word word = word_at(text, at);
+    const std::string_view digits = text.substr(at, word.end - at);
     kept = at;
-    at += length;
-    if (word.find_first_not_of("0123456789") != word.npos) continue;
-    if (!add_number(word, text.substr(at))) return false;
+    at = word.end;
+    if (!word.is_number) continue;
+    if (!add_number(digits, text.substr(at))) return false;
     kept = at;
   }
   pattern_.append(text, kept);
@@ -122,7 +138,7 @@ bool KnownConditions::add_number(std::string_view digits, std::string_view after
   const bool is_plain = digits.size() <= kMostDigits && (digits.size() == 1 || digits[0] != '0');
   if (!is_plain || after.starts_with('.')) return false;
   Value value{digits, 0, true};
-  std::from_chars(digits.data(), digits.data() + digits.size(), value.integer);
+  for (const char digit : digits) value.integer = value.integer * 10 + (digit - '0');
   values_.push_back(value);
   pattern_.push_back(kNumber);
   return true;

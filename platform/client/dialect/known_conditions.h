@@ -38,6 +38,7 @@ class KnownConditions {
     std::vector<uint8_t> sources;
     size_t tail = 0;
     bool grouped = false;
+    bool bare = true;
   };
   struct Value {
     std::string_view text;

@@ -11,6 +11,9 @@ constexpr char kKeySeparator = '\0';
 constexpr std::string_view kId = "_id";
 constexpr size_t kDescribedLength = 400;
 
+// Arguments that the function takes: fewer than any build of an engine's allows.
+constexpr size_t kMostGathered = 100;
+
 // The parameter types of the client interface.
 constexpr uint32_t kParamUint16 = 2;
 constexpr uint32_t kParamUint32 = 3;
@@ -31,6 +34,7 @@ int Statement::compose(const Catalog& catalog, const Request& request) {
   arguments_.clear();
   column_names_.clear();
   value_count_ = 0;
+  is_gathered_ = false;
   table_ = request.kind == Request::Kind::kRaw ? nullptr : catalog.table(request.table);
   if (table_ == nullptr && request.kind != Request::Kind::kRaw)
     return refuse("no such table", ZYM_DB_STATUS_ERROR);
@@ -81,8 +85,7 @@ int Statement::fill_placeholders() {
 // kind, columns, then what a probe shares with every other change of that condition: table and shape.
 void Statement::build_key() {
   key_.assign(1, static_cast<char>(kind()));
-  // A caller's name brings the separator along.
-  for (const char* column : request_.columns) key_.append(column, std::strlen(column) + 1);
+  key_.append(known_columns_.text(request_.columns));
   for (size_t i = 0; i < value_count_; ++i) key_.append(request_.values->column(i)).push_back(kKeySeparator);
   probe_begin_ = key_.size();
   key_.push_back(request_.where == nullptr ? 'a' : 'p');
@@ -111,9 +114,20 @@ bool Statement::sql(std::string& out) {
 }
 
 bool Statement::query_sql(std::string& out) {
-  out = "SELECT ";
-  bool aggregate = false;
-  bool plain = false;
+  out.clear();
+  Columns columns;
+  if (!append_columns(out, columns)) return false;
+  // What sorts, counts or limits rows does so with those that come back.
+  is_gathered_ = !flavour_->gathering.empty() && columns.are_plain && condition_.bare &&
+                 column_names_.size() <= kMostGathered;
+  if (is_gathered_) out.insert(0, std::string(flavour_->gathering) + "(").push_back(')');
+  out.insert(0, "SELECT ").append(" FROM ");
+  append_identifier(out, table_->name(), *flavour_);
+  append_condition(out, columns.has_aggregate && columns.has_other);
+  return true;
+}
+
+bool Statement::append_columns(std::string& out, Columns& columns) {
   const char* separator = "";
   for (const char* text : request_.columns) {
     ColumnEntry entry;
@@ -124,12 +138,10 @@ bool Statement::query_sql(std::string& out) {
     out.append(separator).append(entry.sql);
     separator = ", ";
     column_names_.push_back(std::move(entry.name));
-    (entry.aggregate ? aggregate : plain) = true;
+    (entry.aggregate ? columns.has_aggregate : columns.has_other) = true;
+    columns.are_plain &= entry.plain;
   }
   if (request_.columns.empty()) append_all_columns(out);
-  out.append(" FROM ");
-  append_identifier(out, table_->name(), *flavour_);
-  append_condition(out, aggregate && plain);
   return true;
 }
 

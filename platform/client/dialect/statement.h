@@ -10,6 +10,7 @@
 
 #include "client/dialect/content_values.h"
 #include "client/dialect/dialect.h"
+#include "client/dialect/known_columns.h"
 #include "client/dialect/known_conditions.h"
 #include "zymdb_db.h"
 
@@ -44,6 +45,9 @@ class Statement {
   // The engine's text. False when a column does not exist; then reason() tells.
   bool sql(std::string& out);
 
+  // Whether the engine's text gives the rows to the flavour's function rather than back. After sql().
+  bool is_gathered() const { return is_gathered_; }
+
   // The names by which a query's result finds its columns; empty where the engine names them. After sql().
   std::vector<std::string> take_column_names() { return std::move(column_names_); }
 
@@ -58,12 +62,20 @@ class Statement {
   std::string describe() const;
 
  private:
+  // What a query's columns are.
+  struct Columns {
+    bool are_plain = true;
+    bool has_aggregate = false;
+    bool has_other = false;
+  };
+
   bool is_change() const { return kind() == Request::Kind::kUpdate || kind() == Request::Kind::kDelete; }
   int translate(const Catalog& catalog);
   int fill_placeholders();
   void add_values();
   void build_key();
   bool query_sql(std::string& out);
+  bool append_columns(std::string& out, Columns& columns);
   bool insert_sql(std::string& out);
   bool update_sql(std::string& out);
   bool append_value_columns(std::string& out, std::string_view after);
@@ -77,10 +89,12 @@ class Statement {
   const Table* table_ = nullptr;
   Translation condition_;
   KnownConditions known_;
+  KnownColumns known_columns_;
   std::vector<Argument> arguments_;
   size_t value_count_ = 0;
   std::string key_;
   size_t probe_begin_ = 0;
+  bool is_gathered_ = false;
   std::vector<std::string> column_names_;
   std::string_view reason_;
 };

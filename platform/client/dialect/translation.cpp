@@ -21,6 +21,7 @@ void Translation::clear() {
   arguments.clear();
   tail = std::string::npos;
   grouped = false;
+  bare = true;
   reason = {};
   tokens.clear();
   unescaped.clear();

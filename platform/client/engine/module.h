@@ -10,7 +10,7 @@
 namespace zymdb::client {
 
 // Goes up with every change of what passes.
-inline constexpr uint32_t kModuleInterface = 1;
+inline constexpr uint32_t kModuleInterface = 2;
 
 // What the client does for an engine.
 struct ModuleHost {

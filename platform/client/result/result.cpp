@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <iterator>
+#include <numeric>
 
 #include "client/dialect/catalog.h"
 #include "zymdb_db.h"
@@ -13,6 +14,24 @@ constexpr size_t kSmallResult = 512 * 1024;
 
 }  // namespace
 
+NamedColumns::NamedColumns(std::vector<std::string> names) : names_(std::move(names)), order_(names_.size()) {
+  std::iota(order_.begin(), order_.end(), 0);
+}
+
+// Most callers write a name as the schema does, and ask for what lies behind what they asked for last.
+int NamedColumns::search(std::string_view name, uint32_t& asked) const {
+  const size_t columns = names_.size();
+  const size_t first = asked == 0 || asked > columns ? 0 : order_[asked - 1] + 1;
+  for (size_t tried = 0; tried < columns; ++tried) {
+    const size_t place = (first + tried) % columns;
+    if (names_[place] != name && !same_word(names_[place], name)) continue;
+    if (asked < columns) order_[asked] = static_cast<uint32_t>(place);
+    ++asked;
+    return static_cast<int>(place);
+  }
+  return -1;
+}
+
 void Result::start(ColumnNames names, size_t limit) {
   names_ = std::move(names);
   columns_ = static_cast<uint32_t>(names_->size());
@@ -20,7 +39,6 @@ void Result::start(ColumnNames names, size_t limit) {
   room_ = std::min(limit_, bytes_.capacity());
   bytes_.clear();
   rows_ = 0;
-  next_found_ = 0;
   reset();
 }
 
@@ -44,6 +62,7 @@ bool Result::grow(size_t size) {
 
 int Result::step() {
   row_ = nullptr;
+  asked_ = 0;
   if (next_ == bytes_.size()) return ZYM_DB_STATUS_DONE;
   row_ = bytes_.data() + next_;
   next_ += load<RowSize>(row_);
@@ -53,6 +72,7 @@ int Result::step() {
 void Result::reset() {
   next_ = 0;
   row_ = nullptr;
+  asked_ = 0;
 }
 
 std::string_view Result::bytes(Cell cell, char (&buffer)[kNumberSize]) const {
@@ -108,18 +128,6 @@ int Result::read_is_null(int column, int* is_null) const {
   if (!find(column, cell)) return ZYM_DB_STATUS_ERROR;
   *is_null = cell.type == Type::kNull || cell.type == Type::kEmptyAggregate;
   return 0;
-}
-
-// Most callers write a name as the schema does.
-int Result::search(std::string_view name) const {
-  const std::vector<std::string>& names = *names_;
-  for (uint32_t tried = 0; tried < columns_; ++tried) {
-    const uint32_t place = (next_found_ + tried) % columns_;
-    if (names[place] != name && !same_word(names[place], name)) continue;
-    next_found_ = place + 1;
-    return static_cast<int>(place);
-  }
-  return -1;
 }
 
 bool Result::is_small() const {

@@ -15,8 +15,29 @@
 
 namespace zymdb::client {
 
-// Names of a result's columns, shared by the results of one prepared statement.
-using ColumnNames = std::shared_ptr<const std::vector<std::string>>;
+// Names of a result's columns, shared by the results of one prepared statement, all of one thread.
+class NamedColumns {
+ public:
+  explicit NamedColumns(std::vector<std::string> names);
+
+  size_t size() const { return names_.size(); }
+  const std::string& operator[](size_t column) const { return names_[column]; }
+
+  // The column of this name, or -1. It is looked for first where it was found after the `asked`th question
+  // of a row before.
+  int find(const char* name, uint32_t& asked) const {
+    if (asked < order_.size() && std::strcmp(names_[order_[asked]].c_str(), name) == 0)
+      return static_cast<int>(order_[asked++]);
+    return search(name, asked);
+  }
+
+ private:
+  int search(std::string_view name, uint32_t& asked) const;
+
+  std::vector<std::string> names_;
+  mutable std::vector<uint32_t> order_;  // in which they were asked for last; at first their own
+};
+using ColumnNames = std::shared_ptr<const NamedColumns>;
 
 // A result's rows, apart from its memory and its cursor.
 struct KeptRows {
@@ -88,12 +109,8 @@ class Result {
   int read_bytes(int column, int* length) const;
   int read_is_null(int column, int* is_null) const;
 
-  // The column of this name, or -1. Names asked for in the order of the columns are found at once.
-  int find(const char* name) const {
-    if (next_found_ == columns_ || std::strcmp((*names_)[next_found_].c_str(), name) != 0)
-      return search(name);
-    return static_cast<int>(next_found_++);
-  }
+  // The column of this name, or -1.
+  int find(const char* name) const { return names_->find(name, asked_); }
 
   // Whether keeping it for the next query is worth its memory.
   bool is_small() const;
@@ -167,8 +184,6 @@ class Result {
     return 0;
   }
 
-  int search(std::string_view name) const;
-
   static void copy_text(std::string_view value, char* text, size_t size) {
     const size_t length = std::min(value.size(), size - 1);
     std::memcpy(text, value.data(), length);
@@ -193,7 +208,7 @@ class Result {
   size_t next_cell_ = 0;          // of it
   size_t next_ = 0;               // where the cursor goes
   const uint8_t* row_ = nullptr;  // where it stands; null before the first row and after the last
-  mutable uint32_t next_found_ = 0;
+  mutable uint32_t asked_ = 0;    // by name, of the current row
 };
 
 }  // namespace zymdb::client

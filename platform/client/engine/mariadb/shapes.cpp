@@ -142,7 +142,7 @@ const Variant* Shape::find(std::vector<Argument>& arguments, std::span<const Col
     variant.expressions.push_back(column.is_expression);
     names.push_back(i < names_.size() ? names_[i] : std::move(column.name));
   }
-  variant.names = std::make_shared<const std::vector<std::string>>(std::move(names));
+  variant.names = std::make_shared<const NamedColumns>(std::move(names));
   return &variants_.emplace(std::move(key), std::move(variant)).first->second;
 }
 

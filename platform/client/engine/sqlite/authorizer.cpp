@@ -4,6 +4,7 @@
 
 #include "client/dialect/dialect.h"
 #include "client/engine/sqlite/change_recorder.h"
+#include "client/engine/sqlite/engine.h"
 
 namespace zymdb::client::sqlite {
 namespace {
@@ -50,7 +51,7 @@ bool Authorizer::allows(int action, std::string_view first, std::string_view sec
     case SQLITE_READ:
       return !is_internal_table(first);
     case SQLITE_FUNCTION:
-      return second == "like" || is_function(second);
+      return second == "like" || second == kGathering || is_function(second);
     case SQLITE_INSERT:
       return kind_ == Request::Kind::kInsert && may_write(first);
     case SQLITE_UPDATE:

@@ -33,6 +33,7 @@ Failure Connection::open(const DataSource& source, const std::function<void()>& 
   if (limits_.kept != 0 && opening.has_log()) kept_.emplace(limits_.kept);
   database_ = std::move(opening.database);
   catalog_ = std::move(opening.catalog);
+  if (const int code = gathering_.attach(database()); code != SQLITE_OK) return failure(code);
   if (opening.access == Access::kShared) wal_index_.emplace(database());
   watch_.begin(database(), opening.access, std::move(opening.names), opening.files);
   return open_journal(source, opening.access);
@@ -67,7 +68,10 @@ Failure Connection::prepare(Statement& statement, Prepared*& prepared) {
   prepared = statements_.find(statement.key());
   if (prepared != nullptr) return {};
   if (!statement.sql(sql_)) return {ZYM_DB_STATUS_ERROR, std::string(statement.reason())};
-  return compile(statement.key(), sql_, statement.take_column_names(), prepared);
+  if (Failure failure = compile(statement.key(), sql_, statement.take_column_names(), prepared))
+    return failure;
+  prepared->is_gathered = statement.is_gathered();
+  return {};
 }
 
 Failure Connection::prepare_probe(Statement& statement, Prepared*& prepared) {
@@ -82,14 +86,14 @@ Failure Connection::compile(std::string_view key, const std::string& sql, std::v
   sqlite3_stmt* raw = nullptr;
   const int code = sqlite3_prepare_v3(database(), sql.data(), static_cast<int>(sql.size()),
                                       SQLITE_PREPARE_PERSISTENT, &raw, nullptr);
-  Prepared fresh{StatementPtr(raw), nullptr, {}};
+  Prepared fresh{StatementPtr(raw), nullptr, {}, false, 0};
   if (code != SQLITE_OK) return failure(code);
   const bool named = !names.empty();
   for (int column = 0; column < sqlite3_column_count(raw); ++column) {
     if (!named) names.emplace_back(sqlite3_column_name(raw, column));
     fresh.expressions.push_back(sqlite3_column_decltype(raw, column) == nullptr);
   }
-  fresh.names = std::make_shared<const std::vector<std::string>>(std::move(names));
+  fresh.names = std::make_shared<const NamedColumns>(std::move(names));
   prepared = &statements_.add(key, std::move(fresh));
   return {};
 }

@@ -12,6 +12,7 @@
 #include "client/engine/engine.h"
 #include "client/engine/sqlite/authorizer.h"
 #include "client/engine/sqlite/file_watch.h"
+#include "client/engine/sqlite/gathering.h"
 #include "client/engine/sqlite/journal.h"
 #include "client/engine/sqlite/kept_results.h"
 #include "client/engine/sqlite/statement_cache.h"
@@ -46,6 +47,7 @@ class Connection {
   Failure failure(int code);
 
   sqlite3* database() const { return database_.get(); }
+  Gathering& gathering() { return gathering_; }
 
   // A transaction of SQLite's. Its commit accounts for what changed. However the two others come out, it has
   // ended.
@@ -89,6 +91,7 @@ class Connection {
 
   Limits limits_;
   Authorizer authorizer_;
+  Gathering gathering_;
   std::shared_ptr<const Catalog> catalog_;
   FileWatch watch_;
   DatabasePtr database_;

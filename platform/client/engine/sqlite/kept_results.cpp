@@ -11,7 +11,7 @@ namespace zymdb::client::sqlite {
 namespace {
 
 constexpr size_t kBuckets = 512;
-constexpr size_t kBucketSize = 4;
+constexpr size_t kBucketSize = 8;
 constexpr size_t kOverhead = 128;  // of an entry, in the list and the map
 
 // Of the process.
@@ -92,7 +92,7 @@ bool KeptResults::keep(Entry entry) {
 // A bucket's newest comes first. What was noted under another header looks like nothing that comes now.
 bool KeptResults::has_come_before(uint64_t hash) {
   if (asked_.empty()) asked_.resize(kBuckets * kBucketSize);
-  const auto mark = static_cast<uint32_t>(hash >> 32) ^ (era_ * 0x9E3779B9U);
+  const auto mark = static_cast<uint16_t>((hash >> 48) ^ (era_ * 0x9E3779B9U >> 16));
   const std::span bucket(&asked_[hash % kBuckets * kBucketSize], kBucketSize);
   if (std::ranges::find(bucket, mark) != bucket.end()) return true;
   std::ranges::copy_backward(bucket.first(kBucketSize - 1), bucket.end());

@@ -70,7 +70,7 @@ class KeptResults {
   std::string key_;  // what was looked for last
   uint64_t hash_ = 0;
   uint32_t era_ = 0;             // of the header
-  std::vector<uint32_t> asked_;  // what came under it, in buckets
+  std::vector<uint16_t> asked_;  // what came under it, in buckets
 };
 
 }  // namespace zymdb::client::sqlite

@@ -15,6 +15,7 @@
 #include "client/engine/sqlite/predecessor.h"
 #include "client/engine/sqlite/process.h"
 #include "client/engine/sqlite/schema_upgrade.h"
+#include "client/engine/sqlite/table_text.h"
 #include "client/status.h"
 
 namespace zymdb::client::sqlite {
@@ -24,6 +25,8 @@ namespace {
 constexpr mode_t kFileMode = 0640;
 
 constexpr int kOpenFlags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+
+constexpr char kOwnTables[] = "WHERE t.type='table' AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
 
 struct EngineSetting {
   int id;
@@ -280,12 +283,32 @@ Failure Opening::read_catalog() {
 }
 
 Failure Opening::read_new_catalog(const Fingerprint& statements) {
-  constexpr char kSql[] =
-      "SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c "
-      "WHERE t.type='table' AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\'";
+  Catalog read(kEngine.flavour);
+  bool is_understood = true;
+  if (Failure failure = read_table_texts(read, is_understood)) return failure;
+  if (!is_understood) return ask_for_catalog(statements);
+  catalog = Connections::instance().share(statements, std::move(read));
+  return {};
+}
+
+Failure Opening::read_table_texts(Catalog& read, bool& is_understood) {
+  const std::string sql = std::string("SELECT t.name, t.sql FROM sqlite_schema t ") + kOwnTables;
+  std::vector<ColumnText> columns;
+  return read_rows(database.get(), sql.c_str(), [&](sqlite3_stmt* row) {
+    columns.clear();
+    is_understood = is_understood && read_columns(text_of(row, 1), columns);
+    const std::string table = text_of(row, 0);
+    for (ColumnText& column : columns) read.add_column(table, std::move(column.name), column.is_text);
+  });
+}
+
+Failure Opening::ask_for_catalog(const Fingerprint& statements) {
+  const std::string sql =
+      std::string("SELECT t.name, c.name, c.type FROM sqlite_schema t, pragma_table_info(t.name) c ") +
+      kOwnTables;
   Catalog read(kEngine.flavour);
   bool is_torn = false;
-  const auto failure = read_rows(database.get(), kSql, [&](sqlite3_stmt* row) {
+  const auto failure = read_rows(database.get(), sql.c_str(), [&](sqlite3_stmt* row) {
     read.add_column(text_of(row, 0), text_of(row, 1), text_of(row, 2) == "TEXT");
     // A text that there was no memory for is empty; other threads' connections shall not share what lacks it.
     is_torn = is_torn || sqlite3_errcode(database.get()) == SQLITE_NOMEM;

@@ -63,6 +63,8 @@ class Opening {
   Failure limit_log();
   Failure read_catalog();
   Failure read_new_catalog(const Fingerprint& statements);
+  Failure read_table_texts(Catalog& read, bool& is_understood);
+  Failure ask_for_catalog(const Fingerprint& statements);
   Failure note_files();
 
   const DataSource& source_;

@@ -22,10 +22,17 @@ int bind_one(sqlite3_stmt* statement, int place, const Argument& argument) {
   }
 }
 
-// A value looked up once and then read as it is costs half of asking the statement for its type and content
-// one after the other. SQLite leaves such a value unlocked; the connection is this thread's alone.
-bool read_cell(const Prepared& prepared, sqlite3_stmt* row, int column, Result& result) {
-  sqlite3_value* const value = sqlite3_column_value(row, column);
+}  // namespace
+
+int Run::bind(std::span<const Argument> arguments) const {
+  int place = 0;
+  for (const Argument& argument : arguments) {
+    if (const int code = bind_one(statement_, ++place, argument); code != SQLITE_OK) return code;
+  }
+  return SQLITE_OK;
+}
+
+bool add_cell(sqlite3_value* value, bool is_expression, Result& result) {
   switch (sqlite3_value_type(value)) {
     case SQLITE_INTEGER:
       result.add_integer(sqlite3_value_int64(value));
@@ -43,7 +50,7 @@ bool read_cell(const Prepared& prepared, sqlite3_stmt* row, int column, Result& 
       return result.add_blob({data, static_cast<size_t>(sqlite3_value_bytes(value))});
     }
     default:
-      if (prepared.expressions[static_cast<size_t>(column)])
+      if (is_expression)
         result.add_empty_aggregate();
       else
         result.add_null();
@@ -51,22 +58,15 @@ bool read_cell(const Prepared& prepared, sqlite3_stmt* row, int column, Result& 
   }
 }
 
-}  // namespace
-
-int Run::bind(std::span<const Argument> arguments) const {
-  int place = 0;
-  for (const Argument& argument : arguments) {
-    if (const int code = bind_one(statement_, ++place, argument); code != SQLITE_OK) return code;
-  }
-  return SQLITE_OK;
-}
-
+// A value looked up once and then read as it is costs half of asking the statement for its type and content
+// one after the other. SQLite leaves such a value unlocked; the connection is this thread's alone.
 bool read_row(const Prepared& prepared, Result& result) {
   if (!result.begin_row()) return false;
   sqlite3_stmt* const row = prepared.statement.get();
   const int columns = static_cast<int>(prepared.names->size());
   for (int column = 0; column < columns; ++column) {
-    if (!read_cell(prepared, row, column, result)) return false;
+    const bool is_expression = prepared.expressions[static_cast<size_t>(column)];
+    if (!add_cell(sqlite3_column_value(row, column), is_expression, result)) return false;
   }
   result.end_row();
   return true;

@@ -25,6 +25,11 @@ class Run {
   sqlite3_stmt* statement_;
 };
 
+inline constexpr char kTooLarge[] = "the result is too large";
+
+// Adds a value to the row that was begun. False: the result would be too large.
+bool add_cell(sqlite3_value* value, bool is_expression, Result& result);
+
 // Adds the row at which the statement stands. False: the result would be too large.
 bool read_row(const Prepared& prepared, Result& result);
 

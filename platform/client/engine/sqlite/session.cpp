@@ -115,9 +115,14 @@ int SqliteSession::read(const Prepared& prepared, const Statement& statement, Re
   const Run run(prepared.statement.get());
   if (const int code = run.bind(statement.arguments()); code != SQLITE_OK) return outcome(code);
   result.start(prepared.names, limits_.result);
+  if (prepared.is_gathered) {
+    connection().gathering().begin(result);
+    const int code = run.step();
+    return code == SQLITE_ROW ? 0 : outcome(code);
+  }
   int code = SQLITE_OK;
   while ((code = run.step()) == SQLITE_ROW) {
-    if (!read_row(prepared, result)) return fail({kStatusTooLarge, "the result is too large"});
+    if (!read_row(prepared, result)) return fail({kStatusTooLarge, kTooLarge});
   }
   return outcome(code);
 }

@@ -18,6 +18,7 @@ struct Prepared {
   StatementPtr statement;
   ColumnNames names;
   std::vector<bool> expressions;  // columns that are no table's column
+  bool is_gathered = false;       // its rows go where the connection's gathering puts them
   uint64_t number = 0;            // no other of the cache, now or before, has the same
 };
 
