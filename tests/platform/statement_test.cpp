@@ -60,7 +60,7 @@ TEST_F(StatementTest, NamesAndDefaultsAreWrittenAsTheEngineHasThem) {
   EXPECT_EQ(sql(), "INSERT INTO `Card` () VALUES ()");
 }
 
-constexpr Flavour kGathers = {'"', " DEFAULT VALUES", "gathered"};
+constexpr Flavour kGathers = {.quote = '"', .default_row = " DEFAULT VALUES", .gathering = "gathered"};
 
 TEST_F(StatementTest, PlainRowsGoToTheFunctionOfAnEngineThatHasOne) {
   catalog_ = Catalog(kGathers);
@@ -153,7 +153,8 @@ TEST_F(StatementTest, AnUpdatePutsItsValuesBeforeThoseOfTheCondition) {
 }
 
 TEST_F(StatementTest, AChangeThatWouldSeeItselfFindsAllOfItsRowsFirst) {
-  constexpr Flavour kSeesItself = {'"', " DEFAULT VALUES", true};
+  constexpr Flavour kSeesItself = {
+      .quote = '"', .default_row = " DEFAULT VALUES", .changes_see_themselves = true};
   catalog_ = Catalog(kSeesItself);
   for (const char* column : {"_id", "Key"}) catalog_.add_column("Card", column);
   request_.kind = Request::Kind::kDelete;

@@ -98,7 +98,7 @@ class Installed:
 
     def build_project(self, source, name):
         build = self.folder / name
-        run(self.cmake, "-S", source, "-B", build, f"-DCMAKE_PREFIX_PATH={self.prefix}", f"-DCMAKE_C_COMPILER={self.compiler}")
+        run(self.cmake, "-G", "Ninja", "-S", source, "-B", build, f"-DCMAKE_PREFIX_PATH={self.prefix}", f"-DCMAKE_C_COMPILER={self.compiler}")
         run(self.cmake, "--build", build)
         return build
 
