@@ -1,8 +1,10 @@
 // An inventory on a MariaDB server of the benchmark's own, beside Connector/C's prepared statements on the
 // same server.
 #include <benchmark/benchmark.h>
+#include <sched.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -66,6 +68,36 @@ class Server {
   TemporaryFolder folder_;
   bool is_started_ = false;
   _zym_db_handle_t* handle_ = nullptr;
+};
+
+// On which processors this thread and the server run. On one, a round trip is two changes of thread. Between
+// two it is mostly what the waking of an idle one takes, which can be ten times as much, and hangs on neither
+// side.
+class Processors {
+ public:
+  Processors() { sched_getaffinity(0, sizeof all_, &all_); }
+
+  void take_one(const Server& server) const {
+    cpu_set_t one{};
+    CPU_ZERO(&one);
+    int first = 0;
+    while (CPU_ISSET(first, &all_) == 0) ++first;
+    CPU_SET(first, &one);
+    take(one, server);
+  }
+  void take_all(const Server& server) const { take(all_, server); }
+
+ private:
+  static void take(const cpu_set_t& processors, const Server& server) {
+    sched_setaffinity(0, sizeof processors, &processors);
+    int process = 0;
+    std::ifstream(server.folder() + "/pid") >> process;
+    for (const auto& thread :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task"))
+      sched_setaffinity(std::stoi(thread.path().filename()), sizeof processors, &processors);
+  }
+
+  cpu_set_t all_{};
 };
 
 void fill(MYSQL* mysql) {
@@ -191,7 +223,8 @@ void skip(const std::string& why) {
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   setenv("ZYMDB_ENGINES", ZYMDB_BENCH_ENGINES, 1);
-  Server server;
+  static const Processors processors;
+  static Server server;
   bench::MysqlPtr mysql;
   TemporaryFolder machine;
   zymdb::collect::Sources sources;
@@ -210,10 +243,13 @@ int main(int argc, char** argv) {
     add_function(mysql.get());
     add_functions(mysql.get());
     add_presence(mysql.get());
+    processors.take_one(server);
     benchmark::RegisterBenchmark("function, by threads", read_in_threads)
         ->Threads(1)
         ->Threads(2)
-        ->UseRealTime();
+        ->UseRealTime()
+        ->Setup([](const benchmark::State&) { processors.take_all(server); })
+        ->Teardown([](const benchmark::State&) { processors.take_one(server); });
     benchmark::RegisterBenchmark(("collection/" + std::to_string(kRows)).c_str(),
                                  [&](benchmark::State& state) { collect(state, server, sources); })
         ->Iterations(1);
