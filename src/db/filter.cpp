@@ -1,9 +1,9 @@
 #include "db/filter.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 namespace zymdb {
@@ -19,10 +19,18 @@ class Writer {
     if (kept != 0) std::memcpy(text_ + length_, part.data(), kept);
     length_ += part.size();
   }
-  template <class Number>
-  void add_number(Number number) {
-    char digits[16];
-    add({digits, std::to_chars(digits, digits + sizeof digits, number).ptr});
+  void add_number(unsigned number) {
+    char digits[10];
+    char* begin = std::end(digits);
+    do {
+      *--begin = static_cast<char>('0' + number % 10);
+    } while ((number /= 10) != 0);
+    add({begin, std::end(digits)});
+  }
+  void add_number(int number) {
+    if (number >= 0) return add_number(static_cast<unsigned>(number));
+    add("-");
+    add_number(0U - static_cast<unsigned>(number));
   }
   int end() {
     text_[std::min(length_, room_)] = '\0';

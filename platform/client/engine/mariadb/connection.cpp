@@ -279,9 +279,32 @@ Failure Connection::execute(const std::string& sql) {
   return mysql_real_query(mysql_, sql.data(), sql.size()) == 0 ? Failure{} : failure();
 }
 
+Failure Connection::begin() {
+  Failure failure = execute("START TRANSACTION");
+  is_in_transaction_ = !failure;
+  return failure;
+}
+
+void Connection::rollback() {
+  is_in_transaction_ = false;
+  execute("ROLLBACK");
+}
+
+// A node that gives a transaction up while it prepares a statement for it never says so, and would make what
+// follows without it.
+Failure Connection::require_transaction() {
+  if (!is_of_cluster_ || !is_in_transaction_) return {};
+  if (Failure failure = execute("DO 0")) return failure;
+  unsigned status = 0;
+  mariadb_get_infov(mysql_, MARIADB_CONNECTION_SERVER_STATUS, &status);
+  if ((status & SERVER_STATUS_IN_TRANS) != 0) return {};
+  return said_by_host(failure_of(ER_LOCK_DEADLOCK, "another node's transaction was first"));
+}
+
 // How long it takes no limit says, and whoever stops waiting does not know what became of it.
 Failure Connection::commit() {
   constexpr std::string_view kWord = "COMMIT";
+  is_in_transaction_ = false;
   if (mysql_send_query(mysql_, kWord.data(), kWord.size()) != 0) return failure();
   const auto longer = std::chrono::milliseconds(std::max(kCommit - silence_, std::chrono::seconds(0)));
   pollfd answer{static_cast<int>(mysql_get_socket(mysql_)), POLLIN, 0};
@@ -315,9 +338,9 @@ Failure Connection::execute_new(MYSQL_STMT* statement, const std::string& sql, s
   const auto count = static_cast<unsigned>(values.size());
   const auto bind = [&] { return count == 0 || mysql_stmt_bind_param(statement, values.data()) == 0; };
   if (is_of_cluster_ || count > kMostValuesAtOnce) {
-    const bool is_done = mysql_stmt_prepare(statement, sql.data(), sql.size()) == 0 && bind() &&
-                         mysql_stmt_execute(statement) == 0;
-    return is_done ? Failure{} : failure(statement);
+    if (mysql_stmt_prepare(statement, sql.data(), sql.size()) != 0 || !bind()) return failure(statement);
+    if (Failure lost = require_transaction()) return lost;
+    return mysql_stmt_execute(statement) == 0 ? Failure{} : failure(statement);
   }
   mysql_stmt_attr_set(statement, STMT_ATTR_PREBIND_PARAMS, &count);
   const bool is_done = bind() && mariadb_stmt_execute_direct(statement, sql.data(), sql.size()) == 0;

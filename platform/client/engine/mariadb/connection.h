@@ -42,6 +42,9 @@ class Connection {
 
   // A statement without values and rows.
   Failure execute(const std::string& sql);
+  // A transaction that changes rows.
+  Failure begin();
+  void rollback();
   // Waited for longer than other statements.
   Failure commit();
   // Prepared and kept. `classes` are the columns', `row` is shown each row.
@@ -68,6 +71,7 @@ class Connection {
   Failure configure();
   Failure find_cluster();
   Membership membership();
+  Failure require_transaction();
   Failure execute_new(MYSQL_STMT* statement, const std::string& sql, std::span<MYSQL_BIND> values);
   MYSQL_STMT* find(const std::string& sql);
   void make_room();
@@ -79,6 +83,7 @@ class Connection {
   Failure said_by_host(Failure failure) const;
 
   Limits limits_;
+  bool is_in_transaction_ = false;
   std::chrono::seconds silence_;  // after which a host is taken for lost
   MYSQL* mysql_ = nullptr;
   std::string host_;

@@ -29,6 +29,8 @@ constexpr char kMark[] =
 constexpr char kAlone[] = "DO GET_LOCK(CONCAT('zymdb.',DATABASE()),30)";
 constexpr char kNoLongerAlone[] = "DO RELEASE_LOCK(CONCAT('zymdb.',DATABASE()))";
 
+constexpr int kMostTries = 10;
+
 struct Found {
   int64_t kind = 0;
   int64_t version = 0;  // 0: there is none
@@ -88,10 +90,8 @@ Failure stand_in(Connection& connection, const Tables& tables) {
   return {};
 }
 
-}  // namespace
-
-Failure bring_up_to_date(Connection& connection, const Schema& schema, const Tables& tables, bool may_create,
-                         bool& is_absent) {
+Failure try_to_bring_up_to_date(Connection& connection, const Schema& schema, const Tables& tables,
+                                bool may_create, bool& is_absent) {
   Found found;
   if (Failure failure = examine(connection, schema, found)) return failure;
   if (Failure refusal = refuse(found, schema)) return refusal;
@@ -104,6 +104,19 @@ Failure bring_up_to_date(Connection& connection, const Schema& schema, const Tab
   if (Failure failure = connection.execute(kAlone)) return failure;
   Failure failure = make(connection, schema, tables);
   connection.execute(kNoLongerAlone);
+  return failure;
+}
+
+}  // namespace
+
+// Each step may be made twice: it is where another node makes the same at the same time and was first.
+Failure bring_up_to_date(Connection& connection, const Schema& schema, const Tables& tables, bool may_create,
+                         bool& is_absent) {
+  Failure failure;
+  for (int tried = 0; tried < kMostTries; ++tried) {
+    failure = try_to_bring_up_to_date(connection, schema, tables, may_create, is_absent);
+    if (!failure.ends_transaction() || failure.ends_connection()) break;
+  }
   return failure;
 }
 

@@ -69,7 +69,7 @@ std::string rows_of(const std::vector<int64_t>& ids) {
 }  // namespace
 
 Failure Transaction::begin() {
-  if (Failure failure = connection_.execute("START TRANSACTION")) return failure;
+  if (Failure failure = connection_.begin()) return failure;
   const Argument name[] = {Argument::of(std::string_view(subject_.schema.name))};
   Failure failure = connection_.run(kLock, name, kNumber, [](Row) { return true; });
   if (failure && !failure.ends_connection()) rollback();

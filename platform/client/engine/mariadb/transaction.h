@@ -43,7 +43,7 @@ class Transaction {
   // whether anything was lost before.
   Failure record();
   Failure commit();
-  void rollback() { connection_.execute("ROLLBACK"); }
+  void rollback() { connection_.rollback(); }
 
  private:
   struct Former {
