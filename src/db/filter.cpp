@@ -1,10 +1,10 @@
 #include "db/filter.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <string_view>
 
 namespace zymdb {
 namespace {
@@ -12,56 +12,52 @@ namespace {
 // Keeps what fits before the NUL, and counts the rest.
 class Writer {
  public:
-  Writer(char* text, size_t size) : text_(text), room_(size - 1) {}
+  Writer(char* text, size_t size) : next_(text), last_(text + size - 1) {}
 
-  void add(std::string_view part) {
-    const size_t kept = std::min(part.size(), room_ - std::min(room_, length_));
-    if (kept != 0) std::memcpy(text_ + length_, part.data(), kept);
-    length_ += part.size();
+  void add(const char* begin, const char* end) {
+    const ptrdiff_t kept = std::min(end - begin, last_ - next_);
+    std::memcpy(next_, begin, static_cast<size_t>(kept));
+    next_ += kept;
+    length_ += end - begin;
   }
-  void add_number(unsigned number) {
-    char digits[10];
+  void add_number(unsigned number, bool is_signed) {
+    const bool is_negative = is_signed && static_cast<int>(number) < 0;
+    if (is_negative) number = 0U - number;
+    char digits[11];
     char* begin = std::end(digits);
     do {
       *--begin = static_cast<char>('0' + number % 10);
     } while ((number /= 10) != 0);
-    add({begin, std::end(digits)});
-  }
-  void add_number(int number) {
-    if (number >= 0) return add_number(static_cast<unsigned>(number));
-    add("-");
-    add_number(0U - static_cast<unsigned>(number));
+    if (is_negative) *--begin = '-';
+    add(begin, std::end(digits));
   }
   int end() {
-    text_[std::min(length_, room_)] = '\0';
+    *next_ = '\0';
     return static_cast<int>(length_);
   }
 
  private:
-  char* text_;
-  size_t room_;
-  size_t length_ = 0;
+  char* next_;
+  char* last_;  // where the NUL fits
+  ptrdiff_t length_ = 0;
 };
 
-// False at a conversion that it does not know.
+// False at a conversion that it does not know, and at no text.
 bool write(Writer& writer, const char* format, va_list arguments) {
   while (true) {
     const char* const part = format;
     while (*format != '%' && *format != '\0') ++format;
-    writer.add({part, format});
+    writer.add(part, format);
     if (*format == '\0') return true;
-    switch (format[1]) {
-      case 'd':
-        writer.add_number(va_arg(arguments, int));
-        break;
-      case 'u':
-        writer.add_number(va_arg(arguments, unsigned));
-        break;
-      case 's':
-        writer.add(va_arg(arguments, const char*));
-        break;
-      default:
-        return false;
+    const char conversion = format[1];
+    if (conversion == 's') {
+      const char* const text = va_arg(arguments, const char*);
+      if (text == nullptr) return false;
+      writer.add(text, text + std::strlen(text));
+    } else if (conversion == 'd' || conversion == 'u') {
+      writer.add_number(va_arg(arguments, unsigned), conversion == 'd');
+    } else {
+      return false;
     }
     format += 2;
   }

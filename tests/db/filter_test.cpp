@@ -48,6 +48,11 @@ TEST(FilterTest, IsCutWhereItsRoomEnds) {
   expect_what_printf_writes<1>("%d", 1);
 }
 
+TEST(FilterTest, TakesNoTextAsPrintfDoes) {
+  const char* volatile none = nullptr;
+  expect_what_printf_writes<16>("Name='%s'", static_cast<const char*>(none));
+}
+
 TEST(FilterTest, KnowsWhetherItWasCut) {
   EXPECT_FALSE(zymdb::Filter<5>("%d", 1234).is_cut());
   EXPECT_TRUE(zymdb::Filter<5>("%d", 12345).is_cut());
