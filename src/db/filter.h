@@ -10,7 +10,8 @@
 namespace zymdb {
 
 // As vsnprintf does, and returns what it does.
-int write_filter(char* text, size_t size, const char* format, va_list arguments);
+[[gnu::format(printf, 3, 0)]] int write_filter(char* text, size_t size, const char* format,
+                                               va_list arguments);
 
 // `Filter<48>("Location=%d AND SlotNo=%d", location, slot)`. What does not fit is cut: no failure of its own,
 // though most statements fail with what is left.
