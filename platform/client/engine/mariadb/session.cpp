@@ -133,7 +133,18 @@ Opened MariadbSession::open(std::unique_lock<std::mutex>&) {
   return {0, was_lost ? kLost : nullptr};
 }
 
+// A host that is lost once it is open is passed by, as one that does not open is.
 Failure MariadbSession::connect() {
+  Failure failure;
+  for (size_t tried = 0; tried < address_.hosts.size(); ++tried) {
+    failure = try_to_connect();
+    if (!failure.ends_connection()) break;
+    host_ += 1;
+  }
+  return failure;
+}
+
+Failure MariadbSession::try_to_connect() {
   forget_transaction();
   connection_.reset();
   auto fresh = std::make_unique<Connection>(limits_);

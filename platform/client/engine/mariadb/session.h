@@ -48,6 +48,7 @@ class MariadbSession final : public Session {
   using Deadline = std::chrono::steady_clock::time_point;
 
   Failure connect();
+  Failure try_to_connect();
   Failure go_on_after(const Failure& failure, Deadline deadline);
   bool is_over(const Failure& failure, Deadline deadline, size_t& lost) const;
   template <class Read>
